@@ -1,0 +1,38 @@
+# What every target of our own code has in common: the language level, hidden symbols, warnings as
+# errors, and the sanitizers that a preset asks for.
+
+function(kozor_own_code target)
+  target_compile_features(${target} PUBLIC cxx_std_20)
+  set_target_properties(${target} PROPERTIES
+    CXX_EXTENSIONS OFF
+    CXX_VISIBILITY_PRESET hidden
+    VISIBILITY_INLINES_HIDDEN ON
+    POSITION_INDEPENDENT_CODE ON)
+  target_include_directories(${target} PRIVATE ${PROJECT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/include)
+  if(MSVC)
+    target_compile_options(${target} PRIVATE /W4 /permissive- $<$<BOOL:${KOZOR_WERROR}>:/WX>)
+  else()
+    target_compile_options(${target} PRIVATE
+      -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wnon-virtual-dtor
+      -Woverloaded-virtual -Wcast-qual -Wformat=2
+      $<$<BOOL:${KOZOR_WERROR}>:-Werror>)
+  endif()
+  if(KOZOR_SANITIZE)
+    target_compile_options(${target} PRIVATE -fsanitize=${KOZOR_SANITIZE}
+      -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    target_link_options(${target} PRIVATE -fsanitize=${KOZOR_SANITIZE})
+  endif()
+endfunction()
+
+# A GoogleTest program whose cases CTest knows one by one.  Arguments behind the name are sources;
+# LIBS names what it links.  It is built into DIRECTORY, or beside the module that the tests load.
+function(kozor_test name)
+  cmake_parse_arguments(ARG "" "DIRECTORY" "LIBS" ${ARGN})
+  add_executable(${name} ${ARG_UNPARSED_ARGUMENTS})
+  kozor_own_code(${name})
+  target_link_libraries(${name} PRIVATE ${ARG_LIBS} KoZorTestSupport GTest::gmock GTest::gtest_main)
+  if(ARG_DIRECTORY)
+    set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${ARG_DIRECTORY})
+  endif()
+  gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 300)
+endfunction()
