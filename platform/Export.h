@@ -1,0 +1,18 @@
+// Export.h - which symbols leave the shared libraries.  Everything else is hidden.
+#pragma once
+
+#if defined(_WIN32)
+#if defined(ZOR_BUILDING_PLATFORM)
+#define ZOR_PLATFORM_API __declspec(dllexport)
+#else
+#define ZOR_PLATFORM_API __declspec(dllimport)
+#endif
+#if defined(ZOR_BUILDING_LIBRARY)
+#define ZOR_API __declspec(dllexport)
+#else
+#define ZOR_API __declspec(dllimport)
+#endif
+#else
+#define ZOR_PLATFORM_API __attribute__((visibility("default")))
+#define ZOR_API __attribute__((visibility("default")))
+#endif
