@@ -1,0 +1,233 @@
+// TestFolder.cpp - see TestFolder.h.
+#include "tests/support/TestFolder.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <map>
+#include <random>
+#include <sstream>
+
+namespace kozor::test {
+
+namespace fs = std::filesystem;
+
+TestFolder::TestFolder() {
+  std::string pattern = (fs::temp_directory_path() / "kozor-test-XXXXXX").string();
+  if (mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("can't make " + pattern);
+  root = pattern;
+}
+
+TestFolder::~TestFolder() {
+  std::error_code ignored;
+  for (fs::recursive_directory_iterator it(root, ignored), end; it != end; it.increment(ignored)) {
+    if (it->is_directory(ignored) && !it->is_symlink(ignored)) {
+      fs::permissions(it->path(), fs::perms::owner_all, fs::perm_options::add, ignored);
+    }
+  }
+  fs::remove_all(root, ignored);
+}
+
+fs::path TestFolder::Path(std::string_view name) const {
+  return name.empty() ? root : root / fs::path(name);
+}
+
+std::string TestFolder::Lib(std::string_view name) const {
+  std::string path = "C:" + Path(name).string();
+  std::replace(path.begin(), path.end(), '/', '\\');
+  return path;
+}
+
+void TestFolder::WriteFile(std::string_view name, const Bytes& bytes) const {
+  const fs::path path = Path(name);
+  fs::create_directories(path.parent_path());
+  std::ofstream out(path, std::ios::binary | std::ios::trunc);
+  out.write(reinterpret_cast<const char*>(bytes.data()),
+            static_cast<std::streamsize>(bytes.size()));
+  if (!out.flush()) throw std::runtime_error("can't write " + path.string());
+}
+
+void TestFolder::WriteFile(std::string_view name, std::string_view text) const {
+  WriteFile(name, Bytes(text.begin(), text.end()));
+}
+
+Bytes TestFolder::ReadFile(std::string_view name) const {
+  std::ifstream in(Path(name), std::ios::binary);
+  if (!in) throw std::runtime_error("can't read " + Path(name).string());
+  return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+}
+
+bool TestFolder::Exists(std::string_view name) const {
+  return fs::symlink_status(Path(name)).type() != fs::file_type::not_found;
+}
+
+void TestFolder::SetTime(std::string_view name, std::int64_t seconds) const {
+  const std::array<timespec, 2> times{timespec{seconds, 0}, timespec{seconds, 0}};
+  if (utimensat(AT_FDCWD, Path(name).c_str(), times.data(), 0) != 0) {
+    throw std::runtime_error("can't set the time of " + Path(name).string());
+  }
+}
+
+std::int64_t TestFolder::GetTime(std::string_view name) const {
+  struct stat info {};
+  if (stat(Path(name).c_str(), &info) != 0) throw std::runtime_error("no " + Path(name).string());
+  return info.st_mtim.tv_sec;
+}
+
+std::vector<std::string> TestFolder::List(std::string_view name) const {
+  std::vector<std::string> names;
+  const fs::path below = Path(name);
+  for (const fs::directory_entry& entry : fs::recursive_directory_iterator(below)) {
+    std::string relative = fs::relative(entry.path(), below).string();
+    if (entry.is_directory() && !entry.is_symlink()) relative += '/';
+    names.push_back(std::move(relative));
+  }
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
+void TestFolder::Damage(std::string_view name, std::size_t offset, std::uint8_t byte) const {
+  std::fstream file(Path(name), std::ios::binary | std::ios::in | std::ios::out);
+  file.seekp(static_cast<std::streamoff>(offset));
+  file.put(static_cast<char>(byte));
+  if (!file.flush()) throw std::runtime_error("can't damage " + Path(name).string());
+}
+
+void TestFolder::Truncate(std::string_view name, std::size_t size) const {
+  fs::resize_file(Path(name), size);
+}
+
+void MakeTree(const TestFolder& folder, std::string_view below,
+              std::initializer_list<TreeEntry> entries) {
+  std::int64_t time = 1'000'000'000;
+  for (const TreeEntry& entry : entries) {
+    const std::string name =
+        std::string(below) + (below.empty() ? "" : "/") + std::string(entry.name);
+    if (name.ends_with('/')) {
+      fs::create_directories(folder.Path(name));
+      continue;
+    }
+    const auto seed = static_cast<std::uint32_t>(std::hash<std::string_view>{}(entry.name));
+    folder.WriteFile(name, TextBytes(entry.size, seed));
+    folder.SetTime(name, time);
+    time += 86'399;
+  }
+}
+
+namespace {
+
+struct Node {
+  bool directory = false;
+  std::int64_t time = 0;
+  fs::path path;
+};
+
+std::map<std::string, Node> Walk(const fs::path& top) {
+  std::map<std::string, Node> nodes;
+  constexpr auto kFollow = fs::directory_options::follow_directory_symlink;
+  for (const fs::directory_entry& entry : fs::recursive_directory_iterator(top, kFollow)) {
+    struct stat info {};
+    if (stat(entry.path().c_str(), &info) != 0) continue;
+    nodes[fs::path(entry.path()).lexically_relative(top).string()] = {
+        S_ISDIR(info.st_mode), info.st_mtim.tv_sec, entry.path()};
+  }
+  return nodes;
+}
+
+bool SameBytes(const fs::path& a, const fs::path& b) {
+  std::ifstream left(a, std::ios::binary);
+  std::ifstream right(b, std::ios::binary);
+  if (!left || !right) return false;
+  std::vector<char> leftBuffer(1 << 16);
+  std::vector<char> rightBuffer(1 << 16);
+  for (;;) {
+    left.read(leftBuffer.data(), static_cast<std::streamsize>(leftBuffer.size()));
+    right.read(rightBuffer.data(), static_cast<std::streamsize>(rightBuffer.size()));
+    if (left.gcount() != right.gcount()) return false;
+    if (left.gcount() == 0) return true;
+    if (!std::equal(leftBuffer.begin(), leftBuffer.begin() + left.gcount(), rightBuffer.begin())) {
+      return false;
+    }
+  }
+}
+
+}  // namespace
+
+std::string CompareTrees(const fs::path& expected, const fs::path& actual, bool withDirectories) {
+  const std::map<std::string, Node> left = Walk(expected);
+  std::map<std::string, Node> right = Walk(actual);
+  std::ostringstream differences;
+  for (const auto& [name, node] : left) {
+    if (node.directory && !withDirectories) {
+      right.erase(name);
+      continue;
+    }
+    const auto found = right.find(name);
+    if (found == right.end()) {
+      differences << "missing: " << name << '\n';
+      continue;
+    }
+    if (node.directory != found->second.directory) {
+      differences << "other kind: " << name << '\n';
+    } else if (!node.directory) {
+      if (!SameBytes(node.path, found->second.path)) differences << "other bytes: " << name << '\n';
+      if (node.time != found->second.time) {
+        differences << "other time: " << name << " by " << found->second.time - node.time << " s\n";
+      }
+    }
+    right.erase(found);
+  }
+  for (const auto& [name, node] : right) {
+    if (!node.directory || withDirectories) differences << "unexpected: " << name << '\n';
+  }
+  return differences.str();
+}
+
+Bytes RandomBytes(std::size_t size, std::uint32_t seed) {
+  std::mt19937 generator(seed);
+  Bytes bytes(size);
+  for (std::uint8_t& byte : bytes) byte = static_cast<std::uint8_t>(generator() >> 24);
+  return bytes;
+}
+
+Bytes TextBytes(std::size_t size, std::uint32_t seed) {
+  static constexpr std::array<std::string_view, 16> kWords = {
+      "volume ", "file ",   "the ",  "archive ", "of ",  "and ",    "member ", "header\r\n",
+      "a ",      "medium ", "size ", "window ",  "bit ", "length ", "12,345 ", "\r\n"};
+  std::mt19937 generator(seed);
+  Bytes bytes;
+  bytes.reserve(size + 16);
+  while (bytes.size() < size) {
+    const std::string_view word = kWords[generator() % kWords.size()];
+    bytes.insert(bytes.end(), word.begin(), word.end());
+  }
+  bytes.resize(size);
+  return bytes;
+}
+
+CommandResult RunCommand(const std::string& command) {
+  CommandResult result{-1, {}};
+  FILE* pipe = popen((command + " 2>&1").c_str(), "r");
+  if (pipe == nullptr) return result;
+  std::array<char, 4096> buffer{};
+  for (std::size_t got; (got = std::fread(buffer.data(), 1, buffer.size(), pipe)) > 0;) {
+    result.output.append(buffer.data(), got);
+  }
+  const int status = pclose(pipe);
+  result.status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+  return result;
+}
+
+bool HaveProgram(std::string_view name) {
+  return RunCommand("command -v " + std::string(name)).status == 0;
+}
+
+}  // namespace kozor::test

@@ -1,0 +1,79 @@
+// TestFolder.h - the shared vocabulary of the tests: a folder of one's own, trees of files in it,
+// and ways to compare and to damage them.  Works on host paths alone and knows nothing of the
+// library.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <initializer_list>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace kozor::test {
+
+using Bytes = std::vector<std::uint8_t>;
+
+// A new empty folder that goes away with the object, read-only files in it included.
+class TestFolder {
+ public:
+  TestFolder();
+  ~TestFolder();
+  TestFolder(const TestFolder&) = delete;
+  TestFolder& operator=(const TestFolder&) = delete;
+
+  // The host path of `name` in the folder; '/' separates.  An empty name gives the folder itself.
+  std::filesystem::path Path(std::string_view name = "") const;
+  // The same as a library path on drive C:, "C:\tmp\...", where C: is the host's root.
+  std::string Lib(std::string_view name = "") const;
+
+  void WriteFile(std::string_view name, const Bytes& bytes) const;
+  void WriteFile(std::string_view name, std::string_view text) const;
+  Bytes ReadFile(std::string_view name) const;
+  bool Exists(std::string_view name) const;
+  // Sets the last-write time in seconds since 1970.
+  void SetTime(std::string_view name, std::int64_t seconds) const;
+  std::int64_t GetTime(std::string_view name) const;
+  // Names of everything below `name`, relative to it, '/' as separator, directories with a '/' at
+  // the end, sorted.
+  std::vector<std::string> List(std::string_view name = "") const;
+
+  // Overwrites one byte; cuts a file.
+  void Damage(std::string_view name, std::size_t offset, std::uint8_t byte) const;
+  void Truncate(std::string_view name, std::size_t size) const;
+
+ private:
+  std::filesystem::path root;
+};
+
+// A file of a tree: text-like contents of the given size, made from the name.  A name that ends in
+// '/' is a directory.
+struct TreeEntry {
+  std::string_view name;
+  std::size_t size = 0;
+};
+
+// Makes the files, and their directories, below `below`, each with a last-write time of its own.
+void MakeTree(const TestFolder& folder, std::string_view below,
+              std::initializer_list<TreeEntry> entries);
+
+// What differs between two trees in names, bytes and whole-second times, one line each; empty when
+// they are alike.  Directories count only when `withDirectories`.
+std::string CompareTrees(const std::filesystem::path& expected, const std::filesystem::path& actual,
+                         bool withDirectories = false);
+
+// Bytes that don't compress, and bytes that do; the same for the same seed on every machine.
+Bytes RandomBytes(std::size_t size, std::uint32_t seed = 1);
+Bytes TextBytes(std::size_t size, std::uint32_t seed = 1);
+
+// Runs a shell command with its output caught; returns the exit status, 128 + n for a signal.
+struct CommandResult {
+  int status;
+  std::string output;  // stdout and stderr
+};
+CommandResult RunCommand(const std::string& command);
+// Whether a program is installed.
+bool HaveProgram(std::string_view name);
+
+}  // namespace kozor::test
