@@ -1,0 +1,40 @@
+// PosixAdmin.h - what an application on POSIX can decide and Win32 has no name for: shares, the
+// code page, case, and how host paths and library paths correspond.  (Drives are mapped with
+// DefineDosDeviceA.)
+//
+// A library path is what every function of the library takes: "C:\home\me\a.txt", bytes in the
+// active code page.  A host path is the host's own: "/home/me/a.txt", UTF-8.  All settings are
+// process-wide; make them before other threads use the library.
+#pragma once
+
+#if !defined(_WIN32)
+
+#include <string>
+
+#include "platform/Export.h"
+
+// Maps a share, "\\server\share" (case doesn't matter), to a host directory; null unmaps it.
+// Returns 1; 0 with GetLastError ERROR_BAD_NETPATH (not a share's name), ERROR_INVALID_PARAMETER
+// (no host path) or ERROR_BAD_NET_NAME (unmapping what isn't mapped).
+ZOR_PLATFORM_API int KzMapShare(const char* share, const char* hostDirectory);
+
+// Chooses the active code page: 932 (the default) or 65001.  Returns 1, or 0 with
+// ERROR_INVALID_PARAMETER for any other.  Paths made before keep the bytes they have.
+ZOR_PLATFORM_API int KzSetActiveCodePage(unsigned int codePage);
+
+// Non-zero: a file is found under its exact name only, as in a directory that is case-sensitive on
+// Windows.  Zero, the default: the exact name first, then any that differs in case alone.
+// Wild-cards ignore case either way.  Returns the old value.
+ZOR_PLATFORM_API int KzSetCaseSensitive(int on);
+
+// Between host paths and library paths.  Relative paths stay relative.  An absolute host path comes
+// out on the drive whose directory is its longest prefix; a library path that exists gives the
+// spelling on disk.  Nothing has to exist.
+// Return 1; 0 with ERROR_INVALID_NAME or ERROR_NO_UNICODE_TRANSLATION where a component can't be
+// expressed on the other side, ERROR_PATH_NOT_FOUND where no drive holds the path (and
+// ERROR_BAD_NETPATH, ERROR_BAD_NET_NAME for a share that isn't mapped).  The result is untouched
+// then.
+ZOR_PLATFORM_API int KzHostToLibraryPath(const char* hostPath, std::string& libraryPath);
+ZOR_PLATFORM_API int KzLibraryToHostPath(const char* libraryPath, std::string& hostPath);
+
+#endif

@@ -1,0 +1,119 @@
+// PosixFiles.h - Win32 calls for files, directories, searches and mappings on POSIX.
+//
+// Every function returns what the real call returns and leaves its reason in GetLastError, per
+// thread.  Paths are byte strings in the active code page; both '\' and '/' separate.  What differs
+// from the real call stands beside the function.  Include Win32.h, never this file.
+#pragma once
+
+#include "platform/Export.h"
+#include "platform/win32/PosixTypes.h"
+
+ZOR_PLATFORM_API DWORD WINAPI GetLastError();
+ZOR_PLATFORM_API void WINAPI SetLastError(DWORD error);
+
+// Opens or creates a file.  `access` is any of GENERIC_READ, GENERIC_WRITE, DELETE,
+// FILE_READ_ATTRIBUTES, FILE_WRITE_ATTRIBUTES, or 0 to ask for facts only; `share` any
+// FILE_SHARE_*; `disposition` one of the five; `flags` any FILE_ATTRIBUTE_* and
+// FILE_FLAG_SEQUENTIAL_SCAN, FILE_FLAG_BACKUP_SEMANTICS (needed to open a directory),
+// FILE_FLAG_DELETE_ON_CLOSE.  `security` may be null; `templateFile` must be. INVALID_HANDLE_VALUE
+// on failure.  On success the last error is ERROR_ALREADY_EXISTS where CREATE_ALWAYS or OPEN_ALWAYS
+// found a file, else 0. Differs: anything but a regular file or a directory fails with
+// ERROR_ACCESS_DENIED at once, also where the host would block.
+ZOR_PLATFORM_API HANDLE WINAPI CreateFileA(LPCSTR name, DWORD access, DWORD share,
+                                           LPSECURITY_ATTRIBUTES security, DWORD disposition,
+                                           DWORD flags, HANDLE templateFile);
+
+// Closes what CreateFileA and CreateFileMappingA gave.  Never reports a late write error: whoever
+// has to know calls FlushFileBuffers before.
+ZOR_PLATFORM_API BOOL WINAPI CloseHandle(HANDLE handle);
+
+// Reads up to `bytes`; fewer only at the end of the file.  `overlapped` must be null.
+ZOR_PLATFORM_API BOOL WINAPI ReadFile(HANDLE file, LPVOID buffer, DWORD bytes, LPDWORD bytesRead,
+                                      LPOVERLAPPED overlapped);
+
+// Writes all of `bytes`, or fails and tells in `*bytesWritten` how many went out before.
+// Differs: on a full disk (ERROR_DISK_FULL) a beginning of the block may have been written.
+ZOR_PLATFORM_API BOOL WINAPI WriteFile(HANDLE file, LPCVOID buffer, DWORD bytes,
+                                       LPDWORD bytesWritten, LPOVERLAPPED overlapped);
+
+// Moves the file pointer by a signed 64-bit distance whose upper half is `*distanceHigh`, or by a
+// signed 32-bit one where that is null.  Returns the low half of the new position, or
+// INVALID_SET_FILE_POINTER: then an error only if GetLastError is not NO_ERROR.
+ZOR_PLATFORM_API DWORD WINAPI SetFilePointer(HANDLE file, LONG distance, PLONG distanceHigh,
+                                             DWORD method);
+ZOR_PLATFORM_API BOOL WINAPI SetFilePointerEx(HANDLE file, LARGE_INTEGER distance,
+                                              PLARGE_INTEGER position, DWORD method);
+ZOR_PLATFORM_API DWORD WINAPI GetFileSize(HANDLE file, LPDWORD sizeHigh);
+ZOR_PLATFORM_API BOOL WINAPI GetFileSizeEx(HANDLE file, PLARGE_INTEGER size);
+
+// Makes the file end at the file pointer.  Growing reserves the blocks, so a full disk shows here.
+ZOR_PLATFORM_API BOOL WINAPI SetEndOfFile(HANDLE file);
+
+// Returns when the file's data is on the medium.
+ZOR_PLATFORM_API BOOL WINAPI FlushFileBuffers(HANDLE file);
+
+// Null pointers, and times that are 0 or all ones, leave a time as it is.
+// Differs: the creation time can't be set and is left alone.
+ZOR_PLATFORM_API BOOL WINAPI SetFileTime(HANDLE file, const FILETIME* creation,
+                                         const FILETIME* lastAccess, const FILETIME* lastWrite);
+ZOR_PLATFORM_API BOOL WINAPI GetFileTime(HANDLE file, LPFILETIME creation, LPFILETIME lastAccess,
+                                         LPFILETIME lastWrite);
+
+// The volume serial number and the file index together tell one file or directory from all others
+// of the machine; a handle opened through a link has those of what the link points to.
+ZOR_PLATFORM_API BOOL WINAPI GetFileInformationByHandle(HANDLE file,
+                                                        LPBY_HANDLE_FILE_INFORMATION information);
+
+// Deletes a file, or a link, never what a link points to.
+// ERROR_ACCESS_DENIED for a directory and for a read-only file; ERROR_SHARING_VIOLATION while
+// someone has it open without FILE_SHARE_DELETE.
+ZOR_PLATFORM_API BOOL WINAPI DeleteFileA(LPCSTR name);
+
+// Gives a file or directory another name on the same drive, in one step.  `flags`:
+// MOVEFILE_REPLACE_EXISTING, MOVEFILE_WRITE_THROUGH (returns when the change of name is on the
+// medium).  ERROR_NOT_SAME_DEVICE between file systems: nothing is ever copied.
+// Differs: a file that is replaced keeps the spelling of its name.
+ZOR_PLATFORM_API BOOL WINAPI MoveFileExA(LPCSTR existingName, LPCSTR newName, DWORD flags);
+
+ZOR_PLATFORM_API BOOL WINAPI CreateDirectoryA(LPCSTR name, LPSECURITY_ATTRIBUTES security);
+// Removes one empty directory, or a link to a directory.
+ZOR_PLATFORM_API BOOL WINAPI RemoveDirectoryA(LPCSTR name);
+
+// Attributes: kept as docs/platform.md says.  FILE_ATTRIBUTE_NORMAL stands for none.
+ZOR_PLATFORM_API DWORD WINAPI GetFileAttributesA(LPCSTR name);
+ZOR_PLATFORM_API BOOL WINAPI GetFileAttributesExA(LPCSTR name, GET_FILEEX_INFO_LEVELS level,
+                                                  LPVOID information);
+ZOR_PLATFORM_API BOOL WINAPI SetFileAttributesA(LPCSTR name, DWORD attributes);
+
+// Searches.  Wild-cards stand in the last component only.  Entries come as ".", "..", then by name
+// without regard to case.
+// Differs: a host name that the code page or Windows can't express has a '?' in the place of each
+// such character, and can't be opened.  There are no short names.
+ZOR_PLATFORM_API HANDLE WINAPI FindFirstFileA(LPCSTR name, LPWIN32_FIND_DATAA data);
+ZOR_PLATFORM_API BOOL WINAPI FindNextFileA(HANDLE find, LPWIN32_FIND_DATAA data);
+ZOR_PLATFORM_API BOOL WINAPI FindClose(HANDLE find);
+
+// Buffer functions return the length without the terminator, or, where `bytes` is too small, the
+// size needed with it, or 0 on failure.
+ZOR_PLATFORM_API DWORD WINAPI GetTempPathA(DWORD bytes, LPSTR buffer);
+ZOR_PLATFORM_API DWORD WINAPI GetCurrentDirectoryA(DWORD bytes, LPSTR buffer);
+ZOR_PLATFORM_API DWORD WINAPI GetFullPathNameA(LPCSTR name, DWORD bytes, LPSTR buffer,
+                                               LPSTR* filePart);
+// Makes "<path>\<up to 3 characters of prefix><number in hex>.TMP" in `buffer` of MAX_PATH bytes. A
+// `unique` of 0 creates a new empty file under the first free number.  Returns the number, 0 on
+// failure.
+ZOR_PLATFORM_API UINT WINAPI GetTempFileNameA(LPCSTR path, LPCSTR prefix, UINT unique,
+                                              LPSTR buffer);
+
+// A mapping of a file (page-file mappings, names and security are refused), PAGE_READONLY or
+// PAGE_READWRITE.  Size 0 is the file's own size, ERROR_FILE_INVALID if that is 0.  A larger size
+// makes the file grow, with its blocks reserved: ERROR_DISK_FULL, and the file as it was, where
+// there is no room.
+ZOR_PLATFORM_API HANDLE WINAPI CreateFileMappingA(HANDLE file, LPSECURITY_ATTRIBUTES security,
+                                                  DWORD protection, DWORD sizeHigh, DWORD sizeLow,
+                                                  LPCSTR name);
+// `access` FILE_MAP_READ or FILE_MAP_WRITE; the offset a multiple of 64 KiB; `bytes` 0 maps to the
+// end.  The view outlives the handles it was made from.
+ZOR_PLATFORM_API LPVOID WINAPI MapViewOfFile(HANDLE mapping, DWORD access, DWORD offsetHigh,
+                                             DWORD offsetLow, SIZE_T bytes);
+ZOR_PLATFORM_API BOOL WINAPI UnmapViewOfFile(LPCVOID view);

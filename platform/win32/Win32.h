@@ -1,0 +1,28 @@
+// Win32.h - the one door to the Win32 and C run-time names that the library and the archiver call.
+//
+// On Windows it is the system's own headers.  On POSIX the same names, argument types and results
+// are implemented here (docs/platform.md): only the functions and flags that the project calls; a
+// flag that nobody passes is refused with ERROR_INVALID_PARAMETER.
+#pragma once
+
+#if defined(_WIN32)
+
+#ifndef WIN32_LEAN_AND_MEAN
+#define WIN32_LEAN_AND_MEAN
+#endif
+#ifndef NOMINMAX
+#define NOMINMAX
+#endif
+#include <mbctype.h>
+#include <mbstring.h>
+#include <time.h>
+#include <windows.h>
+
+#else
+
+#include "platform/win32/PosixFiles.h"
+#include "platform/win32/PosixSystem.h"
+#include "platform/win32/PosixText.h"
+#include "platform/win32/PosixTypes.h"
+
+#endif

@@ -1,0 +1,36 @@
+// Attributes.h - FILE_ATTRIBUTE_* of host files.
+//
+// They are kept in the extended attribute "user.DOSATTRIB" as text such as "0x21".  A file without
+// it is FILE_ATTRIBUTE_ARCHIVE, a directory has none, and either is hidden too if its name begins
+// with a dot.  What equals that default isn't stored.  Read-only is also what the mode bits say.
+#pragma once
+
+#include <optional>
+#include <string_view>
+
+#include "platform/win32/posix/FileFacts.h"
+
+namespace kozor::posix {
+
+// The stored part, if any.  Unreadable text counts as none.
+std::optional<DWORD> StoredAttributes(const char* hostPath);
+std::optional<DWORD> StoredAttributes(int file);
+
+// All attributes, as the Win32 calls report them: FILE_ATTRIBUTE_NORMAL where there are none.
+// `hostName` is the last component of the path.
+DWORD AttributesOf(const FileFacts& facts, std::string_view hostName, std::optional<DWORD> stored);
+// The same, reading the stored part.
+DWORD AttributesOf(const FileFacts& facts, std::string_view hostName, const char* hostPath);
+
+// Whether writing to, replacing and deleting it must fail.
+bool IsReadOnly(const FileFacts& facts, std::optional<DWORD> stored);
+
+// Stores attributes and sets the mode bits for read-only.  A directory keeps its mode bits when it
+// is made read-only, because on Windows files can still be made in it. False with errno set.  A
+// file system without extended attributes isn't an error.
+bool StoreAttributes(const char* hostPath, const FileFacts& facts, DWORD attributes);
+
+// The attributes of a file that is made anew: its default ones and those that were asked for.
+bool ResetAttributes(const char* hostPath, const FileFacts& facts, DWORD asked);
+
+}  // namespace kozor::posix

@@ -1,0 +1,199 @@
+// CreateFile.cpp - CreateFileA: opens and creates files by the rules of Win32.
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+#include "platform/win32/posix/Attributes.h"
+#include "platform/win32/posix/File.h"
+#include "platform/win32/posix/LastError.h"
+#include "platform/win32/posix/LookUp.h"
+#include "platform/win32/posix/SystemCalls.h"
+
+namespace {
+
+using namespace kozor::posix;
+
+constexpr DWORD kKnownAccess =
+    GENERIC_READ | GENERIC_WRITE | FILE_READ_ATTRIBUTES | FILE_WRITE_ATTRIBUTES;
+constexpr DWORD kKnownShare = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+constexpr DWORD kAttributeFlags = FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN |
+                                  FILE_ATTRIBUTE_SYSTEM | FILE_ATTRIBUTE_ARCHIVE |
+                                  FILE_ATTRIBUTE_NORMAL | FILE_ATTRIBUTE_TEMPORARY;
+constexpr DWORD kKnownFlags =
+    kAttributeFlags | FILE_FLAG_SEQUENTIAL_SCAN | FILE_FLAG_BACKUP_SEMANTICS;
+constexpr mode_t kNewFileMode = 0666;
+constexpr mode_t kNewReadOnlyMode = 0444;
+
+// Opening never waits for the other end of a FIFO and never makes a terminal ours.
+constexpr int kOpenFlags = O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
+
+// One call's arguments.
+struct Request {
+  DWORD access;
+  DWORD share;
+  DWORD disposition;
+  DWORD flags;
+
+  bool Writes() const { return (access & GENERIC_WRITE) != 0; }
+  bool Truncates() const {
+    return disposition == CREATE_ALWAYS || disposition == TRUNCATE_EXISTING;
+  }
+  bool Creates() const {
+    return disposition == CREATE_NEW || disposition == CREATE_ALWAYS || disposition == OPEN_ALWAYS;
+  }
+  bool TellsOfExisting() const {
+    return disposition == CREATE_ALWAYS || disposition == OPEN_ALWAYS;
+  }
+  // What the caller asks for beyond what every file has.
+  DWORD AskedAttributes() const {
+    return flags & kAttributeFlags & ~(FILE_ATTRIBUTE_NORMAL | FILE_ATTRIBUTE_ARCHIVE);
+  }
+};
+
+bool IsValid(const Request& request, const SECURITY_ATTRIBUTES* security, HANDLE templateFile) {
+  if ((request.access & ~kKnownAccess) != 0 || (request.share & ~kKnownShare) != 0) return false;
+  if ((request.flags & ~kKnownFlags) != 0 || templateFile != nullptr) return false;
+  if (security != nullptr && security->lpSecurityDescriptor != nullptr) return false;
+  if (request.disposition < CREATE_NEW || request.disposition > TRUNCATE_EXISTING) return false;
+  return request.disposition != TRUNCATE_EXISTING || request.Writes();
+}
+
+std::shared_ptr<File> Refuse(DWORD error) {
+  SetLastError(error);
+  return nullptr;
+}
+
+// Hidden and system files are replaced only by who names these attributes.  A name with a dot
+// doesn't make a file hidden in this sense.
+bool KeepsFromReplacing(DWORD stored, DWORD flags) {
+  return (stored & (FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM) & ~flags) != 0;
+}
+
+// Why a file that exists can't be opened in this way; ERROR_SUCCESS if it can.
+DWORD RefusalOfExisting(const Request& request, const LibraryPath& path, const Found& found) {
+  if (request.disposition == CREATE_NEW) return ERROR_FILE_EXISTS;
+  if (found.facts.dangling) {
+    // Nothing is made in a place that only a link names.
+    return request.Creates() ? ERROR_ACCESS_DENIED : ERROR_FILE_NOT_FOUND;
+  }
+  if (found.facts.IsDirectory()) {
+    const bool allowed = (request.flags & FILE_FLAG_BACKUP_SEMANTICS) != 0;
+    return allowed && !request.Truncates() ? ERROR_SUCCESS : ERROR_ACCESS_DENIED;
+  }
+  if (path.trailingSeparator) return ERROR_INVALID_NAME;
+  if (!found.facts.IsRegular()) return ERROR_ACCESS_DENIED;
+  if (!request.Writes() && !request.Truncates()) return ERROR_SUCCESS;
+  const std::optional<DWORD> stored = StoredAttributes(found.host.c_str());
+  if (IsReadOnly(found.facts, stored)) return ERROR_ACCESS_DENIED;
+  if (request.disposition == CREATE_ALWAYS &&
+      KeepsFromReplacing(stored.value_or(0), request.flags)) {
+    return ERROR_ACCESS_DENIED;
+  }
+  return ERROR_SUCCESS;
+}
+
+// Writing opens for reading too where the file allows it: locks and mappings need it.
+int OpenDescriptor(const Request& request, const Found& found) {
+  const char* const host = found.host.c_str();
+  const bool writes = request.Writes() || request.Truncates();
+  if (found.facts.IsDirectory() || !writes) return Calls().open(host, O_RDONLY | kOpenFlags, 0);
+  const int file = Calls().open(host, O_RDWR | kOpenFlags, 0);
+  if (file >= 0 || errno != EACCES || (request.access & GENERIC_READ) != 0) return file;
+  return Calls().open(host, O_WRONLY | kOpenFlags, 0);
+}
+
+// What is behind the descriptor may be another file than the look-up saw.
+bool IsStillUsable(int descriptor, const Found& found, FileFacts& facts) {
+  if (!ReadFacts(descriptor, facts)) return FailErrno();
+  const bool good = facts.IsDirectory() ? found.facts.IsDirectory() : facts.IsRegular();
+  return good || Fail(ERROR_ACCESS_DENIED);
+}
+
+bool TruncateExisting(const Request& request, const Found& found, const File& file) {
+  if (Calls().ftruncate(file.Descriptor(), 0) != 0) return FailErrno();
+  return request.disposition != CREATE_ALWAYS ||
+         ResetAttributes(found.host.c_str(), found.facts, request.AskedAttributes()) || FailErrno();
+}
+
+std::shared_ptr<File> OpenExisting(const Request& request, const Found& found) {
+  const int descriptor = OpenDescriptor(request, found);
+  if (descriptor < 0) return Refuse(ErrorFromErrno(errno));
+  auto file = std::make_shared<File>(descriptor, std::string(found.HostName()), request.access);
+  FileFacts facts;
+  if (!IsStillUsable(descriptor, found, facts)) return nullptr;
+  if (facts.IsRegular() &&
+      !file->Hold().Take(descriptor, facts.id, {request.access, request.share})) {
+    return nullptr;
+  }
+  if (request.Truncates() && !TruncateExisting(request, found, *file)) return nullptr;
+  return file;
+}
+
+// Null, with `raced` set, if someone else made the file meanwhile and it may be opened then.
+std::shared_ptr<File> CreateNew(const Request& request, const LibraryPath& path, const Found& found,
+                                bool& raced) {
+  if (path.trailingSeparator) return Refuse(ERROR_INVALID_NAME);
+  const bool readOnly = (request.flags & FILE_ATTRIBUTE_READONLY) != 0;
+  const int descriptor =
+      Calls().open(found.host.c_str(), O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | kOpenFlags,
+                   readOnly ? kNewReadOnlyMode : kNewFileMode);
+  if (descriptor < 0) {
+    raced = errno == EEXIST && request.disposition != CREATE_NEW;
+    return Refuse(errno == EEXIST ? ERROR_FILE_EXISTS : ErrorFromErrno(errno));
+  }
+  auto file = std::make_shared<File>(descriptor, std::string(found.HostName()), request.access);
+  FileFacts facts;
+  if (!ReadFacts(descriptor, facts)) return Refuse(ErrorFromErrno(errno));
+  if (!file->Hold().Take(descriptor, facts.id, {request.access, request.share})) return nullptr;
+  const DWORD asked = request.AskedAttributes();
+  if (asked != 0 && !ResetAttributes(found.host.c_str(), facts, asked)) {
+    return Refuse(ErrorFromErrno(errno));
+  }
+  return file;
+}
+
+// Tries again where the file comes or goes between looking and opening.
+std::shared_ptr<File> Open(const Request& request, const LibraryPath& path) {
+  constexpr int kTries = 10;
+  for (int i = 0; i < kTries; ++i) {
+    const Found found = LookUp(path);
+    if (found.exists) {
+      const DWORD refusal = RefusalOfExisting(request, path, found);
+      if (refusal != ERROR_SUCCESS) return Refuse(refusal);
+      auto file = OpenExisting(request, found);
+      if (file) SetLastError(request.TellsOfExisting() ? ERROR_ALREADY_EXISTS : ERROR_SUCCESS);
+      return file;
+    }
+    if (found.error != ERROR_FILE_NOT_FOUND || !request.Creates()) return Refuse(found.error);
+    bool raced = false;
+    auto file = CreateNew(request, path, found, raced);
+    if (file) SetLastError(ERROR_SUCCESS);
+    if (file || !raced) return file;
+  }
+  return Refuse(ERROR_SHARING_VIOLATION);
+}
+
+}  // namespace
+
+HANDLE WINAPI CreateFileA(LPCSTR name, DWORD access, DWORD share, LPSECURITY_ATTRIBUTES security,
+                          DWORD disposition, DWORD flags, HANDLE templateFile) {
+  const Request request{access, share, disposition, flags};
+  if (!IsValid(request, security, templateFile)) {
+    SetLastError(ERROR_INVALID_PARAMETER);
+    return INVALID_HANDLE_VALUE;
+  }
+  const std::optional<LibraryPath> path = ParsePath(name);
+  if (!path) return INVALID_HANDLE_VALUE;
+  std::shared_ptr<File> file = Open(request, *path);
+  if (!file) return INVALID_HANDLE_VALUE;
+  if ((flags & FILE_FLAG_SEQUENTIAL_SCAN) != 0) {
+    ::posix_fadvise(file->Descriptor(), 0, 0, POSIX_FADV_SEQUENTIAL);
+  }
+  return AddHandle(std::move(file));
+}
+
+BOOL WINAPI CloseHandle(HANDLE handle) {
+  if (!FindObject<Closable>(handle)) return FALSE;
+  return RemoveHandle(handle) ? TRUE : Fail(ERROR_INVALID_HANDLE);
+}

@@ -1,0 +1,152 @@
+// HostNames.cpp - see HostNames.h.
+#include "platform/win32/posix/HostNames.h"
+
+#include <algorithm>
+
+#include "platform/win32/posix/CodePage.h"
+#include "platform/win32/posix/LastError.h"
+
+namespace kozor::posix {
+
+namespace {
+
+// Longest name that fits WIN32_FIND_DATAA::cFileName with its terminator, in bytes.
+constexpr std::size_t kMaxNameBytes = MAX_PATH - 1;
+
+constexpr bool IsForbidden(char32_t character) {
+  if (character < 0x20) return true;
+  switch (character) {
+    case '"':
+    case '*':
+    case '/':
+    case ':':
+    case '<':
+    case '>':
+    case '?':
+    case '\\':
+    case '|':
+      return true;
+    default:
+      return false;
+  }
+}
+
+// Most names are ASCII and the same in every form.
+bool IsPlain(std::string_view name) {
+  return std::all_of(name.begin(), name.end(), [](char c) {
+    const auto byte = static_cast<unsigned char>(c);
+    return byte < 0x80 && !IsForbidden(byte);
+  });
+}
+
+// Cuts at a character of the code page, with room for the '?' that tells of it.
+void CutToFit(std::string& libraryName) {
+  std::size_t fits = 0;
+  const CodePage& page = *FindCodePage(CP_ACP);
+  for (std::size_t next = 0; next < kMaxNameBytes;) {
+    fits = next;
+    next += page.decode(std::string_view(libraryName).substr(next)).bytes;
+  }
+  libraryName.resize(fits);
+  libraryName += '?';
+}
+
+void AppendKey(std::u16string& key, char32_t character) {
+  if (character >= 0x10000) {
+    key += static_cast<char16_t>(0xD800 + ((character - 0x10000) >> 10));
+    character = 0xDC00 + (character & 0x3FF);
+  }
+  key += static_cast<char16_t>(character);
+}
+
+template <typename Map>
+std::u16string MakeKey(std::string_view hostName, Map map) {
+  std::u16string key;
+  key.reserve(hostName.size());
+  const bool fewerCharacters = ActiveCodePage() == kCodePage932;
+  while (!hostName.empty()) {
+    const Decoded next = DecodeUtf8(hostName);
+    if (next.character == kNoCharacter) {
+      // Bytes that are no character keep apart from each other and from all characters, as halves
+      // of surrogate pairs.
+      key += static_cast<char16_t>(0xDC00 + static_cast<unsigned char>(hostName[0]));
+    } else {
+      AppendKey(key, map(fewerCharacters ? ToCp932Reading(next.character) : next.character));
+    }
+    hostName.remove_prefix(next.bytes);
+  }
+  return key;
+}
+
+bool IsWildCard(char32_t character) {
+  return character == '*' || character == '?';
+}
+
+// From the code page to UTF-8.  False where a character can't be in a name, or in a mask.
+bool DecodeName(std::string_view libraryName, bool mask, std::string& hostName) {
+  hostName.clear();
+  const CodePage& page = *FindCodePage(CP_ACP);
+  while (!libraryName.empty()) {
+    const Decoded next = page.decode(libraryName);
+    if (next.character == kNoCharacter) return false;
+    if (IsForbidden(next.character) && !(mask && IsWildCard(next.character))) return false;
+    AppendUtf8(hostName, next.character);
+    libraryName.remove_prefix(next.bytes);
+  }
+  return true;
+}
+
+// From UTF-8 to the code page, with '?' for what can't be said.
+bool EncodeName(std::string_view hostName, bool strict, std::string& libraryName) {
+  libraryName = hostName;
+  bool whole = true;
+  if (!IsPlain(hostName)) {
+    libraryName.clear();
+    const CodePage& page = *FindCodePage(CP_ACP);
+    while (!hostName.empty()) {
+      const Decoded next = DecodeUtf8(hostName);
+      const bool good = next.character != kNoCharacter && !IsForbidden(next.character) &&
+                        !(strict && ToCp932Reading(next.character) != next.character) &&
+                        page.append(libraryName, next.character);
+      if (!good) libraryName += '?';
+      whole = whole && good;
+      hostName.remove_prefix(next.bytes);
+    }
+  }
+  if (libraryName.size() <= kMaxNameBytes) return whole;
+  CutToFit(libraryName);
+  return false;
+}
+
+}  // namespace
+
+bool ToHostName(std::string_view libraryName, std::string& hostName) {
+  hostName = libraryName;
+  return IsPlain(libraryName) || DecodeName(libraryName, false, hostName) ||
+         Fail(ERROR_INVALID_NAME);
+}
+
+bool ToLibraryName(std::string_view hostName, std::string& libraryName) {
+  return EncodeName(hostName, false, libraryName);
+}
+
+bool ToStrictLibraryName(std::string_view hostName, std::string& libraryName) {
+  return EncodeName(hostName, true, libraryName);
+}
+
+bool MaskKey(std::string_view libraryMask, std::u16string& key) {
+  std::string hostMask;
+  if (!DecodeName(libraryMask, true, hostMask)) return Fail(ERROR_INVALID_NAME);
+  key = CaseKey(hostMask);
+  return true;
+}
+
+std::u16string CaseKey(std::string_view hostName) {
+  return MakeKey(hostName, ToUpper);
+}
+
+std::u16string ExactKey(std::string_view hostName) {
+  return MakeKey(hostName, [](char32_t character) { return character; });
+}
+
+}  // namespace kozor::posix

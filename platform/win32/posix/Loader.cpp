@@ -1,0 +1,249 @@
+// Loader.cpp - LoadLibraryA and its kin on the host's dynamic loader.
+#include <dirent.h>
+#include <dlfcn.h>
+#include <elf.h>
+#include <link.h>
+#include <unistd.h>
+
+#include <array>
+#include <climits>
+#include <cstring>
+#include <fstream>
+#include <map>
+#include <mutex>
+#include <optional>
+#include <string>
+
+#include "platform/win32/PosixSystem.h"
+#include "platform/win32/posix/HostNames.h"
+#include "platform/win32/posix/LastError.h"
+#include "platform/win32/posix/LookUp.h"
+
+namespace {
+
+using namespace kozor::posix;
+
+// How often each module is loaded, and the directory of SetDllDirectoryA.
+struct Modules {
+  std::mutex lock;
+  std::map<HMODULE, unsigned> loads;
+  std::string directory;  // library path, or empty
+};
+
+Modules& TheModules() {
+  static Modules& modules = *new Modules;
+  return modules;
+}
+
+// The one system module that programs ask for by name.  It isn't a file here.
+constexpr std::u16string_view kSystemModule = u"KERNEL32.DLL";
+
+HMODULE SystemModule() {
+  static char place;
+  return reinterpret_cast<HMODULE>(&place);
+}
+
+FARPROC FindSystemFunction(std::string_view name) {
+  if (name == "GetDiskFreeSpaceExA") return reinterpret_cast<FARPROC>(&GetDiskFreeSpaceExA);
+  return nullptr;
+}
+
+HMODULE CountLoad(HMODULE module) {
+  Modules& modules = TheModules();
+  const std::lock_guard guard(modules.lock);
+  ++modules.loads[module];
+  return module;
+}
+
+bool IsLoaded(HMODULE module) {
+  Modules& modules = TheModules();
+  const std::lock_guard guard(modules.lock);
+  return modules.loads.contains(module);
+}
+
+bool HasSeparator(std::string_view name) {
+  return name.find_first_of("\\/:") != std::string_view::npos;
+}
+
+// ".DLL" is added to a name without extension; a dot at the end says that there is none.
+std::string WithExtension(std::string_view name) {
+  const std::size_t last = name.find_last_of("\\/") + 1;
+  if (name.ends_with('.')) return std::string(name.substr(0, name.size() - 1));
+  const bool hasDot = name.find('.', last) != std::string_view::npos;
+  return std::string(name) + (hasDot ? "" : ".DLL");
+}
+
+std::string DirectoryOf(std::string_view hostFile) {
+  return std::string(hostFile.substr(0, hostFile.rfind('/')));
+}
+
+std::string ProgramFile() {
+  std::array<char, PATH_MAX> path{};
+  const ssize_t length = ::readlink("/proc/self/exe", path.data(), path.size());
+  return length > 0 ? std::string(path.data(), static_cast<std::size_t>(length)) : "";
+}
+
+// The file that holds this code.
+std::string PlatformLibraryFile() {
+  Dl_info info{};
+  std::array<char, PATH_MAX> real{};
+  const auto* const here = reinterpret_cast<const void*>(&LoadLibraryA);
+  if (::dladdr(here, &info) == 0 || ::realpath(info.dli_fname, real.data()) == nullptr) return "";
+  return real.data();
+}
+
+// The file of a name in a host directory, in any case; empty if there is none.
+std::string FindIn(const std::string& hostDirectory, const std::string& hostName) {
+  if (hostDirectory.empty()) return "";
+  const std::string exact = hostDirectory + '/' + hostName;
+  if (::access(exact.c_str(), F_OK) == 0) return exact;
+  DIR* const directory = ::opendir(hostDirectory.c_str());
+  if (directory == nullptr) return "";
+  const std::u16string wanted = CaseKey(hostName);
+  std::string found;
+  while (const dirent* const entry = ::readdir(directory)) {
+    if (CaseKey(entry->d_name) != wanted) continue;
+    if (found.empty() || entry->d_name < found) found = entry->d_name;
+  }
+  ::closedir(directory);
+  return found.empty() ? "" : hostDirectory + '/' + found;
+}
+
+std::string SetDirectory() {
+  Modules& modules = TheModules();
+  const std::lock_guard guard(modules.lock);
+  if (modules.directory.empty()) return "";
+  const std::optional<LibraryPath> path = ParsePath(modules.directory.c_str());
+  return path ? LookUp(*path).host : "";
+}
+
+// The host file of a bare name, or the name itself for the host's loader to search.
+std::string FindModule(const std::string& hostName) {
+  for (const std::string& directory :
+       {DirectoryOf(ProgramFile()), SetDirectory(), DirectoryOf(PlatformLibraryFile())}) {
+    std::string file = FindIn(directory, hostName);
+    if (!file.empty()) return file;
+  }
+  return hostName;
+}
+
+bool IsElfFile(const std::string& hostFile) {
+  std::array<char, SELFMAG> magic{};
+  std::ifstream(hostFile, std::ios::binary).read(magic.data(), magic.size());
+  return std::memcmp(magic.data(), ELFMAG, SELFMAG) == 0;
+}
+
+HMODULE LoadHostFile(const std::string& hostFile) {
+  void* const module = ::dlopen(hostFile.c_str(), RTLD_NOW | RTLD_LOCAL);
+  if (module != nullptr) return CountLoad(static_cast<HMODULE>(module));
+  // A module that is there and in order, but needs another that isn't, counts as not found.
+  const bool isThere = hostFile.find('/') != std::string::npos;
+  SetLastError(isThere && !IsElfFile(hostFile) ? ERROR_BAD_EXE_FORMAT : ERROR_MOD_NOT_FOUND);
+  return nullptr;
+}
+
+HMODULE LoadByPath(const std::string& name) {
+  const std::optional<LibraryPath> path = ParsePath(name.c_str());
+  const Found found = path ? LookUp(*path) : Found{};
+  if (!found.exists || found.facts.IsDirectory()) {
+    SetLastError(ERROR_MOD_NOT_FOUND);
+    return nullptr;
+  }
+  return LoadHostFile(found.host.find('/') != std::string::npos ? found.host : "./" + found.host);
+}
+
+// The loader's record of the module that a host address belongs to.
+const link_map* ModuleOf(void* address) {
+  Dl_info info{};
+  void* map = nullptr;
+  if (::dladdr1(address, &info, &map, RTLD_DL_LINKMAP) == 0) return nullptr;
+  return static_cast<const link_map*>(map);
+}
+
+const link_map* RecordOf(HMODULE module) {
+  link_map* map = nullptr;
+  if (::dlinfo(module, RTLD_DI_LINKMAP, &map) != 0) return nullptr;
+  return map;
+}
+
+std::string ModuleFile(HMODULE module) {
+  if (module == nullptr) return ProgramFile();
+  if (module == SystemModule()) return PlatformLibraryFile();
+  const link_map* const record = RecordOf(module);
+  std::array<char, PATH_MAX> real{};
+  if (record == nullptr || ::realpath(record->l_name, real.data()) == nullptr) return "";
+  return real.data();
+}
+
+}  // namespace
+
+HMODULE WINAPI LoadLibraryA(LPCSTR name) {
+  if (name == nullptr || *name == '\0') {
+    SetLastError(ERROR_INVALID_PARAMETER);
+    return nullptr;
+  }
+  const std::string full = WithExtension(name);
+  if (HasSeparator(full)) return LoadByPath(full);
+  std::string hostName;
+  if (!ToHostName(full, hostName)) {
+    SetLastError(ERROR_MOD_NOT_FOUND);
+    return nullptr;
+  }
+  if (CaseKey(hostName) == kSystemModule) return CountLoad(SystemModule());
+  return LoadHostFile(FindModule(hostName));
+}
+
+FARPROC WINAPI GetProcAddress(HMODULE module, LPCSTR name) {
+  constexpr UINT_PTR kMaxOrdinal = 0xFFFF;
+  FARPROC function = nullptr;
+  if (!IsLoaded(module)) {
+    SetLastError(ERROR_MOD_NOT_FOUND);
+    return nullptr;
+  }
+  if (reinterpret_cast<UINT_PTR>(name) > kMaxOrdinal) {
+    if (module == SystemModule()) {
+      function = FindSystemFunction(name);
+    } else {
+      void* const address = ::dlsym(module, name);
+      // The host also looks in the libraries that the module is linked with.
+      if (address != nullptr && ModuleOf(address) == RecordOf(module)) {
+        function = reinterpret_cast<FARPROC>(address);
+      }
+    }
+  }
+  if (function == nullptr) SetLastError(ERROR_PROC_NOT_FOUND);
+  return function;
+}
+
+BOOL WINAPI FreeLibrary(HMODULE module) {
+  Modules& modules = TheModules();
+  {
+    const std::lock_guard guard(modules.lock);
+    const auto found = modules.loads.find(module);
+    if (found == modules.loads.end()) return Fail(ERROR_MOD_NOT_FOUND);
+    if (--found->second == 0) modules.loads.erase(found);
+  }
+  // Outside the lock: the module's own clean-up may come back here.
+  if (module != SystemModule()) ::dlclose(module);
+  return TRUE;
+}
+
+BOOL WINAPI SetDllDirectoryA(LPCSTR directory) {
+  Modules& modules = TheModules();
+  const std::lock_guard guard(modules.lock);
+  modules.directory = directory == nullptr ? "" : directory;
+  return TRUE;
+}
+
+DWORD WINAPI GetModuleFileNameA(HMODULE module, LPSTR buffer, DWORD bytes) {
+  if (module != nullptr && !IsLoaded(module)) {
+    return static_cast<DWORD>(Fail(ERROR_MOD_NOT_FOUND));
+  }
+  const std::optional<std::string> path = ToLibraryPath(ModuleFile(module));
+  if (!path || bytes == 0) return 0;
+  const std::size_t length = path->copy(buffer, bytes - 1);
+  buffer[length] = '\0';
+  if (length == path->size()) return static_cast<DWORD>(length);
+  SetLastError(ERROR_INSUFFICIENT_BUFFER);
+  return bytes;
+}

@@ -1,0 +1,148 @@
+// LookUp.cpp - see LookUp.h.
+#include "platform/win32/posix/LookUp.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+
+#include <atomic>
+#include <cerrno>
+#include <memory>
+#include <optional>
+
+#include "platform/win32/PosixAdmin.h"
+#include "platform/win32/posix/CodePage.h"
+#include "platform/win32/posix/HostNames.h"
+#include "platform/win32/posix/LastError.h"
+
+namespace kozor::posix {
+
+namespace {
+
+std::atomic<bool> caseSensitive{false};
+
+struct CloseDirectory {
+  void operator()(DIR* directory) const { ::closedir(directory); }
+};
+using Directory = std::unique_ptr<DIR, CloseDirectory>;
+
+bool IsAscii(std::string_view name) {
+  for (const char c : name) {
+    if (static_cast<unsigned char>(c) >= 0x80) return false;
+  }
+  return true;
+}
+
+// A case-sensitive search still finds names that code page 932 can't tell from the one wanted, and
+// only such names beyond ASCII.
+bool MayHaveOtherSpelling(std::string_view name) {
+  return !caseSensitive || (ActiveCodePage() == kCodePage932 && !IsAscii(name));
+}
+
+std::u16string SearchKey(std::string_view name) {
+  return caseSensitive ? ExactKey(name) : CaseKey(name);
+}
+
+// The entry of a directory that differs from `name` only as a search allows.  Of several, the first
+// by byte values, so that the result doesn't depend on how the directory is kept.
+std::optional<std::string> SearchDirectory(const std::string& hostDirectory,
+                                           const std::string& name) {
+  if (!MayHaveOtherSpelling(name)) return std::nullopt;
+  const Directory directory(::opendir(hostDirectory.c_str()));
+  if (!directory) return std::nullopt;
+  const std::u16string wanted = SearchKey(name);
+  std::optional<std::string> best;
+  while (const dirent* const entry = ::readdir(directory.get())) {
+    const std::string_view candidate = entry->d_name;
+    if (best && candidate >= *best) continue;
+    if (SearchKey(candidate) == wanted) best = candidate;
+  }
+  return best;
+}
+
+bool IsMissing(int error) {
+  return error == ENOENT || error == ENOTDIR;
+}
+
+// Resolves the names of a path one by one, from the longest beginning that exists as it is written.
+class Resolver {
+ public:
+  explicit Resolver(const LibraryPath& whole) : path(whole) {}
+
+  Found Resolve() {
+    Found found;
+    if (ReadExact(path.Host(), found)) return found;
+    if (!IsMissing(errno) || path.names.empty()) {
+      found.error = ErrorFromErrno(errno);
+      return found;
+    }
+    const std::optional<std::string> parent = ResolveDirectory(path.names.size() - 1);
+    if (!parent) {
+      found.error = ERROR_PATH_NOT_FOUND;
+      return found;
+    }
+    return ResolveIn(*parent, path.names.back());
+  }
+
+ private:
+  static bool ReadExact(std::string host, Found& found) {
+    found.host = std::move(host);
+    found.exists = ReadFacts(AT_FDCWD, found.host.c_str(), found.facts);
+    return found.exists;
+  }
+
+  static std::string Join(const std::string& directory, const std::string& name) {
+    if (directory.ends_with('/')) return directory + name;
+    return directory + '/' + name;
+  }
+
+  // One name in a directory that exists.
+  static Found ResolveIn(const std::string& directory, const std::string& name) {
+    Found found;
+    if (ReadExact(Join(directory, name), found)) return found;
+    found.error = ErrorFromErrno(errno);
+    if (errno != ENOENT) return found;
+    const std::optional<std::string> other = SearchDirectory(directory, name);
+    if (other && !ReadExact(Join(directory, *other), found)) found.host = Join(directory, name);
+    if (found.exists) found.error = ERROR_SUCCESS;
+    return found;
+  }
+
+  // The host path of the first `count` names, if they are a directory.
+  std::optional<std::string> ResolveDirectory(std::size_t count) {
+    Found found;
+    if (!ReadExact(path.Host(count), found) && count > 0) {
+      const std::optional<std::string> parent = ResolveDirectory(count - 1);
+      if (!parent) return std::nullopt;
+      found = ResolveIn(*parent, path.names[count - 1]);
+    }
+    if (!found.exists || !found.facts.IsDirectory()) return std::nullopt;
+    return found.host;
+  }
+
+  const LibraryPath& path;
+};
+
+}  // namespace
+
+Found LookUp(const LibraryPath& path) {
+  return Resolver(path).Resolve();
+}
+
+bool LookUpExisting(const LibraryPath& path, Found& found) {
+  found = LookUp(path);
+  if (!found.exists) return Fail(found.error);
+  if (path.trailingSeparator && !found.facts.IsDirectory()) {
+    return Fail(ERROR_INVALID_NAME);
+  }
+  return true;
+}
+
+bool SetCaseSensitive(bool on) {
+  return caseSensitive.exchange(on);
+}
+
+}  // namespace kozor::posix
+
+int KzSetCaseSensitive(int on) {
+  return kozor::posix::SetCaseSensitive(on != 0) ? 1 : 0;
+}

@@ -1,0 +1,180 @@
+// PathApi.cpp - calls that answer with a path: the process's directory, full paths, temporary
+// names, and host paths as library paths.
+#include <unistd.h>
+
+#include <array>
+#include <atomic>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include "platform/win32/PosixAdmin.h"
+#include "platform/win32/PosixSystem.h"
+#include "platform/win32/PosixText.h"
+#include "platform/win32/posix/CodePage.h"
+#include "platform/win32/posix/Drives.h"
+#include "platform/win32/posix/HostNames.h"
+#include "platform/win32/posix/LastError.h"
+#include "platform/win32/posix/LookUp.h"
+
+namespace {
+
+using namespace kozor::posix;
+
+// The rule of all buffer calls: the length, or the size that would do.
+DWORD GiveText(const std::optional<std::string>& text, DWORD bytes, LPSTR buffer) {
+  if (!text) return 0;
+  const auto length = static_cast<DWORD>(text->size());
+  if (length >= bytes) return length + 1;
+  std::memcpy(buffer, text->c_str(), length + 1);
+  return length;
+}
+
+// Where a parsed path starts, as a library path without a '\' at the end.
+std::optional<std::string> StartText(const LibraryPath& path) {
+  if (!path.root.empty()) return path.root;
+  std::optional<std::string> start =
+      ToLibraryPath(path.base.empty() ? ProcessDirectory() : path.base);
+  if (start && start->ends_with('\\')) start->pop_back();
+  return start;
+}
+
+std::optional<std::string> FullPath(LPCSTR name) {
+  const std::optional<LibraryPath> path = ParsePath(name, PathUse::Text);
+  std::optional<std::string> full = path ? StartText(*path) : std::nullopt;
+  if (!full) return std::nullopt;
+  const std::size_t startLength = full->size();
+  std::string libraryName;
+  for (const std::string& hostName : path->names) {
+    ToLibraryName(hostName, libraryName);
+    *full += '\\' + libraryName;
+  }
+  if (!path->mask.empty()) *full += '\\' + path->mask;
+  if (path->trailingSeparator || full->size() == startLength) *full += '\\';
+  return full;
+}
+
+std::string TemporaryDirectory() {
+  const char* const chosen = std::getenv("TMPDIR");
+  return chosen != nullptr && *chosen == '/' ? chosen : "/tmp";
+}
+
+// At most three bytes, and no character cut in two.
+std::string ShortPrefix(LPCSTR prefix) {
+  LPCSTR end = prefix;
+  while (*end != '\0' && CharNextA(end) - prefix <= 3) end = CharNextA(end);
+  return {prefix, end};
+}
+
+std::string TempFileName(LPCSTR path, LPCSTR prefix, UINT number) {
+  std::array<char, 16> tail{};
+  std::snprintf(tail.data(), tail.size(), "%X.TMP", number);
+  const std::string_view directory = path;
+  const char* const separator = CharPrevA(path, path + directory.size());
+  return std::string(directory) + (*separator == '\\' || *separator == '/' ? "" : "\\") +
+         ShortPrefix(prefix) + tail.data();
+}
+
+// Numbers that differ from one call and one process to the next.
+UINT NextNumber() {
+  static std::atomic<UINT> calls{0};
+  const auto process = static_cast<UINT>(::getpid());
+  return (process * 31 + static_cast<UINT>(GetTickCount64()) + calls.fetch_add(1)) & 0xFFFF;
+}
+
+// Makes the file under the first number that is free from `number` on; 0 if there is none.
+UINT MakeTempFile(LPCSTR path, LPCSTR prefix, UINT number) {
+  constexpr UINT kNumbers = 0x10000;
+  for (UINT tries = 0; tries < kNumbers; ++tries, number = (number + 1) % kNumbers) {
+    if (number == 0) continue;
+    const HANDLE file = CreateFileA(TempFileName(path, prefix, number).c_str(), GENERIC_WRITE, 0,
+                                    nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (file != INVALID_HANDLE_VALUE) {
+      CloseHandle(file);
+      return number;
+    }
+    if (GetLastError() != ERROR_FILE_EXISTS) return 0;
+  }
+  return 0;
+}
+
+// A relative host path as a library path; false where a component can't be expressed.
+bool RelativeToLibrary(std::string_view hostPath, std::string& path) {
+  std::string name;
+  for (const std::string_view hostName : SplitHostPath(hostPath)) {
+    if (!ToLibraryName(hostName, name)) return false;
+    if (!path.empty()) path += '\\';
+    path += name;
+  }
+  return true;
+}
+
+}  // namespace
+
+DWORD WINAPI GetTempPathA(DWORD bytes, LPSTR buffer) {
+  std::optional<std::string> path = ToLibraryPath(TemporaryDirectory());
+  if (path && !path->ends_with('\\')) *path += '\\';
+  return GiveText(path, bytes, buffer);
+}
+
+DWORD WINAPI GetCurrentDirectoryA(DWORD bytes, LPSTR buffer) {
+  const std::string directory = ProcessDirectory();
+  if (directory.empty()) return static_cast<DWORD>(FailErrno());
+  return GiveText(ToLibraryPath(directory), bytes, buffer);
+}
+
+DWORD WINAPI GetFullPathNameA(LPCSTR name, DWORD bytes, LPSTR buffer, LPSTR* filePart) {
+  const std::optional<std::string> path = FullPath(name);
+  const DWORD length = GiveText(path, bytes, buffer);
+  if (filePart == nullptr) return length;
+  *filePart = nullptr;
+  if (length == 0 || length >= bytes) return length;
+  LPSTR last = buffer;
+  for (LPSTR p = buffer; *p != '\0'; p = CharNextA(p)) {
+    if (*p == '\\') last = p + 1;
+  }
+  if (*last != '\0') *filePart = last;
+  return length;
+}
+
+UINT WINAPI GetTempFileNameA(LPCSTR path, LPCSTR prefix, UINT unique, LPSTR buffer) {
+  const DWORD attributes = GetFileAttributesA(path);
+  if (attributes == INVALID_FILE_ATTRIBUTES || (attributes & FILE_ATTRIBUTE_DIRECTORY) == 0) {
+    return static_cast<UINT>(Fail(ERROR_DIRECTORY));
+  }
+  if (TempFileName(path, prefix, 0xFFFF).size() >= MAX_PATH) {
+    return static_cast<UINT>(Fail(ERROR_BUFFER_OVERFLOW));
+  }
+  const UINT number = unique != 0 ? unique & 0xFFFF : MakeTempFile(path, prefix, NextNumber());
+  if (number == 0) return 0;
+  const std::string name = TempFileName(path, prefix, number);
+  std::memcpy(buffer, name.c_str(), name.size() + 1);
+  return number;
+}
+
+int KzHostToLibraryPath(const char* hostPath, std::string& libraryPath) {
+  const std::string_view host = hostPath == nullptr ? "" : hostPath;
+  if (host.empty()) return Fail(ERROR_PATH_NOT_FOUND);
+  std::string path;
+  bool whole = true;
+  if (host.front() == '/') {
+    std::optional<std::string> absolute = ToLibraryPath(host, &whole);
+    if (!absolute) return FALSE;
+    path = *std::move(absolute);
+  } else {
+    whole = RelativeToLibrary(host, path);
+  }
+  if (!whole) return Fail(ERROR_INVALID_NAME);
+  if (host.ends_with('/') && !path.ends_with('\\')) path += '\\';
+  libraryPath = std::move(path);
+  return TRUE;
+}
+
+int KzLibraryToHostPath(const char* libraryPath, std::string& hostPath) {
+  const std::optional<LibraryPath> path = ParsePath(libraryPath);
+  if (!path) return FALSE;
+  const Found found = LookUp(*path);
+  const std::string_view host = found.host;
+  hostPath = host.starts_with("./") ? host.substr(2) : host;
+  return TRUE;
+}

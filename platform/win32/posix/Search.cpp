@@ -1,0 +1,178 @@
+// Search.cpp - FindFirstFileA and what follows it.
+//
+// A search reads its directory once, keeps the names that match, in order, and asks for the facts
+// of each one only when it is given out.
+#include <dirent.h>
+#include <fcntl.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <optional>
+#include <vector>
+
+#include "platform/win32/posix/Attributes.h"
+#include "platform/win32/posix/FillRecords.h"
+#include "platform/win32/posix/HandleTable.h"
+#include "platform/win32/posix/HostNames.h"
+#include "platform/win32/posix/LastError.h"
+#include "platform/win32/posix/LookUp.h"
+#include "platform/win32/posix/WildCard.h"
+
+namespace {
+
+using namespace kozor::posix;
+
+struct Entry {
+  std::string hostName;
+  std::u16string key;
+  unsigned char type;  // DT_*, for where the facts can't be had
+};
+
+// The usual Windows file system's order; names that differ in case alone come by their bytes.
+bool ComesBefore(const Entry& a, const Entry& b) {
+  const int order = a.key.compare(b.key);
+  return order != 0 ? order < 0 : a.hostName < b.hostName;
+}
+
+void FillData(WIN32_FIND_DATAA& data, const FileFacts& facts, DWORD attributes,
+              const std::string& libraryName) {
+  data = {};
+  FillFacts(data, facts, attributes);
+  std::memcpy(data.cFileName, libraryName.c_str(), libraryName.size() + 1);
+}
+
+// The name to list.  Where the code page can't tell two files of a directory apart, the name
+// belongs to the one that it opens.
+std::string ListedName(int directory, const std::string& hostName) {
+  std::string libraryName;
+  std::string opened;
+  FileFacts ignored;
+  if (ToLibraryName(hostName, libraryName) && ToHostName(libraryName, opened) &&
+      opened != hostName && ReadFacts(directory, opened.c_str(), ignored)) {
+    ToStrictLibraryName(hostName, libraryName);
+  }
+  return libraryName;
+}
+
+class Search : public Object {
+ public:
+  // A search without further entries.
+  Search() = default;
+  // The entries of an open directory stream that match.
+  Search(DIR* stream, std::string hostDirectory, const WildCard& mask, bool withDots)
+      : directory(stream), host(std::move(hostDirectory)) {
+    if (!host.ends_with('/')) host += '/';
+    while (const dirent* const entry = ::readdir(directory)) {
+      const std::string_view name = entry->d_name;
+      const bool dots = name == "." || name == "..";
+      std::u16string key = CaseKey(name);
+      if ((dots && !withDots) || !mask.Matches(key)) continue;
+      // The dots come first, whatever characters names begin with.
+      if (dots) key.insert(0, 1, u'\0');
+      entries.push_back({std::string(name), std::move(key), entry->d_type});
+    }
+    std::sort(entries.begin(), entries.end(), ComesBefore);
+  }
+  ~Search() override {
+    if (directory != nullptr) ::closedir(directory);
+  }
+
+  // The next entry that is still there; false at the end.
+  bool Next(WIN32_FIND_DATAA& data) {
+    while (next < entries.size()) {
+      if (Describe(entries[next++], data)) return true;
+    }
+    return false;
+  }
+
+ private:
+  bool Describe(const Entry& entry, WIN32_FIND_DATAA& data) {
+    FileFacts facts;
+    DWORD attributes = 0;
+    if (ReadFacts(::dirfd(directory), entry.hostName.c_str(), facts)) {
+      attributes = AttributesOf(facts, entry.hostName, (host + entry.hostName).c_str());
+    } else if (errno == ENOENT) {
+      return false;
+    } else {
+      // A directory that may be read but not searched: there is an entry, and no more is known.
+      facts.mode = entry.type == DT_DIR ? S_IFDIR : S_IFREG;
+      attributes = entry.type == DT_DIR ? FILE_ATTRIBUTE_DIRECTORY : FILE_ATTRIBUTE_ARCHIVE;
+    }
+    FillData(data, facts, attributes, ListedName(::dirfd(directory), entry.hostName));
+    return true;
+  }
+
+  DIR* directory = nullptr;
+  std::string host;  // of the directory, with a '/' at the end
+  std::vector<Entry> entries;
+  std::size_t next = 0;
+};
+
+std::shared_ptr<Search> Refuse(DWORD error) {
+  SetLastError(error);
+  return nullptr;
+}
+
+// A name without wild-cards needs no reading of its directory.
+std::shared_ptr<Search> FindOne(LibraryPath& path, WIN32_FIND_DATAA& data) {
+  if (path.trailingSeparator || path.IsRoot()) return Refuse(ERROR_FILE_NOT_FOUND);
+  if (!MakeAbsolute(path)) return nullptr;
+  const Found found = LookUp(path);
+  if (!found.exists) return Refuse(found.error);
+  std::string libraryName;
+  ToLibraryName(found.HostName(), libraryName);
+  FillData(data, found.facts, AttributesOf(found.facts, found.HostName(), found.host.c_str()),
+           libraryName);
+  return std::make_shared<Search>();
+}
+
+// Opens the directory of a search; null with the last error set.  `host` receives its host path.
+DIR* OpenDirectory(const LibraryPath& path, std::string& host) {
+  host = path.Host();
+  if (DIR* const directory = ::opendir(host.c_str())) return directory;
+  const Found found = LookUp(path);
+  if (!found.exists || found.facts.dangling) {
+    SetLastError(found.error == ERROR_FILE_NOT_FOUND || found.exists ? ERROR_PATH_NOT_FOUND
+                                                                     : found.error);
+    return nullptr;
+  }
+  host = found.host;
+  DIR* const directory = ::opendir(host.c_str());
+  if (directory == nullptr) {
+    SetLastError(found.facts.IsDirectory() ? ErrorFromErrno(errno) : ERROR_DIRECTORY);
+  }
+  return directory;
+}
+
+std::shared_ptr<Search> FindMatching(const LibraryPath& path, WIN32_FIND_DATAA& data) {
+  std::u16string mask;
+  std::string host;
+  if (!MaskKey(path.mask, mask)) return nullptr;
+  DIR* const directory = OpenDirectory(path, host);
+  if (directory == nullptr) return nullptr;
+  // A drive's root has no entries for itself and for what is above it.
+  const bool withDots = !path.IsRoot() || path.share;
+  auto search = std::make_shared<Search>(directory, std::move(host), WildCard(mask), withDots);
+  return search->Next(data) ? search : Refuse(ERROR_FILE_NOT_FOUND);
+}
+
+}  // namespace
+
+HANDLE WINAPI FindFirstFileA(LPCSTR name, LPWIN32_FIND_DATAA data) {
+  std::optional<LibraryPath> path = ParsePath(name, PathUse::Search);
+  if (!path) return INVALID_HANDLE_VALUE;
+  auto search = path->mask.empty() ? FindOne(*path, *data) : FindMatching(*path, *data);
+  return search ? AddHandle(std::move(search)) : INVALID_HANDLE_VALUE;
+}
+
+BOOL WINAPI FindNextFileA(HANDLE find, LPWIN32_FIND_DATAA data) {
+  const auto search = FindObject<Search>(find);
+  if (!search) return FALSE;
+  return search->Next(*data) ? TRUE : Fail(ERROR_NO_MORE_FILES);
+}
+
+BOOL WINAPI FindClose(HANDLE find) {
+  if (!FindObject<Search>(find)) return FALSE;
+  return RemoveHandle(find) ? TRUE : Fail(ERROR_INVALID_HANDLE);
+}

@@ -1,0 +1,172 @@
+// Sharing.cpp - see Sharing.h.
+#include "platform/win32/posix/Sharing.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <mutex>
+#include <unordered_map>
+#include <vector>
+
+#include "platform/win32/posix/LastError.h"
+
+namespace kozor::posix {
+
+namespace {
+
+// What a file is opened for, and what it keeps others from, as bits of one set.
+enum Claim : unsigned {
+  kReads = 1,
+  kWrites = 2,
+  kDeniesRead = 4,
+  kDeniesWrite = 8,
+  kDeniesDelete = 16,
+};
+constexpr std::array<Claim, 5> kClaims = {kReads, kWrites, kDeniesRead, kDeniesWrite,
+                                          kDeniesDelete};
+
+unsigned ClaimsOf(const ShareMode& mode) {
+  unsigned claims = 0;
+  if ((mode.access & GENERIC_READ) != 0) claims |= kReads;
+  if ((mode.access & GENERIC_WRITE) != 0) claims |= kWrites;
+  if (claims == 0) return 0;  // who asks for facts only disturbs nobody
+  if ((mode.share & FILE_SHARE_READ) == 0) claims |= kDeniesRead;
+  if ((mode.share & FILE_SHARE_WRITE) == 0) claims |= kDeniesWrite;
+  if ((mode.share & FILE_SHARE_DELETE) == 0) claims |= kDeniesDelete;
+  return claims;
+}
+
+// The claims of others that these can't stand beside.
+unsigned ConflictsOf(unsigned claims) {
+  unsigned conflicts = 0;
+  if ((claims & kReads) != 0) conflicts |= kDeniesRead;
+  if ((claims & kWrites) != 0) conflicts |= kDeniesWrite;
+  if ((claims & kDeniesRead) != 0) conflicts |= kReads;
+  if ((claims & kDeniesWrite) != 0) conflicts |= kWrites;
+  return conflicts;
+}
+
+struct HashFileId {
+  std::size_t operator()(const FileId& id) const {
+    return std::hash<std::uint64_t>{}(id.inode * 31 + id.device);
+  }
+};
+
+// The claims of each handle on each open file of the process.
+struct OpenFiles {
+  std::mutex lock;
+  std::unordered_map<FileId, std::vector<unsigned>, HashFileId> claims;
+};
+
+OpenFiles& TheOpenFiles() {
+  static OpenFiles& files = *new OpenFiles;
+  return files;
+}
+
+bool AddToTable(const FileId& id, unsigned claims) {
+  OpenFiles& files = TheOpenFiles();
+  const std::lock_guard guard(files.lock);
+  std::vector<unsigned>& others = files.claims[id];
+  const unsigned conflicts = ConflictsOf(claims);
+  const auto disagrees = [&](unsigned other) { return (other & conflicts) != 0; };
+  if (std::any_of(others.begin(), others.end(), disagrees)) return false;
+  others.push_back(claims);
+  return true;
+}
+
+void RemoveFromTable(const FileId& id, unsigned claims) {
+  OpenFiles& files = TheOpenFiles();
+  const std::lock_guard guard(files.lock);
+  const auto found = files.claims.find(id);
+  if (found == files.claims.end()) return;
+  std::vector<unsigned>& all = found->second;
+  all.erase(std::find(all.begin(), all.end(), claims));
+  if (all.empty()) files.claims.erase(found);
+}
+
+// Where the lock of a claim lies.  Bytes between them keep the host from joining two locks into
+// one.
+constexpr off_t kLockBase = 0x7FFF'FFFF'FFFF'0000;
+
+struct flock LockOf(Claim claim, short type) {
+  struct flock lock {};
+  lock.l_type = type;
+  lock.l_whence = SEEK_SET;
+  lock.l_start = kLockBase + 2 * static_cast<off_t>(claim);
+  lock.l_len = 1;
+  return lock;
+}
+
+// Claims are locks that many can hold at a time, so that taking one never waits or fails for
+// another holder of the same claim.
+bool LockClaims(int file, unsigned claims) {
+  for (const Claim claim : kClaims) {
+    if ((claims & claim) == 0) continue;
+    struct flock lock = LockOf(claim, F_RDLCK);
+    // EAGAIN: another program has locked the whole file for itself alone.
+    if (::fcntl(file, F_OFD_SETLK, &lock) != 0 && errno == EAGAIN) return false;
+  }
+  return true;
+}
+
+// Whether another open file holds one of these claims.  Only our own kind of lock counts, not one
+// of another program over a wider range.
+bool AnyLocked(int file, unsigned claims) {
+  for (const Claim claim : kClaims) {
+    if ((claims & claim) == 0) continue;
+    struct flock lock = LockOf(claim, F_WRLCK);
+    const off_t place = lock.l_start;
+    const bool asked = ::fcntl(file, F_OFD_GETLK, &lock) == 0;
+    if (asked && lock.l_type == F_RDLCK && lock.l_start == place && lock.l_len == 1) return true;
+  }
+  return false;
+}
+
+bool IsDeniedInTable(const FileId& id) {
+  OpenFiles& files = TheOpenFiles();
+  const std::lock_guard guard(files.lock);
+  const auto found = files.claims.find(id);
+  return found != files.claims.end() &&
+         std::any_of(found->second.begin(), found->second.end(),
+                     [](unsigned claims) { return (claims & kDeniesDelete) != 0; });
+}
+
+}  // namespace
+
+ShareHold::~ShareHold() {
+  if (claims != 0) RemoveFromTable(id, claims);
+}
+
+bool ShareHold::Take(int file, const FileId& fileId, const ShareMode& mode) {
+  const unsigned wanted = ClaimsOf(mode);
+  if (wanted == 0) return true;
+  if (!AddToTable(fileId, wanted)) return Fail(ERROR_SHARING_VIOLATION);
+  id = fileId;
+  claims = wanted;
+  // Locked first and asked second: of two that come at once, both may be turned away, but never
+  // both let in.
+  if (!LockClaims(file, claims) || AnyLocked(file, ConflictsOf(claims))) {
+    return Fail(ERROR_SHARING_VIOLATION);
+  }
+  return true;
+}
+
+bool IsDeleteDenied(const char* hostPath, const FileId& id) {
+  if (IsDeniedInTable(id)) return true;
+  const int file = ::open(hostPath, O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC | O_NOFOLLOW);
+  if (file < 0) return false;
+  const bool denied = AnyLocked(file, kDeniesDelete);
+  ::close(file);
+  return denied;
+}
+
+bool IsOpenHere(const FileId& id) {
+  OpenFiles& files = TheOpenFiles();
+  const std::lock_guard guard(files.lock);
+  return files.claims.contains(id);
+}
+
+}  // namespace kozor::posix

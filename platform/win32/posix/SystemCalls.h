@@ -1,0 +1,40 @@
+// SystemCalls.h - the system calls whose failure a caller has to survive, as a table that a test
+// can change: "the third write fails" (tests/support/FailCall.h).  Nobody else writes to it.
+#pragma once
+
+#include <sys/stat.h>
+#include <sys/statvfs.h>
+#include <sys/types.h>
+
+#include <cstddef>
+
+#include "platform/Export.h"
+
+namespace kozor::posix {
+
+// Arguments and results are the host's, errno included.
+struct SystemCalls {
+  int (*open)(const char* path, int flags, mode_t mode);
+  ssize_t (*read)(int file, void* buffer, std::size_t bytes);
+  ssize_t (*write)(int file, const void* buffer, std::size_t bytes);
+  int (*ftruncate)(int file, off_t size);
+  int (*fallocate)(int file, int mode, off_t offset, off_t bytes);
+  int (*fdatasync)(int file);
+  int (*fsync)(int file);
+  void* (*mmap)(void* address, std::size_t bytes, int protection, int flags, int file,
+                off_t offset);
+  int (*statx)(int directory, const char* path, int flags, unsigned mask, struct statx* result);
+  int (*statvfs)(const char* path, struct statvfs* result);
+  int (*renameat2)(int oldDirectory, const char* oldPath, int newDirectory, const char* newPath,
+                   unsigned flags);
+  int (*unlink)(const char* path);
+  int (*rmdir)(const char* path);
+  int (*mkdir)(const char* path, mode_t mode);
+  ssize_t (*getxattr)(const char* path, const char* name, void* value, std::size_t bytes);
+  int (*setxattr)(const char* path, const char* name, const void* value, std::size_t bytes,
+                  int flags);
+};
+
+ZOR_PLATFORM_API SystemCalls& Calls();
+
+}  // namespace kozor::posix

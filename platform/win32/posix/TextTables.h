@@ -1,0 +1,33 @@
+// TextTables.h - code pages and upper case as data; TextTables.cpp is written by a script.
+#pragma once
+
+#include <cstddef>
+
+namespace kozor::posix {
+
+// The 188 characters of one lead byte, trail bytes 0x40 to 0x7E and 0x80 to 0xFC.  A blank or a
+// zero is a hole.
+struct Cp932Row {
+  unsigned char lead;
+  char16_t characters[189];
+};
+// By lead byte; without the rows of user-defined characters (0xF0 to 0xF9), which are computed.
+extern const Cp932Row kCp932Rows[];
+extern const std::size_t kCp932RowCount;
+
+// Bytes 0x80 to 0xFF of single-byte code pages.
+extern const char16_t kCp1252High[129];
+extern const char16_t kCp437High[129];
+
+// Letters first, first + step, ... last, each `distance` below or above its capital.  ASCII is left
+// out.
+struct UpperRun {
+  char32_t first;
+  char32_t last;
+  int step;
+  int distance;
+};
+extern const UpperRun kUpperRuns[];  // in ascending order
+extern const std::size_t kUpperRunCount;
+
+}  // namespace kozor::posix

@@ -1,0 +1,132 @@
+// ConversionContractTest.cpp - text between code pages and UTF-16.
+#include <string_view>
+
+#include "tests/platform/Contract.h"
+
+namespace kozor::test {
+namespace {
+
+using Wide = std::basic_string<WCHAR>;
+
+Wide FromUnits(std::u16string_view text) {
+  return Wide(text.begin(), text.end());
+}
+
+Wide ToWide(UINT page, const std::string& text, DWORD flags = 0) {
+  Wide wide(text.size() + 1, 0);
+  const int units = MultiByteToWideChar(page, flags, text.data(), static_cast<int>(text.size()),
+                                        wide.data(), static_cast<int>(wide.size()));
+  wide.resize(static_cast<std::size_t>(units));
+  return wide;
+}
+
+std::string FromWide(UINT page, const Wide& wide) {
+  std::string text(wide.size() * 4 + 1, 0);
+  const DWORD flags = page == CP_UTF8 ? 0 : WC_NO_BEST_FIT_CHARS;
+  const int bytes =
+      WideCharToMultiByte(page, flags, wide.data(), static_cast<int>(wide.size()), text.data(),
+                          static_cast<int>(text.size()), nullptr, nullptr);
+  text.resize(static_cast<std::size_t>(bytes));
+  return text;
+}
+
+TEST(ConversionContract, PagesAgreeInBothDirections) {
+  struct Row {
+    UINT page;
+    const char* bytes;
+    std::u16string_view wide;
+  };
+  const Row rows[] = {
+      {932, "A\\~", u"A\\~"},
+      {932, "\x93\xFA\x96{\x8C\xEA", u"日本語"},
+      {932, "\xB1\xB2\xDF", u"ｱｲﾟ"},
+      {932, "\x95\x5C\x83\x5C", u"表ソ"},
+      {932, "\x81\x60\x81\x61\x81\x7C\x81\x91\x81\x92\x81\xCA\x81\x5C", u"～∥－￠￡￢―"},
+      {932, "\x87\x40\x87\x54\x81\xE0\x81\xE6\xFA\x40\xFB\xFC\xFC\x4B", u"①Ⅰ≒∵ⅰ髙黑"},
+      {932, "\xF0\x40\xF9\xFC", u"\uE000\uE757"},
+      {CP_UTF8, "a\xC3\xA9\xE6\x97\xA5\xF0\x9F\x98\x80", u"aé日😀"},
+      {1252, "\x80\xE9\xFF", u"€éÿ"},
+      {437, "\x81\xE1\xDB", u"üß█"},
+      {20127, "plain", u"plain"},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(testing::Message() << row.page << ' ' << row.bytes);
+    EXPECT_EQ(ToWide(row.page, row.bytes), FromUnits(row.wide));
+    EXPECT_EQ(FromWide(row.page, FromUnits(row.wide)), row.bytes);
+  }
+}
+
+TEST(ConversionContract, CopiesOfACharacterComeBackAsItsFirstCode) {
+  for (const auto& [copy, first] : {std::pair{"\x87\x90", "\x81\xE0"},
+                                    {"\xED\x40", "\xFA\x5C"},
+                                    {"\xEE\xFC", "\xFA\x57"},
+                                    {"\xFA\x4A", "\x87\x54"},
+                                    {"\xFA\x5B", "\x81\xE6"},
+                                    {"\xEE\xF9", "\x81\xCA"}}) {
+    EXPECT_EQ(FromWide(932, ToWide(932, copy)), first);
+  }
+}
+
+TEST(ConversionContract, EveryCodeOf932SurvivesTheRoundTrip) {
+  int assigned = 0;
+  for (int lead = 0x81; lead <= 0xFC; ++lead) {
+    if (lead >= 0xA0 && lead < 0xE0) continue;
+    for (int trail = 0x40; trail <= 0xFC; ++trail) {
+      const std::string code = {static_cast<char>(lead), static_cast<char>(trail)};
+      const Wide wide = ToWide(932, code, MB_ERR_INVALID_CHARS);
+      if (wide.size() != 1) continue;
+      ++assigned;
+      EXPECT_EQ(ToWide(932, FromWide(932, wide)), wide);
+    }
+  }
+  EXPECT_EQ(assigned, 9604);
+}
+
+TEST(ConversionContract, InvalidTextIsRefusedOnDemand) {
+  struct Row {
+    UINT page;
+    const char* bytes;
+  };
+  const Row rows[] = {{932, "a\x81"},        {932, "\x81 "},
+                      {932, "\x85\x40"},     {CP_UTF8, "\xC3"},
+                      {CP_UTF8, "\xC0\x80"}, {CP_UTF8, "\xED\xA0\x80"},
+                      {CP_UTF8, "\x80"},     {CP_UTF8, "\xF5\x80\x80\x80"}};
+  for (const Row& row : rows) {
+    SCOPED_TRACE(testing::Message() << row.page << ' ' << row.bytes);
+    EXPECT_FAILS_WITH(ERROR_NO_UNICODE_TRANSLATION,
+                      ToWide(row.page, row.bytes, MB_ERR_INVALID_CHARS).empty());
+    EXPECT_FALSE(ToWide(row.page, row.bytes).empty());
+  }
+}
+
+TEST(ConversionContract, WhatAPageLacksBecomesTheDefaultCharacter) {
+  const Wide text = FromUnits(u"a\u0E01b");
+  char bytes[8];
+  BOOL used = FALSE;
+  EXPECT_EQ(WideCharToMultiByte(932, 0, text.data(), 3, bytes, 8, "_", &used), 3);
+  EXPECT_EQ(std::string(bytes, 3), "a_b");
+  EXPECT_TRUE(used);
+  EXPECT_EQ(WideCharToMultiByte(932, 0, text.data(), 1, bytes, 8, "_", &used), 1);
+  EXPECT_FALSE(used);
+  if (UnderWine()) return;  // it takes a default character in UTF-8 too
+  EXPECT_FAILS_WITH(ERROR_INVALID_PARAMETER,
+                    WideCharToMultiByte(CP_UTF8, 0, text.data(), 1, bytes, 8, "_", &used) == 0);
+}
+
+TEST(ConversionContract, SizesAreAskedForAndKept) {
+  WCHAR wide[4];
+  char bytes[4];
+  EXPECT_EQ(MultiByteToWideChar(932, 0, "\x93\xFAz", -1, nullptr, 0), 3);
+  EXPECT_EQ(MultiByteToWideChar(932, 0, "\x93\xFAz", -1, wide, 3), 3);
+  EXPECT_EQ(wide[2], 0);
+  EXPECT_FAILS_WITH(ERROR_INSUFFICIENT_BUFFER,
+                    MultiByteToWideChar(932, 0, "\x93\xFAz", -1, wide, 2) == 0);
+  EXPECT_EQ(WideCharToMultiByte(932, 0, wide, 2, nullptr, 0, nullptr, nullptr), 3);
+  EXPECT_FAILS_WITH(ERROR_INSUFFICIENT_BUFFER,
+                    WideCharToMultiByte(932, 0, wide, 2, bytes, 2, nullptr, nullptr) == 0);
+  EXPECT_FAILS_WITH(ERROR_INVALID_PARAMETER, MultiByteToWideChar(12345, 0, "a", 1, wide, 4) == 0);
+  EXPECT_FAILS_WITH(ERROR_INVALID_PARAMETER, MultiByteToWideChar(932, 0, "a", 0, wide, 4) == 0);
+}
+
+}  // namespace
+}  // namespace kozor::test
