@@ -1,6 +1,7 @@
 // TestFolder.cpp - see TestFolder.h.
 #include "tests/support/TestFolder.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <sys/wait.h>

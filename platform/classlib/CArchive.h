@@ -1,0 +1,67 @@
+// CArchive.h - stores values into a file and loads them back: the class library's stream form.
+//
+// Numbers are little-endian.  A count is 2 bytes, or 0xFFFF and 4 bytes from 0xFFFF on.  A string
+// is its length and its bytes, with the length in 1 byte (below 0xFF), 0xFF and 2 bytes (below
+// 0xFFFE), or 0xFF, 0xFFFF and 4 bytes.
+//
+// A stream that ends inside a value throws CArchiveException* (endOfFile).  Memory grows with the
+// bytes that are really there, never with a length that the stream merely claims.
+#pragma once
+
+#include <memory>
+
+#include "platform/Export.h"
+#include "platform/classlib/CFile.h"
+#include "platform/classlib/CString.h"
+#include "platform/win32/Win32.h"
+
+class ZOR_PLATFORM_API CArchive {
+ public:
+  enum Mode : unsigned int { store = 0, load = 1 };
+
+  // The stream begins at the position of the file `stream`, which stays the caller's and must
+  // outlive the archive.  `direction` is a Mode.
+  CArchive(CFile* stream, unsigned int direction, int bufferSize = 4096);
+  // Closes; failures are dropped.
+  ~CArchive();
+  CArchive(const CArchive&) = delete;
+  CArchive& operator=(const CArchive&) = delete;
+
+  bool IsStoring() const { return mode == store; }
+  bool IsLoading() const { return mode == load; }
+
+  // Returns the number of bytes read, fewer than `count` at the end of the file only.
+  unsigned int Read(void* buffer, unsigned int count);
+  void Write(const void* buffer, unsigned int count);
+  // Storing: hands everything to the file.  Loading: moves the file to right behind what was read.
+  void Flush();
+  // Flushes and lets go of the file.
+  void Close();
+
+  DWORD ReadCount();
+  void WriteCount(DWORD count);
+
+  CArchive& operator<<(BYTE value);
+  CArchive& operator<<(WORD value);
+  CArchive& operator<<(DWORD value);
+  CArchive& operator<<(const CString& value);
+  CArchive& operator>>(BYTE& value);
+  CArchive& operator>>(WORD& value);
+  CArchive& operator>>(DWORD& value);
+  // On failure `value` is unchanged.
+  CArchive& operator>>(CString& value);
+
+ private:
+  template <class Number>
+  void WriteNumber(Number value);
+  template <class Number>
+  Number ReadNumber();
+  DWORD ReadStringLength();
+
+  CFile* file;  // null once closed
+  unsigned int mode;
+  unsigned int capacity;
+  std::unique_ptr<BYTE[]> buffer;
+  unsigned int next = 0;    // storing: bytes that wait to be written; loading: first unread byte
+  unsigned int filled = 0;  // loading: end of the unread bytes
+};

@@ -1,0 +1,74 @@
+// CFileFind.cpp - walks the entries of a directory that match a mask, one entry ahead of its user.
+#include "platform/classlib/CFileFind.h"
+
+#include <cstring>
+
+namespace {
+
+// The part of a path in front of its last name.
+CString DirectoryOf(const char* path) {
+  const char* name = path;
+  for (const char* p = path; *p != '\0'; p = CharNextA(p)) {
+    if (*p == '\\' || (*p == ':' && p == path + 1)) name = p + 1;
+  }
+  return CString(path, static_cast<int>(name - path));
+}
+
+}  // namespace
+
+CFileFind::CFileFind() = default;
+
+CFileFind::~CFileFind() {
+  Close();
+}
+
+int CFileFind::FindFile(const char* name, DWORD /*unused*/) {
+  Close();
+  if (name == nullptr) name = "*.*";
+  directory = DirectoryOf(name);
+  search = FindFirstFileA(name, &next);
+  hasNext = search != INVALID_HANDLE_VALUE;
+  return hasNext;
+}
+
+int CFileFind::FindNextFileA() {
+  if (!hasNext) return 0;
+  current = next;
+  hasNext = ::FindNextFileA(search, &next) != 0;
+  return hasNext;
+}
+
+void CFileFind::Close() {
+  if (search == INVALID_HANDLE_VALUE) return;
+  FindClose(search);
+  search = INVALID_HANDLE_VALUE;
+  hasNext = false;
+}
+
+bool CFileFind::IsDots() const {
+  return std::strcmp(GetFileName(), ".") == 0 || std::strcmp(GetFileName(), "..") == 0;
+}
+
+bool CFileFind::IsDirectory() const {
+  return MatchesMask(FILE_ATTRIBUTE_DIRECTORY);
+}
+
+bool CFileFind::MatchesMask(DWORD mask) const {
+  return (GetAttributes() & mask) != 0;
+}
+
+DWORD CFileFind::GetAttributes() const {
+  return current.dwFileAttributes;
+}
+
+const char* CFileFind::GetFileName() const {
+  return current.cFileName;
+}
+
+CString CFileFind::GetFilePath() const {
+  return directory + GetFileName();
+}
+
+std::uint64_t CFileFind::GetLength() const {
+  return std::uint64_t{current.nFileSizeHigh} << 32 | current.nFileSizeLow;
+}

@@ -1,0 +1,163 @@
+// ArchiveTest.cpp - CArchive: the bytes of the stream, and streams that lie or end too early.
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <new>
+
+#include "platform/classlib/ClassLib.h"
+#include "tests/support/TestFolder.h"
+
+namespace {
+
+// The largest piece of memory that anyone has asked for.
+std::size_t largestRequest = 0;
+
+}  // namespace
+
+void* operator new(std::size_t size) {
+  largestRequest = std::max(largestRequest, size);
+  if (void* memory = std::malloc(size)) return memory;
+  throw std::bad_alloc();
+}
+void operator delete(void* memory) noexcept {
+  std::free(memory);
+}
+void operator delete(void* memory, std::size_t) noexcept {
+  std::free(memory);
+}
+
+namespace {
+
+using kozor::test::Bytes;
+using kozor::test::TestFolder;
+using StringList = CList<CString, const CString&>;
+
+class Archive : public testing::Test {
+ protected:
+  template <class Action>
+  Bytes Stored(Action store) const {
+    CFile file(path.c_str(), CFile::modeCreate | CFile::modeWrite);
+    CArchive archive(&file, CArchive::store);
+    store(archive);
+    archive.Close();
+    file.Close();
+    return folder.ReadFile("stream");
+  }
+
+  // Runs `load` on the stream and returns the cause of its CArchiveException, 0 for none.
+  template <class Action>
+  int Load(const Bytes& bytes, Action load) const {
+    folder.WriteFile("stream", bytes);
+    CFile file(path.c_str(), CFile::modeRead);
+    CArchive archive(&file, CArchive::load);
+    try {
+      load(archive);
+      return 0;
+    } catch (CArchiveException* error) {
+      const int cause = error->m_cause;
+      error->Delete();
+      return cause;
+    }
+  }
+
+  TestFolder folder;
+  std::string path = folder.Lib("stream");
+};
+
+TEST_F(Archive, StoresCountsShortAndLong) {
+  EXPECT_EQ(Stored([](CArchive& archive) {
+              archive.WriteCount(0);
+              archive.WriteCount(0xFFFE);
+              archive.WriteCount(0xFFFF);
+            }),
+            (Bytes{0, 0, 0xFE, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0, 0}));
+}
+
+TEST_F(Archive, StoresStringsBehindLengthsOfThreeWidths) {
+  const struct {
+    int length;
+    Bytes prefix;
+  } rows[] = {{0, {0}},
+              {254, {254}},
+              {255, {0xFF, 0xFF, 0x00}},
+              {0xFFFD, {0xFF, 0xFD, 0xFF}},
+              {0xFFFE, {0xFF, 0xFF, 0xFF, 0xFE, 0xFF, 0, 0}},
+              {0x20001, {0xFF, 0xFF, 0xFF, 0x01, 0x00, 2, 0}}};
+  for (const auto& row : rows) {
+    const CString text('x', row.length);
+    const Bytes bytes = Stored([&](CArchive& archive) { archive << text << WORD{0x1234}; });
+    Bytes expected = row.prefix;
+    expected.insert(expected.end(), static_cast<std::size_t>(row.length), 'x');
+    expected.insert(expected.end(), {0x34, 0x12});
+    EXPECT_EQ(bytes, expected) << row.length;
+
+    CString loaded = "old";
+    WORD behind = 0;
+    EXPECT_EQ(Load(bytes, [&](CArchive& archive) { archive >> loaded >> behind; }), 0);
+    EXPECT_EQ(loaded, text);
+    EXPECT_EQ(behind, 0x1234);
+  }
+}
+
+TEST_F(Archive, StoresListsAndLoadsThemBehindWhatIsThere) {
+  StringList list;
+  list.AddTail("one");
+  list.AddTail("");
+  const Bytes bytes = Stored([&](CArchive& archive) { list.Serialize(archive); });
+  EXPECT_EQ(bytes, (Bytes{2, 0, 3, 'o', 'n', 'e', 0}));
+  EXPECT_EQ(Load(bytes, [&](CArchive& archive) { list.Serialize(archive); }), 0);
+  EXPECT_EQ(std::vector<std::string>(list.begin(), list.end()),
+            (std::vector<std::string>{"one", "", "one", ""}));
+}
+
+TEST_F(Archive, KeepsWhatWasLoadedBeforeTheStreamEnds) {
+  for (const Bytes& bytes : {Bytes{3, 0, 1, 'a', 1, 'b', 2, 'c'}, Bytes{3, 0, 1, 'a', 1, 'b'}}) {
+    StringList list;
+    EXPECT_EQ(Load(bytes, [&](CArchive& archive) { list.Serialize(archive); }),
+              CArchiveException::endOfFile);
+    EXPECT_EQ(list.GetCount(), 2);
+  }
+  StringList list;
+  EXPECT_EQ(Load({1}, [&](CArchive& archive) { list.Serialize(archive); }),
+            CArchiveException::endOfFile);
+}
+
+TEST_F(Archive, TakesNoMemoryOnTheWordOfAHostileStream) {
+  const Bytes hugeString = {0xFF, 0xFF, 0xFF, 0x00, 0xFF, 0xFF, 0x7E, 'x', 'y'};
+  const Bytes hugeCount = {0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 1, 'x'};
+  CString text = "old";
+  StringList list;
+  largestRequest = 0;
+  EXPECT_EQ(Load(hugeString, [&](CArchive& archive) { archive >> text; }),
+            CArchiveException::endOfFile);
+  EXPECT_EQ(Load(hugeCount, [&](CArchive& archive) { list.Serialize(archive); }),
+            CArchiveException::endOfFile);
+  EXPECT_LT(largestRequest, 0x20000u);
+  EXPECT_STREQ(text, "old");
+  EXPECT_EQ(list.GetCount(), 1);
+
+  const Bytes beyondAnyString = {0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF};
+  const Bytes wideString = {0xFF, 0xFE, 0xFF, 1, 'x', 0};
+  for (const Bytes& bytes : {beyondAnyString, wideString}) {
+    EXPECT_EQ(Load(bytes, [&](CArchive& archive) { archive >> text; }),
+              CArchiveException::badSchema);
+  }
+}
+
+TEST_F(Archive, LeavesTheFileBehindWhatWasLoaded) {
+  folder.WriteFile("stream", Bytes{1, 0, 'r', 'e', 's', 't'});
+  CFile file(path.c_str(), CFile::modeRead);
+  CArchive archive(&file, CArchive::load);
+  EXPECT_EQ(archive.ReadCount(), 1u);
+  archive.Close();
+  char rest[4];
+  EXPECT_EQ(file.Read(rest, 4), 4u);
+  EXPECT_EQ(std::string(rest, 4), "rest");
+}
+
+TEST_F(Archive, RefusesTheOtherDirection) {
+  EXPECT_EQ(Load({1, 2}, [](CArchive& archive) { archive << BYTE{1}; }),
+            CArchiveException::readOnly);
+}
+
+}  // namespace

@@ -1,0 +1,168 @@
+// StringTest.cpp - CString: sharing, aliasing, pieces, conversions.
+#include <gtest/gtest.h>
+
+#include <new>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "platform/classlib/CString.h"
+#include "tests/support/CodePageScope.h"
+
+namespace {
+
+using kozor::test::CodePageScope;
+
+const char* TextOf(const CString& string) {
+  return string;
+}
+
+TEST(String, CopiesShareTheirTextUntilOneChanges) {
+  CString first = "text";
+  CString second = first;
+  CString third;
+  third = second;
+  EXPECT_EQ(TextOf(first), TextOf(third));
+  second += "!";
+  third.GetBuffer(0)[0] = 'n';
+  third.ReleaseBuffer();
+  EXPECT_STREQ(first, "text");
+  EXPECT_STREQ(second, "text!");
+  EXPECT_STREQ(third, "next");
+}
+
+TEST(String, EmptyStringsStayEmptyWhateverHappensToOthers) {
+  CString empty = nullptr;
+  CString changed;
+  changed.GetBuffer(4)[0] = 'x';
+  changed.ReleaseBuffer(1);
+  CString moved = std::move(changed);
+  EXPECT_STREQ(moved, "x");
+  EXPECT_STREQ(changed, "");  // NOLINT(bugprone-use-after-move): a string moved from is empty
+  EXPECT_TRUE(empty.IsEmpty());
+  empty.ReleaseBuffer(3);  // nothing was asked for: nothing happens
+  EXPECT_STREQ(CString(), "");
+  moved.Empty();
+  EXPECT_EQ(moved, empty);
+}
+
+TEST(String, ChangesByPartsOfItself) {
+  CString s = "abc";
+  s += s;
+  EXPECT_STREQ(s, "abcabc");
+  for (int i = 0; i < 6; ++i) s += s + 1;  // grows in place as well as into new memory
+  EXPECT_EQ(s.GetLength(), 5 * 64 + 1);
+  s = s + (s.GetLength() - 4);
+  EXPECT_STREQ(s, "cabc");
+  s = s.Mid(1, 2);
+  EXPECT_STREQ(s, "ab");
+  s = s + s + s;
+  EXPECT_STREQ(s, "ababab");
+  const CString& same = s;
+  s = same;
+  s = s + 4;
+  EXPECT_STREQ(s, "ab");
+}
+
+TEST(String, PiecesAreCutDownToTheText) {
+  const CString s = "0123456789";
+  EXPECT_STREQ(s.Left(3), "012");
+  EXPECT_STREQ(s.Left(99), "0123456789");
+  EXPECT_STREQ(s.Left(-1), "");
+  EXPECT_STREQ(s.Right(3), "789");
+  EXPECT_STREQ(s.Right(99), "0123456789");
+  EXPECT_STREQ(s.Right(-1), "");
+  EXPECT_STREQ(s.Mid(8), "89");
+  EXPECT_STREQ(s.Mid(8, 99), "89");
+  EXPECT_STREQ(s.Mid(99), "");
+  EXPECT_STREQ(s.Mid(-5, 2), "01");
+  EXPECT_STREQ(s.Mid(3, -2), "");
+}
+
+TEST(String, SumsOfAllKinds) {
+  const CString a = "a";
+  EXPECT_STREQ(a + a, "aa");
+  EXPECT_STREQ(a + "b" + 'c' + a, "abca");
+  EXPECT_STREQ("\"" + a + '"', "\"a\"");
+  EXPECT_STREQ('x' + a, "xa");
+  EXPECT_STREQ(a + static_cast<const char*>(nullptr), "a");
+  EXPECT_STREQ(a, "a");
+}
+
+TEST(String, TakesItsLengthFromTheTerminatorOrTheCaller) {
+  CString s = "x";
+  char* buffer = s.GetBuffer(8);
+  EXPECT_STREQ(buffer, "x");
+  for (int i = 0; i < 8; ++i) buffer[i] = static_cast<char>('a' + i);
+  s.ReleaseBuffer();  // no terminator within the room that was asked for
+  EXPECT_STREQ(s, "abcdefgh");
+  s.GetBuffer(0)[3] = '\0';
+  s.ReleaseBuffer();
+  EXPECT_EQ(s.GetLength(), 3);
+  const CString withZero("a\0b", 3);
+  EXPECT_EQ((withZero + withZero).GetLength(), 6);
+}
+
+TEST(String, RefusesLengthsBeyondItsLimit) {
+  CString s = "x";
+  EXPECT_THROW(s.GetBuffer(INT_MAX), std::bad_array_new_length);
+  EXPECT_STREQ(s, "x");
+}
+
+TEST(String, GrowsInFewSteps) {
+  CString s;
+  int moves = 0;
+  for (int i = 0; i < 1'000'000; ++i) {
+    const char* before = s;
+    s += 'x';
+    if (TextOf(s) != before) ++moves;
+  }
+  EXPECT_EQ(s.GetLength(), 1'000'000);
+  EXPECT_LT(moves, 50);
+}
+
+TEST(String, ComparesByCharactersOfTheCodePage) {
+  const CodePageScope japanese(932);
+  EXPECT_TRUE(CString("abc") == "abc" && "abc" == CString("abc") && CString("abc") != "abC");
+  EXPECT_LT(CString("abc"), CString("abd"));
+  EXPECT_LT(CString("\xB1"), CString("\x82\xA0"));  // one byte before two
+  EXPECT_EQ(CString("ABC\x82\x60").CompareNoCase("abc\x82\x81"), 0);
+  EXPECT_NE(CString("\x95\x41").CompareNoCase("\x95\x61"), 0);  // trail bytes aren't letters
+  EXPECT_GT(CString("a").Compare(nullptr), 0);
+}
+
+TEST(String, TakesWideTextThroughTheCodePage) {
+  const WCHAR wide[] = {'a', 0x8868, 0x3042, 0};
+  const CString unicode(wide);
+  {
+    const CodePageScope japanese(932);
+    EXPECT_STREQ(CString(wide), "a\x95\x5C\x82\xA0");
+    EXPECT_STREQ(CString(wide, 2), "a\x95\x5C");
+  }
+  const CodePageScope utf8(65001);
+  EXPECT_STREQ(CString(wide), "a\xE8\xA1\xA8\xE3\x81\x82");
+  EXPECT_STREQ(CString(static_cast<const WCHAR*>(nullptr)), "");
+  EXPECT_STREQ(CString(wide, 0), "");
+}
+
+TEST(String, MayBeSharedBetweenThreads) {
+  const CString shared = "shared text";
+  std::vector<std::thread> threads;
+  std::vector<int> faults(4);
+  for (int& fault : faults) {
+    threads.emplace_back([&fault, own = shared] {
+      for (int i = 0; i < 20'000; ++i) {
+        CString copy = own;
+        CString other = copy;
+        copy += '!';
+        if (other != "shared text" || copy != "shared text!") ++fault;
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(faults, std::vector<int>(4));
+  EXPECT_STREQ(shared, "shared text");
+}
+
+}  // namespace

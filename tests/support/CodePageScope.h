@@ -1,0 +1,22 @@
+// CodePageScope.h - an active code page for the length of a test.
+#pragma once
+
+#include "platform/win32/PosixAdmin.h"
+#include "platform/win32/Win32.h"
+
+namespace kozor::test {
+
+class CodePageScope {
+ public:
+  explicit CodePageScope(unsigned int codePage) : before(GetACP()) {
+    KzSetActiveCodePage(codePage);
+  }
+  ~CodePageScope() { KzSetActiveCodePage(before); }
+  CodePageScope(const CodePageScope&) = delete;
+  CodePageScope& operator=(const CodePageScope&) = delete;
+
+ private:
+  unsigned int before;
+};
+
+}  // namespace kozor::test
