@@ -1,0 +1,107 @@
+// Directory.cpp - makes and removes whole directory trees, rooted ones only.
+#include <vector>
+
+#include "ZorFileServices.h"
+#include "files/FileWalk.h"
+#include "files/Path.h"
+
+namespace {
+
+// The directory piece of a path that has a root and goes on from it with a backslash; else null.
+const char* RootedDirectory(const char* path, const char** fileName = nullptr) {
+  const char* root;
+  const char* directory;
+  ZorSplitPath(path, &root, &directory, fileName);
+  const bool isRooted = root != nullptr && directory != nullptr && *directory == '\\';
+  return isRooted ? directory : nullptr;
+}
+
+// The directories that `path` leads through below its root, topmost first, each by the number of
+// bytes of `path` that name it.  Those of `C:\a\\b\c.txt` with a file name are C:\a and C:\a\\b.
+std::vector<int> LevelsOf(const char* path, const char* directory, const char* fileName) {
+  std::vector<int> levels;
+  const char* backslash = directory;
+  while (*backslash != '\0' && (fileName == nullptr || backslash + 1 < fileName)) {
+    const char* end = backslash + 1;
+    while (*end != '\0' && *end != '\\') end = CharNextA(end);
+    if (end - backslash > 1) levels.push_back(static_cast<int>(end - path));
+    backslash = end;
+  }
+  return levels;
+}
+
+bool HasAttribute(DWORD attributes, DWORD wanted) {
+  return attributes != INVALID_FILE_ATTRIBUTES && (attributes & wanted) != 0;
+}
+
+// Whether there is no more to `path` than its root, however that is written: "C:\", "C:\a\..".
+bool IsRoot(const char* path) {
+  if (RootedDirectory(path)[1] == '\0') return true;
+  const DWORD size = GetFullPathNameA(path, 0, nullptr, nullptr);
+  if (size == 0) return false;
+  CString full;
+  GetFullPathNameA(path, size, full.GetBuffer(static_cast<int>(size)), nullptr);
+  full.ReleaseBuffer();
+  const char* directory = RootedDirectory(full);
+  return directory == nullptr || directory[1] == '\0';
+}
+
+// Files go first, then directories from the last to the first: a walk gives parents before their
+// children.  Of links only the links themselves go.
+bool RemoveContents(const char* path) {
+  ZorFileWalk walk;
+  walk.directory = path;
+  walk.fileMask = kAllFiles;
+  walk.searchMask = kAnyAttribute;
+  walk.followLinks = false;
+  std::vector<CString> files;
+  std::vector<CString> directories;
+  ZorWalkDirectory(walk, [&](const CString& name, bool isDirectory) {
+    (isDirectory ? directories : files).push_back(name);
+  });
+
+  for (const CString& file : files) {
+    if (!DeleteFileA(file)) return false;
+  }
+  for (; !directories.empty(); directories.pop_back()) {
+    if (!RemoveDirectoryA(directories.back())) return false;
+  }
+  return true;
+}
+
+}  // namespace
+
+int ZorCreateDirectory(const char* path, int hasFileName, CString* firstCreated) {
+  const char* fileName;
+  const char* directory = RootedDirectory(path, &fileName);
+  if (directory == nullptr) return 0;
+  if (firstCreated != nullptr) firstCreated->Empty();
+  const std::vector<int> levels = LevelsOf(path, directory, hasFileName ? fileName : nullptr);
+
+  // In most calls everything exists already, so what is missing is looked for from the end.
+  auto missing = levels.end();
+  for (; missing != levels.begin(); --missing) {
+    const DWORD attributes = GetFileAttributesA(CString(path, missing[-1]));
+    if (HasAttribute(attributes, FILE_ATTRIBUTE_DIRECTORY)) break;
+    if (attributes != INVALID_FILE_ATTRIBUTES) return 0;
+  }
+  for (; missing != levels.end(); ++missing) {
+    const CString level(path, *missing);
+    if (CreateDirectoryA(level, nullptr)) {
+      if (firstCreated != nullptr && firstCreated->IsEmpty()) *firstCreated = level;
+    } else if (!HasAttribute(GetFileAttributesA(level), FILE_ATTRIBUTE_DIRECTORY)) {
+      return 0;  // and not because someone else was quicker
+    }
+  }
+  return 1;
+}
+
+// When `path` itself is a link, it is removed and what it points to is left alone.  With
+// `contentsOnly` the caller has named the directory to be emptied, through whatever link.
+int ZorRemoveDirectory(const char* path, int contentsOnly) {
+  if (RootedDirectory(path) == nullptr || IsRoot(path)) return 1;
+  if (contentsOnly) return RemoveContents(path);
+  const bool isLink = HasAttribute(GetFileAttributesA(path), FILE_ATTRIBUTE_REPARSE_POINT);
+  if (!isLink && !RemoveContents(path)) return 0;
+  return RemoveDirectoryA(path) != 0;
+}

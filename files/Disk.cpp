@@ -1,0 +1,97 @@
+// Disk.cpp - the space and the kind of the volume that a path lies on.
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <type_traits>
+
+#include "ZorFileServices.h"
+#include "files/Path.h"
+
+namespace {
+
+struct FreeModule {
+  void operator()(HMODULE module) const { FreeLibrary(module); }
+};
+using Module = std::unique_ptr<std::remove_pointer_t<HMODULE>, FreeModule>;
+
+using LargeDiskCall = BOOL(WINAPI*)(LPCSTR, PULARGE_INTEGER, PULARGE_INTEGER, PULARGE_INTEGER);
+
+// The root of `path` with a backslash behind it; empty if it has none.
+CString RootOf(const char* path) {
+  const char* root;
+  const char* directory;
+  const char* fileName;
+  ZorSplitPath(path, &root, &directory, &fileName);
+  if (root == nullptr) return CString();
+  const char* end = directory != nullptr ? directory : fileName;
+  const CString text = end != nullptr ? CString(root, static_cast<int>(end - root)) : CString(root);
+  return text + '\\';
+}
+
+// Systems before the second release of the 95 line and before NT 4.0 lack GetDiskFreeSpaceExA.
+bool HasLargeDiskCall() {
+  OSVERSIONINFOA version{};
+  version.dwOSVersionInfoSize = sizeof(version);
+  if (!GetVersionExA(&version)) return false;
+  switch (version.dwPlatformId) {
+    case VER_PLATFORM_WIN32_WINDOWS:
+      return (version.dwBuildNumber & 0xFFFF) >= 1000;
+    case VER_PLATFORM_WIN32_NT:
+      return version.dwMajorVersion >= 4;
+    default:
+      return false;
+  }
+}
+
+// The call is looked up when it is needed, since a program that imports it doesn't start on systems
+// without it.
+std::optional<std::uint64_t> LargeDiskSpace(const char* root, bool freeSpace) {
+  const Module kernel(LoadLibraryA("KERNEL32.DLL"));
+  if (kernel == nullptr) return std::nullopt;
+  const FARPROC entry = GetProcAddress(kernel.get(), "GetDiskFreeSpaceExA");
+  if (entry == nullptr) return std::nullopt;
+  const auto call = reinterpret_cast<LargeDiskCall>(reinterpret_cast<void (*)()>(entry));
+  ULARGE_INTEGER freeToCaller;
+  ULARGE_INTEGER total;
+  ULARGE_INTEGER totalFree;
+  if (!call(root, &freeToCaller, &total, &totalFree)) return std::nullopt;
+  return freeSpace ? totalFree.QuadPart : total.QuadPart;
+}
+
+// Wraps round at 4 GiB.
+std::optional<std::uint32_t> SmallDiskSpace(const char* root, bool freeSpace) {
+  DWORD sectorsPerCluster;
+  DWORD bytesPerSector;
+  DWORD freeClusters;
+  DWORD totalClusters;
+  if (!GetDiskFreeSpaceA(root, &sectorsPerCluster, &bytesPerSector, &freeClusters,
+                         &totalClusters)) {
+    return std::nullopt;
+  }
+  const std::uint32_t clusters = freeSpace ? freeClusters : totalClusters;
+  return clusters * bytesPerSector * sectorsPerCluster;
+}
+
+}  // namespace
+
+// A success leaves the last error as it was: it tells a full disk from a failure.
+unsigned long ZorGetDiskSpace(const char* path, int freeSpace, unsigned long* highPart) {
+  const CString root = RootOf(path);
+  if (root.IsEmpty()) return 0;
+  const DWORD errorBefore = GetLastError();
+  std::optional<std::uint64_t> bytes;
+  if (HasLargeDiskCall()) bytes = LargeDiskSpace(root, freeSpace != 0);
+  if (!bytes) bytes = SmallDiskSpace(root, freeSpace != 0);
+  if (!bytes) return 0;
+  SetLastError(errorBefore);
+
+  const auto high = static_cast<std::uint32_t>(*bytes >> 32);
+  if (highPart == nullptr && high != 0) return 0xFFFFFFFF;
+  if (highPart != nullptr) *highPart = high;
+  return static_cast<std::uint32_t>(*bytes);
+}
+
+unsigned int ZorGetDriveType(const char* path) {
+  const CString root = RootOf(path);
+  return root.IsEmpty() ? DRIVE_UNKNOWN : GetDriveTypeA(root);
+}

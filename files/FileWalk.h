@@ -1,0 +1,36 @@
+// FileWalk.h - walks a directory, and the directories below it, for the entries that match a mask.
+#pragma once
+
+#include <functional>
+
+#include "platform/classlib/CString.h"
+#include "platform/win32/Win32.h"
+
+// The file mask that stands for everything, and the only one that is looked at as text.
+inline constexpr char kAllFiles[] = "*.*";
+// The filter that every entry passes.
+inline constexpr DWORD kAnyAttribute = 0xFFFFFFFF;
+
+struct ZorFileWalk {
+  CString directory;     // where to begin, with or without a trailing backslash
+  CString fileMask;      // as FindFirstFileA takes it
+  DWORD searchMask = 0;  // FILE_ATTRIBUTE_* bits, see below
+  bool subDirectories = true;
+  bool followLinks = true;  // false: a link to a directory is an entry, but isn't entered
+  int prefixLength = 0;     // bytes of `directory` that names are reported without
+};
+
+// Called with the name of each entry and whether it is a directory.
+using ZorFileWalkVisitor = std::function<void(const CString& name, bool isDirectory)>;
+
+// Visits the matching entries that pass the filter: those with at least one attribute of
+// `searchMask`, or with none that a filter can ask for; directories only with
+// FILE_ATTRIBUTE_DIRECTORY in it.  Directories are entered whether they pass or not.
+//
+// With the file mask "*.*" a directory comes right before its contents.  With any other, all
+// matches of a directory come before those of its subdirectories.  Entries come in the order of the
+// platform's enumeration.  A directory that can't be read is empty.
+//
+// A link to a directory is entered unless it leads back to one that the walk is in.  Any depth will
+// do: the levels are kept on the heap, and no search is open while another is.
+void ZorWalkDirectory(const ZorFileWalk& walk, const ZorFileWalkVisitor& visit);

@@ -1,0 +1,29 @@
+// Path.h - taking paths apart, by looking at the text only.
+//
+// Paths are byte strings in the active ANSI code page and must not be null.  The backslash is the
+// only separator, and every walk goes by whole characters, so the trail byte 0x5C of a double-byte
+// character never separates.  Wild-cards are ordinary text here.
+#pragma once
+
+#include "platform/classlib/CString.h"
+
+// Cuts `path` into root, directory and file name.  Each pointer points into `path`, where its piece
+// begins, or is null when the piece is absent; a piece ends where the next one begins, or at the
+// terminator.  A null out-parameter isn't reported.
+//
+//   path                      root         directory  file name
+//   C:\dir\sub\file.txt       C:           \dir\sub\  file.txt
+//   C:dir\file.txt            C:           dir\       file.txt
+//   \\srv\share\dir\*.*       \\srv\share  \dir\      *.*
+//   \\srv                     -            \\         srv
+//   dir\                      -            dir\       -
+void ZorSplitPath(const char* path, const char** root, const char** directory,
+                  const char** fileName);
+
+// Cuts off the last backslash of `path` if it ends in one, and with `add` non-zero appends one: the
+// form in which a file name can follow.  An empty path becomes "\".
+void ZorSetTrailingBackslash(CString& path, int add);
+
+// 1 if `path` names a file with its complete location: a root, a directory that begins with a
+// backslash, and a file name.  Else 0.
+int ZorIsFullPath(const char* path);

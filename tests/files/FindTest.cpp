@@ -1,0 +1,227 @@
+// FindTest.cpp - selections: which masks find what, in which order and form.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "ZorFileServices.h"
+#include "ZorFind.h"
+#include "platform/win32/PosixAdmin.h"
+#include "tests/support/CodePageScope.h"
+#include "tests/support/TestFolder.h"
+
+namespace {
+
+using kozor::test::CodePageScope;
+using kozor::test::MakeTree;
+using kozor::test::TestFolder;
+using Names = std::vector<std::string>;
+
+Names NamesOf(const ZorFileList& list) {
+  return Names(list.begin(), list.end());
+}
+
+class Find : public testing::Test {
+ protected:
+  // What the masks find below the folder, relative to it unless a mask has a root.
+  Names Run(const Names& masks, int fullPath = 0) {
+    for (const std::string& mask : masks) find.AddTail(mask.c_str());
+    ZorFileList list;
+    EXPECT_EQ(find.Find(list, fullPath), ZorErrorNone);
+    find.RemoveAll();
+    return NamesOf(list);
+  }
+
+  void SetUp() override { find.SetCurrentDirectoryA(folder.Lib().c_str()); }
+
+  void MakeSmallTree() {
+    MakeTree(folder, "",
+             {{"a.txt", 1}, {"m.tmp", 1}, {"sub/b.txt", 1}, {"sub/c.tmp", 1}, {"z", 1}});
+  }
+
+  TestFolder folder;
+  ZorFind find;
+};
+
+TEST_F(Find, GoesDepthFirstForAllFilesAndMatchesFirstForOthers) {
+  MakeTree(folder, "", {{"a.txt", 1}, {"sub/b.txt", 1}, {"sub/deep/c.txt", 1}, {"z.txt", 1}});
+  const Names all = {"a.txt", "sub", "sub\\b.txt", "sub\\deep", "sub\\deep\\c.txt", "z.txt"};
+  const Names texts = {"a.txt", "z.txt", "sub\\b.txt", "sub\\deep\\c.txt"};
+  EXPECT_EQ(Run({"*.*"}), all);
+  EXPECT_EQ(Run({""}), all);
+  EXPECT_EQ(Run({"*.txt"}), texts);
+  EXPECT_EQ(Run({"B.TXT"}), Names{"sub\\b.txt"});
+  EXPECT_EQ(Run({"*"}),
+            (Names{"a.txt", "sub", "z.txt", "sub\\b.txt", "sub\\deep", "sub\\deep\\c.txt"}));
+  find.SetSubDirectory(0);
+  EXPECT_EQ(Run({"*.*"}), (Names{"a.txt", "sub", "z.txt"}));
+  EXPECT_EQ(Run({"*.txt"}), (Names{"a.txt", "z.txt"}));
+}
+
+TEST_F(Find, TakesMasksOfEveryForm) {
+  MakeSmallTree();
+  const std::string base = folder.Lib();
+  const struct {
+    std::string mask;
+    Names expected;
+  } rows[] = {
+      {"sub", {"sub"}},
+      {"sub\\", {"sub\\b.txt", "sub\\c.tmp"}},
+      {"sub\\*.txt", {"sub\\b.txt"}},
+      {base + "\\a.txt", {base + "\\a.txt"}},
+      {base + "\\sub\\", {base + "\\sub\\b.txt", base + "\\sub\\c.tmp"}},
+      {"sub\\..\\a.*", {"sub\\..\\a.txt"}},
+      {"none\\*.*", {}},
+      {"*.none", {}},
+      {"C:*.txt", {}},
+      {"C:sub\\*.txt", {}},
+      {"\\sub\\*.txt", {}},
+      {"\\\\srv\\share", {}},
+      {"C:", {}},
+  };
+  for (const auto& row : rows) EXPECT_EQ(Run({row.mask}), row.expected) << row.mask;
+
+  EXPECT_EQ(Run({"sub\\*.txt"}, 1), Names{base + "\\sub\\b.txt"});
+  find.SetCurrentDirectoryA((base + "\\").c_str());
+  EXPECT_EQ(Run({"sub\\*.txt"}), Names{"sub\\b.txt"});
+  find.SetCurrentDirectoryA("");
+  EXPECT_EQ(Run({"a.txt"}), Names{});
+  EXPECT_EQ(Run({base + "\\a.txt"}), Names{base + "\\a.txt"});
+}
+
+TEST_F(Find, ReachesAboveTheBaseDirectory) {
+  MakeSmallTree();
+  find.SetCurrentDirectoryA(folder.Lib("sub").c_str());
+  EXPECT_EQ(Run({"..\\*.tmp"}), (Names{"..\\m.tmp", "..\\sub\\c.tmp"}));
+}
+
+TEST_F(Find, TakesABaseWithoutARoot) {
+  MakeTree(folder, "", {{"data/x.txt", 1}});
+  const auto before = std::filesystem::current_path();
+  std::filesystem::current_path(folder.Path());
+  find.SetCurrentDirectoryA("data");
+  EXPECT_EQ(Run({"*.*"}), Names{"x.txt"});
+  EXPECT_EQ(Run({"*.*"}, 1), Names{"data\\x.txt"});
+  std::filesystem::current_path(before);
+}
+
+TEST_F(Find, ExcludesWhatExclusionMasksFind) {
+  MakeSmallTree();
+  const std::string base = folder.Lib();
+  EXPECT_EQ(Run({"*.*", ">*.tmp"}), (Names{"a.txt", "sub", "sub\\b.txt", "z"}));
+  EXPECT_EQ(Run({">*.tmp", "*.*"}), (Names{"a.txt", "sub", "sub\\b.txt", "z"}));
+  EXPECT_EQ(Run({"*.*", ">"}), Names{});
+  EXPECT_EQ(Run({"*.*", ">>a.txt"}).size(), 6u);
+  EXPECT_EQ(Run({"a.txt", ">" + base + "\\A.TXT"}), Names{});
+  EXPECT_EQ(Run({base + "\\a.txt", ">A*"}), Names{});
+  EXPECT_EQ(Run({"*.*", ">sub\\", ">m.*"}), (Names{"a.txt", "sub", "z"}));
+}
+
+TEST_F(Find, DropsDuplicatesOnlyWhenThereAreSeveralMasks) {
+  MakeSmallTree();
+  EXPECT_EQ(Run({"*.txt", "*.TXT"}), (Names{"a.txt", "sub\\b.txt"}));
+  EXPECT_EQ(Run({"*.tmp", "*.*"}),
+            (Names{"m.tmp", "sub\\c.tmp", "a.txt", "sub", "sub\\b.txt", "z"}));
+
+  ZorFileList list;
+  list.AddTail("Z");
+  list.AddTail("z");
+  find.Find(list, 0);
+  find.AddTail("z");
+  find.Find(list, 0);
+  EXPECT_EQ(NamesOf(list), (Names{"Z", "z", "z"}));
+  find.AddTail("C:ignored");
+  find.Find(list, 0);
+  EXPECT_EQ(NamesOf(list), Names{"Z"});
+}
+
+TEST_F(Find, FiltersByAttributes) {
+  folder.WriteFile("archive", "");
+  folder.WriteFile("hidden", "");
+  folder.WriteFile("hidden+archive", "");
+  folder.WriteFile("none", "");
+  folder.WriteFile("readonly+archive", "");
+  folder.WriteFile("dir/archive", "");
+  const auto set = [&](const char* name, unsigned int attribute) {
+    ASSERT_TRUE(ZorSetFileAttribute(folder.Lib(name).c_str(), attribute)) << name;
+  };
+  set("hidden", 0x02);
+  set("hidden+archive", 0x22);
+  set("none", 0);
+  set("readonly+archive", 0x21);
+  set("dir", 0x12);
+  const struct {
+    unsigned int attribute;
+    Names expected;
+  } rows[] = {
+      {0x37,
+       {"archive", "dir", "dir\\archive", "hidden", "hidden+archive", "none", "readonly+archive"}},
+      {0x27, {"archive", "dir\\archive", "hidden", "hidden+archive", "none", "readonly+archive"}},
+      {0x20, {"archive", "dir\\archive", "hidden+archive", "none", "readonly+archive"}},
+      {0x10, {"dir", "none"}},
+      {0x02, {"hidden", "hidden+archive", "none"}},
+      {0xFFFFFF00, {"none"}},
+      {0x00, {"none"}},
+  };
+  for (const auto& row : rows) {
+    find.SetAttribute(row.attribute);
+    EXPECT_EQ(find.GetAttribute(), row.attribute);
+    EXPECT_EQ(Run({"*.*"}), row.expected) << row.attribute;
+  }
+}
+
+TEST_F(Find, TakesDoubleByteNamesWhole) {
+  const CodePageScope japanese(932);
+  // U+8868 is 0x95 0x5C in code page 932, U+FF21 and U+FF41 are the full-width letters A and a.
+  folder.WriteFile("\u8868/\u8868", "");
+  folder.WriteFile("\u8868/\uFF21", "");
+  EXPECT_EQ(Run({"*.*"}), (Names{"\x95\x5C", "\x95\x5C\\\x95\x5C", "\x95\x5C\\\x82\x60"}));
+  EXPECT_EQ(Run({"\x95\x5C\\*.*", ">\x82\x81"}), Names{"\x95\x5C\\\x95\x5C"});
+  find.SetCurrentDirectoryA((folder.Lib() + "\\\x95\x5C").c_str());
+  EXPECT_EQ(Run({"*.*"}), (Names{"\x95\x5C", "\x82\x60"}));
+  const CodePageScope utf8(65001);
+  find.SetCurrentDirectoryA(folder.Lib().c_str());
+  EXPECT_EQ(Run({"\u8868\\*.*"}), (Names{"\u8868\\\u8868", "\u8868\\\uFF21"}));
+}
+
+TEST_F(Find, IsCopiedWithItsMasks) {
+  find.AddTail("*.txt");
+  find.AddTail(">a*");
+  find.SetAttribute(0x27);
+  find.SetSubDirectory(0);
+  ZorFind copy(find);
+  ZorFind assigned;
+  assigned.AddTail("old");
+  assigned = find;
+  const ZorFind& itself = assigned;
+  assigned = itself;
+  find.AddTail("more");
+  for (const ZorFind* other : {&copy, &assigned}) {
+    EXPECT_EQ(NamesOf(*other), (Names{"*.txt", ">a*"}));
+    EXPECT_EQ(other->GetAttribute(), 0x27u);
+    EXPECT_EQ(other->GetSubDirectory(), 0);
+    EXPECT_STREQ(other->GetCurrentDirectoryA(), folder.Lib().c_str());
+  }
+}
+
+TEST_F(Find, StoresItsMasksOnly) {
+  find.AddTail("*.txt");
+  find.SetAttribute(0x27);
+  find.SetSubDirectory(0);
+  {
+    CFile file(folder.Lib("stream").c_str(), CFile::modeCreate | CFile::modeWrite);
+    CArchive archive(&file, CArchive::store);
+    find.Serialize(archive);
+  }
+  ZorFind loaded;
+  CFile file(folder.Lib("stream").c_str(), CFile::modeRead);
+  CArchive archive(&file, CArchive::load);
+  loaded.Serialize(archive);
+  EXPECT_EQ(NamesOf(loaded), Names{"*.txt"});
+  EXPECT_EQ(loaded.GetAttribute(), 0x37u);
+  EXPECT_EQ(loaded.GetSubDirectory(), 1);
+  EXPECT_STREQ(loaded.GetCurrentDirectoryA(), "");
+}
+
+}  // namespace

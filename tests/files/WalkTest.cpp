@@ -1,0 +1,128 @@
+// WalkTest.cpp - walks through deep trees and through links.
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <pthread.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "ZorFileServices.h"
+#include "ZorFind.h"
+#include "tests/support/TestFolder.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using kozor::test::MakeTree;
+using kozor::test::TestFolder;
+using Names = std::vector<std::string>;
+
+class Walk : public testing::Test {
+ protected:
+  Names All(const std::string& below) {
+    ZorFind find;
+    find.SetCurrentDirectoryA(folder.Lib(below).c_str());
+    find.AddTail("*.*");
+    ZorFileList list;
+    find.Find(list, 0);
+    return Names(list.begin(), list.end());
+  }
+
+  void Link(const char* target, const char* name) {
+    fs::create_directory_symlink(target, folder.Path(name));
+  }
+
+  TestFolder folder;
+};
+
+TEST_F(Walk, EndsOnCycles) {
+  MakeTree(folder, "", {{"tree/a/file", 1}, {"tree/b/", 0}});
+  Link("..", "tree/a/up");
+  Link(".", "tree/b/self");
+  EXPECT_EQ(All("tree"), (Names{"a", "a\\file", "a\\up", "b", "b\\self"}));
+  // From inside, the first way up leads to something new; the way round ends there.
+  const Names inside = All("tree/a");
+  EXPECT_TRUE(std::find(inside.begin(), inside.end(), "up\\a\\up") != inside.end());
+  EXPECT_EQ(inside.size(), 7u);
+}
+
+TEST_F(Walk, EntersLinksThatFormNoCycle) {
+  MakeTree(folder, "", {{"tree/x", 1}, {"elsewhere/file", 1}});
+  Link("../elsewhere", "tree/one");
+  Link("../elsewhere", "tree/two");
+  Link("nowhere", "tree/broken");
+  const Names names = All("tree");
+  for (const char* name : {"one\\file", "two\\file", "x"}) {
+    EXPECT_TRUE(std::find(names.begin(), names.end(), name) != names.end()) << name;
+  }
+}
+
+TEST_F(Walk, OfARemovalNeverGoesThroughALink) {
+  MakeTree(folder, "", {{"tree/sub/x", 1}, {"elsewhere/keep", 1}, {"keep", 1}});
+  Link("../../elsewhere", "tree/sub/directory");
+  Link("..", "tree/sub/cycle");
+  fs::create_symlink("../keep", folder.Path("tree/file"));
+  Link("elsewhere", "link");
+  EXPECT_EQ(ZorRemoveDirectory(folder.Lib("tree").c_str(), 0), 1);
+  EXPECT_EQ(ZorRemoveDirectory(folder.Lib("link").c_str(), 0), 1);
+  EXPECT_EQ(folder.List(), (Names{"elsewhere/", "elsewhere/keep", "keep"}));
+}
+
+TEST_F(Walk, EmptiesTheDirectoryThatALinkNamesWhenAskedFor) {
+  MakeTree(folder, "", {{"real/file", 1}});
+  Link("real", "link");
+  EXPECT_EQ(ZorRemoveDirectory(folder.Lib("link").c_str(), 1), 1);
+  EXPECT_EQ(folder.List("real"), Names{});
+  EXPECT_TRUE(folder.Exists("link"));
+}
+
+// Counts and removes a tree.
+void* CountAndRemove(void* argument) {
+  auto& path = *static_cast<std::string*>(argument);
+  ZorFind find;
+  find.SetCurrentDirectoryA(path.c_str());
+  find.AddTail("*.txt");
+  find.AddTail("*.*");
+  ZorFileList list;
+  find.Find(list, 1);
+  const int removed = ZorRemoveDirectory(path.c_str(), 0);
+  path = std::to_string(list.GetCount()) + " " + std::to_string(removed);
+  return nullptr;
+}
+
+// On a small stack and with few files open at a time: neither need grows with the depth.
+TEST_F(Walk, GoesAsDeepAsTheTreeIs) {
+  constexpr int kLevels = 500;
+  rlimit before{};
+  getrlimit(RLIMIT_NOFILE, &before);
+  const rlimit few{100, before.rlim_max};
+  fs::create_directory(folder.Path("deep"));
+  int level = open(folder.Path("deep").c_str(), O_DIRECTORY);
+  for (int i = 0; i < kLevels; ++i) {
+    ASSERT_EQ(mkdirat(level, "d", 0777), 0);
+    const int next = openat(level, "d", O_DIRECTORY);
+    close(level);
+    level = next;
+  }
+  close(level);
+
+  setrlimit(RLIMIT_NOFILE, &few);
+  std::string argument = folder.Lib("deep");
+  pthread_attr_t attributes;
+  pthread_attr_init(&attributes);
+  pthread_attr_setstacksize(&attributes, 128 * 1024);
+  pthread_t thread;
+  ASSERT_EQ(pthread_create(&thread, &attributes, CountAndRemove, &argument), 0);
+  pthread_join(thread, nullptr);
+  pthread_attr_destroy(&attributes);
+  setrlimit(RLIMIT_NOFILE, &before);
+  EXPECT_EQ(argument, std::to_string(kLevels) + " 1");
+  EXPECT_FALSE(folder.Exists("deep"));
+}
+
+}  // namespace
