@@ -1,0 +1,120 @@
+// CodecBench.cpp - how fast the codec packs, unpacks and sums.
+//
+// Bytes per second count bytes of the original.  Packing also reports `ratio`, the packed size in
+// relation to it.
+#include <benchmark/benchmark.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <map>
+#include <utility>
+#include <vector>
+
+#include "engine/codec/Codec.h"
+#include "tests/codec/SampleData.h"
+
+namespace kozor::codec {
+namespace {
+
+namespace fs = std::filesystem;
+using Bytes = std::vector<std::uint8_t>;
+
+std::vector<Bytes> ReadFolder(const fs::path& folder) {
+  std::vector<Bytes> files;
+  for (const auto& entry : fs::directory_iterator(folder)) {
+    if (!entry.is_regular_file()) continue;
+    std::ifstream file(entry.path(), std::ios::binary);
+    files.emplace_back(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
+  }
+  return files;
+}
+
+// The files of the folder that KOZOR_CORPUS names, else generated data.
+const std::vector<Bytes>& Corpus() {
+  static const std::vector<Bytes> corpus = [] {
+    const char* folder = std::getenv("KOZOR_CORPUS");
+    if (folder) return ReadFolder(folder);
+    return std::vector<Bytes>{TextData(4 << 20), MixedData(4 << 20)};
+  }();
+  return corpus;
+}
+
+std::size_t TotalSize(const std::vector<Bytes>& files) {
+  std::size_t total = 0;
+  for (const Bytes& file : files) total += file.size();
+  return total;
+}
+
+void CountBytes(benchmark::State& state, std::size_t perIteration) {
+  state.SetBytesProcessed(static_cast<std::int64_t>(perIteration) *
+                          static_cast<std::int64_t>(state.iterations()));
+}
+
+void BM_Encode(benchmark::State& state, Method method, Effort effort) {
+  std::size_t packedSize = 0;
+  for (auto _ : state) {
+    packedSize = 0;
+    for (const Bytes& file : Corpus()) packedSize += Encode(method, file, effort).size();
+  }
+  const std::size_t size = TotalSize(Corpus());
+  CountBytes(state, size);
+  state.counters["ratio"] = static_cast<double>(packedSize) / static_cast<double>(size);
+}
+
+void BM_Decode(benchmark::State& state, Method method) {
+  std::vector<std::pair<Bytes, Bytes>> jobs;  // packed data and target
+  for (const Bytes& file : Corpus()) jobs.emplace_back(Encode(method, file), Bytes(file.size()));
+  for (auto _ : state) {
+    for (auto& [packed, target] : jobs) {
+      if (Decode(method, packed, target) != Status::ok) state.SkipWithError("does not decode");
+    }
+  }
+  CountBytes(state, TotalSize(Corpus()));
+}
+
+// Many small members one after the other, as in an archive of source files.
+void BM_EncodeSmallMembers(benchmark::State& state) {
+  constexpr std::size_t kMembers = 1000;
+  const auto memberSize = static_cast<std::size_t>(state.range(0));
+  const Bytes data = TextData(kMembers + memberSize);
+  Encoder encoder(Method::lh5);
+  Bytes packed;
+  for (auto _ : state) {
+    for (std::size_t i = 0; i < kMembers; ++i) {
+      packed.clear();
+      encoder.Append(std::span(data).subspan(i, memberSize), packed);
+      encoder.Finish(packed);
+    }
+  }
+  state.SetItemsProcessed(static_cast<std::int64_t>(kMembers * state.iterations()));
+}
+
+void BM_Crc16(benchmark::State& state) {
+  const Bytes data = RandomData(static_cast<std::size_t>(state.range(0)));
+  for (auto _ : state) benchmark::DoNotOptimize(Crc16(data));
+  CountBytes(state, data.size());
+}
+
+#define ENCODE(method, effort)                                                    \
+  BENCHMARK_CAPTURE(BM_Encode, method##_##effort, Method::method, Effort::effort) \
+      ->Unit(benchmark::kMillisecond)
+#define DECODE(method) \
+  BENCHMARK_CAPTURE(BM_Decode, method, Method::method)->Unit(benchmark::kMillisecond)
+
+ENCODE(lh4, normal);
+ENCODE(lh5, fast);
+ENCODE(lh5, normal);
+ENCODE(lh5, best);
+ENCODE(lh6, normal);
+ENCODE(lh7, normal);
+DECODE(lh4);
+DECODE(lh5);
+DECODE(lh6);
+DECODE(lh7);
+BENCHMARK(BM_EncodeSmallMembers)->Arg(100)->Arg(1000)->Arg(10000)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Crc16)->Arg(64)->Arg(1 << 16)->Arg(16 << 20);
+
+}  // namespace
+}  // namespace kozor::codec

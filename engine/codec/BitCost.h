@@ -1,0 +1,50 @@
+// BitCost.h - what symbols will cost in bits, before their code is known.
+//
+// A good prefix code gives a symbol that is one in n about log2(n) bits.  Costs are whole numbers
+// of 1/256 bit, and the logarithm comes from a table made at compile time, so that the encoder
+// makes the same choices on every machine.
+#pragma once
+
+#include <array>
+#include <bit>
+#include <cstdint>
+
+namespace kozor::codec {
+
+constexpr unsigned kCostFractionBits = 8;
+constexpr std::uint32_t kCostOfBit = 1U << kCostFractionBits;
+
+namespace internal {
+
+constexpr unsigned kLog2TableBits = 10;
+
+// log2(1 + i / 1024) in units of 1/256: squaring a number doubles its logarithm, so each square
+// that reaches 2 gives one more binary digit.
+constexpr std::array<std::uint16_t, 1U << kLog2TableBits> kLog2Table = [] {
+  std::array<std::uint16_t, 1U << kLog2TableBits> table{};
+  for (std::uint32_t i = 0; i < table.size(); ++i) {
+    std::uint64_t x = (std::uint64_t{table.size()} + i) << 20;  // 1.0 is 2^30
+    unsigned log = 0;
+    for (unsigned digit = 0; digit <= kCostFractionBits; ++digit) {
+      x = (x * x) >> 30;
+      log = 2 * log + (x >> 31 != 0 ? 1 : 0);
+      if (x >> 31 != 0) x >>= 1;
+    }
+    table[i] = static_cast<std::uint16_t>((log + 1) / 2);
+  }
+  return table;
+}();
+
+}  // namespace internal
+
+// log2(x) in units of 1/256, x >= 1.
+constexpr std::uint32_t Log2(std::uint32_t x) {
+  const auto whole = static_cast<unsigned>(std::bit_width(x)) - 1;
+  const std::uint32_t mantissa = whole <= internal::kLog2TableBits
+                                     ? x << (internal::kLog2TableBits - whole)
+                                     : x >> (whole - internal::kLog2TableBits);
+  return (whole << kCostFractionBits) +
+         internal::kLog2Table[mantissa - (1U << internal::kLog2TableBits)];
+}
+
+}  // namespace kozor::codec

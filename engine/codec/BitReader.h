@@ -1,0 +1,100 @@
+// BitReader.h - bits out of packed bytes, the most significant bit of each byte first.
+//
+// The next bits stand left-aligned in a 64-bit buffer.  Well inside the input one unaligned load
+// tops it up to at least 56 bits, enough for the longest item of any method, so a caller refills
+// once per item and then looks and consumes without further tests.  Over the last bytes the buffer
+// grows byte by byte, and behind them with zero bits: a decoder must be able to look ahead past the
+// end.  Only when bits behind the end have really been consumed is the input too short, and a few
+// of them are forgiven, because there are writers that drop zero bytes at the end.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+
+namespace kozor::codec {
+
+class BitReader {
+ public:
+  // How many bits a refill guarantees.
+  static constexpr unsigned kRefilledBits = 56;
+
+  explicit BitReader(std::span<const std::uint8_t> packed)
+      : next(packed.data()), end(packed.data() + packed.size()) {}
+
+  void Refill() {
+    if (IsFarFromEnd()) {
+      RefillFast();
+    } else {
+      RefillAtEnd();
+    }
+  }
+
+  // Whether RefillFast may be called.
+  bool IsFarFromEnd() const { return end - next >= 8; }
+
+  // The load brings bits that are in the buffer already and some that do not count yet.  Both are
+  // harmless: they are the right bits in the right place, and the next load brings them again.
+  void RefillFast() {
+    buffer |= LoadBigEndian(next) >> bits;
+    next += (63 - bits) >> 3;
+    bits |= kRefilledBits;
+  }
+
+  // The next `count` bits as a number, 1 <= count <= 56.
+  std::uint32_t Peek(unsigned count) const {
+    return static_cast<std::uint32_t>(buffer >> (64 - count));
+  }
+  // All buffered bits, left-aligned; what stands behind the refilled ones is not reliable.
+  std::uint64_t Buffer() const { return buffer; }
+
+  void Consume(unsigned count) {
+    buffer <<= count;
+    bits -= count;
+  }
+
+  std::uint32_t Take(unsigned count) {
+    const std::uint32_t value = Peek(count);
+    Consume(count);
+    return value;
+  }
+
+  // Take for a field that stands alone.
+  std::uint32_t ReadBits(unsigned count) {
+    Refill();
+    return Take(count);
+  }
+
+  // Whether bits behind the end have been consumed, and whether too many.
+  bool IsPastEnd() const { return virtualBits > bits; }
+  bool IsFarPastEnd() const { return virtualBits > bits + kForgivenBits; }
+
+ private:
+  static constexpr unsigned kForgivenBits = 32;
+
+  // Compilers turn this into one load and one byte swap.
+  static std::uint64_t LoadBigEndian(const std::uint8_t* from) {
+    return std::uint64_t{from[0]} << 56 | std::uint64_t{from[1]} << 48 |
+           std::uint64_t{from[2]} << 40 | std::uint64_t{from[3]} << 32 |
+           std::uint64_t{from[4]} << 24 | std::uint64_t{from[5]} << 16 |
+           std::uint64_t{from[6]} << 8 | std::uint64_t{from[7]};
+  }
+
+  void RefillAtEnd() {
+    for (; bits <= kRefilledBits; bits += 8) {
+      if (next != end) {
+        buffer |= std::uint64_t{*next++} << (56 - bits);
+      } else {
+        virtualBits += 8;
+      }
+    }
+  }
+
+  std::uint64_t buffer = 0;
+  unsigned bits = 0;  // valid bits in the buffer, virtual ones included
+  const std::uint8_t* next;
+  const std::uint8_t* end;
+  std::size_t virtualBits = 0;  // zero bits supplied behind the end, ever
+};
+
+}  // namespace kozor::codec

@@ -1,0 +1,101 @@
+// Codec.h - the compression methods of LZH archives, from bytes to bytes.
+//
+// No files, no globals, no locale: a packed member and a target in memory go in, a status comes
+// out. The facts behind it (bit order, alphabets, limits that writers must keep) stand in
+// docs/lzh-methods.md.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <span>
+#include <vector>
+
+namespace kozor::codec {
+
+// A method by the three letters of its id in a member header: "-lh5-" is Method::lh5.
+enum class Method {
+  lh0,
+  lh1,
+  lh2,
+  lh3,
+  lh4,
+  lh5,
+  lh6,
+  lh7,
+  lhx,
+  lzs,
+  lz4,
+  lz5,
+  pm0,
+  pm1,
+  pm2,
+  lhd
+};
+
+enum class Status {
+  ok,
+  damaged,      // the packed data breaks a rule of its method
+  truncated,    // the packed data ends before the target is full
+  unsupported,  // no decoder, or no encoder, for this method
+  cancelled,    // the progress function asked to stop
+};
+
+// Told how many bytes of the original are done, at least every 256 KiB and first with 0, on the
+// caller's thread; returns false to stop.  May be empty.  It may throw: nothing is left behind.
+using Progress = std::function<bool(std::size_t bytesDone)>;
+
+// Unpacks `packed` straight into `target`, whose size is the member's original size.  Nothing is
+// ever written outside `target`, whatever `packed` holds.  A target shorter than the original is
+// filled with its beginning.  On any status but ok the contents of `target` are what had been
+// unpacked, as far as `*bytesDone` (if given) tells, and unspecified behind that.
+Status Decode(Method method, std::span<const std::uint8_t> packed, std::span<std::uint8_t> target,
+              const Progress& progress = {}, std::size_t* bytesDone = nullptr);
+
+// Whether Decode knows the method.  lhd (a directory) has no data and counts as known.
+bool CanDecode(Method method);
+
+// Whether there is an encoder for the method.
+bool CanEncode(Method method);
+
+// How hard the encoder searches.  Best takes several times as long as normal; bench/README.md has
+// figures.
+enum class Effort { fast, normal, best };
+
+// Packs one member, fed in pieces of any size.  Memory stays bounded, at some megabytes, whatever
+// the size of the member, and the same data gives the same packed bytes whatever the sizes of the
+// pieces.  Methods: lh4, lh5, lh6, lh7.
+//
+// Nothing is promised about the packed size: data that does not compress comes out a little larger
+// than it went in, and a caller then stores it as lh0.  No data gives no packed bytes.
+//
+//   Encoder encoder(Method::lh5);
+//   while (more) encoder.Append(piece, packed);   // appends finished bytes to `packed`
+//   encoder.Finish(packed);
+class Encoder {
+ public:
+  // Throws std::invalid_argument unless CanEncode(method).
+  explicit Encoder(Method method, Effort effort = Effort::normal);
+  ~Encoder();
+  Encoder(Encoder&&) noexcept;
+  Encoder& operator=(Encoder&&) noexcept;
+
+  void Append(std::span<const std::uint8_t> data, std::vector<std::uint8_t>& packed);
+  // Writes what is left and pads the last byte.  The encoder is then ready for another member, and
+  // keeps its tables: one encoder serves any number of members without new allocations.
+  void Finish(std::vector<std::uint8_t>& packed);
+
+ private:
+  struct State;
+  std::unique_ptr<State> state;
+};
+
+// The whole of `data` in one call.
+std::vector<std::uint8_t> Encode(Method method, std::span<const std::uint8_t> data,
+                                 Effort effort = Effort::normal);
+
+// CRC-16/ARC (reflected polynomial 0xA001, initial value 0) of `data`, continued from `crc`.
+std::uint16_t Crc16(std::span<const std::uint8_t> data, std::uint16_t crc = 0);
+
+}  // namespace kozor::codec

@@ -1,0 +1,52 @@
+// MatchCopy.h - repeats bytes of a target that were unpacked before.
+//
+// A match copies `length` bytes from `distance` bytes back, one at a time as far as the result is
+// concerned: where distance is less than length, bytes that the match itself has just written are
+// read again, which repeats a pattern.  Well inside the target the copy goes by wide words and may
+// write beyond the match, over bytes that are unpacked later anyway; at the target's end, and where
+// a match reaches back before its beginning, it is exact.
+#pragma once
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <span>
+
+namespace kozor::codec {
+
+// Wide copies write up to this many bytes behind the end of a match.
+constexpr std::size_t kCopySlack = 16;
+
+// Needs distance bytes before `out`, and length + kCopySlack bytes behind it.
+inline void CopyMatchWide(std::uint8_t* out, std::size_t distance, std::size_t length) {
+  // The smallest multiple of each distance that a 16-byte word does not overlap: what repeats after
+  // `distance` bytes also repeats after any multiple.
+  static constexpr std::array<std::uint8_t, 16> kWideMultiple = {0,  16, 16, 18, 16, 20, 18, 21,
+                                                                 16, 18, 20, 22, 24, 26, 28, 30};
+  std::uint8_t* const end = out + length;
+  if (distance < kCopySlack) {
+    if (distance == 1) {
+      std::memset(out, out[-1], length);
+      return;
+    }
+    for (std::size_t i = 0; i < kCopySlack; ++i) out[i] = (out - distance)[i];
+    out += kCopySlack;
+    distance = kWideMultiple[distance];
+  }
+  for (; out < end; out += kCopySlack) std::memcpy(out, out - distance, kCopySlack);
+}
+
+// Copies what fits into the target at `position`; places before its beginning read as spaces.
+// Returns the position behind the copy.
+inline std::size_t CopyMatchExact(std::span<std::uint8_t> target, std::size_t position,
+                                  std::size_t distance, std::size_t length) {
+  const std::size_t end = position + std::min(length, target.size() - position);
+  for (; position < end; ++position) {
+    target[position] = distance > position ? std::uint8_t{' '} : target[position - distance];
+  }
+  return end;
+}
+
+}  // namespace kozor::codec

@@ -1,0 +1,45 @@
+// EncodeFuzz.cpp - any bytes as data to pack: they must come back, and the packed data must keep
+// all rules for writers.
+//
+// Input: method and effort in one byte, the size of the pieces in the next, data.
+#include <algorithm>
+#include <cstdint>
+#include <cstdlib>
+#include <map>
+#include <utility>
+#include <vector>
+
+#include "engine/codec/Codec.h"
+#include "tests/codec/SlowDecoder.h"
+
+namespace {
+
+using namespace kozor::codec;
+
+// One encoder serves many members, here as in an archive.
+Encoder& EncoderFor(Method method, Effort effort) {
+  static std::map<std::pair<Method, Effort>, Encoder> encoders;
+  return encoders.try_emplace({method, effort}, method, effort).first->second;
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
+  if (size < 2) return 0;
+  const auto method = static_cast<Method>(static_cast<int>(Method::lh4) + bytes[0] % 4);
+  const auto effort = static_cast<Effort>(bytes[0] / 4 % 3);
+  const std::size_t pieceSize = bytes[1] + std::size_t{1};
+  const std::span data(bytes + 2, size - 2);
+
+  Encoder& encoder = EncoderFor(method, effort);
+  std::vector<std::uint8_t> packed;
+  for (auto left = data; !left.empty(); left = left.subspan(std::min(pieceSize, left.size()))) {
+    encoder.Append(left.first(std::min(pieceSize, left.size())), packed);
+  }
+  encoder.Finish(packed);
+
+  const SlowResult slow = SlowDecode(method, packed, data.size());
+  if (slow.status != Status::ok || !slow.brokenRules.empty()) std::abort();
+  if (!std::ranges::equal(slow.bytes, data)) std::abort();
+  return 0;
+}

@@ -1,0 +1,147 @@
+// DamageTest.cpp - what the decoders make of packed data that is cut, changed or not packed data.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <memory>
+
+#include "engine/codec/Codec.h"
+#include "tests/codec/BitComposer.h"
+#include "tests/codec/SampleData.h"
+#include "tests/codec/SlowDecoder.h"
+
+namespace kozor::codec {
+namespace {
+
+struct Outcome {
+  Status status;
+  Bytes bytes;  // as far as they were unpacked
+};
+
+// Decodes from and into memory of exactly the right size, where the address sanitizer sees every
+// access beside it; without one, bytes around the target tell of writes.
+Outcome DecodeGuarded(Method method, const Bytes& packed, std::size_t size) {
+  constexpr std::size_t kGuard = 64;
+  constexpr std::uint8_t kMark = 0xA5;
+  const auto input = std::make_unique<std::uint8_t[]>(packed.size());
+  std::ranges::copy(packed, input.get());
+  const auto exact = std::make_unique<std::uint8_t[]>(size);
+  Bytes guarded(size + 2 * kGuard, kMark);
+
+  std::size_t done = 0;
+  const std::span in(input.get(), packed.size());
+  Outcome outcome{Decode(method, in, {exact.get(), size}, {}, &done), {}};
+  EXPECT_EQ(Decode(method, in, std::span(guarded).subspan(kGuard, size)), outcome.status);
+  EXPECT_EQ(std::ranges::count(std::span(guarded).first(kGuard), kMark), kGuard);
+  EXPECT_EQ(std::ranges::count(std::span(guarded).last(kGuard), kMark), kGuard);
+  outcome.bytes.assign(exact.get(), exact.get() + done);
+  return outcome;
+}
+
+void ExpectLikeSlowDecoder(Method method, const Bytes& packed, std::size_t size) {
+  const Outcome outcome = DecodeGuarded(method, packed, size);
+  const SlowResult slow = SlowDecode(method, packed, size);
+  ASSERT_EQ(outcome.status, slow.status);
+  ASSERT_TRUE(outcome.bytes == slow.bytes);
+}
+
+struct BrokenBlock {
+  const char* name;
+  const char* bits;  // of lh5, as far as the fault
+};
+
+// A good beginning for faults further on: one item, and a tree code of 2 as 0 and 3 as 1.
+#define ONE_ITEM "0000000000000001 "
+#define TREE_CODE "00100 000 000 001 00 001 "
+#define ONLY_A "00000 00000 000000000 001000001 "
+#define ONLY_MATCH "00000 00000 000000000 100000000 "
+
+constexpr BrokenBlock kBrokenBlocks[] = {
+    {"no items", "0000000000000000 " ONLY_A "0000 0000"},
+    {"tree code: too many lengths", ONE_ITEM "10100"},
+    {"tree code: single symbol out of range", ONE_ITEM "00000 10011"},
+    {"tree code: length of 17", ONE_ITEM "00001 111 1111111111 0"},
+    {"tree code: lone symbol with a length", ONE_ITEM "00001 001 000000001"},
+    {"tree code: incomplete", ONE_ITEM "00010 001 010"},
+    {"tree code: over-subscribed", ONE_ITEM "00011 001 001 001 00"},
+    {"tree code: no symbols, but used", ONE_ITEM "00001 000 000000010"},
+    {"item code: too many lengths", ONE_ITEM TREE_CODE "111111111"},
+    {"item code: single symbol out of range", ONE_ITEM "00000 00000 000000000 111111110"},
+    {"item code: run of zeros beyond the count", ONE_ITEM TREE_CODE "000010011 0 000000000"},
+    {"item code: only zeros", ONE_ITEM TREE_CODE "000010100 0 000000000"},
+    {"item code: incomplete", ONE_ITEM TREE_CODE "000010101 0 000000000 1"},
+    {"item code: over-subscribed", ONE_ITEM TREE_CODE "000000011 1 1 1"},
+    {"distance code: too many lengths", ONE_ITEM ONLY_A "1111"},
+    {"distance code: single symbol out of range", ONE_ITEM ONLY_A "0000 1110"},
+    {"distance code: incomplete", ONE_ITEM ONLY_A "0010 001 010"},
+    {"distance code: over-subscribed", ONE_ITEM ONLY_A "0011 001 001 001"},
+    {"distance code: no symbols, but used", ONE_ITEM ONLY_MATCH "0010 000 000"},
+};
+
+TEST(DamagedData, IsRefusedForEachBrokenRule) {
+  for (const BrokenBlock& block : kBrokenBlocks) {
+    SCOPED_TRACE(block.name);
+    BitComposer stream;
+    stream.Picture(block.bits).Number(0, 64);
+    EXPECT_EQ(DecodeGuarded(Method::lh5, stream.Bytes(), 3).status, Status::damaged);
+    EXPECT_EQ(SlowDecode(Method::lh5, stream.Bytes(), 3).status, Status::damaged);
+  }
+}
+
+TEST(DamagedData, CutAnywhereGivesTheBytesBeforeTheCut) {
+  const Bytes data = TextData(2500);
+  for (const Method method : {Method::lh5, Method::lh7}) {
+    Bytes packed = Encode(method, data);
+    while (!packed.empty()) {
+      packed.pop_back();
+      ASSERT_NO_FATAL_FAILURE(ExpectLikeSlowDecoder(method, packed, data.size())) << packed.size();
+    }
+  }
+}
+
+TEST(DamagedData, LacksBytesAndSaysSo) {
+  const Bytes data = TextData(6000);
+  Bytes packed = Encode(Method::lh5, data);
+  packed.resize(packed.size() - 6);
+  const Outcome outcome = DecodeGuarded(Method::lh5, packed, data.size());
+  EXPECT_EQ(outcome.status, Status::truncated);
+  EXPECT_EQ(DecodeGuarded(Method::lh5, {}, 1).status, Status::truncated);
+}
+
+TEST(DamagedData, ChangedInOneBitDoesNoHarm) {
+  const Bytes data = MixedData(2500);
+  for (const Method method : {Method::lh5, Method::lh7}) {
+    Bytes packed = Encode(method, data);
+    packed.resize(std::min<std::size_t>(packed.size(), 250));
+    for (std::size_t bit = 0; bit < packed.size() * 8; ++bit) {
+      const auto mask = static_cast<std::uint8_t>(1U << bit % 8);
+      packed[bit / 8] ^= mask;
+      ASSERT_NO_FATAL_FAILURE(ExpectLikeSlowDecoder(method, packed, data.size())) << bit;
+      packed[bit / 8] ^= mask;
+    }
+  }
+}
+
+TEST(DamagedData, ChangedInAnyByteStaysWithinTheTarget) {
+  const Bytes data = MixedData(50000);
+  Bytes packed = Encode(Method::lh6, data);
+  for (std::size_t i = 0; i < packed.size(); i += 11) {
+    const std::uint8_t byte = packed[i];
+    packed[i] = static_cast<std::uint8_t>(~byte);
+    const Outcome outcome = DecodeGuarded(Method::lh6, packed, data.size());
+    EXPECT_EQ(outcome.status == Status::ok, outcome.bytes.size() == data.size());
+    packed[i] = byte;
+  }
+}
+
+TEST(DamagedData, OfAnyKindIsReadAsTheSlowDecoderDoes) {
+  const Bytes noise = RandomData(40000);
+  for (std::size_t i = 0; i + 100 < noise.size(); i += 20) {
+    Bytes packed(noise.begin() + static_cast<std::ptrdiff_t>(i),
+                 noise.begin() + static_cast<std::ptrdiff_t>(i + 100));
+    packed[2] = static_cast<std::uint8_t>(packed[2] & 0x07);  // often a single tree symbol
+    ASSERT_NO_FATAL_FAILURE(ExpectLikeSlowDecoder(Method::lhx, packed, 5000)) << i;
+  }
+}
+
+}  // namespace
+}  // namespace kozor::codec

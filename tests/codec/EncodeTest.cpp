@@ -1,0 +1,133 @@
+// EncodeTest.cpp - what the encoder writes: the data comes back, and every rule for writers is
+// kept.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+#include <string>
+
+#include "engine/codec/Codec.h"
+#include "tests/codec/SampleData.h"
+#include "tests/codec/SlowDecoder.h"
+
+namespace kozor::codec {
+namespace {
+
+constexpr std::size_t kChunk = 256 * 1024;  // what the encoder works on at once
+
+void ExpectRoundTrip(Method method, const Bytes& data, Effort effort) {
+  const Bytes packed = Encode(method, data, effort);
+  Bytes target(data.size());
+  ASSERT_EQ(Decode(method, packed, target), Status::ok);
+  ASSERT_TRUE(target == data);
+}
+
+// The slow decoder also looks for broken rules.
+void ExpectGoodStream(Method method, const Bytes& data, Effort effort) {
+  const SlowResult slow = SlowDecode(method, Encode(method, data, effort), data.size());
+  ASSERT_EQ(slow.status, Status::ok);
+  ASSERT_TRUE(slow.bytes == data);
+  ASSERT_THAT(slow.brokenRules, testing::IsEmpty());
+}
+
+using MethodAndEffort = std::tuple<Method, Effort>;
+
+class Encoding : public testing::TestWithParam<MethodAndEffort> {
+ protected:
+  const Method method = std::get<0>(GetParam());
+  const Effort effort = std::get<1>(GetParam());
+};
+
+TEST_P(Encoding, KeepsTheRulesForAllKindsOfData) {
+  for (const Bytes& data : {TextData(100000), RandomData(20000), MixedData(150000),
+                            Bytes(100000, std::uint8_t{0}), Bytes(5, 'x')}) {
+    ASSERT_NO_FATAL_FAILURE(ExpectGoodStream(method, data, effort)) << data.size();
+  }
+}
+
+TEST_P(Encoding, KeepsTheRulesForTinyData) {
+  for (std::size_t size = 0; size <= 20; ++size) {
+    ASSERT_NO_FATAL_FAILURE(ExpectGoodStream(method, TextData(size), effort)) << size;
+    ASSERT_NO_FATAL_FAILURE(ExpectGoodStream(method, Bytes(size, 'x'), effort)) << size;
+  }
+}
+
+TEST_P(Encoding, ComesBackAcrossChunks) {
+  ExpectRoundTrip(method, MixedData(1 << 20), effort);
+  for (const std::size_t size : {kChunk - 1, kChunk, kChunk + 1, 2 * kChunk + 3}) {
+    ASSERT_NO_FATAL_FAILURE(ExpectRoundTrip(method, RandomData(size), effort)) << size;
+  }
+}
+
+// After the first chunk such data is nothing but equal matches, and a block of them takes no bits.
+TEST_P(Encoding, EndsWithABlockThatTakesBits) {
+  for (const std::size_t size : {2 * kChunk, kChunk + 256, kChunk + 1}) {
+    ASSERT_NO_FATAL_FAILURE(ExpectGoodStream(method, Bytes(size, 'x'), effort)) << size;
+  }
+}
+
+TEST_P(Encoding, DoesNotDependOnThePieces) {
+  const Bytes data = MixedData(kChunk + 50000);
+  const Bytes expected = Encode(method, data, effort);
+  Encoder encoder(method, effort);
+  for (const std::size_t pieceSize : {std::size_t{777}, kChunk, data.size()}) {
+    Bytes packed;
+    for (std::span<const std::uint8_t> left = data; !left.empty();) {
+      const auto piece = left.first(std::min(pieceSize, left.size()));
+      encoder.Append(piece, packed);
+      left = left.subspan(piece.size());
+    }
+    encoder.Finish(packed);  // the encoder then serves the next member
+    EXPECT_TRUE(packed == expected) << pieceSize;
+  }
+}
+
+std::string NameOf(const testing::TestParamInfo<MethodAndEffort>& info) {
+  constexpr const char* kMethods[] = {"lh4", "lh5", "lh6", "lh7"};
+  constexpr const char* kEfforts[] = {"Fast", "Normal", "Best"};
+  const auto method = static_cast<int>(std::get<0>(info.param)) - static_cast<int>(Method::lh4);
+  return std::string(kMethods[method]) + kEfforts[static_cast<int>(std::get<1>(info.param))];
+}
+
+INSTANTIATE_TEST_SUITE_P(All, Encoding,
+                         testing::Values(MethodAndEffort{Method::lh4, Effort::normal},
+                                         MethodAndEffort{Method::lh5, Effort::fast},
+                                         MethodAndEffort{Method::lh5, Effort::normal},
+                                         MethodAndEffort{Method::lh5, Effort::best},
+                                         MethodAndEffort{Method::lh6, Effort::normal},
+                                         MethodAndEffort{Method::lh7, Effort::best}),
+                         NameOf);
+
+// Bounds far from what is reached today, but near enough to notice a search or a code gone wrong.
+TEST(Encode, PacksAsWellAsTheMethodsCan) {
+  EXPECT_LT(Encode(Method::lh5, Bytes(1 << 20, std::uint8_t{0})).size(), 400U);
+  EXPECT_LT(Encode(Method::lh5, RandomData(1 << 18)).size(), (1U << 18) + 600);
+  const Bytes text = TextData(200000);
+  const std::size_t fast = Encode(Method::lh5, text, Effort::fast).size();
+  const std::size_t normal = Encode(Method::lh5, text, Effort::normal).size();
+  const std::size_t best = Encode(Method::lh5, text, Effort::best).size();
+  EXPECT_LT(fast, text.size() / 3);
+  EXPECT_LT(normal, fast);
+  EXPECT_LT(best, normal);
+}
+
+// What repeats after 30000 bytes is in reach of a window of 32 KiB and out of reach of 8 KiB.
+TEST(Encode, UsesTheWholeWindow) {
+  const Bytes noise = RandomData(30000);
+  Bytes data = noise;
+  data.insert(data.end(), noise.begin(), noise.end());
+  EXPECT_GT(Encode(Method::lh5, data).size(), 59000U);
+  EXPECT_LT(Encode(Method::lh6, data).size(), 31000U);
+  EXPECT_LT(Encode(Method::lh7, data).size(), 31000U);
+}
+
+TEST(Encode, RefusesMethodsWithoutAnEncoder) {
+  EXPECT_TRUE(CanEncode(Method::lh5));
+  for (const Method method : {Method::lh0, Method::lh1, Method::lhx, Method::lhd}) {
+    EXPECT_FALSE(CanEncode(method));
+    EXPECT_THROW(Encoder{method}, std::invalid_argument);
+  }
+}
+
+}  // namespace
+}  // namespace kozor::codec

@@ -1,0 +1,165 @@
+// RandomStream.cpp - packed members that are valid but unlike what any sensible writer makes.
+#include "tests/codec/RandomStream.h"
+
+#include <algorithm>
+#include <numeric>
+#include <random>
+
+#include "tests/codec/BitComposer.h"
+
+namespace kozor::codec {
+namespace {
+
+using Random = std::mt19937;
+
+std::size_t Pick(Random& random, std::size_t from, std::size_t to) {
+  return from + random() % (to - from + 1);
+}
+
+struct RandomCode {
+  std::vector<unsigned> used;     // symbols
+  std::vector<unsigned> lengths;  // by symbol; all 0 for a single one
+  std::vector<unsigned> codes;    // by symbol
+
+  unsigned PickSymbol(Random& random) const { return used[random() % used.size()]; }
+  void Put(BitComposer& out, unsigned symbol) const { out.Number(codes[symbol], lengths[symbol]); }
+};
+
+// Splits leaves of a growing tree until there are `leaves`.  A lopsided one grows at its newest
+// leaf, and so becomes as deep as it may.
+std::vector<unsigned> RandomLengths(Random& random, std::size_t leaves, bool lopsided) {
+  std::vector<unsigned> lengths{0};
+  while (lengths.size() < leaves) {
+    std::size_t i = lopsided ? lengths.size() - 1 : random() % lengths.size();
+    while (lengths[i] == 16) i = random() % lengths.size();
+    lengths.push_back(++lengths[i]);
+  }
+  return lengths;
+}
+
+void AssignCanonicalCodes(RandomCode& code) {
+  code.codes.assign(code.lengths.size(), 0);
+  unsigned next = 0;
+  for (unsigned length = 1; length <= 16; ++length, next *= 2) {
+    for (std::size_t symbol = 0; symbol < code.lengths.size(); ++symbol) {
+      if (code.lengths[symbol] == length) code.codes[symbol] = next++;
+    }
+  }
+}
+
+RandomCode MakeCode(Random& random, std::vector<unsigned> used, std::size_t symbols) {
+  RandomCode code{std::move(used), std::vector<unsigned>(symbols), {}};
+  const auto lengths = RandomLengths(random, code.used.size(), random() % 3 == 0);
+  for (std::size_t i = 0; i < lengths.size(); ++i) code.lengths[code.used[i]] = lengths[i];
+  AssignCanonicalCodes(code);
+  return code;
+}
+
+RandomCode MakeRandomCode(Random& random, std::size_t symbols) {
+  std::vector<unsigned> all(symbols);
+  std::iota(all.begin(), all.end(), 0U);
+  std::ranges::shuffle(all, random);
+  all.resize(random() % 4 == 0 ? Pick(random, 1, 2) : Pick(random, 1, symbols));
+  return MakeCode(random, all, symbols);
+}
+
+std::size_t CountToSend(const RandomCode& code) {
+  std::size_t count = code.lengths.size();
+  while (count != 0 && code.lengths[count - 1] == 0) --count;
+  return count;
+}
+
+void PutSmallCode(BitComposer& out, const RandomCode& code, unsigned width, bool hasGap) {
+  const std::size_t count = CountToSend(code);
+  out.Number(count, width);
+  if (count == 0) out.Number(code.used[0], width);
+  for (std::size_t i = 0; i < count;) {
+    const unsigned length = code.lengths[i++];
+    if (length < 7) out.Number(length, 3);
+    if (length >= 7) out.Number((1U << (length - 3)) - 2, length - 3);
+    if (!hasGap || i != 3) continue;
+    std::size_t gap = 0;
+    while (gap < 3 && i < count && code.lengths[i] == 0) ++gap, ++i;
+    out.Number(gap, 2);
+  }
+}
+
+struct TreeItem {
+  unsigned symbol;
+  unsigned bits;
+  std::size_t extra;
+};
+
+// Cuts runs of zero lengths into any pieces that the format has.
+std::vector<TreeItem> ToTreeItems(Random& random, const RandomCode& code, std::size_t count) {
+  std::vector<TreeItem> treeItems;
+  for (std::size_t i = 0; i < count;) {
+    if (code.lengths[i] != 0) {
+      treeItems.push_back({code.lengths[i++] + 2, 0, 0});
+      continue;
+    }
+    const auto begin = code.lengths.begin() + static_cast<std::ptrdiff_t>(i);
+    const auto used = std::find_if(begin, code.lengths.end(), [](unsigned n) { return n != 0; });
+    const auto run = static_cast<std::size_t>(used - begin);
+    std::size_t piece = Pick(random, 1, run);
+    if (piece >= 20) {
+      treeItems.push_back({2, 9, piece - 20});
+    } else if (piece >= 3) {
+      piece = std::min<std::size_t>(piece, 18);
+      treeItems.push_back({1, 4, piece - 3});
+    } else {
+      piece = 1;
+      treeItems.push_back({0, 0, 0});
+    }
+    i += piece;
+  }
+  return treeItems;
+}
+
+void PutItemCode(Random& random, BitComposer& out, const RandomCode& code) {
+  const std::size_t count = CountToSend(code);
+  const auto treeItems = ToTreeItems(random, code, count);
+  std::vector<unsigned> used;
+  for (const TreeItem& item : treeItems) {
+    if (std::ranges::find(used, item.symbol) == used.end()) used.push_back(item.symbol);
+  }
+  if (used.empty()) used.push_back(0);
+  const RandomCode treeCode = MakeCode(random, used, 19);
+  PutSmallCode(out, treeCode, 5, true);
+  out.Number(count, 9);
+  if (count == 0) out.Number(code.used[0], 9);
+  for (const TreeItem& item : treeItems) {
+    treeCode.Put(out, item.symbol);
+    out.Number(item.extra, item.bits);
+  }
+}
+
+}  // namespace
+
+RandomStream MakeRandomStream(Method method, unsigned seed) {
+  Random random(seed);
+  BitComposer out;
+  std::size_t size = 0;
+  const bool narrow = method == Method::lh4 || method == Method::lh5;
+  const std::size_t distanceSymbols = narrow ? 14 : method == Method::lh6 ? 16 : 17;
+  for (std::size_t blocks = Pick(random, 1, 4); blocks != 0; --blocks) {
+    const RandomCode itemCode = MakeRandomCode(random, 510);
+    const RandomCode distanceCode = MakeRandomCode(random, distanceSymbols);
+    std::size_t items = Pick(random, 1, 400);
+    out.Number(items, 16);
+    PutItemCode(random, out, itemCode);
+    PutSmallCode(out, distanceCode, narrow ? 4 : 5, false);
+    for (; items != 0; --items) {
+      const unsigned symbol = itemCode.PickSymbol(random);
+      itemCode.Put(out, symbol);
+      size += symbol < 256 ? 1 : symbol - 253;
+      if (symbol < 256) continue;
+      const unsigned p = distanceCode.PickSymbol(random);
+      distanceCode.Put(out, p);
+      if (p > 1) out.Number(random(), p - 1);
+    }
+  }
+  return {out.Bytes(), size};
+}
+
+}  // namespace kozor::codec

@@ -1,0 +1,59 @@
+// SampleData.h - data of different kinds to pack, the same on every machine.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <random>
+#include <string_view>
+#include <vector>
+
+namespace kozor::codec {
+
+// Words of a small vocabulary with a number now and then.
+inline std::vector<std::uint8_t> TextData(std::size_t size) {
+  constexpr std::string_view kWords[] = {"archive ", "member ", "the ",   "of ", "window ",
+                                         "volume ",  "\r\n",    "header", ", ",  "backup "};
+  std::mt19937 random(7);
+  std::vector<std::uint8_t> data;
+  while (data.size() < size) {
+    const std::string_view word = kWords[random() % std::size(kWords)];
+    data.insert(data.end(), word.begin(), word.end());
+    if (random() % 8 == 0) data.push_back(static_cast<std::uint8_t>('0' + random() % 10));
+  }
+  data.resize(size);
+  return data;
+}
+
+inline std::vector<std::uint8_t> RandomData(std::size_t size) {
+  std::mt19937 random(11);
+  std::vector<std::uint8_t> data(size);
+  for (std::uint8_t& byte : data) byte = static_cast<std::uint8_t>(random());
+  return data;
+}
+
+// Stretches of text, of random bytes and of one repeated byte, some of them again from far back.
+inline std::vector<std::uint8_t> MixedData(std::size_t size) {
+  const std::vector<std::uint8_t> text = TextData(40000);
+  const std::vector<std::uint8_t> noise = RandomData(40000);
+  std::mt19937 random(13);
+  std::vector<std::uint8_t> data;
+  while (data.size() < size) {
+    const std::size_t length = 1 + random() % 3000;
+    const auto begin = static_cast<std::ptrdiff_t>(random() % 30000);
+    const auto end = begin + static_cast<std::ptrdiff_t>(length);
+    switch (random() % 3) {
+      case 0:
+        data.insert(data.end(), text.begin() + begin, text.begin() + end);
+        break;
+      case 1:
+        data.insert(data.end(), noise.begin() + begin, noise.begin() + end);
+        break;
+      default:
+        data.insert(data.end(), length, static_cast<std::uint8_t>(random()));
+    }
+  }
+  data.resize(size);
+  return data;
+}
+
+}  // namespace kozor::codec

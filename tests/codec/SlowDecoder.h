@@ -1,0 +1,27 @@
+// SlowDecoder.h - a second decoder of the block-Huffman methods, slow and obvious, bit by bit.
+//
+// It shares nothing with the fast one, so that a fault would have to be made twice.  It also knows
+// the rules that a writer must keep and a reader need not check.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "engine/codec/Codec.h"
+
+namespace kozor::codec {
+
+using Bytes = std::vector<std::uint8_t>;
+
+struct SlowResult {
+  Status status = Status::ok;
+  Bytes bytes;                           // what was unpacked
+  std::vector<std::string> brokenRules;  // of those for writers; only looked for if all went well
+};
+
+// Unpacks `size` bytes.  Methods: lh4 to lh7 and lhx.
+SlowResult SlowDecode(Method method, std::span<const std::uint8_t> packed, std::size_t size);
+
+}  // namespace kozor::codec
