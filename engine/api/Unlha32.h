@@ -1,0 +1,93 @@
+// Unlha32.h - the archiver's binding: the thirteen entry points of UNLHA32.DLL, with the types and
+// records that cross it.
+//
+// All widths are fixed, whatever the width of `long`.  Text is in the active code page.  Result codes
+// and command lines: docs/archiver.md.  A caller loads the module and looks the names up; nothing
+// links against it.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "platform/win32/Win32.h"
+
+#if defined(_WIN32)
+#define UNLHA_EXPORT __declspec(dllexport)
+#else
+#define UNLHA_EXPORT __attribute__((visibility("default")))
+#endif
+
+extern "C" {
+
+// An archive that is open for searching.
+struct UnlhaArchive;
+using HARC = UnlhaArchive*;
+
+// What UnlhaFindFirst and UnlhaFindNext fill.  Callers reserve 560 bytes.
+struct UnlhaMemberRecord {    // offset
+  std::uint32_t size;         //      0  unpacked bytes; all ones for 4 GiB and more
+  std::uint8_t reserved[18];  //      4  zero
+  std::uint16_t date;         //     22  DOS words, local time
+  std::uint16_t time;         //     24
+  char name[534];             //     26  null-terminated, '\' separates
+};
+static_assert(offsetof(UnlhaMemberRecord, date) == 22 && offsetof(UnlhaMemberRecord, name) == 26);
+static_assert(sizeof(UnlhaMemberRecord) == 560);
+
+// What the callback gets while a file is under way.
+struct UnlhaProgressRecord {    // offset
+  std::uint32_t size;           //      0  bytes of the file
+  std::uint32_t done;           //      4  of them
+  std::uint8_t reserved[516];   //      8  zero
+  char name[516];               //    524  at most 512 bytes and a terminator
+};
+static_assert(offsetof(UnlhaProgressRecord, name) == 524);
+
+// `state` is 0 at a file's start, 1 while it is under way, 6 at its end.  Called on the thread that
+// gave the command; returns 0 to stop it, anything else to go on.
+typedef int(CALLBACK* UnlhaCallback)(HWND window, UINT message, UINT state, void* record);
+
+// Non-zero while a command is at work in this process.
+UNLHA_EXPORT int WINAPI UnlhaGetRunning();
+
+// Carries a command line out.  Returns 0 or a result code.  No text is ever put into `output`.
+UNLHA_EXPORT int WINAPI Unlha(HWND window, const char* command, char* output, std::uint32_t size);
+
+// Non-zero when the file is an archive, a self-extracting one included.  `mode` does not matter.
+UNLHA_EXPORT int WINAPI UnlhaCheckArchive(const char* path, int mode);
+
+// Sets the callback of the commands that follow; 0 while one is at work, or for a null callback.
+UNLHA_EXPORT int WINAPI UnlhaSetOwnerWindowEx(HWND window, UnlhaCallback callback);
+UNLHA_EXPORT int WINAPI UnlhaKillOwnerWindowEx(HWND window);
+
+// Keeps the mode and returns the one before.  It has no effect.
+UNLHA_EXPORT int WINAPI UnlhaSetCursorMode(int mode);
+
+// Opens an archive for searching; null when there is none, or when it is damaged so that members
+// would be missed.  Mode 0x200: searches go into directories below.
+UNLHA_EXPORT HARC WINAPI UnlhaOpenArchive(HWND window, const char* path, std::uint32_t mode);
+UNLHA_EXPORT int WINAPI UnlhaCloseArchive(HARC archive);
+
+// 0: the record holds a member.  -1: no (more) member.  Else a result code.
+UNLHA_EXPORT int WINAPI UnlhaFindFirst(HARC archive, const char* text, UnlhaMemberRecord* record);
+UNLHA_EXPORT int WINAPI UnlhaFindNext(HARC archive, UnlhaMemberRecord* record);
+
+// DOS attributes of the member found last; -1 when there is none.
+UNLHA_EXPORT int WINAPI UnlhaGetAttribute(HARC archive);
+
+// Unpacks the member that the line names into `buffer`, never beyond `size` bytes.  `time` gets
+// seconds since 1970 in UTC, `attribute` the DOS attributes, `written` the bytes delivered; each may
+// be null.  Returns 0 or a result code.
+UNLHA_EXPORT int WINAPI UnlhaExtractMem(HWND window, const char* command, std::uint8_t* buffer,
+                                        std::uint32_t size, std::int32_t* time,
+                                        std::uint16_t* attribute, std::uint32_t* written);
+
+// Makes a member of `data` under the name that the line gives.  `time` and `attribute` are read where
+// they are not null; else they are the present moment and the archive attribute.  `written`, if not
+// null, gets the packed size.  Returns 0 or a result code.
+UNLHA_EXPORT int WINAPI UnlhaCompressMem(HWND window, const char* command,
+                                         const std::uint8_t* data, std::uint32_t size,
+                                         const std::int32_t* time, const std::uint16_t* attribute,
+                                         std::uint32_t* written);
+
+}  // extern "C"

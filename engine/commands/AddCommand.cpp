@@ -1,0 +1,103 @@
+// AddCommand.cpp - the command `a`: files of the disk become members.
+#include <algorithm>
+
+#include "engine/commands/ArchiveChange.h"
+#include "engine/commands/Archiver.h"
+#include "engine/commands/SourceSelection.h"
+#include "engine/container/Failure.h"
+
+namespace kozor::commands {
+namespace {
+
+using container::Code;
+using container::Failure;
+using container::File;
+using container::NewMember;
+
+constexpr std::uint16_t kFileAttributes = 0x27;  // read-only, hidden, system, archive
+constexpr std::uint16_t kDirectoryAttribute = 0x10;
+
+// The member that a source takes the place of: the one of exactly its name, or else one whose name
+// differs in case alone, unless that is the name of another file at the source.
+std::optional<std::size_t> ReplacedBy(const Source& source, const container::ArchiveIndex& index) {
+  if (const auto exact = index.FindExactly(source.name)) return exact;
+  const auto twin = index.Find(source.name);
+  if (!twin) return std::nullopt;
+  const std::string twinPath = source.root + index.Members()[*twin].name;
+  return IsAnotherFile(twinPath, source) ? std::nullopt : twin;
+}
+
+container::FileFacts FactsOf(const Source& source) {
+  File file;
+  if (!file.Open(source.path, File::Mode::facts)) throw Failure(Code::fileNotOpened);
+  return file.Facts();
+}
+
+// Marks what goes.  Drops directories that the archive has already, and the archive itself.
+void PlanReplacements(ArchiveChange& change, std::vector<Source>& sources) {
+  if (change.Index().Members().empty()) return;
+  std::erase_if(sources, [&](const Source& source) {
+    const auto replaced = ReplacedBy(source, change.Index());
+    if (!replaced) return false;
+    if (source.isDirectory || change.IsArchiveItself(FactsOf(source).stamp)) return true;
+    change.Remove(*replaced);
+    return false;
+  });
+}
+
+NewMember DescribeSource(const Source& source, const container::FileFacts& facts,
+                         const container::ArchiveIndex& index) {
+  NewMember member;
+  member.name = container::EncodeName(source.name, index.WorkingPage());
+  member.utcTime = facts.stamp.lastWrite;
+  member.attribute = static_cast<std::uint16_t>(facts.attributes & kFileAttributes);
+  if (source.isDirectory) {
+    member.method = container::kDirectoryMethod;
+    member.attribute |= kDirectoryAttribute;
+  }
+  return member;
+}
+
+}  // namespace
+
+void Archiver::Add(const CommandLine& line, const ProgressListener& listener) {
+  line.Archive();
+  std::vector<Source> sources = SelectSources(line);
+  ArchiveChange change(indexes, line);
+  PlanReplacements(change, sources);
+
+  Progress progress(listener);
+  change.Apply([&](container::ArchiveUpdate& update) {
+    // Old members are copied while the first file counts as under way, so that the copying can be
+    // stopped as well.
+    bool isCopied = false;
+    const auto copyKept = [&](const container::CopyProgress& copied) {
+      if (!isCopied) update.CopyKept(copied);
+      isCopied = true;
+    };
+    bool isAnyAdded = sources.empty();
+    for (const Source& source : sources) {
+      if (source.isDirectory) {
+        copyKept({});
+        update.Output().Write(
+            container::BuildHeader(DescribeSource(source, FactsOf(source), change.Index())));
+        isAnyAdded = true;
+        continue;
+      }
+      File file;
+      if (!file.Open(source.path, File::Mode::read)) throw Failure(Code::fileNotOpened);
+      const container::FileFacts facts = file.Facts();
+      if (change.IsArchiveItself(facts.stamp)) continue;
+      NewMember member = DescribeSource(source, facts, change.Index());
+      progress.Begin(source.name, facts.stamp.size);
+      copyKept([&](std::uint64_t) { progress.Report(0); });
+      FileInput input(file, pieceBuffer);
+      packer.Pack(input, line.method, member, update.Output(), progress);
+      progress.End(member.originalBytes);
+      isAnyAdded = true;
+    }
+    if (!isAnyAdded) throw Failure(Code::notFound);
+  });
+}
+
+}  // namespace kozor::commands

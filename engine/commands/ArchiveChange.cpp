@@ -1,0 +1,66 @@
+// ArchiveChange.cpp - see ArchiveChange.h.
+#include "engine/commands/ArchiveChange.h"
+
+#include <algorithm>
+
+#include "engine/container/Failure.h"
+#include "platform/win32/Win32.h"
+
+namespace kozor::commands {
+namespace {
+
+using container::Code;
+using container::Failure;
+
+// Why an archive that is there could not be opened for writing.
+Code OpenFailureCode(DWORD error, const std::string& path) {
+  const DWORD attributes = GetFileAttributesA(path.c_str());
+  const bool isFile = attributes != INVALID_FILE_ATTRIBUTES &&
+                      (attributes & FILE_ATTRIBUTE_DIRECTORY) == 0;
+  const bool isProtected = error == ERROR_ACCESS_DENIED || error == ERROR_WRITE_PROTECT;
+  return isProtected && isFile ? Code::archiveReadOnly : Code::archiveNotOpened;
+}
+
+}  // namespace
+
+ArchiveChange::ArchiveChange(container::IndexCache& cache, const CommandLine& commandLine)
+    : indexes(cache), line(commandLine) {
+  archive.path = line.Archive();
+  if (archive.file.Open(archive.path, container::File::Mode::update)) {
+    archive.index = indexes.Get(archive.path, archive.file);
+    stampOfArchive = archive.file.Facts().stamp;
+    container::RefuseCodeBehindArchive(archive);
+  } else {
+    const DWORD error = GetLastError();
+    if (error != ERROR_FILE_NOT_FOUND) throw Failure(OpenFailureCode(error, archive.path));
+    archive.index = std::make_shared<container::ArchiveIndex>(GetACP());
+  }
+  removed.resize(Index().Members().size());
+}
+
+bool ArchiveChange::IsArchiveItself(const container::FileStamp& stamp) const {
+  return !IsNew() && stamp.IsSameFile(stampOfArchive);
+}
+
+bool ArchiveChange::LeavesMembers() const {
+  return std::find(removed.begin(), removed.end(), false) != removed.end();
+}
+
+void ArchiveChange::Apply(const std::function<void(container::ArchiveUpdate&)>& write) {
+  const bool removesMembers = std::find(removed.begin(), removed.end(), true) != removed.end();
+  const bool isInPlace = !removesMembers && container::CanAppendInPlace(archive);
+  const auto update = isInPlace ? container::AppendInPlace(archive)
+                                : container::RewriteArchive(archive, removed, line.workDirectory);
+  write(*update);
+  update->Commit();
+  if (!isInPlace) return;
+  archive.index.reset();  // the cache extends an index that nobody else holds
+  indexes.MembersAppended(archive.path, archive.file);
+}
+
+void ArchiveChange::RemoveFile() {
+  archive.file.Close();
+  if (!DeleteFileA(archive.path.c_str())) throw Failure(container::WriteFailureCode());
+}
+
+}  // namespace kozor::commands

@@ -1,0 +1,69 @@
+// DeleteCommand.cpp - the command `d`: members go.
+#include <algorithm>
+#include <unordered_set>
+
+#include "engine/commands/ArchiveChange.h"
+#include "engine/commands/Archiver.h"
+#include "engine/container/Failure.h"
+#include "engine/container/MemberSearch.h"
+
+namespace kozor::commands {
+namespace {
+
+using container::Code;
+using container::Failure;
+using container::MemberSearch;
+
+// Selects by one word: the member of that name, a directory with or without its '\', or all that a
+// mask means.
+void SelectByWord(const std::string& word, ArchiveChange& change) {
+  const container::ArchiveIndex& index = change.Index();
+  if (word.find_first_of("*?") != std::string::npos) {
+    MemberSearch search(index, word, MemberSearch::Depth::andBelow,
+                        MemberSearch::Kinds::filesAndDirectories);
+    while (const auto position = search.Next()) change.Remove(*position);
+    return;
+  }
+  auto position = index.Find(word);
+  if (!position) position = index.Find(word + '\\');
+  if (position) change.Remove(*position);
+}
+
+// An archive may hold several members of one name, of which only the last can be found.
+void SelectOlderOnes(ArchiveChange& change) {
+  const auto& members = change.Index().Members();
+  std::unordered_set<std::string_view> names;
+  for (std::size_t i = 0; i < members.size(); ++i) {
+    if (change.IsRemoved(i)) names.insert(members[i].name);
+  }
+  for (std::size_t i = 0; i < members.size(); ++i) {
+    if (names.contains(members[i].name)) change.Remove(i);
+  }
+  if (names.empty()) throw Failure(Code::notFound);
+}
+
+}  // namespace
+
+void Archiver::Delete(const CommandLine& line, const ProgressListener& listener) {
+  if (line.Archive().empty() || line.operands.size() < 2) throw Failure(Code::noFileName);
+  ArchiveChange change(indexes, line);
+  if (change.IsNew()) throw Failure(Code::archiveNotFound);
+  std::for_each(line.operands.begin() + 1, line.operands.end(),
+                [&](const std::string& word) { SelectByWord(word, change); });
+  SelectOlderOnes(change);
+
+  if (!change.LeavesMembers()) {
+    change.RemoveFile();
+    return;
+  }
+  Progress progress(listener);
+  change.Apply([&](container::ArchiveUpdate& update) {
+    const std::uint64_t total = change.KeptBytes();
+    std::uint64_t done = 0;
+    progress.Begin(line.Archive(), total);
+    update.CopyKept([&](std::uint64_t bytes) { progress.Report(done += bytes); });
+    progress.End(total);
+  });
+}
+
+}  // namespace kozor::commands

@@ -1,0 +1,38 @@
+// MemberPacker.h - packs one member into an archive.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <vector>
+
+#include "engine/codec/Codec.h"
+#include "engine/commands/CommandLine.h"
+#include "engine/commands/PackInput.h"
+#include "engine/commands/Progress.h"
+#include "engine/container/HeaderWriter.h"
+#include "engine/container/MemberOutput.h"
+
+namespace kozor::commands {
+
+// The largest file that the 32-bit sizes of a header can hold.
+inline constexpr std::uint64_t kMaxMemberBytes = 0xFFFFFFFF;
+
+class MemberPacker {
+ public:
+  // Writes header and data of a member; `member` holds its name, time and attribute, and gets the
+  // sizes and the CRC.  Packed data that came out no smaller than the original is replaced by the
+  // original, which is read a second time.  Throws Code::unknownKind when the input turns out to be
+  // 4 GiB or more, and what input, output and progress throw.
+  void Pack(PackInput& input, NewMethod method, container::NewMember& member,
+            container::MemberOutput& output, Progress& progress);
+
+ private:
+  void PackWith(codec::Method method, PackInput& input, container::NewMember& member,
+                container::MemberOutput& output, Progress& progress);
+
+  // Encoders are kept with their tables from member to member.
+  std::map<codec::Method, codec::Encoder> encoders;
+  std::vector<std::uint8_t> packed;
+};
+
+}  // namespace kozor::commands

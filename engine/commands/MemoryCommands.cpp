@@ -1,0 +1,178 @@
+// MemoryCommands.cpp - members into memory, and memory into members.
+#include <algorithm>
+#include <limits>
+#include <memory>
+#include <string_view>
+#include <utility>
+
+#include "engine/commands/ArchiveChange.h"
+#include "engine/commands/Archiver.h"
+#include "engine/container/Failure.h"
+
+namespace kozor::commands {
+namespace {
+
+using container::Code;
+using container::Failure;
+using container::Member;
+
+struct MethodName {
+  std::string_view id;
+  codec::Method method;
+};
+constexpr MethodName kMethods[] = {
+    {"-lh0-", codec::Method::lh0}, {"-lz4-", codec::Method::lz4}, {"-pm0-", codec::Method::pm0},
+    {"-lh1-", codec::Method::lh1}, {"-lh2-", codec::Method::lh2}, {"-lh3-", codec::Method::lh3},
+    {"-lh4-", codec::Method::lh4}, {"-lh5-", codec::Method::lh5}, {"-lh6-", codec::Method::lh6},
+    {"-lh7-", codec::Method::lh7}, {"-lhx-", codec::Method::lhx}, {"-lzs-", codec::Method::lzs},
+    {"-lz5-", codec::Method::lz5}, {"-pm1-", codec::Method::pm1}, {"-pm2-", codec::Method::pm2},
+};
+
+codec::Method MethodOf(const Member& member) {
+  const std::string_view id(member.method.data(), member.method.size());
+  const auto* found = std::find_if(std::begin(kMethods), std::end(kMethods),
+                                   [&](const MethodName& row) { return row.id == id; });
+  if (found == std::end(kMethods) || !codec::CanDecode(found->method)) {
+    throw Failure(Code::methodNotSupported);
+  }
+  return found->method;
+}
+
+bool IsStored(codec::Method method) {
+  return method == codec::Method::lh0 || method == codec::Method::lz4 ||
+         method == codec::Method::pm0;
+}
+
+std::int32_t UnixTimeOf(const Member& member) {
+  return static_cast<std::int32_t>(std::clamp<std::int64_t>(
+      container::UnixOfFileTime(member.utcTime), 0, std::numeric_limits<std::int32_t>::max()));
+}
+
+// One member on its way into a buffer, which may be shorter than it.
+class Extraction {
+ public:
+  Extraction(container::File& opened, const Member& extracted, std::span<std::uint8_t> buffer,
+             Progress& told)
+      : file(opened), member(extracted), target(buffer), progress(told) {}
+
+  // Returns the number of bytes delivered so far in `written` whatever happens.
+  void Run(std::uint32_t& written) {
+    const codec::Method method = MethodOf(member);
+    if (IsStored(method)) {
+      ReadStored(written);
+    } else if (!target.empty()) {
+      Unpack(method, written);
+    }
+  }
+
+ private:
+  void ReadStored(std::uint32_t& written) {
+    const auto available = static_cast<std::size_t>(
+        std::min<std::uint64_t>(target.size(), member.packedBytes));
+    while (written < available) {
+      const std::size_t wanted = std::min(available - written, kProgressStep);
+      const auto piece = target.subspan(written, wanted);
+      if (file.ReadAt(member.DataOffset() + written, piece) != wanted) {
+        throw Failure(Code::cannotRead);
+      }
+      written += static_cast<std::uint32_t>(wanted);
+      progress.Report(written);
+    }
+    if (available < target.size()) throw Failure(Code::packedDataDamaged);
+  }
+
+  void Unpack(codec::Method method, std::uint32_t& written) {
+    const auto packedBytes = static_cast<std::size_t>(member.packedBytes);
+    const auto packed = std::make_unique_for_overwrite<std::uint8_t[]>(packedBytes);
+    const std::span<std::uint8_t> bytes(packed.get(), packedBytes);
+    if (file.ReadAt(member.DataOffset(), bytes) != packedBytes) throw Failure(Code::cannotRead);
+
+    std::size_t done = 0;
+    const codec::Status status = codec::Decode(method, bytes, target, TellProgress(), &done);
+    written = static_cast<std::uint32_t>(done);
+    if (isCancelled) throw Failure(Code::cancelled);
+    if (status == codec::Status::unsupported) throw Failure(Code::methodNotSupported);
+    if (status != codec::Status::ok) throw Failure(Code::packedDataDamaged);
+  }
+
+  // No exception goes through the decoder.
+  codec::Progress TellProgress() {
+    return [this](std::size_t done) {
+      try {
+        if (done != 0) progress.Report(done);
+      } catch (const Failure&) {
+        isCancelled = true;
+      }
+      return !isCancelled;
+    };
+  }
+
+  container::File& file;
+  const Member& member;
+  const std::span<std::uint8_t> target;
+  Progress& progress;
+  bool isCancelled = false;
+};
+
+// The name operand of the memory calls' lines.
+const std::string& NameOperand(const CommandLine& line) {
+  if (line.Archive().empty() || line.operands.size() < 2) throw Failure(Code::noFileName);
+  return line.operands[1];
+}
+
+}  // namespace
+
+void Archiver::ExtractToMemory(std::string_view text, std::span<std::uint8_t> buffer,
+                               const ProgressListener& listener, ExtractedMember& result) {
+  const CommandLine line = ParseCommandLine(text, LineKind::withoutCommand);
+  const std::string& name = NameOperand(line);
+  container::File file;
+  const auto index = indexes.Open(line.Archive(), file);
+  const auto position = index->Find(name);
+  if (!position || index->Members()[*position].kind != container::MemberKind::file) {
+    throw Failure(Code::notFound);
+  }
+  const Member& member = index->Members()[*position];
+  result.unixTime = UnixTimeOf(member);
+  result.attribute = member.attribute;
+
+  const auto target = buffer.first(static_cast<std::size_t>(
+      std::min<std::uint64_t>(buffer.size(), member.originalBytes)));
+  Progress progress(listener);
+  progress.Begin(member.name, member.originalBytes);
+  Extraction(file, member, target, progress).Run(result.written);
+  if (target.size() < member.originalBytes) throw Failure(Code::notEnoughMemory);
+  if (member.crc && codec::Crc16(target) != *member.crc) throw Failure(Code::crcMismatch);
+  progress.End(member.originalBytes);
+}
+
+std::uint32_t Archiver::CompressFromMemory(std::string_view text, const MemoryMember& memory,
+                                           const ProgressListener& listener) {
+  const CommandLine line = ParseCommandLine(text, LineKind::withoutCommand);
+  const std::string& given = NameOperand(line);
+  ArchiveChange change(indexes, line);
+  const unsigned int workingPage = change.Index().WorkingPage();
+  const std::string name = container::StoredNameOf(given, workingPage);
+  if (name.empty()) throw Failure(Code::fileNotOpened);
+  if (name.size() > container::kMaxShownBytes) throw Failure(Code::nameTooLong);
+  if (const auto replaced = change.Index().Find(name)) change.Remove(*replaced);
+
+  container::NewMember member;
+  member.name = container::EncodeName(name, workingPage);
+  member.utcTime = memory.unixTime
+                       ? container::FileTimeOfUnix(static_cast<std::uint32_t>(*memory.unixTime))
+                       : container::CurrentFileTime();
+  member.attribute = memory.attribute.value_or(member.attribute);
+
+  Progress progress(listener);
+  change.Apply([&](container::ArchiveUpdate& update) {
+    progress.Begin(name, memory.data.size());
+    update.CopyKept([&](std::uint64_t) { progress.Report(0); });
+    MemoryInput input(memory.data);
+    packer.Pack(input, line.method, member, update.Output(), progress);
+    progress.End(member.originalBytes);
+  });
+  return static_cast<std::uint32_t>(member.packedBytes);
+}
+
+}  // namespace kozor::commands

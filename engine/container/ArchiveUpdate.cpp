@@ -1,0 +1,148 @@
+// ArchiveUpdate.cpp - see ArchiveUpdate.h.
+#include "engine/container/ArchiveUpdate.h"
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+#include "engine/container/Failure.h"
+
+namespace kozor::container {
+namespace {
+
+constexpr std::uint8_t kEndMark[1] = {0};
+
+struct Range {
+  std::uint64_t begin;
+  std::uint64_t end;
+};
+
+// What stays, as few runs of bytes: members stand without gaps.
+std::vector<Range> KeptRanges(const ArchiveIndex& index, const std::vector<bool>& removed) {
+  std::vector<Range> ranges;
+  if (index.PrefixBytes() != 0) ranges.push_back({0, index.PrefixBytes()});
+  for (std::size_t position = 0; position < index.Members().size(); ++position) {
+    const Member& member = index.Members()[position];
+    if (removed[position]) continue;
+    if (!ranges.empty() && ranges.back().end == member.offset) {
+      ranges.back().end = member.EndOffset();
+    } else {
+      ranges.push_back({member.offset, member.EndOffset()});
+    }
+  }
+  return ranges;
+}
+
+// Behind the end mark stands what an append of ours left that was stopped before its commit: a header
+// whose first byte is still the end mark.
+bool IsUncommittedAppend(File& file, std::uint64_t endMark) {
+  std::array<std::uint8_t, kCommonHeaderBytes> bytes{};
+  if (file.ReadAt(endMark, bytes) != bytes.size()) return false;
+  return bytes[2] == '-' && bytes[3] == 'l' && bytes[4] == 'h' && bytes[6] == '-' && bytes[20] == 2;
+}
+
+class InPlaceAppend : public ArchiveUpdate {
+ public:
+  explicit InPlaceAppend(OpenArchive& changed)
+      : archive(changed),
+        endMark(changed.index->EndOffset()),
+        output(changed.file, endMark, MemberOutput::FirstByte::keptBack) {}
+
+  ~InPlaceAppend() override {
+    if (!isCommitted) TakeBack();
+  }
+
+  MemberOutput& Output() override { return output; }
+  void CopyKept(const CopyProgress&) override {}
+
+  void Commit() override {
+    if (!output.IsEmpty()) {
+      output.Write(kEndMark);
+      output.Finish();
+      output.ReleaseFirstByte();
+    }
+    isCommitted = true;
+  }
+
+ private:
+  // The end mark comes back first, so that nothing behind it counts.
+  void TakeBack() noexcept {
+    try {
+      archive.file.WriteAt(endMark, kEndMark);
+      archive.file.SetSize(endMark + 1);
+    } catch (const Failure&) {  // the bytes that stay stand behind the end mark
+    }
+  }
+
+  OpenArchive& archive;
+  const std::uint64_t endMark;
+  MemberOutput output;
+  bool isCommitted = false;
+};
+
+class Rewrite : public ArchiveUpdate {
+ public:
+  Rewrite(OpenArchive& changed, std::vector<bool> removed, const std::string& workDirectory)
+      : archive(changed),
+        kept(changed.file.IsOpen() ? KeptRanges(*changed.index, removed) : std::vector<Range>()),
+        temporary(workDirectory.empty() ? DirectoryOf(changed.path) : workDirectory),
+        output(temporary.Contents(), 0, MemberOutput::FirstByte::written) {}
+
+  MemberOutput& Output() override { return output; }
+
+  void CopyKept(const CopyProgress& progress) override {
+    for (const Range& range : kept) {
+      CopyBytes(
+          archive.file, range.begin, range.end, [&](ByteSpan piece) { output.Write(piece); },
+          progress);
+    }
+  }
+
+  void Commit() override {
+    output.Write(kEndMark);
+    output.Finish();
+    using Target = TemporaryArchive::Target;
+    const Target target = archive.file.IsOpen() ? Target::isThere : Target::isNew;
+    archive.file.Close();  // an open file cannot be replaced everywhere
+    temporary.TakePlaceOf(archive.path, target);
+  }
+
+ private:
+  OpenArchive& archive;
+  const std::vector<Range> kept;
+  TemporaryArchive temporary;
+  MemberOutput output;
+};
+
+}  // namespace
+
+bool CanAppendInPlace(OpenArchive& archive) {
+  if (!archive.file.IsOpen() || archive.index->Members().empty()) return false;
+  if (!archive.index->HasEndMark()) return false;
+  const std::uint64_t endMark = archive.index->EndOffset();
+  return archive.file.Size() == endMark + 1 || IsUncommittedAppend(archive.file, endMark);
+}
+
+void RefuseCodeBehindArchive(OpenArchive& archive) {
+  if (!archive.file.IsOpen() || archive.index->PrefixBytes() == 0) return;
+  const std::uint64_t end = archive.index->EndOffset() + (archive.index->HasEndMark() ? 1 : 0);
+  if (archive.file.Size() == end || CanAppendInPlace(archive)) return;
+  throw Failure(Code::unknownKind);
+}
+
+std::unique_ptr<ArchiveUpdate> AppendInPlace(OpenArchive& archive) {
+  return std::make_unique<InPlaceAppend>(archive);
+}
+
+std::unique_ptr<ArchiveUpdate> RewriteArchive(OpenArchive& archive, std::vector<bool> removed,
+                                              const std::string& workDirectory) {
+  return std::make_unique<Rewrite>(archive, std::move(removed), workDirectory);
+}
+
+std::uint64_t KeptBytes(const ArchiveIndex& index, const std::vector<bool>& removed) {
+  std::uint64_t bytes = 0;
+  for (const Range& range : KeptRanges(index, removed)) bytes += range.end - range.begin;
+  return bytes;
+}
+
+}  // namespace kozor::container

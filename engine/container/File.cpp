@@ -1,0 +1,154 @@
+// File.cpp - see File.h.
+#include "engine/container/File.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "engine/container/Failure.h"
+#include "platform/win32/Win32.h"
+
+namespace kozor::container {
+namespace {
+
+constexpr std::size_t kMaxTransfer = 1 << 30;  // of one call
+constexpr std::size_t kNearPiece = 64 << 10;
+constexpr std::size_t kFarPiece = 4 << 10;
+constexpr std::uint64_t kNearStep = 16 << 10;
+
+constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+
+struct OpenArguments {
+  DWORD access;
+  DWORD share;
+  DWORD disposition;
+  DWORD flags = FILE_ATTRIBUTE_NORMAL;
+};
+
+OpenArguments ArgumentsOf(File::Mode mode) {
+  switch (mode) {
+    case File::Mode::read:
+      return {GENERIC_READ, kShareAll, OPEN_EXISTING};
+    case File::Mode::facts:
+      return {0, kShareAll, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS};
+    case File::Mode::update:
+      return {GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ, OPEN_EXISTING};
+    case File::Mode::createNew:
+      break;
+  }
+  return {GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ, CREATE_NEW};
+}
+
+std::uint64_t Join(DWORD high, DWORD low) { return static_cast<std::uint64_t>(high) << 32 | low; }
+
+}  // namespace
+
+Code WriteFailureCode() {
+  const DWORD error = GetLastError();
+  const bool isFull = error == ERROR_DISK_FULL || error == ERROR_HANDLE_DISK_FULL;
+  return isFull ? Code::noDiskSpace : Code::cannotWrite;
+}
+
+File::File(File&& other) noexcept
+    : handle(std::exchange(other.handle, nullptr)), position(other.position) {}
+
+File& File::operator=(File&& other) noexcept {
+  std::swap(handle, other.handle);
+  std::swap(position, other.position);
+  return *this;
+}
+
+bool File::Open(const std::string& path, Mode mode) {
+  Close();
+  const OpenArguments arguments = ArgumentsOf(mode);
+  const HANDLE opened = CreateFileA(path.c_str(), arguments.access, arguments.share, nullptr,
+                                    arguments.disposition, arguments.flags, nullptr);
+  if (opened == INVALID_HANDLE_VALUE) return false;
+  handle = opened;
+  position = 0;
+  return true;
+}
+
+void File::Close() {
+  if (handle != nullptr) CloseHandle(std::exchange(handle, nullptr));
+}
+
+std::uint64_t File::Size() const {
+  LARGE_INTEGER size;
+  if (!GetFileSizeEx(handle, &size)) throw Failure(Code::cannotRead);
+  return static_cast<std::uint64_t>(size.QuadPart);
+}
+
+FileFacts File::Facts() const {
+  BY_HANDLE_FILE_INFORMATION information;
+  if (!GetFileInformationByHandle(handle, &information)) throw Failure(Code::cannotRead);
+  const FILETIME& written = information.ftLastWriteTime;
+  return {.stamp = {.identity = Join(information.nFileIndexHigh, information.nFileIndexLow),
+                    .volume = information.dwVolumeSerialNumber,
+                    .size = Join(information.nFileSizeHigh, information.nFileSizeLow),
+                    .lastWrite = Join(written.dwHighDateTime, written.dwLowDateTime)},
+          .attributes = information.dwFileAttributes};
+}
+
+bool File::Seek(std::uint64_t offset) {
+  if (offset == position) return true;
+  LARGE_INTEGER distance;
+  distance.QuadPart = static_cast<LONGLONG>(offset);
+  if (!SetFilePointerEx(handle, distance, nullptr, FILE_BEGIN)) return false;
+  position = offset;
+  return true;
+}
+
+std::size_t File::ReadAt(std::uint64_t offset, std::span<std::uint8_t> buffer) {
+  if (!Seek(offset)) throw Failure(Code::cannotRead);
+  std::size_t done = 0;
+  while (done < buffer.size()) {
+    const auto wanted = static_cast<DWORD>(std::min(buffer.size() - done, kMaxTransfer));
+    DWORD read = 0;
+    if (!ReadFile(handle, buffer.data() + done, wanted, &read, nullptr)) {
+      throw Failure(Code::cannotRead);
+    }
+    done += read;
+    position += read;
+    if (read < wanted) break;
+  }
+  return done;
+}
+
+void File::WriteAt(std::uint64_t offset, ByteSpan bytes) {
+  if (!Seek(offset)) throw Failure(WriteFailureCode());
+  while (!bytes.empty()) {
+    const auto wanted = static_cast<DWORD>(std::min(bytes.size(), kMaxTransfer));
+    DWORD written = 0;
+    const bool done = WriteFile(handle, bytes.data(), wanted, &written, nullptr) != 0;
+    position += written;
+    if (!done || written != wanted) throw Failure(WriteFailureCode());
+    bytes = bytes.subspan(written);
+  }
+}
+
+void File::SetSize(std::uint64_t size) {
+  if (!Seek(size) || !SetEndOfFile(handle)) throw Failure(WriteFailureCode());
+}
+
+void File::Flush() {
+  if (!FlushFileBuffers(handle)) throw Failure(WriteFailureCode());
+}
+
+ByteSpan BufferedFile::At(std::uint64_t offset, std::size_t bytes) {
+  if (offset >= size) return {};
+  bytes = static_cast<std::size_t>(std::min<std::uint64_t>(bytes, size - offset));
+  const bool isInside = offset >= begin && offset + bytes <= begin + buffer.size();
+  if (!isInside) Fill(offset, bytes);
+  const ByteSpan rest = ByteSpan(buffer).subspan(static_cast<std::size_t>(offset - begin));
+  return rest.first(std::min(rest.size(), bytes));  // shorter if the file has shrunk meanwhile
+}
+
+void BufferedFile::Fill(std::uint64_t offset, std::size_t bytes) {
+  const std::uint64_t end = begin + buffer.size();
+  const bool isNear = offset >= begin && offset <= end + kNearStep;
+  buffer.resize(std::max(bytes, isNear ? kNearPiece : kFarPiece));
+  begin = offset;
+  buffer.resize(file.ReadAt(offset, buffer));
+}
+
+}  // namespace kozor::container

@@ -1,0 +1,90 @@
+// File.h - a file of the host for the archiver: opened, read and written by offset, closed with its
+// object.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "engine/container/ByteSource.h"
+
+namespace kozor::container {
+
+// What tells one state of one file from all others: which file it is, how long, when written.
+struct FileStamp {
+  std::uint64_t identity = 0;   // of the file on its volume
+  std::uint32_t volume = 0;
+  std::uint64_t size = 0;
+  std::uint64_t lastWrite = 0;  // 100 ns since 1601
+
+  bool operator==(const FileStamp&) const = default;
+  bool IsSameFile(const FileStamp& other) const {
+    return identity == other.identity && volume == other.volume;
+  }
+};
+
+struct FileFacts {
+  FileStamp stamp;
+  std::uint32_t attributes = 0;  // FILE_ATTRIBUTE_*
+};
+
+class File {
+ public:
+  enum class Mode {
+    read,       // others may do with the file what they like meanwhile
+    update,     // read and write; others may read meanwhile, but not write
+    createNew,  // as update, and fails where a file is already
+    facts,      // neither read nor written; opens directories, too
+  };
+
+  File() = default;
+  ~File() { Close(); }
+  File(File&& other) noexcept;
+  File& operator=(File&& other) noexcept;
+
+  // False on failure; GetLastError tells why.
+  bool Open(const std::string& path, Mode mode);
+  void Close();
+  bool IsOpen() const { return handle != nullptr; }
+
+  // These throw Code::cannotRead.
+  std::uint64_t Size() const;
+  FileFacts Facts() const;
+  // Returns how many bytes were read: fewer than asked for only at the end of the file.
+  std::size_t ReadAt(std::uint64_t offset, std::span<std::uint8_t> buffer);
+
+  // These throw Code::noDiskSpace or Code::cannotWrite.
+  void WriteAt(std::uint64_t offset, ByteSpan bytes);
+  void SetSize(std::uint64_t size);
+  void Flush();  // returns when the data is on the medium
+
+ private:
+  bool Seek(std::uint64_t offset);
+
+  void* handle = nullptr;      // a HANDLE
+  std::uint64_t position = 0;  // of the file pointer
+};
+
+// Reads a file through a buffer that follows the reader: large pieces while it moves on in small
+// steps, small ones where it leaps over packed data.
+class BufferedFile : public ByteSource {
+ public:
+  explicit BufferedFile(File& opened) : file(opened), size(opened.Size()) {}
+
+  std::uint64_t Size() const override { return size; }
+  ByteSpan At(std::uint64_t offset, std::size_t bytes) override;
+
+ private:
+  void Fill(std::uint64_t offset, std::size_t bytes);
+
+  File& file;
+  const std::uint64_t size;
+  std::vector<std::uint8_t> buffer;
+  std::uint64_t begin = 0;  // of the buffer in the file
+};
+
+// The code for a call that could not write, by GetLastError.
+enum class Code : std::int32_t;
+Code WriteFailureCode();
+
+}  // namespace kozor::container

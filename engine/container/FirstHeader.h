@@ -1,0 +1,20 @@
+// FirstHeader.h - finds where an archive begins: at the start of its file, or behind a prefix.
+//
+// Self-extracting programs and wrappers put bytes of their own in front of the first header, and some
+// of those bytes look like headers.
+#pragma once
+
+#include "engine/container/ByteSource.h"
+#include "engine/container/MemberHeader.h"
+
+namespace kozor::container {
+
+// The header at `offset`, however long it is.
+HeaderStatus ParseHeaderAt(ByteSource& source, std::uint64_t offset, MemberHeader& header);
+
+// The offset of the first member's header, or of the end mark of an archive without members.
+// Throws Code::notAnArchive, or one of the header codes when the file begins with a header that is
+// damaged.
+std::uint64_t FindFirstHeader(ByteSource& source);
+
+}  // namespace kozor::container

@@ -1,0 +1,28 @@
+// HeaderWriter.h - headers of new members: level 2, in the form that every reader takes.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "engine/container/MemberHeader.h"
+#include "engine/container/MemberName.h"
+
+namespace kozor::container {
+
+// What a header says of a new member.  Sizes stay below 4 GiB.
+struct NewMember {
+  StoredName name;
+  MethodId method = kStoredMethod;
+  std::uint64_t packedBytes = 0;
+  std::uint64_t originalBytes = 0;
+  std::uint16_t crc = 0;         // of the original data
+  std::uint64_t utcTime = 0;     // last write, 100 ns since 1601
+  std::uint16_t attribute = 0x20;  // DOS bits
+};
+
+// The header's bytes.  Their number depends on the name, the attribute and the time alone, so a
+// header may be written first and replaced once the packed size is known.  Throws
+// Code::nameTooLong when a directory or file name takes more than 4093 bytes.
+std::vector<std::uint8_t> BuildHeader(const NewMember& member);
+
+}  // namespace kozor::container

@@ -1,0 +1,84 @@
+// IndexCache.cpp - see IndexCache.h.
+#include "engine/container/IndexCache.h"
+
+#include <algorithm>
+
+#include "engine/container/Failure.h"
+#include "engine/container/MemberTime.h"
+#include "platform/win32/Win32.h"
+
+namespace kozor::container {
+namespace {
+
+constexpr std::size_t kMaxEntries = 4;
+
+// File times move on in ticks of the system's clock.  An archive that was written within the last
+// tick may be written again without a change of its time.
+constexpr std::uint64_t kTick = kTicksPerSecond / 20;
+
+bool IsSettled(const FileStamp& stamp) {
+  FILETIME now;
+  GetSystemTimeAsFileTime(&now);
+  const std::uint64_t present =
+      static_cast<std::uint64_t>(now.dwHighDateTime) << 32 | now.dwLowDateTime;
+  return present > stamp.lastWrite + kTick || stamp.lastWrite > present + kTick;
+}
+
+}  // namespace
+
+IndexCache::Entry* IndexCache::Lookup(const std::string& path) {
+  const auto found = std::find_if(entries.begin(), entries.end(),
+                                  [&](const Entry& entry) { return entry.path == path; });
+  if (found == entries.end()) return nullptr;
+  entries.splice(entries.begin(), entries, found);
+  return &entries.front();
+}
+
+std::shared_ptr<const ArchiveIndex> IndexCache::Get(const std::string& path, File& file) {
+  const FileStamp stamp = file.Facts().stamp;
+  const unsigned int workingPage = GetACP();
+  const std::scoped_lock lock(mutex);
+  if (const Entry* entry = Lookup(path)) {
+    const bool isGood = entry->isSettled && entry->stamp == stamp &&
+                        entry->index->WorkingPage() == workingPage;
+    if (isGood) return entry->index;
+    entries.pop_front();
+  }
+  const bool isSettled = IsSettled(stamp);
+  BufferedFile source(file);
+  auto index = std::make_shared<ArchiveIndex>(source, workingPage);
+  entries.push_front({path, stamp, index, isSettled});
+  if (entries.size() > kMaxEntries) entries.pop_back();
+  return index;
+}
+
+std::shared_ptr<const ArchiveIndex> IndexCache::Open(const std::string& path, File& file) {
+  if (!file.Open(path, File::Mode::read)) {
+    const DWORD error = GetLastError();
+    const bool isMissing = error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND;
+    throw Failure(isMissing ? Code::archiveNotFound : Code::archiveNotOpened);
+  }
+  return Get(path, file);
+}
+
+void IndexCache::MembersAppended(const std::string& path, File& file) noexcept {
+  const std::scoped_lock lock(mutex);
+  Entry* entry = Lookup(path);
+  if (entry == nullptr) return;
+  try {
+    ReadOn(*entry, file);
+  } catch (const std::exception&) {  // the archive is good; its index is read again when it is needed
+    entries.pop_front();
+  }
+}
+
+void IndexCache::ReadOn(Entry& entry, File& file) {
+  // Whoever still searches the old index keeps it.
+  if (entry.index.use_count() > 1) entry.index = std::make_shared<ArchiveIndex>(*entry.index);
+  BufferedFile source(file);
+  entry.index->ReadOn(source);
+  entry.stamp = file.Facts().stamp;
+  entry.isSettled = true;
+}
+
+}  // namespace kozor::container

@@ -1,0 +1,211 @@
+// MemberHeader.cpp - reads member headers of levels 0 to 3.
+#include "engine/container/MemberHeader.h"
+
+#include <algorithm>
+#include <numeric>
+#include <vector>
+
+#include "engine/codec/Codec.h"
+#include "engine/container/ExtensionChain.h"
+#include "engine/container/MemberTime.h"
+
+namespace kozor::container {
+namespace {
+
+bool IsLetterOrDigit(char c) {
+  return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
+}
+
+bool IsPmarc(const MethodId& method) { return method[1] == 'p' && method[2] == 'm'; }
+
+// Levels 0 and 1: byte 0 counts the bytes behind byte 1, and byte 1 is their sum.
+bool BaseSumFits(ByteSpan bytes) {
+  const ByteSpan summed = bytes.subspan(2, bytes[0]);
+  return std::accumulate(summed.begin(), summed.end(), 0U) % 256 == bytes[1];
+}
+
+// The CRC covers the whole header, with the two bytes that hold it taken as zero.
+bool HeaderCrcFits(ByteSpan header, const ChainResult& chain) {
+  if (chain.crcPosition == 0) return true;
+  constexpr std::uint8_t kZeros[2] = {};
+  std::uint16_t crc = codec::Crc16(header.first(chain.crcPosition));
+  crc = codec::Crc16(kZeros, crc);
+  crc = codec::Crc16(header.subspan(chain.crcPosition + 2), crc);
+  return crc == chain.headerCrc;
+}
+
+HeaderStatus CheckHeaderCrc(ByteSpan bytes, const ChainResult& chain, const MemberHeader& header) {
+  if (bytes.size() < header.headerBytes) return HeaderStatus::incomplete;
+  return HeaderCrcFits(bytes.first(header.headerBytes), chain) ? HeaderStatus::complete
+                                                               : HeaderStatus::checksumWrong;
+}
+
+// A few writers give no header CRC.  But if the first extension is one of its size and would hold the
+// right CRC, its id has been damaged, and nothing else would tell.
+bool HasLostItsCrc(ByteSpan header, const ChainBounds& bounds, const ChainResult& chain) {
+  constexpr std::size_t kCrcBytes = 2;
+  const std::size_t next = bounds.begin + 1 + kCrcBytes + bounds.width;
+  if (chain.crcPosition != 0 || header[bounds.begin - bounds.width] != next - bounds.begin) {
+    return false;
+  }
+  std::vector<std::uint8_t> repaired(header.begin(), header.end());
+  repaired[bounds.begin] = 0x00;
+  ChainResult assumed;
+  assumed.crcPosition = bounds.begin + 1;
+  assumed.headerCrc = ReadU16(header, assumed.crcPosition);
+  return HeaderCrcFits(repaired, assumed);
+}
+
+void ReadDosTime(ByteSpan bytes, MemberHeader& header) {
+  header.dosTime = ReadU16(bytes, 15);
+  header.dosDate = ReadU16(bytes, 17);
+}
+
+// What some writers put behind the CRC of a level 0 header.  The -pm?- family keeps a comment there.
+void ReadLevel0Extra(ByteSpan extra, MemberHeader& header) {
+  if (extra.empty() || IsPmarc(header.method)) return;
+  const bool isUnix = extra[0] == 'U' && extra.size() >= 12;
+  const bool isOs9 = extra[0] == 'K' && extra.size() >= 16;
+  if (isUnix || isOs9) header.utcTime = FileTimeOfUnix(ReadU32(extra, 2));
+  if (isUnix) header.unixMode = ReadU16(extra, 6);
+}
+
+HeaderStatus ParseLevel0(ByteSpan bytes, MemberHeader& header) {
+  const std::size_t total = bytes[0] + 2U;
+  if (total < 22) return HeaderStatus::broken;
+  if (bytes.size() < total) return HeaderStatus::incomplete;
+  const std::size_t crcPosition = 22U + bytes[21];
+  const bool hasCrc = crcPosition + 2 <= total;
+  if (!hasCrc && crcPosition != total) return HeaderStatus::broken;
+  if (!BaseSumFits(bytes)) return HeaderStatus::checksumWrong;
+
+  header.headerBytes = static_cast<std::uint32_t>(total);
+  header.attribute = bytes[19];
+  header.name.base.assign(bytes.begin() + 22, bytes.begin() + static_cast<std::ptrdiff_t>(crcPosition));
+  ReadDosTime(bytes, header);
+  if (hasCrc) {
+    header.crc = ReadU16(bytes, crcPosition);
+    ReadLevel0Extra(bytes.subspan(crcPosition + 2, total - crcPosition - 2), header);
+  }
+  return HeaderStatus::complete;
+}
+
+HeaderStatus ParseLevel1(ByteSpan bytes, MemberHeader& header) {
+  const std::size_t baseBytes = bytes[0] + 2U;
+  if (baseBytes < 27) return HeaderStatus::broken;
+  if (bytes.size() < baseBytes) return HeaderStatus::incomplete;
+  const std::size_t crcPosition = 22U + bytes[21];
+  if (crcPosition + 5 > baseBytes) return HeaderStatus::broken;
+  if (!BaseSumFits(bytes)) return HeaderStatus::checksumWrong;
+
+  header.name.base.assign(bytes.begin() + 22, bytes.begin() + static_cast<std::ptrdiff_t>(crcPosition));
+  header.crc = ReadU16(bytes, crcPosition);
+  header.osId = bytes[crcPosition + 2];
+  ReadDosTime(bytes, header);
+
+  // The packed size field counts the chain as well, so that old programs could skip both.
+  const std::uint64_t skipBytes = header.packedBytes;
+  const std::size_t limit =
+      baseBytes + static_cast<std::size_t>(std::min<std::uint64_t>(skipBytes, kMaxHeaderBytes));
+  ChainResult chain;
+  const HeaderStatus status = ReadExtensionChain(bytes, {baseBytes, limit, 2}, header, chain);
+  if (status != HeaderStatus::complete) return status;
+  header.headerBytes = static_cast<std::uint32_t>(chain.end);
+  header.packedBytes = skipBytes - (chain.end - baseBytes);
+  return CheckHeaderCrc(bytes, chain, header);
+}
+
+// Behind the chain nothing but zeros may follow; anything else is a chain that was cut off.
+bool IsPadding(ByteSpan bytes, std::size_t begin, std::size_t end) {
+  return begin >= end || std::all_of(bytes.begin() + static_cast<std::ptrdiff_t>(begin),
+                                     bytes.begin() + static_cast<std::ptrdiff_t>(end),
+                                     [](std::uint8_t byte) { return byte == 0; });
+}
+
+// The fields that levels 2 and 3 share.  `chainBegin` is where the extension headers begin.
+HeaderStatus ParseLevel2Or3(ByteSpan bytes, std::size_t total, std::size_t chainBegin,
+                            std::size_t width, MemberHeader& header) {
+  header.utcTime = FileTimeOfUnix(ReadU32(bytes, 15));
+  header.crc = ReadU16(bytes, 21);
+  header.osId = bytes[23];
+
+  // OS-9/68K writers forget to count the size word itself: the chain then ends two bytes later.
+  const bool mayEndLate = header.level == 2 && header.osId == 'K';
+  const ChainBounds bounds = {chainBegin, mayEndLate ? total + 2 : total, width};
+  ChainResult chain;
+  const HeaderStatus status = ReadExtensionChain(bytes, bounds, header, chain);
+  if (status != HeaderStatus::complete) return status;
+  if (chain.end > total && chain.end != total + 2) return HeaderStatus::broken;
+  header.headerBytes = static_cast<std::uint32_t>(std::max(total, chain.end));
+  if (!IsPadding(bytes, chain.end, total)) return HeaderStatus::broken;
+  if (HasLostItsCrc(bytes.first(header.headerBytes), bounds, chain)) {
+    return HeaderStatus::checksumWrong;
+  }
+  return CheckHeaderCrc(bytes, chain, header);
+}
+
+HeaderStatus ParseLevel2(ByteSpan bytes, MemberHeader& header) {
+  const std::size_t total = ReadU16(bytes, 0);
+  if (total < 26 || bytes[0] == 0) return HeaderStatus::broken;
+  if (bytes.size() < total) return HeaderStatus::incomplete;
+  return ParseLevel2Or3(bytes, total, 26, 2, header);
+}
+
+HeaderStatus ParseLevel3(ByteSpan bytes, MemberHeader& header) {
+  if (ReadU16(bytes, 0) != 4) return HeaderStatus::broken;
+  if (bytes.size() < 32) return HeaderStatus::incomplete;
+  const std::size_t total = ReadU32(bytes, 24);
+  if (total < 32 || total > kMaxHeaderBytes) return HeaderStatus::broken;
+  if (bytes.size() < total) return HeaderStatus::incomplete;
+  return ParseLevel2Or3(bytes, total, 32, 4, header);
+}
+
+HeaderStatus ParseByLevel(ByteSpan bytes, MemberHeader& header) {
+  switch (header.level) {
+    case 0:
+      return ParseLevel0(bytes, header);
+    case 1:
+      return ParseLevel1(bytes, header);
+    case 2:
+      return ParseLevel2(bytes, header);
+    case 3:
+      return ParseLevel3(bytes, header);
+    default:
+      return HeaderStatus::broken;
+  }
+}
+
+// Amiga archives store directories as stored members of size 0 with a directory and no name.
+bool IsAmigaDirectory(const MemberHeader& header) {
+  const NameFields& name = header.name;
+  return header.method == kStoredMethod && header.packedBytes == 0 && header.originalBytes == 0 &&
+         name.base.empty() && (!name.file || name.file->empty()) && !name.unicodeFile &&
+         name.directory && !name.directory->empty();
+}
+
+}  // namespace
+
+HeaderStatus ParseMemberHeader(ByteSpan bytes, MemberHeader& header) {
+  header = {};
+  if (bytes.size() < kCommonHeaderBytes + 1) return HeaderStatus::incomplete;
+  std::copy_n(bytes.begin() + 2, header.method.size(), header.method.begin());
+  const MethodId& id = header.method;
+  if (id[0] != '-' || id[4] != '-' || !std::all_of(id.begin() + 1, id.end() - 1, IsLetterOrDigit)) {
+    return HeaderStatus::broken;
+  }
+  header.packedBytes = ReadU32(bytes, 7);
+  header.originalBytes = ReadU32(bytes, 11);
+  header.level = bytes[20];
+  const HeaderStatus status = ParseByLevel(bytes, header);
+  if (status == HeaderStatus::complete && IsAmigaDirectory(header)) header.method = kDirectoryMethod;
+  return status;
+}
+
+bool IsArchiveMethod(const MethodId& method) {
+  const bool isLarc = method[1] == 'l' && method[2] == 'z';
+  const bool isFamily = isLarc || (method[1] == 'l' && method[2] == 'h') || IsPmarc(method);
+  const bool isBait = method[3] == 's' && !isLarc;
+  return method[0] == '-' && method[4] == '-' && isFamily && IsLetterOrDigit(method[3]) && !isBait;
+}
+
+}  // namespace kozor::container

@@ -1,0 +1,172 @@
+// MemberName.cpp - see MemberName.h.
+#include "engine/container/MemberName.h"
+
+#include <algorithm>
+#include <vector>
+
+#include "engine/container/Text.h"
+
+namespace kozor::container {
+namespace {
+
+// Separates components in byte strings of every code page, since it is no byte of a character.
+constexpr char kSeparatorByte = '\xFF';
+constexpr char16_t kSeparatorUnit = 0xFFFF;  // the same in UTF-16 fields
+
+bool IsSeparator(char16_t unit) { return unit == u'\\' || unit == u'/'; }
+
+bool IsForbidden(char16_t unit) {
+  return unit < 0x20 || unit == 0x7F || std::u16string_view(u"<>:\"|?*").find(unit) != std::u16string_view::npos;
+}
+
+bool IsDrive(std::u16string_view text) {
+  if (text.size() < 2 || text[1] != u':') return false;
+  return (text[0] >= u'A' && text[0] <= u'Z') || (text[0] >= u'a' && text[0] <= u'z');
+}
+
+// Some writers put a comment behind a zero byte.
+std::string_view CutAtNul(std::string_view bytes) { return bytes.substr(0, bytes.find('\0')); }
+
+// The pieces between separator bytes, which can be decoded one by one.
+std::vector<std::string_view> SplitAtSeparatorByte(std::string_view bytes) {
+  std::vector<std::string_view> pieces;
+  for (;;) {
+    const std::size_t end = bytes.find(kSeparatorByte);
+    pieces.push_back(bytes.substr(0, end));
+    if (end == std::string_view::npos) return pieces;
+    bytes.remove_prefix(end + 1);
+  }
+}
+
+bool IsValidIn(unsigned int codePage, const std::string_view bytes) {
+  std::u16string ignored;
+  const auto pieces = SplitAtSeparatorByte(bytes);
+  return std::all_of(pieces.begin(), pieces.end(), [&](std::string_view piece) {
+    return DecodeText(codePage, piece, ignored);
+  });
+}
+
+// The code page of a member's byte strings.
+unsigned int ChooseCodePage(const NameFields& fields, std::string_view all) {
+  if (fields.codePage != 0 && IsValidIn(fields.codePage, all)) return fields.codePage;
+  return !IsValidIn(kShiftJis, all) && IsValidIn(kUtf8, all) ? kUtf8 : kShiftJis;
+}
+
+std::u16string DecodePieces(unsigned int codePage, std::string_view bytes, bool& altered) {
+  std::u16string text;
+  const char16_t* separator = u"";
+  for (const std::string_view piece : SplitAtSeparatorByte(bytes)) {
+    text += separator;
+    text += DecodeTextLossy(codePage, piece, altered);
+    separator = u"\\";
+  }
+  return text;
+}
+
+std::u16string FromUtf16Field(std::u16string text) {
+  text.resize(std::min(text.size(), text.find(u'\0')));
+  std::replace(text.begin(), text.end(), kSeparatorUnit, u'\\');
+  return text;
+}
+
+// The whole path of a member, decoded but not cleaned.
+std::u16string GatherPath(const NameFields& fields, bool& altered) {
+  const std::string none;
+  const std::string_view directoryBytes = CutAtNul(fields.directory ? *fields.directory : none);
+  const std::string_view fileBytes = CutAtNul(fields.file ? *fields.file : fields.base);
+  const std::string all = std::string(directoryBytes) + kSeparatorByte + std::string(fileBytes);
+  const unsigned int codePage = ChooseCodePage(fields, all);
+
+  std::u16string path = fields.unicodeDirectory
+                            ? FromUtf16Field(*fields.unicodeDirectory)
+                            : DecodePieces(codePage, directoryBytes, altered);
+  if (!path.empty() && !IsSeparator(path.back())) path += u'\\';
+  path += fields.unicodeFile ? FromUtf16Field(*fields.unicodeFile)
+                             : DecodePieces(codePage, fileBytes, altered);
+  return path;
+}
+
+// Drops what must not be in a path and puts '_' in the place of what cannot.  The result has no
+// separator at its end.
+std::u16string CleanPath(std::u16string_view path, bool& altered) {
+  std::u16string clean;
+  const bool isRooted = !path.empty() && IsSeparator(path.front());
+  if (IsDrive(path)) path.remove_prefix(2);
+  while (!path.empty()) {
+    const auto end = std::find_if(path.begin(), path.end(), IsSeparator);
+    std::u16string component(path.begin(), end);
+    path.remove_prefix(std::min(path.size(), component.size() + 1));
+    if (component.empty() || component == u"." || component == u"..") continue;
+    for (char16_t& unit : component) {
+      if (!IsForbidden(unit)) continue;
+      unit = u'_';
+      altered = true;
+    }
+    if (isRooted || !clean.empty()) clean += u'\\';
+    clean += component;
+  }
+  return clean;
+}
+
+// What stands behind "C:" or "\\server\share".
+std::u16string_view CutRoot(std::u16string_view path) {
+  if (IsDrive(path)) return path.substr(2);
+  if (path.size() < 2 || !IsSeparator(path[0]) || !IsSeparator(path[1])) return path;
+  const auto share = std::find_if(path.begin() + 2, path.end(), IsSeparator);
+  if (share == path.end()) return path;
+  const auto rest = std::find_if(share + 1, path.end(), IsSeparator);
+  return {rest, path.end()};
+}
+
+}  // namespace
+
+ShownName DecodeName(const NameFields& fields, bool isDirectory, unsigned int workingPage) {
+  ShownName shown;
+  std::u16string path = CleanPath(GatherPath(fields, shown.altered), shown.altered);
+  if (path.empty()) return shown;
+  if (isDirectory) path += u'\\';
+  shown.text = EncodeTextLossy(workingPage, path, shown.altered);
+  shown.key = KeyOf(shown.text, workingPage);
+  return shown;
+}
+
+std::string StoredNameOf(std::string_view path, unsigned int workingPage) {
+  bool altered = false;
+  const std::u16string given = DecodeTextLossy(workingPage, path, altered);
+  const std::u16string clean = CleanPath(CutRoot(given), altered);
+  return altered ? std::string() : EncodeTextLossy(workingPage, clean, altered);
+}
+
+std::string NormalizeName(std::string_view text, unsigned int workingPage) {
+  bool ignored = false;
+  std::u16string decoded = DecodeTextLossy(workingPage, text, ignored);
+  std::replace(decoded.begin(), decoded.end(), u'/', u'\\');
+  return EncodeTextLossy(workingPage, decoded, ignored);
+}
+
+std::u16string KeyOf(std::string_view name, unsigned int workingPage) {
+  bool ignored = false;
+  return FoldCase(DecodeTextLossy(workingPage, name, ignored));
+}
+
+StoredName EncodeName(std::string_view name, unsigned int workingPage) {
+  bool ignored = false;
+  const std::u16string path = DecodeTextLossy(workingPage, name, ignored);
+  StoredName stored;
+  std::string bytes;
+  const bool isShiftJis = EncodeText(kShiftJis, path, bytes);
+  if (!IsAscii(name)) stored.codePage = isShiftJis ? kShiftJis : kUtf8;
+
+  const unsigned int codePage = isShiftJis ? kShiftJis : kUtf8;
+  std::u16string_view rest = path;
+  for (;;) {
+    const std::size_t end = rest.find(u'\\');
+    if (end == std::u16string_view::npos) break;
+    stored.directory += EncodeTextLossy(codePage, rest.substr(0, end), ignored) + kSeparatorByte;
+    rest.remove_prefix(end + 1);
+  }
+  stored.file = EncodeTextLossy(codePage, rest, ignored);
+  return stored;
+}
+
+}  // namespace kozor::container

@@ -1,0 +1,45 @@
+// MemberSearch.h - the members of an archive that a search text means.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "engine/container/ArchiveIndex.h"
+#include "engine/container/Mask.h"
+
+namespace kozor::container {
+
+// The text, without its quotes, is either the whole name of a file in the archive, which is then
+// found alone, or a directory part and a mask for file names.
+class MemberSearch {
+ public:
+  enum class Depth {
+    thisDirectory,  // members of the directory part itself
+    andBelow,       // and of all directories below it
+  };
+  enum class Kinds { files, filesAndDirectories };
+
+  // The index must outlive the search.
+  MemberSearch(const ArchiveIndex& searched, std::string_view text, Depth searchDepth,
+               Kinds searchKinds = Kinds::files);
+
+  // The position of the next member, in the order of the archive.
+  std::optional<std::size_t> Next();
+
+ private:
+  std::optional<std::size_t> FindWholeName(std::string_view text) const;
+  bool IsOfKind(const Member& member) const;
+  bool Matches(const Member& member) const;
+
+  const ArchiveIndex& index;
+  const Depth depth;
+  const Kinds kinds;
+  std::optional<std::size_t> wholeName;  // not handed out yet
+  const bool isWholeName;
+  std::u16string directory;  // folded, with a '\' at its end, or empty
+  Mask mask;
+  std::size_t next = 0;
+};
+
+}  // namespace kozor::container

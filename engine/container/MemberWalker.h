@@ -1,0 +1,36 @@
+// MemberWalker.h - goes through an archive from header to header.
+#pragma once
+
+#include "engine/container/ByteSource.h"
+#include "engine/container/MemberHeader.h"
+
+namespace kozor::container {
+
+class MemberWalker {
+ public:
+  // `begin` is the offset of the first header or end mark.
+  MemberWalker(ByteSource& archive, std::uint64_t begin) : source(archive), next(begin) {}
+
+  // Reads the next header; false at the end of the archive, which is the end mark, the exact end of
+  // the file, or nothing but 0x1A up to it.  Anything else that is no whole member is damage: throws
+  // Code::headerChecksum or Code::headerDamaged, since the members behind it would be missed.
+  bool Next(MemberHeader& header);
+
+  // Of the member that Next has read.
+  std::uint64_t HeaderOffset() const { return current; }
+  // Where the next member would begin; at the end of the archive where the end mark stands, or
+  // would stand.
+  std::uint64_t NextOffset() const { return next; }
+  // Known once Next has returned false.
+  bool HasEndMark() const { return hasEndMark; }
+
+ private:
+  bool IsAtEnd();
+
+  ByteSource& source;
+  std::uint64_t current = 0;
+  std::uint64_t next;
+  bool hasEndMark = false;
+};
+
+}  // namespace kozor::container

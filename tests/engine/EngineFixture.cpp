@@ -1,0 +1,148 @@
+// EngineFixture.cpp - see EngineFixture.h.
+#include "tests/engine/EngineFixture.h"
+
+#include <algorithm>
+#include <stdexcept>
+
+namespace kozor::test {
+namespace {
+
+const char kOptions[] = " -+ -gm1 -a1 -c1 -m1 -x1 -n";
+
+std::function<int(UINT, const UnlhaProgressRecord&)> listener;
+
+int CALLBACK Callback(HWND, UINT, UINT state, void* record) {
+  return listener(state, *static_cast<UnlhaProgressRecord*>(record));
+}
+
+template <typename Function>
+void Bind(HMODULE module, const char* name, Function& function) {
+  function = reinterpret_cast<Function>(GetProcAddress(module, name));
+  if (function == nullptr) throw std::runtime_error(std::string("UNLHA32.DLL lacks ") + name);
+}
+
+std::string Joined(const std::vector<std::string>& words) {
+  std::string line;
+  for (const std::string& word : words) line += " \"" + word + '"';
+  return line;
+}
+
+}  // namespace
+
+testing::AssertionResult SameBytes(const Bytes& actual, const Bytes& expected) {
+  if (actual == expected) return testing::AssertionSuccess();
+  const auto [at, ignored] =
+      std::mismatch(actual.begin(), actual.end(), expected.begin(), expected.end());
+  return testing::AssertionFailure() << actual.size() << " bytes instead of " << expected.size()
+                                     << ", alike up to " << at - actual.begin();
+}
+
+Engine::Engine() : module(LoadLibraryA("UNLHA32.DLL")) {
+  if (module == nullptr) throw std::runtime_error("can't load UNLHA32.DLL");
+  Bind(module, "UnlhaGetRunning", GetRunning);
+  Bind(module, "Unlha", Command);
+  Bind(module, "UnlhaCheckArchive", CheckArchive);
+  Bind(module, "UnlhaSetOwnerWindowEx", SetOwnerWindowEx);
+  Bind(module, "UnlhaKillOwnerWindowEx", KillOwnerWindowEx);
+  Bind(module, "UnlhaSetCursorMode", SetCursorMode);
+  Bind(module, "UnlhaOpenArchive", OpenArchive);
+  Bind(module, "UnlhaCloseArchive", CloseArchive);
+  Bind(module, "UnlhaFindFirst", FindFirst);
+  Bind(module, "UnlhaFindNext", FindNext);
+  Bind(module, "UnlhaGetAttribute", GetAttribute);
+  Bind(module, "UnlhaExtractMem", ExtractMem);
+  Bind(module, "UnlhaCompressMem", CompressMem);
+}
+
+Engine::~Engine() { FreeLibrary(module); }
+
+EngineTest::EngineTest() = default;
+
+EngineTest::~EngineTest() {
+  engine.KillOwnerWindowEx(nullptr);
+  listener = nullptr;
+}
+
+std::string EngineTest::Quoted(const std::string& name) const {
+  return " \"" + folder.Lib(name) + '"';
+}
+
+int EngineTest::Add(const std::string& archive, const std::string& base,
+                    const std::vector<std::string>& names, const std::string& switches) {
+  const std::string line = std::string("a") + kOptions + " " + switches + Quoted(archive) + " \"" +
+                           folder.Lib(base) + "\\\"" + Joined(names);
+  return engine.Command(nullptr, line.c_str(), nullptr, 0);
+}
+
+int EngineTest::AddTree(const std::string& archive, const std::string& directory) {
+  const std::string line = std::string("a") + kOptions + " -w0 -d1" + Quoted(archive) + " \"" +
+                           folder.Lib(directory) + "\\\"";
+  return engine.Command(nullptr, line.c_str(), nullptr, 0);
+}
+
+int EngineTest::Delete(const std::string& archive, const std::vector<std::string>& names) {
+  const std::string line = std::string("d") + kOptions + " -w0" + Quoted(archive) + Joined(names);
+  return engine.Command(nullptr, line.c_str(), nullptr, 0);
+}
+
+int EngineTest::Compress(const std::string& archive, const std::string& name, const Bytes& data) {
+  const std::string line = kOptions + std::string(" -w0") + Quoted(archive) + " \"" + name + '"';
+  return engine.CompressMem(nullptr, line.c_str(), data.data(),
+                            static_cast<std::uint32_t>(data.size()), nullptr, nullptr, nullptr);
+}
+
+Extracted EngineTest::ExtractInto(const std::string& archive, const std::string& name,
+                                  std::size_t capacity) {
+  const std::string line = kOptions + Quoted(archive) + " \"" + name + '"';
+  Extracted result;
+  result.bytes.resize(capacity);
+  result.code = engine.ExtractMem(nullptr, line.c_str(), result.bytes.data(),
+                                  static_cast<std::uint32_t>(capacity), &result.time,
+                                  &result.attribute, &result.written);
+  EXPECT_LE(result.written, capacity);
+  return result;
+}
+
+Extracted EngineTest::Extract(const std::string& archive, const std::string& name) {
+  UnlhaMemberRecord record{};
+  const HARC handle = engine.OpenArchive(nullptr, folder.Lib(archive).c_str(), kSearchBelow);
+  if (handle == nullptr) return {.code = -1, .bytes = {}};
+  const int found = engine.FindFirst(handle, ('"' + name + '"').c_str(), &record);
+  engine.CloseArchive(handle);
+  return found != 0 ? Extracted{.code = -1, .bytes = {}} : ExtractInto(archive, name, record.size);
+}
+
+bool EngineTest::Opens(const std::string& archive) {
+  const HARC handle = engine.OpenArchive(nullptr, folder.Lib(archive).c_str(), kSearchBelow);
+  if (handle != nullptr) engine.CloseArchive(handle);
+  return handle != nullptr;
+}
+
+std::vector<std::string> EngineTest::Names(const std::string& archive, const std::string& text,
+                                           std::uint32_t mode) {
+  std::vector<std::string> names;
+  const HARC handle = engine.OpenArchive(nullptr, folder.Lib(archive).c_str(), mode);
+  EXPECT_NE(handle, nullptr) << archive;
+  UnlhaMemberRecord record{};
+  for (int found = engine.FindFirst(handle, text.c_str(), &record); found == 0;
+       found = engine.FindNext(handle, &record)) {
+    names.emplace_back(record.name);
+  }
+  engine.CloseArchive(handle);
+  return names;
+}
+
+void EngineTest::Listen(Told told) {
+  listener = std::move(told);
+  EXPECT_EQ(engine.SetOwnerWindowEx(nullptr, Callback), 1);
+}
+
+std::vector<std::string> EngineTest::Temporaries() const {
+  std::vector<std::string> found;
+  for (const std::string& name : folder.List()) {
+    if (name.find("lhtmp") != std::string::npos) found.push_back(name);
+  }
+  return found;
+}
+
+}  // namespace kozor::test

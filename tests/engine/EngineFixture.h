@@ -1,0 +1,90 @@
+// EngineFixture.h - the archiver module as a caller has it, and a folder to work in.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "engine/api/Unlha32.h"
+#include "tests/support/TestFolder.h"
+
+namespace kozor::test {
+
+// The thirteen entry points, loaded by name.
+class Engine {
+ public:
+  Engine();
+  ~Engine();
+  Engine(const Engine&) = delete;
+  Engine& operator=(const Engine&) = delete;
+
+  decltype(&::UnlhaGetRunning) GetRunning;
+  decltype(&::Unlha) Command;
+  decltype(&::UnlhaCheckArchive) CheckArchive;
+  decltype(&::UnlhaSetOwnerWindowEx) SetOwnerWindowEx;
+  decltype(&::UnlhaKillOwnerWindowEx) KillOwnerWindowEx;
+  decltype(&::UnlhaSetCursorMode) SetCursorMode;
+  decltype(&::UnlhaOpenArchive) OpenArchive;
+  decltype(&::UnlhaCloseArchive) CloseArchive;
+  decltype(&::UnlhaFindFirst) FindFirst;
+  decltype(&::UnlhaFindNext) FindNext;
+  decltype(&::UnlhaGetAttribute) GetAttribute;
+  decltype(&::UnlhaExtractMem) ExtractMem;
+  decltype(&::UnlhaCompressMem) CompressMem;
+
+ private:
+  HMODULE module;
+};
+
+inline constexpr std::uint32_t kSearchBelow = 0x801202;
+inline constexpr std::uint32_t kSearchHere = 0x801102;
+
+// What UnlhaExtractMem gave.
+struct Extracted {
+  int code = 0;
+  Bytes bytes;
+  std::int32_t time = 0;
+  std::uint16_t attribute = 0;
+  std::uint32_t written = 0;
+};
+
+// Compares without printing megabytes.
+testing::AssertionResult SameBytes(const Bytes& actual, const Bytes& expected);
+
+class EngineTest : public testing::Test {
+ protected:
+  EngineTest();
+  ~EngineTest() override;
+
+  // The library's own options stand on every line.
+  // `a` with a base directory, both below the test's folder; "sub" is the directory that MakeTree
+  // filled.
+  int Add(const std::string& archive, const std::string& base,
+          const std::vector<std::string>& names, const std::string& switches = "-w0");
+  int AddTree(const std::string& archive, const std::string& directory);
+  int Delete(const std::string& archive, const std::vector<std::string>& names);
+  int Compress(const std::string& archive, const std::string& name, const Bytes& data);
+  Extracted Extract(const std::string& archive, const std::string& name);
+  // With a buffer of exactly `capacity` bytes.
+  Extracted ExtractInto(const std::string& archive, const std::string& name, std::size_t capacity);
+
+  // Names of all members that a search finds; fails the test when the archive cannot be opened.
+  std::vector<std::string> Names(const std::string& archive, const std::string& text = "*.*",
+                                 std::uint32_t mode = kSearchBelow);
+  bool Opens(const std::string& archive);
+
+  // Calls `told` for each report while the object lives; it returns 0 to stop the archiver.
+  using Told = std::function<int(UINT state, const UnlhaProgressRecord& record)>;
+  void Listen(Told told);
+
+  std::string Quoted(const std::string& name) const;
+  // Leftovers of the archiver in the folder.
+  std::vector<std::string> Temporaries() const;
+
+  TestFolder folder;
+  Engine engine;
+};
+
+}  // namespace kozor::test

@@ -1,0 +1,205 @@
+// MemberHeaderTest.cpp - headers of all levels, as they should be and as they should not.
+#include "engine/container/MemberHeader.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "engine/container/MemberTime.h"
+#include "tests/engine/RawArchive.h"
+
+namespace kozor::container {
+namespace {
+
+using test::Bytes;
+using test::RawExtension;
+using test::FromHex;
+using test::RawHeader;
+using test::RawMember;
+
+// Directory "dir", file "a.txt", contents "hello" and a line feed, stored, 2010-01-01 00:00:00.
+const char* const kExamples[] = {
+    "1f 08 2d 6c 68 30 2d 06 00 00 00 06 00 00 00 00 00 21 3c 20 00 09 64 69 72 5c 61 2e 74 78 74 34 "
+    "5a",
+    "1e c5 2d 6c 68 30 2d 0d 00 00 00 06 00 00 00 00 00 21 3c 20 01 05 61 2e 74 78 74 34 5a 4d 07 00 "
+    "02 64 69 72 ff 00 00",
+    "2e 00 2d 6c 68 30 2d 06 00 00 00 06 00 00 00 00 3b 3d 4b 20 02 34 5a 4d 05 00 00 8c 43 07 00 "
+    "02 64 69 72 ff 08 00 01 61 2e 74 78 74 00 00",
+    "04 00 2d 6c 68 30 2d 06 00 00 00 06 00 00 00 00 3b 3d 4b 20 03 34 5a 4d 3a 00 00 00 07 00 00 00 "
+    "00 8b 8c 09 00 00 00 02 64 69 72 ff 0a 00 00 00 01 61 2e 74 78 74 00 00 00 00"};
+
+HeaderStatus Parse(const Bytes& bytes) {
+  MemberHeader header;
+  return ParseMemberHeader(bytes, header);
+}
+
+MemberHeader Parsed(const Bytes& bytes) {
+  MemberHeader header;
+  EXPECT_EQ(ParseMemberHeader(bytes, header), HeaderStatus::complete);
+  return header;
+}
+
+TEST(MemberHeader, ReadsTheSameFactsInEveryLevel) {
+  for (std::uint8_t level = 0; level < 4; ++level) {
+    SCOPED_TRACE(int{level});
+    const Bytes bytes = FromHex(kExamples[level]);
+    const MemberHeader header = Parsed(bytes);
+    EXPECT_EQ(header.level, level);
+    EXPECT_EQ(header.headerBytes, bytes.size());
+    EXPECT_EQ(header.packedBytes, 6U);
+    EXPECT_EQ(header.originalBytes, 6U);
+    EXPECT_EQ(header.crc, 0x5A34);
+    EXPECT_EQ(header.method, kStoredMethod);
+    if (level < 2) {
+      EXPECT_EQ(header.dosDate, 0x3C21);
+    } else {
+      EXPECT_EQ(UnixOfFileTime(header.utcTime), 0x4B3D3B00);
+    }
+    EXPECT_EQ(header.name.base, level == 0 ? "dir\\a.txt" : level == 1 ? "a.txt" : "");
+    EXPECT_EQ(header.name.directory, level == 0 ? std::nullopt : std::optional("dir\xFF"));
+  }
+}
+
+TEST(MemberHeader, NoticesEveryChangedByteThatASumCovers) {
+  for (std::size_t level = 0; level < 4; ++level) {
+    Bytes bytes = FromHex(kExamples[level]);
+    // Level 1 has no header CRC here, so its extensions are not covered.
+    const std::size_t covered = level == 1 ? 32 : bytes.size();
+    for (std::size_t i = 0; i < covered; ++i) {
+      bytes[i] ^= 0x04;
+      EXPECT_NE(Parse(bytes), HeaderStatus::complete) << "level " << level << ", byte " << i;
+      bytes[i] ^= 0x04;
+    }
+  }
+}
+
+TEST(MemberHeader, AsksForMoreBytesWhereverItIsCut) {
+  for (const char* hex : kExamples) {
+    const Bytes bytes = FromHex(hex);
+    for (std::size_t size = 0; size < bytes.size(); ++size) {
+      const Bytes cut(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(size));
+      EXPECT_EQ(Parse(cut), HeaderStatus::incomplete) << hex << " cut at " << size;
+    }
+  }
+}
+
+TEST(MemberHeader, RefusesSizesThatContradictEachOther) {
+  struct Row {
+    const char* what;
+    int level;
+    std::size_t offset;
+    std::uint8_t value;
+  };
+  const Row rows[] = {
+      {"level 0 header shorter than its name", 0, 0, 20},
+      {"level 1 header shorter than its name", 1, 0, 24},
+      {"level 1 skip size smaller than the chain", 1, 7, 2},
+      {"extension of 2 bytes", 2, 24, 2},
+      {"extension that leaves the header", 2, 24, 200},
+      {"level 2 total below the base", 2, 0, 25},
+      {"level 2 total that looks like an end mark", 2, 0, 0},
+      {"level 3 word size", 3, 0, 8},
+      {"level 3 total above the limit", 3, 27, 1},
+      {"level 4", 2, 20, 4},
+      {"no method id", 2, 2, '+'},
+  };
+  for (const Row& row : rows) {
+    Bytes bytes = FromHex(kExamples[row.level]);
+    bytes[row.offset] = row.value;
+    bytes.resize(bytes.size() + 300);
+    EXPECT_THAT(Parse(bytes),
+                testing::AnyOf(HeaderStatus::broken, HeaderStatus::checksumWrong))
+        << row.what;
+  }
+}
+
+TEST(MemberHeader, TakesOldHeadersWithoutCrc) {
+  // 20 + N bytes behind the size: the CRC field is missing.
+  Bytes bytes = RawHeader({.level = 0, .name = "a.txt", .contents = "abc"});
+  bytes.resize(bytes.size() - 2);
+  bytes[0] = static_cast<std::uint8_t>(bytes.size() - 2);
+  bytes[1] = 0;
+  unsigned int sum = 0;
+  for (std::size_t i = 2; i < bytes.size(); ++i) sum += bytes[i];
+  bytes[1] = static_cast<std::uint8_t>(sum);
+  EXPECT_FALSE(Parsed(bytes).crc.has_value());
+}
+
+TEST(MemberHeader, LastOfRepeatedExtensionsCounts) {
+  const MemberHeader header = Parsed(RawHeader(
+      {.name = "old", .contents = "", .extensions = {{0x40, "\x21\0"}, {0x01, "new"}, {0x99, "?"}}}));
+  EXPECT_EQ(header.name.file, "new");
+}
+
+TEST(MemberHeader, BelievesTheBestTime) {
+  const auto number = [](std::uint64_t value, std::size_t width) {
+    std::string text(width, '\0');
+    WriteNumber(reinterpret_cast<std::uint8_t*>(text.data()), value, width);
+    return text;
+  };
+  const std::string fileTimes =
+      number(0, 8) + number(FileTimeOfUnix(1000), 8) + number(FileTimeOfUnix(5), 8);
+  const std::string unknownTimes(24, '\0');
+  struct Row {
+    int level;
+    std::vector<RawExtension> extensions;
+    std::int64_t seconds;
+  };
+  const Row rows[] = {
+      {2, {}, 0x4B3D3B00},
+      {1, {{0x54, number(2000, 4)}}, 2000},
+      {1, {{0x41, fileTimes}, {0x54, number(2000, 4)}}, 1000},
+      {2, {{0x41, unknownTimes}}, 0x4B3D3B00},
+  };
+  for (const Row& row : rows) {
+    const MemberHeader header =
+        Parsed(RawHeader({.level = row.level, .name = "a", .contents = "", .extensions = row.extensions}));
+    EXPECT_EQ(UnixOfFileTime(header.utcTime), row.seconds);
+  }
+}
+
+TEST(MemberHeader, SizesOfMoreThan32BitsCountInLevels2And3Only) {
+  std::string sizes(16, '\0');
+  sizes[4] = 1;   // packed 4 GiB
+  sizes[13] = 2;  // original 2 TiB
+  for (const int level : {1, 2, 3}) {
+    const MemberHeader header =
+        Parsed(RawHeader({.level = level, .name = "a", .contents = "", .extensions = {{0x42, sizes}}}));
+    EXPECT_EQ(header.packedBytes, level == 1 ? 0 : std::uint64_t{1} << 32);
+    EXPECT_EQ(header.originalBytes, level == 1 ? 0 : std::uint64_t{2} << 40);
+  }
+}
+
+TEST(MemberHeader, Os9HeaderMayCountTwoBytesTooFew) {
+  Bytes bytes =
+      RawHeader({.name = "a.txt", .contents = "", .osId = 'K', .hasHeaderCrc = false});
+  const std::size_t size = bytes.size();
+  bytes[0] = static_cast<std::uint8_t>(size - 2);
+  EXPECT_EQ(Parsed(bytes).headerBytes, size);
+  bytes[23] = 'M';
+  EXPECT_EQ(Parse(bytes), HeaderStatus::broken);
+}
+
+TEST(MemberHeader, StoredMemberWithADirectoryAndNoNameIsADirectory) {
+  const RawMember amiga{.level = 1, .name = "", .contents = "", .extensions = {{0x02, "work\xFF"}}};
+  EXPECT_TRUE(Parsed(RawHeader(amiga)).IsDirectoryMethod());
+  RawMember file = amiga;
+  file.contents = "x";
+  EXPECT_FALSE(Parsed(RawHeader(file)).IsDirectoryMethod());
+}
+
+TEST(MemberHeader, BaitInStubsIsNoMethod) {
+  struct Row {
+    const char* id;
+    bool isMethod;
+  };
+  const Row rows[] = {{"-lh5-", true},  {"-lzs-", true}, {"-pm2-", true},  {"-lhx-", true},
+                      {"-pms-", false}, {"-lhs-", false}, {"-lh -", false}, {"-zip-", false}};
+  for (const Row& row : rows) {
+    MethodId id;
+    std::copy_n(row.id, id.size(), id.begin());
+    EXPECT_EQ(IsArchiveMethod(id), row.isMethod) << row.id;
+  }
+}
+
+}  // namespace
+}  // namespace kozor::container

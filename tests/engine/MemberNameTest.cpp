@@ -1,0 +1,155 @@
+// MemberNameTest.cpp - names out of headers, into headers, and hostile ones.
+#include "engine/container/MemberName.h"
+
+#include <gtest/gtest.h>
+
+namespace kozor::container {
+namespace {
+
+constexpr unsigned int k932 = 932;
+constexpr unsigned int kUtf8Page = 65001;
+
+// In code page 932 the second byte of this character is 0x5C.
+const char kHyou932[] = "\x95\x5C";
+const char kHyouUtf8[] = "\xE8\xA1\xA8";
+const char kHangulUtf8[] = "\xED\x95\x9C";  // not in 932
+
+std::string Shown(const NameFields& fields, unsigned int page = k932) {
+  return DecodeName(fields, false, page).text;
+}
+
+TEST(MemberName, EverySeparatorOfEveryWriterCounts) {
+  struct Row {
+    NameFields fields;
+    const char* shown;
+  };
+  const Row rows[] = {
+      {{.base = "d\\e\\f.txt"}, "d\\e\\f.txt"},
+      {{.base = "d/e/f.txt"}, "d\\e\\f.txt"},
+      {{.base = "d\xFF" "e\xFF" "f.txt"}, "d\\e\\f.txt"},
+      {{.base = "f.txt", .directory = "d\xFF" "e\xFF"}, "d\\e\\f.txt"},
+      {{.base = "f.txt", .directory = "d\xFF" "e"}, "d\\e\\f.txt"},
+      {{.base = "e\\f.txt", .directory = "d\xFF"}, "d\\e\\f.txt"},
+      {{.base = "base", .file = "f.txt"}, "f.txt"},
+      {{.file = "f.txt", .unicodeFile = u"\u8868", .unicodeDirectory = u"d\uFFFF"}, "d\\\x95\x5C"},
+      {{.base = std::string("f.txt\0a comment", 15)}, "f.txt"},
+  };
+  for (const Row& row : rows) EXPECT_EQ(Shown(row.fields), row.shown);
+}
+
+TEST(MemberName, NothingClimbsOrNamesADrive) {
+  struct Row {
+    const char* name;
+    const char* shown;
+  };
+  const Row rows[] = {
+      {"..\\..\\x", "x"},
+      {"a\\..\\..\\x", "a\\x"},
+      {"./a/./x", "a\\x"},
+      {"a\\\\x", "a\\x"},
+      {"C:\\windows\\x", "windows\\x"},
+      {"C:x", "x"},
+      {"C:..\\x", "x"},
+      {".\\C:\\x", "C_\\x"},
+      {"\\etc\\x", "\\etc\\x"},
+      {"\\\\server\\share\\x", "\\server\\share\\x"},
+      {"/../../etc/x", "\\etc\\x"},
+      {"file:stream", "file_stream"},
+      {"a\"b*c?<>|", "a_b_c____"},
+      {"a\x1B[2Jb\x7F", "a_[2Jb_"},
+      {"..", ""},
+      {"C:\\", ""},
+      {"", ""},
+  };
+  for (const Row& row : rows) EXPECT_EQ(Shown({.base = row.name}), row.shown) << row.name;
+}
+
+TEST(MemberName, TrailByte5CIsNoSeparator) {
+  const std::string name = std::string("d\xFF") + kHyou932 + ".txt";
+  EXPECT_EQ(Shown({.base = name}), std::string("d\\") + kHyou932 + ".txt");
+  EXPECT_EQ(Shown({.base = name}, kUtf8Page), std::string("d\\") + kHyouUtf8 + ".txt");
+}
+
+TEST(MemberName, CodePageIsRecordedOrGuessed) {
+  struct Row {
+    const char* what;
+    NameFields fields;
+    std::string shown;
+  };
+  const Row rows[] = {
+      {"932 without a word", {.base = kHyou932}, kHyouUtf8},
+      {"UTF-8 recorded", {.file = kHyouUtf8, .codePage = 65001}, kHyouUtf8},
+      {"UTF-8 that is no 932", {.file = "\xE3\x81\x82.txt"}, "\xE3\x81\x82.txt"},
+      {"Latin recorded", {.file = "\xE9", .codePage = 1252}, "\xC3\xA9"},
+      {"recorded page that does not fit", {.file = kHyou932, .codePage = 65001}, kHyouUtf8},
+      {"recorded page that nobody knows", {.file = kHyou932, .codePage = 4242}, kHyouUtf8},
+  };
+  for (const Row& row : rows) EXPECT_EQ(Shown(row.fields, kUtf8Page), row.shown) << row.what;
+}
+
+TEST(MemberName, UnderlineStandsForWhatCannotBeShown) {
+  const ShownName hangul =
+      DecodeName({.file = std::string(kHangulUtf8) + ".txt", .codePage = 65001}, false, k932);
+  EXPECT_EQ(hangul.text, "_.txt");
+  EXPECT_TRUE(hangul.altered);
+  // A lead byte at the end of a component must not swallow the separator behind it.
+  EXPECT_EQ(Shown({.base = "x", .directory = "d\x81\xFF"}), "d_\\x");
+  // Nor may a character of Unicode become one: the yen sign has a reading as 0x5C.
+  EXPECT_EQ(Shown({.unicodeFile = u"a\u00A5b"}).find('\\'), std::string::npos);
+  EXPECT_EQ(Shown({.unicodeFile = std::u16string(1, u'\xD800')}, kUtf8Page), "_");
+}
+
+TEST(MemberName, StoredWithoutRoot) {
+  struct Row {
+    const char* given;
+    const char* stored;
+  };
+  const Row rows[] = {
+      {"f.txt", "f.txt"},
+      {"d\\f.txt", "d\\f.txt"},
+      {"d/f.txt", "d\\f.txt"},
+      {"C:\\d\\f.txt", "\\d\\f.txt"},
+      {"C:f.txt", "f.txt"},
+      {"\\d\\f.txt", "\\d\\f.txt"},
+      {"\\\\srv\\share\\d\\f.txt", "\\d\\f.txt"},
+      {".\\..\\f.txt", "f.txt"},
+      {"a*b", ""},
+      {"..", ""},
+  };
+  for (const Row& row : rows) EXPECT_EQ(StoredNameOf(row.given, k932), row.stored) << row.given;
+}
+
+TEST(MemberName, WhatIsStoredIsShownAgain) {
+  const std::string names[] = {
+      "plain.txt",
+      std::string(kHyouUtf8) + "\\" + kHyouUtf8 + ".txt",
+      std::string("\\") + kHyouUtf8 + ".txt",
+      std::string(kHangulUtf8) + "\\a",
+      "\xEF\xBD\x9E\xE2\x88\x92",  // a dash that 932 reads as another one
+      "\xF0\x9F\x98\x80.txt",
+      "-leading", "@leading", " leading blank",
+  };
+  for (const std::string& name : names) {
+    const StoredName stored = EncodeName(name, kUtf8Page);
+    EXPECT_EQ(Shown({.file = stored.file, .directory = stored.directory, .codePage = stored.codePage},
+                    kUtf8Page),
+              name);
+  }
+}
+
+TEST(MemberName, CodePageIsRecordedBeyondAsciiOnly) {
+  EXPECT_EQ(EncodeName("d\\a.txt", kUtf8Page).codePage, 0U);
+  EXPECT_EQ(EncodeName(kHyouUtf8, kUtf8Page).codePage, 932U);
+  EXPECT_EQ(EncodeName(kHyouUtf8, kUtf8Page).file, kHyou932);
+  EXPECT_EQ(EncodeName(kHangulUtf8, kUtf8Page).codePage, 65001U);
+  EXPECT_EQ(EncodeName(kHyou932, k932).file, kHyou932);
+}
+
+TEST(MemberName, KeysIgnoreCaseOfPlainAndFullWidthLetters) {
+  EXPECT_EQ(KeyOf("ABC\\d.TXT", k932), KeyOf("abc\\D.txt", k932));
+  EXPECT_EQ(KeyOf("\x82\x60", k932), KeyOf("\x82\x81", k932));  // full-width A and a
+  EXPECT_NE(KeyOf("\x83\x41", k932), KeyOf("\x83\x61", k932));  // trail bytes that look like A and a
+}
+
+}  // namespace
+}  // namespace kozor::container

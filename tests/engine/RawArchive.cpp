@@ -1,0 +1,126 @@
+// RawArchive.cpp - see RawArchive.h.
+#include "tests/engine/RawArchive.h"
+
+#include <numeric>
+
+#include "engine/codec/Codec.h"
+#include "engine/container/Bytes.h"
+
+namespace kozor::test {
+namespace {
+
+using container::AppendNumber;
+using container::WriteNumber;
+
+void AppendText(Bytes& bytes, std::string_view text) {
+  bytes.insert(bytes.end(), text.begin(), text.end());
+}
+
+std::size_t WidthOf(const RawMember& member) { return member.level == 3 ? 4 : 2; }
+
+std::vector<RawExtension> AllExtensions(const RawMember& member) {
+  std::vector<RawExtension> all;
+  if (member.hasHeaderCrc) all.push_back({0x00, std::string(2, '\0')});
+  if (member.level >= 2) all.push_back({0x01, member.name});
+  all.insert(all.end(), member.extensions.begin(), member.extensions.end());
+  return all;
+}
+
+// Appends the chain with the size in front of it.  Returns the position of the header CRC, or 0.
+std::size_t AppendChain(Bytes& bytes, const RawMember& member) {
+  const std::size_t width = WidthOf(member);
+  std::size_t crcPosition = 0;
+  for (const RawExtension& extension : AllExtensions(member)) {
+    AppendNumber(bytes, 1 + extension.payload.size() + width, width);
+    if (extension.id == 0) crcPosition = bytes.size() + 1;
+    bytes.push_back(extension.id);
+    AppendText(bytes, extension.payload);
+  }
+  AppendNumber(bytes, 0, width);
+  return crcPosition;
+}
+
+void AppendCommon(Bytes& bytes, const RawMember& member) {
+  AppendText(bytes, member.method);
+  AppendNumber(bytes, member.contents.size(), 4);
+  AppendNumber(bytes, member.contents.size(), 4);
+  AppendNumber(bytes, member.time, 4);
+  bytes.push_back(member.attribute);
+  bytes.push_back(static_cast<std::uint8_t>(member.level));
+}
+
+// Size and sum of the base header in levels 0 and 1.
+void SetBaseSum(Bytes& bytes, std::size_t baseBytes) {
+  bytes[0] = static_cast<std::uint8_t>(baseBytes - 2);
+  const auto begin = bytes.begin() + 2;
+  const auto end = bytes.begin() + static_cast<std::ptrdiff_t>(baseBytes);
+  bytes[1] = static_cast<std::uint8_t>(std::accumulate(begin, end, 0U));
+}
+
+}  // namespace
+
+Bytes ToBytes(std::string_view text) { return {text.begin(), text.end()}; }
+
+Bytes RawHeader(const RawMember& member) {
+  const std::uint16_t crc = codec::Crc16(ToBytes(member.contents));
+  Bytes bytes(2);
+  AppendCommon(bytes, member);
+  std::size_t crcPosition = 0;
+  if (member.level <= 1) {
+    bytes.push_back(static_cast<std::uint8_t>(member.name.size()));
+    AppendText(bytes, member.name);
+    AppendNumber(bytes, crc, 2);
+    if (member.level == 1) {
+      bytes.push_back(static_cast<std::uint8_t>(member.osId));
+      const std::size_t baseBytes = bytes.size() + 2;
+      crcPosition = AppendChain(bytes, member);
+      WriteNumber(&bytes[7], member.contents.size() + bytes.size() - baseBytes, 4);
+      SetBaseSum(bytes, baseBytes);
+    } else {
+      SetBaseSum(bytes, bytes.size());
+    }
+  } else {
+    AppendNumber(bytes, crc, 2);
+    bytes.push_back(static_cast<std::uint8_t>(member.osId));
+    if (member.level == 3) AppendNumber(bytes, 0, 4);
+    crcPosition = AppendChain(bytes, member);
+    if (member.level == 3) {
+      WriteNumber(bytes.data(), 4, 2);
+      WriteNumber(&bytes[24], bytes.size(), 4);
+    } else {
+      WriteNumber(bytes.data(), bytes.size(), 2);
+    }
+  }
+  if (crcPosition != 0) WriteNumber(&bytes[crcPosition], codec::Crc16(bytes), 2);
+  return bytes;
+}
+
+Bytes RawArchive(std::initializer_list<RawMember> members) {
+  Bytes bytes;
+  for (const RawMember& member : members) {
+    bytes = Join({bytes, RawHeader(member), ToBytes(member.contents)});
+  }
+  bytes.push_back(0);
+  return bytes;
+}
+
+Bytes FromHex(std::string_view hex) {
+  Bytes bytes;
+  std::string digits;
+  for (const char c : hex) {
+    if (c == ' ' || c == '\n') continue;
+    digits += c;
+    if (digits.size() < 2) continue;
+    bytes.push_back(static_cast<std::uint8_t>(std::stoul(digits, nullptr, 16)));
+    digits.clear();
+  }
+  return bytes;
+}
+
+Bytes Join(std::initializer_list<Bytes> pieces) {
+  Bytes all;
+  for (const Bytes& piece : pieces) all.insert(all.end(), piece.begin(), piece.end());
+  return all;
+}
+
+}  // namespace kozor::test

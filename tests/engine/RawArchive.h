@@ -1,0 +1,42 @@
+// RawArchive.h - archives made by hand for the tests: any level, any extension, any lie.
+#pragma once
+
+#include <cstdint>
+#include <initializer_list>
+#include <string>
+#include <vector>
+
+#include "tests/support/TestFolder.h"
+
+namespace kozor::test {
+
+struct RawExtension {
+  std::uint8_t id;
+  std::string payload;
+};
+
+// A stored member; its sizes and sums come out right.
+struct RawMember {
+  int level = 2;
+  std::string name;  // of the base header in levels 0 and 1, an extension 0x01 in levels 2 and 3
+  std::string contents;
+  std::vector<RawExtension> extensions = {};  // of levels 1 to 3, behind those for name and CRC
+  std::string method = "-lh0-";
+  std::uint32_t time = 0x4B3D3B00;  // 2010-01-01 00:00:00 in UTC; in levels 0 and 1 two DOS words
+  std::uint8_t attribute = 0x20;    // the byte at offset 19
+  char osId = 'M';
+  bool hasHeaderCrc = true;  // levels 1 to 3
+};
+
+Bytes RawHeader(const RawMember& member);
+// Headers, contents and an end mark.
+Bytes RawArchive(std::initializer_list<RawMember> members);
+
+// The bytes of a listing in hex, blanks ignored.
+Bytes FromHex(std::string_view hex);
+
+// One run of bytes behind the other.
+Bytes Join(std::initializer_list<Bytes> pieces);
+Bytes ToBytes(std::string_view text);
+
+}  // namespace kozor::test
