@@ -1,0 +1,98 @@
+// Compress.cpp - ZorArchive::Compress: a selection on disk goes into an archive.
+#include "archive/CompressOperation.h"
+#include "archive/ResponseFile.h"
+#include "files/NameSet.h"
+#include "files/Path.h"
+
+namespace {
+
+class CompressOperation final : public ZorCompressOperation {
+ public:
+  CompressOperation(ZorArchive& object, const ZorFind& selection, const char* archivePath,
+                    int appendMode, int convert)
+      : ZorCompressOperation(object, archivePath),
+        find(selection),
+        append(appendMode),
+        selfExtracting(convert) {}
+
+ private:
+  bool Work() override {
+    SelectFiles();
+    if (FilesMeet()) return Fail(ZorErrorSameName);
+    if (!PrepareArchive(append, files)) return false;
+    if (files.IsEmpty() || !Begin(files.GetCount())) return false;
+    BeginSweep();
+    baseDirectory = ZorDirectoryOperand(find.GetCurrentDirectoryA());
+    return AddFiles() && (selfExtracting == 0 || Convert());
+  }
+
+  // Names under the base directory come relative to it.
+  void SelectFiles() {
+    ZorFind filesOnly(find);
+    filesOnly.SetAttribute(find.GetAttribute() &
+                           ~static_cast<unsigned int>(FILE_ATTRIBUTE_DIRECTORY));
+    filesOnly.Find(files, 0);
+  }
+
+  // Whether two files on different roots would be stored under the same name.
+  bool FilesMeet() const {
+    ZorNameSet storedNames;
+    for (const CString& name : files) {
+      const char* behindRoot = ZorNameBehindRoot(name);
+      if (behindRoot != nullptr && !storedNames.Add(behindRoot)) return true;
+    }
+    return false;
+  }
+
+  // A response file stands in the work directory, never beside the archive.
+  bool AddFiles() {
+    const CString work = ZorDirectoryOperand(WorkDirectory());
+    return MayUseResponseFile() && !work.IsEmpty() ? AddByResponseFile(work) : AddOneByOne();
+  }
+
+  bool AddByResponseFile(const CString& work) {
+    ZorResponseFile names(work);
+    const ZorError error = names.Write(files);
+    if (error != ZorErrorNone) return Fail(error);
+    ZorCommandLine line = ArchiveLine("a");
+    if (!baseDirectory.IsEmpty()) line.Operand(baseDirectory);
+    return RunCommand(line.ResponseOperand(names.Path()));
+  }
+
+  // What went in before a failure stays in the archive.
+  bool AddOneByOne() {
+    for (const CString& name : files) {
+      ZorCommandLine line = ArchiveLine("a");
+      if (!baseDirectory.IsEmpty() && ZorIsFullPath(name) == 0) line.Operand(baseDirectory);
+      if (!RunCommand(line.Operand(name))) return false;
+    }
+    return true;
+  }
+
+  // The archive is complete by now, and stays so if this fails.
+  bool Convert() {
+    ZorCommandLine line = ZorCommandLine::Conversion();
+    return RunSilently(line.Operand(archive).Operand(ArchiveFolder()));
+  }
+
+  // The archive's path up to its last backslash, or all of it when it has none.
+  CString ArchiveFolder() const {
+    const char* end = nullptr;
+    for (const char* character = archive; *character != '\0'; character = CharNextA(character)) {
+      if (*character == '\\') end = character + 1;
+    }
+    return end == nullptr ? CString(archive) : CString(archive, static_cast<int>(end - archive));
+  }
+
+  const ZorFind& find;
+  const int append;
+  const int selfExtracting;
+  ZorFileList files;
+  CString baseDirectory;  // with its trailing backslash, or empty
+};
+
+}  // namespace
+
+int ZorArchive::Compress(const ZorFind& find, const char* archive, int append, int selfExtracting) {
+  return CompressOperation(*this, find, archive, append, selfExtracting).Run();
+}

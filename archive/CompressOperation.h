@@ -1,0 +1,27 @@
+// CompressOperation.h - what the operations that write an archive have in common.
+#pragma once
+
+#include "ZorFind.h"
+#include "archive/Operation.h"
+
+class ZorCompressOperation : public ZorOperation {
+ protected:
+  ZorCompressOperation(ZorArchive& object, const char* archivePath)
+      : ZorOperation(Family::kCompress, object, archivePath) {}
+
+  // Removes an archive that stands there.  One that can't be removed is no failure: it is added to.
+  void RemoveOldArchive();
+  // For operations that don't replace members behind the caller's back: with `append` 0 removes the
+  // old archive, else refuses, unless the overwrite mode allows them, names that it holds.
+  bool PrepareArchive(int append, const ZorFileList& names);
+  // Notes the temporaries of others, so that the closing steps remove those of this run alone.
+  void BeginSweep();
+  // A line up to the archive: letter, options, the pieces of the modes, `ownPiece`, the archive.
+  ZorCommandLine ArchiveLine(const char* letter, const char* ownPiece = "") const;
+
+ private:
+  bool RefuseStoredNames(const ZorFileList& names);
+};
+
+// Where the stored name begins in a name with a root: behind the root.  Null for any other name.
+const char* ZorNameBehindRoot(const char* name);

@@ -1,0 +1,52 @@
+// GetFileInfo.cpp - ZorArchive::GetFileInfo: looks one member up.
+//
+// It reports nothing, so it does without the frame of the other operations.
+#include "ZorArchive.h"
+#include "archive/Engine.h"
+#include "archive/MemberSearch.h"
+
+namespace {
+
+// The member's time, which is local, as the system keeps times.
+void StoreTime(const ZorMemberRecord& member, FILETIME* time) {
+  FILETIME local{};
+  DosDateTimeToFileTime(member.date, member.time, &local);
+  LocalFileTimeToFileTime(&local, time);
+}
+
+// The archiver's attribute bits as FILE_ATTRIBUTE_* bits.
+unsigned long FileAttribute(int memberAttribute) {
+  constexpr unsigned int kKnown = FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN |
+                                  FILE_ATTRIBUTE_SYSTEM | FILE_ATTRIBUTE_DIRECTORY |
+                                  FILE_ATTRIBUTE_ARCHIVE;
+  const unsigned int known = static_cast<unsigned int>(memberAttribute) & kKnown;
+  return known != 0 ? known : static_cast<unsigned int>(FILE_ATTRIBUTE_NORMAL);
+}
+
+ZorError LookUp(const char* archive, const char* name, int background, unsigned long* size,
+                FILETIME* time, unsigned long* attribute) {
+  const ZorEngine engine;
+  CFileStatus status;
+  if (!CFile::GetStatus(archive, status)) return ZorErrorArchiveNotFound;
+  if (!engine.IsReady()) return ZorErrorEngineUnavailable;
+  if (engine.UnlhaGetRunning() != 0) return ZorErrorEngineBusy;
+  engine.UnlhaSetCursorMode(0);
+
+  ZorMemberSearch search(engine, archive, background);
+  if (!search.IsOpen() || !search.Find(name)) return ZorErrorArchiveOpen;
+  if (size != nullptr) *size = search.Member().size;
+  if (time != nullptr) StoreTime(search.Member(), time);
+  if (attribute != nullptr) {
+    const int bits = search.Attribute();
+    if (bits != -1) *attribute = FileAttribute(bits);
+  }
+  return ZorErrorNone;
+}
+
+}  // namespace
+
+int ZorArchive::GetFileInfo(const char* archive, const char* name, unsigned long* size,
+                            FILETIME* time, unsigned long* attribute) {
+  error = LookUp(archive, name, backgroundMode, size, time, attribute);
+  return IsError();
+}

@@ -1,0 +1,55 @@
+// MappedFile.cpp - creates, maps, trims and closes a target file.
+#include "archive/MappedFile.h"
+
+#include <limits>
+
+ZorMappedFile::ZorMappedFile(const char* target, std::uint32_t finalSize)
+    : path(target),
+      size(finalSize),
+      file(INVALID_HANDLE_VALUE),
+      mapping(nullptr),
+      view(nullptr),
+      systemError(0) {}
+
+unsigned char* ZorMappedFile::Map() {
+  systemError = 0;
+  if (!Open()) {
+    systemError = GetLastError();
+    Close();
+  }
+  return static_cast<unsigned char*>(view);
+}
+
+bool ZorMappedFile::Open() {
+  // With the slack the size has to remain a 32-bit number; else nothing is touched.
+  if (size > std::numeric_limits<std::uint32_t>::max() - kSlack) {
+    SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+    return false;
+  }
+  file = CreateFileA(path, GENERIC_READ | GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
+                     FILE_ATTRIBUTE_NORMAL, nullptr);
+  if (file == INVALID_HANDLE_VALUE) return false;
+  mapping = CreateFileMappingA(file, nullptr, PAGE_READWRITE, 0, Capacity(), nullptr);
+  if (mapping == nullptr) return false;
+  view = MapViewOfFile(mapping, FILE_MAP_WRITE, 0, 0, 0);
+  return view != nullptr;
+}
+
+void ZorMappedFile::Close() {
+  if (mapping != nullptr) CloseHandle(mapping);
+  if (file != INVALID_HANDLE_VALUE) CloseHandle(file);
+  mapping = nullptr;
+  file = INVALID_HANDLE_VALUE;
+}
+
+// A file can be trimmed only once nothing of it is mapped.
+ZorMappedFile::~ZorMappedFile() {
+  if (view != nullptr) UnmapViewOfFile(view);
+  if (mapping != nullptr) CloseHandle(mapping);
+  mapping = nullptr;
+  if (file != INVALID_HANDLE_VALUE) {
+    const LONG back = -static_cast<LONG>(kSlack);
+    if (SetFilePointer(file, back, nullptr, FILE_END) == size) SetEndOfFile(file);
+  }
+  Close();
+}

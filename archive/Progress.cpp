@@ -1,0 +1,95 @@
+// Progress.cpp - turns the archiver's reports into calls of OnAbort.
+//
+// The archiver knows no object.  Its callbacks find the object through ZorArchive::ths and the
+// record of the running operation through the object's `progress`; without either they let the
+// archiver go on and tell nobody.
+#include "archive/Progress.h"
+
+#include <algorithm>
+
+namespace {
+
+// States of the archiver that mean something here.
+constexpr unsigned int kFileStarts = 0;
+constexpr unsigned int kFileRuns = 1;
+constexpr unsigned int kFileEnds = 6;
+
+// What a callback answers.
+constexpr int kGoOn = 1;
+constexpr int kStop = 0;
+
+// The archiver's answer to what `tell`, a call of OnAbort, says.  Once OnAbort has thrown it isn't
+// asked again.
+template <typename Tell>
+int Answer(ZorProgress& progress, Tell tell) {
+  if (progress.thrown) return kStop;
+  try {
+    return tell() == 0 ? kGoOn : kStop;
+  } catch (...) {
+    progress.thrown = std::current_exception();
+    return kStop;
+  }
+}
+
+}  // namespace
+
+bool ZorProgress::TakeFileReport(unsigned int state, const ZorProgressRecord& report) {
+  switch (state) {
+    case kFileStarts:
+      phase = ZorArchive::PhaseFileBegin;
+      return false;
+    case kFileRuns:
+      // The end of a file is reported by its own state, and nothing of the file after it.
+      if (phase == ZorArchive::PhaseFileEnd || report.bytesDone >= report.fileSize) return false;
+      if (report.bytesDone > 0) phase = ZorArchive::PhaseFileRunning;
+      bytesDone = report.bytesDone;
+      break;
+    case kFileEnds:
+      phase = ZorArchive::PhaseFileEnd;
+      bytesDone = report.fileSize;
+      ++filesDone;
+      break;
+    default:
+      return false;
+  }
+  bytesTotal = report.fileSize;
+  // Byte by byte is right: 0x2F is no trail byte in any code page in use.
+  reportedName = report.fileName;
+  std::replace(reportedName.begin(), reportedName.end(), '/', '\\');
+  fileName = reportedName.c_str();
+  return true;
+}
+
+bool ZorProgress::TakeRunningReport(unsigned int state, const ZorProgressRecord& report) {
+  if (state != kFileRuns || report.bytesDone == 0 || report.bytesDone >= report.fileSize) {
+    return false;
+  }
+  phase = ZorArchive::PhaseFileRunning;
+  bytesDone = report.bytesDone;
+  bytesTotal = report.fileSize;
+  return true;
+}
+
+int ZorArchive::OnAbort(const ONABORTPARAM& /*param*/) {
+  return 0;
+}
+
+int CALLBACK ZorArchive::OnAbortProc1(HWND /*window*/, unsigned int /*message*/, unsigned int state,
+                                      void* record) {
+  if (ths == nullptr || ths->progress == nullptr) return kGoOn;
+  auto& running = static_cast<ZorProgress&>(*ths->progress);
+  return Answer(running, [&] {
+    const bool told = running.TakeFileReport(state, *static_cast<ZorProgressRecord*>(record));
+    return told ? ths->OnAbort(running) : 0;
+  });
+}
+
+int CALLBACK ZorArchive::OnAbortProc2(HWND /*window*/, unsigned int /*message*/, unsigned int state,
+                                      void* record) {
+  if (ths == nullptr || ths->progress == nullptr) return kGoOn;
+  auto& running = static_cast<ZorProgress&>(*ths->progress);
+  return Answer(running, [&] {
+    const bool told = running.TakeRunningReport(state, *static_cast<ZorProgressRecord*>(record));
+    return told ? ths->OnAbort(running) : 0;
+  });
+}

@@ -1,0 +1,75 @@
+// RecordedArchive.cpp - see RecordedArchive.h.
+#include "RecordedArchive.h"
+
+#include <sstream>
+#include <stdexcept>
+#include <utility>
+
+namespace kozor::test {
+
+namespace {
+
+std::string Shown(const char* text) {
+  return text == nullptr ? "-" : "'" + std::string(text) + "'";
+}
+
+Recording& RecordingOf(HMODULE module) {
+  if (module == nullptr) throw std::runtime_error("the recording archiver can't be loaded");
+  using Function = Recording* (*)();
+  using AnyFunction = void (*)();
+  const auto any = reinterpret_cast<AnyFunction>(GetProcAddress(module, "RecordingOfArchiver"));
+  return *reinterpret_cast<Function>(any)();
+}
+
+}  // namespace
+
+int RecordedArchive::OnAbort(const ONABORTPARAM& param) {
+  std::ostringstream line;
+  line << "OnAbort " << param.kind << ' ' << param.phase << ' ' << param.filesDone << '/'
+       << param.filesTotal << ' ' << param.bytesDone << '/' << param.bytesTotal << ' '
+       << Shown(param.archive) << ' ' << Shown(param.fileName);
+  if (param.memberName != nullptr) {
+    line << ' ' << Shown(param.memberName) << ' ' << param.memberSize << std::hex << ' '
+         << param.memberDate << ' ' << param.memberTime << ' '
+         << static_cast<int>(param.memberAttribute);
+  }
+  recording.Log(line.str());
+  if (inPhase) inPhase(param.phase);
+  return param.phase == stopInPhase ? 1 : 0;
+}
+
+CString RecordedArchive::OnMakeFileName(const char* directory, const char* name) {
+  recording.Log("OnMakeFileName " + Shown(directory) + ' ' + Shown(name));
+  return makeName ? makeName(name) : ZorArchive::OnMakeFileName(directory, name);
+}
+
+RecordedArchiveTest::RecordedArchiveTest()
+    : module(LoadLibraryA("UNLHA32.DLL")), recording(RecordingOf(module)), archive(recording) {
+  recording = Recording{};
+  recording.hide = folder.Lib();
+}
+
+RecordedArchiveTest::~RecordedArchiveTest() {
+  FreeLibrary(module);
+}
+
+std::vector<std::string> RecordedArchiveTest::TakeCalls() {
+  return std::exchange(recording.calls, {});
+}
+
+std::vector<std::string> RecordedArchiveTest::TakeCalls(const std::string& beginning) {
+  std::vector<std::string> taken;
+  for (const std::string& call : TakeCalls()) {
+    if (call.starts_with(beginning)) taken.push_back(call.substr(beginning.size()));
+  }
+  return taken;
+}
+
+ZorFind Selection(const std::string& base, std::initializer_list<const char*> masks) {
+  ZorFind find;
+  find.SetCurrentDirectoryA(base.c_str());
+  for (const char* mask : masks) find.AddTail(mask);
+  return find;
+}
+
+}  // namespace kozor::test

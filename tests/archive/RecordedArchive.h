@@ -1,0 +1,62 @@
+// RecordedArchive.h - a ZorArchive whose hooks write into the log of the recording archiver, and
+// the fixture of the tests that run against that archiver.
+#pragma once
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <initializer_list>
+#include <string>
+#include <vector>
+
+#include "ZorArchive.h"
+#include "recording/Recording.h"
+#include "tests/support/TestFolder.h"
+
+namespace kozor::test {
+
+// The options at the head of the archiver's lines.
+inline const std::string kOptions = " -+ -gm1 -a1 -c1 -m1 -x1 -n";
+
+class RecordedArchive : public ZorArchive {
+ public:
+  explicit RecordedArchive(Recording& log) : recording(log) {}
+
+  int stopInPhase = -1;                               // OnAbort answers 1 there
+  std::function<void(int phase)> inPhase;             // runs in each OnAbort
+  std::function<CString(const char* name)> makeName;  // in the place of the default
+
+ protected:
+  // Logs "OnAbort kind phase files bytes archive file member size date time attribute", null as
+  // "-"; of a member that isn't there only what comes before it.
+  int OnAbort(const ONABORTPARAM& param) override;
+  CString OnMakeFileName(const char* directory, const char* name) override;
+
+ private:
+  Recording& recording;
+};
+
+// Keeps the module loaded, so that its log lives from call to call.  In the log "#" is the test's
+// folder.
+class RecordedArchiveTest : public testing::Test {
+ protected:
+  RecordedArchiveTest();
+  ~RecordedArchiveTest() override;
+
+  std::string Lib(const std::string& name) const { return folder.Lib(name); }
+  // The log from the last call of this function on.
+  std::vector<std::string> TakeCalls();
+  // Those lines of it that begin with the text, the rest behind it.
+  std::vector<std::string> TakeCalls(const std::string& beginning);
+
+  TestFolder folder;
+  HMODULE module;
+  Recording& recording;
+  RecordedArchive archive;
+};
+
+// A selection by these masks below `base`.
+ZorFind Selection(const std::string& base, std::initializer_list<const char*> masks);
+
+}  // namespace kozor::test
