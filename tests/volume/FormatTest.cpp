@@ -1,0 +1,179 @@
+// FormatTest.cpp - the bytes on the media, written and read.
+#include <gmock/gmock.h>
+
+#include <algorithm>
+
+#include "tests/volume/VolumeTest.h"
+#include "volume/VolumeFormat.h"
+
+namespace kozor::test {
+namespace {
+
+using ::testing::ElementsAre;
+
+class VolumeFormat : public VolumeTest {
+ protected:
+  // Puts the files into "source" and returns them in the order in which they are stored.
+  std::vector<StoredFile> MakeSource(
+      std::initializer_list<std::pair<const char*, std::size_t>> all) {
+    std::vector<StoredFile> files;
+    for (const auto& [name, size] : all) {
+      files.push_back({name, RandomBytes(size, static_cast<std::uint32_t>(size) + 1),
+                       1'700'000'000 + static_cast<std::int32_t>(files.size())});
+      const std::string path = "source/" + files.back().name;
+      folder.WriteFile(path, files.back().bytes);
+      folder.SetTime(path, files.back().time);
+    }
+    return files;
+  }
+};
+
+// The offsets and bytes stand here as docs/volume-format.md gives them.
+TEST_F(VolumeFormat, AVolumeIsHeaderAreasHeadAndData) {
+  folder.WriteFile("source/note.txt", "hello");
+  folder.SetTime("source/note.txt", 0x65430000);
+  volumes.SetIdentity("DEMO", "DISK", "hi");
+  ASSERT_EQ(Backup(), 1);
+
+  std::string expected = "Morlig Filer Library Version 1.01";
+  expected.resize(64);
+  expected += "0123456789";
+  expected.resize(96);
+  expected += std::string("\4\0\0\0\4\0\0\0\2\0\0\0\1\0\0\0\1\0\0\0DEMODISKhi", 30);
+  expected += std::string("\x20\0\0\0\x43\x65\5\0\0\0\x10\0note.txt\0hello", 26);
+  EXPECT_EQ(expected.size(), 152U);
+  EXPECT_THAT(ReadVolumes(), ElementsAre(Bytes(expected.begin(), expected.end())));
+}
+
+TEST_F(VolumeFormat, AFileGoesOnBehindTheAreasOfTheNextVolume) {
+  const auto files = MakeSource({{"big.bin", 100}, {"c", 1}});
+  volumes.SetIdentity("DEMO", "DISK", "hi");
+  ASSERT_EQ(Backup(200), 1);
+
+  const std::vector<Bytes> set = ReadVolumes();
+  ASSERT_EQ(set.size(), 2U);
+  ASSERT_EQ(set[0].size(), 200U);
+  EXPECT_TRUE(std::equal(set[0].begin() + 146, set[0].end(), files[0].bytes.begin()));
+  EXPECT_EQ(set[1].size(), 172U + 14 + 1);
+  EXPECT_TRUE(std::equal(set[1].begin() + 126, set[1].begin() + 172, files[0].bytes.begin() + 54));
+  EXPECT_EQ(set[1][108], 2);
+}
+
+// Every cut there can be: the model and the library lay out the same sets, in both versions, from
+// volumes that hold hardly more than the longest head to one that holds all; and each set comes
+// back.
+TEST_F(VolumeFormat, SetsOfEveryVolumeSizeAreLaidOutByTheRuleAndComeBack) {
+  const auto files =
+      MakeSource({{"a", 1}, {"b.bin", 75}, {"c.txt", 0}, {"d", 20}, {"e0000000", 33}, {"f", 0}});
+  for (SetLayout layout :
+       {SetLayout{101, "", "", ""}, SetLayout{100, std::string("i\0d", 3), "L", "memo"}}) {
+    volumes.SetBackupVersion(layout.version);
+    volumes.SetIdentity(layout.id, layout.label, layout.memo);
+    const std::size_t smallest = layout.PayloadStart() + RecordHead(files[4]).size() + 1;
+    EXPECT_EQ(Backup(smallest - 1), 0);
+    const std::size_t all = layout.Volumes(files)[0].size();
+    for (layout.volumeBytes = smallest; layout.volumeBytes <= all; ++layout.volumeBytes) {
+      SCOPED_TRACE(std::to_string(layout.version) + ", " + std::to_string(layout.volumeBytes));
+      StartAnew();
+      ASSERT_EQ(Backup(layout.volumeBytes), 1);
+      ASSERT_EQ(ReadVolumes(), layout.Volumes(files));
+      ASSERT_EQ(Restore(), 1) << volumes.GetError();
+      ASSERT_EQ(Differences(), "");
+    }
+  }
+}
+
+TEST_F(VolumeFormat, AnyVersionBut100WritesVersion101) {
+  MakeSource({{"a", 1}});
+  for (const int version : {0, 1, 101, 102, -100}) {
+    StartAnew();
+    volumes.SetBackupVersion(version);
+    ASSERT_EQ(Backup(), 1);
+    EXPECT_EQ(ReadVolumes().at(0).size(), 131U) << version;
+  }
+  StartAnew();
+  volumes.SetBackupVersion(100);
+  ASSERT_EQ(Backup(), 1);
+  EXPECT_EQ(ReadVolumes().at(0).size(), 123U);
+}
+
+// The second character of the name ends in 0x5C, the byte of a backslash.
+TEST_F(VolumeFormat, ADoubleByteNameCountsItsBytes) {
+  folder.WriteFile("source/\u65e5\u8868.txt", "x");
+  ASSERT_EQ(Backup(), 1);
+  const Bytes volume = ReadVolumes().at(0);
+  EXPECT_EQ(volume[126], 16);
+  EXPECT_EQ(std::string(volume.begin() + 128, volume.begin() + 136), "\x93\xfa\x95\x5c.txt");
+  ASSERT_EQ(Restore(), 1);
+  EXPECT_EQ(Differences(), "");
+}
+
+class VolumeHeader : public VolumeTest {
+ protected:
+  int Read(const Bytes& bytes, std::int64_t at = 0) {
+    folder.WriteFile("volume", bytes);
+    CFile file(folder.Lib("volume").c_str(), CFile::modeRead);
+    file.Seek(at, CFile::begin);
+    const int result = ZorReadVolumeHeader(file, &header);
+    position = file.Seek(0, CFile::current);
+    return result;
+  }
+  ZorVolumeHeader header{};
+  std::uint64_t position = 0;
+};
+
+TEST_F(VolumeHeader, Version100IsWidenedWithoutSign) {
+  Bytes bytes = SetLayout{100}.Header(0xFFFF, 0x12345678);
+  std::fill(bytes.begin() + 96, bytes.begin() + 102, std::uint8_t{0xFF});
+  ASSERT_EQ(Read(bytes), 1);
+  EXPECT_EQ(position, 108U);
+  EXPECT_EQ(header.applicationIdBytes, 65535);
+  EXPECT_EQ(header.memoBytes, 65535);
+  EXPECT_EQ(header.volumeNumber, 65535);
+  EXPECT_EQ(header.numberOfFiles, 0x12345678);
+  EXPECT_STREQ(header.identification, kVolumeIdentification101);
+}
+
+TEST_F(VolumeHeader, WhatIsNoWholeHeaderLeavesTheFileWhereItStood) {
+  const Bytes good = SetLayout{}.Header(1, 1);
+  for (std::size_t size = 0; size < good.size(); ++size) {
+    EXPECT_EQ(Read(Bytes(good.begin(), good.begin() + static_cast<std::ptrdiff_t>(size))), 0)
+        << size;
+    EXPECT_EQ(position, 0U);
+  }
+  EXPECT_EQ(Read(good, 3), 0);
+  EXPECT_EQ(position, 3U);
+}
+
+// Bytes of the two texts that may change; in version 1.00 the digits aren't looked at.
+TEST_F(VolumeHeader, TextsCountUpToTheirTerminators) {
+  for (const int version : {100, 101}) {
+    for (std::size_t offset = 0; offset < 96; ++offset) {
+      Bytes bytes = SetLayout{version}.Header(1, 1);
+      bytes.resize(200);
+      bytes[offset] ^= 0x55;
+      const bool identification = offset < 34;
+      const bool digits = offset >= 64 && offset < 75 && version == 101;
+      folder.WriteFile("volume", bytes);
+      EXPECT_EQ(volumes.Check(folder.Lib("volume").c_str()), identification || digits ? 0 : 1)
+          << version << ", " << offset;
+    }
+  }
+}
+
+TEST_F(VolumeHeader, AreasComeBackWholeAndNoneMeansThreeNullPointers) {
+  MakeTree(folder, "source", {{"a", 10}});
+  volumes.SetIdentity(std::string("\0x\0", 3), "", "memo");
+  ASSERT_EQ(Backup(), 1);
+  ASSERT_EQ(Restore(), 1);
+  EXPECT_THAT(volumes.identity, ElementsAre(std::string("\0x\0", 3), "", "memo"));
+
+  volumes.SetIdentity("", "", "");
+  ASSERT_EQ(Backup(), 1);
+  EXPECT_EQ(ReadVolumes().at(0)[116], 0x20);
+  ASSERT_EQ(Restore(), 1);
+  EXPECT_THAT(volumes.identity, ElementsAre("null", "null", "null"));
+}
+
+}  // namespace
+}  // namespace kozor::test

@@ -1,0 +1,92 @@
+// MediaTest.cpp - two small disks, mounted as drives A: and B:, that really fill up.
+#include <gmock/gmock.h>
+#include <sys/mount.h>
+#include <unistd.h>
+
+#include "tests/volume/VolumeTest.h"
+#include "volume/VolumeSpace.h"
+
+namespace kozor::test {
+namespace {
+
+constexpr std::uint32_t kDiskBytes = 128 * 1024;
+constexpr std::uint32_t kCluster = 4096;
+
+class RealMedia : public VolumeTest {
+ protected:
+  void SetUp() override {
+    if (geteuid() != 0) GTEST_SKIP() << "only root can mount the disks";
+    for (const char* drive : {"A", "B"}) {
+      std::filesystem::create_directories(folder.Path(drive));
+      if (mount("tmpfs", folder.Path(drive).c_str(), "tmpfs", 0, "size=128k") != 0) {
+        GTEST_SKIP() << "this system doesn't let the disks be mounted";
+      }
+      DefineDosDeviceA(0, (drive + std::string(":")).c_str(), folder.Path(drive).c_str());
+    }
+    volumes.nameVolume = [](int number) {
+      return CString(number % 2 == 1 ? "A:\\backup\\set.vol" : "B:\\backup\\set.vol");
+    };
+  }
+  void TearDown() override {
+    for (const char* drive : {"A", "B"}) {
+      DefineDosDeviceA(DDD_REMOVE_DEFINITION, (drive + std::string(":")).c_str(), nullptr);
+      umount(folder.Path(drive).c_str());
+    }
+  }
+  int BackupToDisks() {
+    ZorFind find;
+    find.SetCurrentDirectoryA(folder.Lib("source").c_str());
+    find.AddTail("*.*");
+    return volumes.Backup(find, nullptr);
+  }
+};
+
+TEST_F(RealMedia, SpaceIsWhatAFileThereCanTake) {
+  EXPECT_EQ(ZorQueryVolumeSpace("A:\\set.vol"), kDiskBytes);
+  EXPECT_EQ(ZorQueryVolumeSpace("A:"), kDiskBytes);
+  EXPECT_EQ(ZorQueryVolumeSpace("A:\\new\\sub\\set.vol"), kDiskBytes - 2 * kCluster);
+  EXPECT_EQ(ZorQueryVolumeSpace("A:\\\\new\\\\"), kDiskBytes - kCluster);
+  EXPECT_EQ(ZorQueryVolumeSpace("set.vol"), 0U);
+  EXPECT_EQ(ZorQueryVolumeSpace("Q:\\set.vol"), 0U);
+
+  folder.WriteFile("A/one", "1");
+  EXPECT_EQ(ZorQueryVolumeSpace("A:\\set.vol"), kDiskBytes - kCluster);
+  EXPECT_EQ(ZorQueryVolumeSpace("A:\\one"), kDiskBytes);
+  folder.WriteFile("A/full", Bytes(kDiskBytes - kCluster));
+  EXPECT_EQ(ZorQueryVolumeSpace("A:\\set.vol"), 0U);
+  EXPECT_EQ(ZorQueryVolumeSpace("A:\\one"), kCluster);
+  EXPECT_EQ(ZorQueryVolumeSpace("A:\\new\\one"), 0U);
+}
+
+TEST_F(RealMedia, ASetFillsOneDiskAndGoesOnOnTheOther) {
+  MakeTree(folder, "source", {{"a", 150'000}, {"b", 50'000}});
+  ASSERT_EQ(BackupToDisks(), 1);
+  EXPECT_EQ(std::filesystem::file_size(folder.Path("A/backup/set.vol")), kDiskBytes - kCluster);
+  ASSERT_EQ(Restore(), 1);
+  EXPECT_EQ(Differences(), "");
+
+  ASSERT_EQ(BackupToDisks(), 1);  // the room of the volumes that are replaced counts
+  EXPECT_EQ(std::filesystem::file_size(folder.Path("A/backup/set.vol")), kDiskBytes);
+}
+
+TEST_F(RealMedia, AMediumThatTakesLessThanPromisedEndsTheBackupWithDiskFull) {
+  MakeTree(folder, "source", {{"a", 150'000}});
+  volumes.space = [](const char*) { return 1UL << 20; };
+  EXPECT_EQ(BackupToDisks(), 0);
+  EXPECT_EQ(volumes.GetError(), ZorErrorDiskFull);
+  EXPECT_EQ(volumes.reports.back().phase, ZorMultiVolume::PhaseEnd);
+}
+
+TEST_F(RealMedia, ATargetDiskThatFillsUpEndsTheRestoreWithDiskFull) {
+  MakeTree(folder, "source", {{"a", 1000}, {"b", 150'000}});
+  volumes.nameVolume = [this](int number) {
+    return CString(folder.Lib(VolumeName(number)).c_str());
+  };
+  ASSERT_EQ(BackupToDisks(), 1);
+  EXPECT_EQ(volumes.Restore(nullptr, "A:"), 0);
+  EXPECT_EQ(volumes.GetError(), ZorErrorDiskFull);
+  EXPECT_EQ(folder.ReadFile("A/a"), folder.ReadFile("source/a"));
+}
+
+}  // namespace
+}  // namespace kozor::test

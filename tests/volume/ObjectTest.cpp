@@ -1,0 +1,105 @@
+// ObjectTest.cpp - the object between runs: its three byte strings and their owners.
+#include <gmock/gmock.h>
+
+#include <cstdlib>
+#include <new>
+
+#include "tests/volume/VolumeTest.h"
+
+namespace {
+std::size_t failingSize = 0;  // an array of this size can't be allocated
+
+void* AllocateArray(std::size_t size) {
+  return size != 0 && size == failingSize ? nullptr : std::malloc(size != 0 ? size : 1);
+}
+}  // namespace
+
+void* operator new[](std::size_t size) {
+  void* block = AllocateArray(size);
+  if (block == nullptr) throw std::bad_alloc();
+  return block;
+}
+void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
+  return AllocateArray(size);
+}
+void operator delete[](void* block) noexcept {
+  std::free(block);
+}
+void operator delete[](void* block, std::size_t) noexcept {
+  std::free(block);
+}
+void operator delete[](void* block, const std::nothrow_t&) noexcept {
+  std::free(block);
+}
+
+namespace kozor::test {
+namespace {
+
+using ::testing::ElementsAre;
+
+class VolumeObject : public VolumeTest {
+ protected:
+  VolumeObject() { MakeTree(folder, "source", {{"a", 1}}); }
+  ~VolumeObject() override { failingSize = 0; }
+
+  // What an object writes into a volume.
+  std::vector<std::string> Identity(ZorMultiVolume& object) {
+    ZorFind find;
+    find.AddTail(folder.Lib("source/*.*").c_str());
+    EXPECT_EQ(object.Backup(find, folder.Lib("set/1").c_str()), 1);
+    volumes.identity.clear();
+    EXPECT_EQ(volumes.Check(folder.Lib("set/1").c_str()), 1);
+    return volumes.identity;
+  }
+  static void SetMemo(ZorMultiVolume& object, const std::string& text) {
+    object.SetMemo(reinterpret_cast<const unsigned char*>(text.data()),
+                   static_cast<int>(text.size()));
+  }
+};
+
+TEST_F(VolumeObject, CopiesOwnTheirStrings) {
+  ZorMultiVolume first;
+  SetMemo(first, "memo");
+  first.SetBackupVersion(100);
+  {
+    ZorMultiVolume copy(first);
+    SetMemo(copy, "a copy");
+    EXPECT_THAT(Identity(copy), ElementsAre("", "", "a copy"));
+    EXPECT_EQ(ReadVolumes().at(0)[100], 6);  // version 1.00 came along
+  }
+  EXPECT_THAT(Identity(first), ElementsAre("", "", "memo"));
+
+  ZorMultiVolume assigned;
+  SetMemo(assigned, "old");
+  assigned = first;
+  SetMemo(first, "other");
+  EXPECT_THAT(Identity(assigned), ElementsAre("", "", "memo"));
+  const ZorMultiVolume& self = assigned;
+  assigned = self;
+  EXPECT_THAT(Identity(assigned), ElementsAre("", "", "memo"));
+}
+
+TEST_F(VolumeObject, LengthZeroEmptiesAString) {
+  volumes.SetIdentity("id", "label", "memo");
+  volumes.SetMemo(nullptr, 0);
+  volumes.SetVolume(nullptr, -1);
+  EXPECT_THAT(Identity(volumes), ElementsAre("id", "", ""));
+}
+
+TEST_F(VolumeObject, ASetterWithoutMemoryLeavesTheStringEmpty) {
+  const std::string text(4099, 'x');
+  volumes.SetIdentity("id", "label", "memo");
+  failingSize = text.size();
+  EXPECT_THROW(SetMemo(volumes, text), std::bad_alloc);
+  EXPECT_THAT(Identity(volumes), ElementsAre("id", "label", ""));
+}
+
+TEST_F(VolumeObject, AVolumeWhoseAreasFindNoMemoryIsRefused) {
+  volumes.SetIdentity("id", std::string(4097, 'x'), "");
+  Identity(volumes);
+  failingSize = 4099;
+  EXPECT_EQ(volumes.Check(folder.Lib("set/1").c_str()), 0);
+}
+
+}  // namespace
+}  // namespace kozor::test

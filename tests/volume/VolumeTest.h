@@ -1,0 +1,100 @@
+// VolumeTest.h - the vocabulary of the tests of backup sets: an object whose hooks follow a script
+// and note what they are told, and a folder with a tree to store, its volumes, and what came back.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <functional>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "ZorMultiVolume.h"
+#include "tests/support/TestFolder.h"
+
+namespace kozor::test {
+
+// A call of OnAbort.
+struct Report {
+  int phase;
+  int volumeResult;
+  int filesDone;
+  std::uint32_t bytesDone;
+  std::uint32_t bytesTotal;
+  int volume;
+  std::string fileName;  // without directories; "-" for null
+
+  bool operator==(const Report&) const = default;
+};
+std::ostream& operator<<(std::ostream& out, const Report& report);
+
+class ScriptedVolumes : public ZorMultiVolume {
+ public:
+  // The script.  Volumes are named by `nameVolume` unless a run is given a path.
+  std::function<int(const ONABORTPARAM&)> abort;
+  std::function<int(int kind, const unsigned char*, int)> checkVolume;
+  std::function<CString(const char* destination, const char* name)> makeFileName;
+  std::function<CString(int)> nameVolume;
+  std::function<unsigned long(const char*)> space;
+
+  // The notes.
+  std::vector<Report> reports;
+  std::vector<std::string> identity;  // what OnCheckVolume was shown
+
+  int Check(const char* path) { return CheckVolume(path); }
+  void SetIdentity(const std::string& id, const std::string& label, const std::string& text);
+
+ protected:
+  // Without a script a run stops when a volume is asked for again, so that no test waits for ever.
+  int OnAbort(const ONABORTPARAM& param) override;
+  int OnCheckVolume(int kind, const unsigned char* data, int length) override;
+  CString OnMakeFileName(const char* destination, const char* name) override;
+  CString OnMakeVolumeName(int volumeNumber) override;
+  unsigned long OnQueryDiskSpace(const char* path) override;
+};
+
+// Files are stored from "source" and come back in "target"; the volumes are "set/1", "set/2"...
+class VolumeTest : public ::testing::Test {
+ protected:
+  VolumeTest();
+
+  int Backup(unsigned long volumeBytes = 0xFFFFFFFF, const char* mask = "*.*");
+  int Restore();
+  // An empty "set" and an empty "target" again.
+  void StartAnew();
+
+  static std::string VolumeName(int number) { return "set/" + std::to_string(number); }
+  std::vector<Bytes> ReadVolumes() const;
+  void WriteVolume(int number, const Bytes& bytes) { folder.WriteFile(VolumeName(number), bytes); }
+  // What differs between source and target; empty when nothing does.
+  std::string Differences() const;
+
+  TestFolder folder;
+  ScriptedVolumes volumes;
+};
+
+// A set as a slow and obvious writer lays it out, to compare with.
+struct StoredFile {
+  std::string name;
+  Bytes bytes;
+  std::int32_t time = 0;
+  std::uint8_t attribute = 0x20;
+};
+struct SetLayout {
+  int version = 101;
+  std::string id{};
+  std::string label{};
+  std::string memo{};
+  std::size_t volumeBytes = 0xFFFFFFFF;
+
+  Bytes Header(int number, std::size_t files) const;
+  std::size_t PayloadStart() const { return Header(1, 1).size(); }
+  std::vector<Bytes> Volumes(const std::vector<StoredFile>& files) const;
+};
+Bytes RecordHead(const StoredFile& file, std::uint32_t size);
+Bytes RecordHead(const StoredFile& file);
+// Appends the lowest `width` bytes of `value`, low byte first.
+void AppendNumber(Bytes& bytes, std::uint32_t value, int width);
+
+}  // namespace kozor::test

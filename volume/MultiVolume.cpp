@@ -1,0 +1,140 @@
+// MultiVolume.cpp - the volume object: its three identity strings, the defaults of its hooks, and
+// where its two runs begin.
+#include "ZorMultiVolume.h"
+
+#include <cstring>
+#include <utility>
+
+#include "files/Path.h"
+#include "volume/BackupRun.h"
+#include "volume/RestoreRun.h"
+#include "volume/VolumeFormat.h"
+#include "volume/VolumeRun.h"
+#include "volume/VolumeSpace.h"
+
+namespace {
+
+// The buffer is null exactly when the length is 0, also when the allocation throws.
+void ReplaceBytes(unsigned char*& buffer, int& bufferLength, const unsigned char* data,
+                  int length) {
+  delete[] std::exchange(buffer, nullptr);
+  bufferLength = 0;
+  if (length < 1) return;
+  buffer = new unsigned char[static_cast<std::size_t>(length)];
+  std::memcpy(buffer, data, static_cast<std::size_t>(length));
+  bufferLength = length;
+}
+
+CString DirectoryText(const char* path) {
+  CString directory(path);
+  if (!directory.IsEmpty()) ZorSetTrailingBackslash(directory, 1);
+  return directory;
+}
+
+// The names of the files; directories themselves are never stored.
+void ListFiles(const ZorFind& find, ZorFileList& names) {
+  ZorFind files(find);
+  files.SetAttribute(files.GetAttribute() & ~unsigned{FILE_ATTRIBUTE_DIRECTORY});
+  files.Find(names, 0);
+}
+
+}  // namespace
+
+ZorMultiVolume::ZorMultiVolume()
+    : error(ZorErrorNone),
+      applicationId(nullptr),
+      applicationIdLength(0),
+      volumeLabel(nullptr),
+      volumeLabelLength(0),
+      memo(nullptr),
+      memoLength(0),
+      backupVersion(101) {}
+
+// By way of an empty object, whose destructor runs if a copy of a string can't be made.
+ZorMultiVolume::ZorMultiVolume(const ZorMultiVolume& other) : ZorMultiVolume() {
+  *this = other;
+}
+
+ZorMultiVolume& ZorMultiVolume::operator=(const ZorMultiVolume& other) {
+  if (this == &other) return *this;
+  error = other.error;
+  SetAppricationID(other.applicationId, other.applicationIdLength);
+  SetVolume(other.volumeLabel, other.volumeLabelLength);
+  SetMemo(other.memo, other.memoLength);
+  backupVersion = other.backupVersion;
+  return *this;
+}
+
+ZorMultiVolume::~ZorMultiVolume() {
+  delete[] applicationId;
+  delete[] volumeLabel;
+  delete[] memo;
+}
+
+int ZorMultiVolume::Backup(const ZorFind& find, const char* target) {
+  ZorVolumeRun run(ZorVolumeRun::kBackup, target, error,
+                   [this](const ONABORTPARAM& param) { return OnAbort(param); });
+  ZorFileList names;
+  ListFiles(find, names);
+  if (names.IsEmpty()) {
+    error = ZorErrorCanceled;
+    return 0;
+  }
+  run.progress.filesTotal = names.GetCount();
+  const CString baseDirectory = DirectoryText(find.GetCurrentDirectoryA());
+  run.Perform([&] { ZorBackupRun(*this, run, baseDirectory, target).StoreFiles(names); });
+  return IsError();
+}
+
+int ZorMultiVolume::Restore(const char* source, const char* destination) {
+  ZorVolumeRun run(ZorVolumeRun::kRestore, source, error,
+                   [this](const ONABORTPARAM& param) { return OnAbort(param); });
+  const CString directory = DirectoryText(destination);
+  run.Perform([&] { ZorRestoreRun(*this, run, source, directory).RestoreFiles(); });
+  return IsError();
+}
+
+ZorError ZorMultiVolume::GetError() const {
+  return error;
+}
+
+void ZorMultiVolume::SetAppricationID(const unsigned char* data, int length) {
+  ReplaceBytes(applicationId, applicationIdLength, data, length);
+}
+
+void ZorMultiVolume::SetVolume(const unsigned char* data, int length) {
+  ReplaceBytes(volumeLabel, volumeLabelLength, data, length);
+}
+
+void ZorMultiVolume::SetMemo(const unsigned char* data, int length) {
+  ReplaceBytes(memo, memoLength, data, length);
+}
+
+void ZorMultiVolume::SetBackupVersion(int version) {
+  backupVersion = version;
+}
+
+int ZorMultiVolume::OnAbort(const ONABORTPARAM&) {
+  return 0;
+}
+
+int ZorMultiVolume::OnCheckVolume(int, const unsigned char*, int) {
+  return 1;
+}
+
+CString ZorMultiVolume::OnMakeFileName(const char* destination, const char* name) {
+  return ZorIsFullPath(name) != 0 ? CString(name) : CString(destination) + name;
+}
+
+CString ZorMultiVolume::OnMakeVolumeName(int) {
+  return {};
+}
+
+unsigned long ZorMultiVolume::OnQueryDiskSpace(const char* path) {
+  return ZorQueryVolumeSpace(path);
+}
+
+// 1 when there is no error, which is the result of a run.
+int ZorMultiVolume::IsError() const {
+  return error == ZorErrorNone ? 1 : 0;
+}

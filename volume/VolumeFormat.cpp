@@ -1,0 +1,103 @@
+// VolumeFormat.cpp - making and recognising the header of a volume, and taking a record's name.
+#include "volume/VolumeFormat.h"
+
+#include <cstring>
+
+namespace {
+
+// What stands behind the terminator of a text in its field doesn't count.
+template <std::size_t kFieldSize, std::size_t kTextSize>
+bool HoldsText(const char (&field)[kFieldSize], const char (&text)[kTextSize]) {
+  static_assert(kTextSize <= kFieldSize);
+  return std::memcmp(field, text, kTextSize) == 0;
+}
+
+template <std::size_t kFieldSize, std::size_t kTextSize>
+void PutText(char (&field)[kFieldSize], const char (&text)[kTextSize]) {
+  static_assert(kTextSize <= kFieldSize);
+  std::memcpy(field, text, kTextSize);
+}
+
+template <typename Header>
+bool ReadWhole(CFile& file, Header* header) {
+  return file.Read(header, sizeof(Header)) == sizeof(Header);
+}
+
+ZorVolumeHeader Widen(const ZorVolumeHeader100& narrow) {
+  ZorVolumeHeader header = ZorMakeVolumeHeader();
+  header.applicationIdBytes = narrow.applicationIdBytes;
+  header.volumeLabelBytes = narrow.volumeLabelBytes;
+  header.memoBytes = narrow.memoBytes;
+  header.volumeNumber = narrow.volumeNumber;
+  header.numberOfFiles = narrow.numberOfFiles;
+  return header;
+}
+
+CString ByteName(const ZorFileRecord& record, std::size_t length) {
+  return {record.name, static_cast<int>(strnlen(record.name, length))};
+}
+
+CString WideName(const ZorFileRecord& record, std::size_t length) {
+  std::array<WCHAR, kNameAreaBytes / 2> text;
+  std::size_t count = 0;
+  for (; count < length; ++count) {
+    kozor::LittleEndian<std::uint16_t> character;
+    std::memcpy(&character, record.name + 2 * count, sizeof(character));
+    if (character == 0) break;
+    text[count] = static_cast<WCHAR>(std::uint16_t{character});
+  }
+  return {text.data(), static_cast<int>(count)};
+}
+
+}  // namespace
+
+CString ZorRecordName(const ZorFileRecord& record) {
+  const std::size_t length = record.nameWord >> 1;
+  return ZorIsWideName(record.nameWord) ? WideName(record, length) : ByteName(record, length);
+}
+
+ZorVolumeHeader ZorMakeVolumeHeader() {
+  ZorVolumeHeader header{};
+  PutText(header.identification, kVolumeIdentification101);
+  PutText(header.digits, kVolumeDigits);
+  return header;
+}
+
+ZorVolumeHeader100 ZorNarrowVolumeHeader(const ZorVolumeHeader& header) {
+  ZorVolumeHeader100 narrow{};
+  PutText(narrow.identification, kVolumeIdentification100);
+  PutText(narrow.digits, kVolumeDigits);
+  narrow.applicationIdBytes = static_cast<std::uint16_t>(header.applicationIdBytes);
+  narrow.volumeLabelBytes = static_cast<std::uint16_t>(header.volumeLabelBytes);
+  narrow.memoBytes = static_cast<std::uint16_t>(header.memoBytes);
+  narrow.volumeNumber = static_cast<std::uint16_t>(header.volumeNumber);
+  narrow.numberOfFiles = header.numberOfFiles;
+  return narrow;
+}
+
+std::uint32_t ZorVolumeHeaderBytes(int backupVersion) {
+  return backupVersion == kBackupVersion100 ? sizeof(ZorVolumeHeader100) : sizeof(ZorVolumeHeader);
+}
+
+int ZorReadVolumeHeader(CFile& file, ZorVolumeHeader* header) {
+  const auto start = static_cast<std::int64_t>(file.Seek(0, CFile::current));
+  char identification[sizeof(ZorVolumeHeader::identification)]{};
+  file.Read(identification, sizeof(identification));
+  file.Seek(start, CFile::begin);
+
+  bool found = false;
+  if (HoldsText(identification, kVolumeIdentification100)) {
+    ZorVolumeHeader100 narrow;
+    found = ReadWhole(file, &narrow);
+    if (found) *header = Widen(narrow);
+  } else if (HoldsText(identification, kVolumeIdentification101)) {
+    found = ReadWhole(file, header);
+  }
+  if (!found) file.Seek(start, CFile::begin);
+  return found ? 1 : 0;
+}
+
+bool ZorIsVolumeHeader(const ZorVolumeHeader& header) {
+  return HoldsText(header.identification, kVolumeIdentification101) &&
+         HoldsText(header.digits, kVolumeDigits);
+}

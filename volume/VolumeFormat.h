@@ -1,0 +1,138 @@
+// VolumeFormat.h - what stands on a volume of a backup set: the layouts, the limits, the header.
+//
+//   volume   = header, application ID, volume label, memo, payload up to the end of the file
+//   payloads = the payloads of all volumes, end to end: for each file its record head, its bytes
+//
+// A structure here is the bytes of the medium in memory: no field is aligned, numbers stand low
+// byte first on every machine.  The whole story, for writers of other readers:
+// docs/volume-format.md.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+
+#include "platform/classlib/ClassLib.h"
+
+namespace kozor {
+
+// An integer of at most 32 bits as a medium holds it.
+template <typename Int>
+class LittleEndian {
+  static_assert(sizeof(Int) <= sizeof(std::uint32_t));
+
+ public:
+  LittleEndian& operator=(Int value) {
+    auto bits = static_cast<std::uint32_t>(value);
+    for (std::uint8_t& byte : bytes) {
+      byte = static_cast<std::uint8_t>(bits);
+      bits >>= 8;
+    }
+    return *this;
+  }
+
+  operator Int() const {
+    std::uint32_t bits = 0;
+    for (std::size_t i = 0; i < bytes.size(); ++i) bits |= std::uint32_t{bytes[i]} << (8 * i);
+    return static_cast<Int>(bits);
+  }
+
+ private:
+  std::array<std::uint8_t, sizeof(Int)> bytes{};
+};
+
+}  // namespace kozor
+
+inline constexpr char kVolumeIdentification100[] = "Morlig Filer Library Version 1.00";
+inline constexpr char kVolumeIdentification101[] = "Morlig Filer Library Version 1.01";
+inline constexpr char kVolumeDigits[] = "0123456789";
+
+// The value of SetBackupVersion that selects version 1.00; any other one selects 1.01.
+inline constexpr int kBackupVersion100 = 100;
+
+struct ZorVolumeHeader {                                 // offset, version 1.01
+  char identification[64];                               //      0  zero-terminated
+  char digits[32];                                       //     64  zero-terminated
+  kozor::LittleEndian<std::int32_t> applicationIdBytes;  //     96
+  kozor::LittleEndian<std::int32_t> volumeLabelBytes;    //    100
+  kozor::LittleEndian<std::int32_t> memoBytes;           //    104
+  kozor::LittleEndian<std::int32_t> volumeNumber;        //    108  from 1
+  kozor::LittleEndian<std::int32_t> numberOfFiles;       //    112  of the set, in every volume
+};
+static_assert(alignof(ZorVolumeHeader) == 1 && sizeof(ZorVolumeHeader) == 116 &&
+              offsetof(ZorVolumeHeader, applicationIdBytes) == 96 &&
+              offsetof(ZorVolumeHeader, volumeNumber) == 108);
+
+struct ZorVolumeHeader100 {                               // offset, version 1.00
+  char identification[64];                                //      0
+  char digits[32];                                        //     64  readers don't look at it
+  kozor::LittleEndian<std::uint16_t> applicationIdBytes;  //     96
+  kozor::LittleEndian<std::uint16_t> volumeLabelBytes;    //     98
+  kozor::LittleEndian<std::uint16_t> memoBytes;           //    100
+  kozor::LittleEndian<std::uint16_t> volumeNumber;        //    102
+  kozor::LittleEndian<std::int32_t> numberOfFiles;        //    104
+};
+static_assert(alignof(ZorVolumeHeader100) == 1 && sizeof(ZorVolumeHeader100) == 108 &&
+              offsetof(ZorVolumeHeader100, applicationIdBytes) == 96 &&
+              offsetof(ZorVolumeHeader100, volumeNumber) == 102);
+
+// A file that is shorter is no volume, whichever version its header has.  (A last volume of version
+// 1.00 with fewer than 7 bytes of areas can be shorter: docs/volume-format.md tells the remedy.)
+inline constexpr std::uint32_t kShortestVolumeBytes = sizeof(ZorVolumeHeader);
+
+// Room for a stored name with its terminator.
+inline constexpr std::uint32_t kNameAreaBytes = 524;
+
+// A record head takes its fixed bytes and the name with its terminator; the rest of the name area
+// isn't stored.
+struct ZorFileRecord {                           // offset, both versions
+  kozor::LittleEndian<std::uint8_t> attribute;   //      0  low 8 bits of FILE_ATTRIBUTE_*
+  kozor::LittleEndian<std::uint8_t> reserved;    //      1  written as 0, not looked at
+  kozor::LittleEndian<std::int32_t> timeStamp;   //      2  last write, seconds since 1970 UTC
+  kozor::LittleEndian<std::uint32_t> fileBytes;  //      6  that many follow in the stream
+  kozor::LittleEndian<std::uint16_t> nameWord;   //     10  characters * 2 + wide flag
+  char name[kNameAreaBytes];                     //     12
+};
+inline constexpr std::uint32_t kRecordFixedBytes = 12;
+static_assert(alignof(ZorFileRecord) == 1 && sizeof(ZorFileRecord) == 536 &&
+              offsetof(ZorFileRecord, timeStamp) == 2 &&
+              offsetof(ZorFileRecord, name) == kRecordFixedBytes);
+
+constexpr bool ZorIsWideName(std::uint16_t nameWord) {
+  return (nameWord & 1) != 0;
+}
+
+// The name word of a byte name of `length` bytes, without its terminator.
+constexpr std::uint16_t ZorNameWord(std::uint32_t length) {
+  return static_cast<std::uint16_t>(length * 2);
+}
+
+// The bytes that a name of this name word takes, with its terminator; up to 65,536.
+constexpr std::uint32_t ZorNameBytes(std::uint16_t nameWord) {
+  const std::uint32_t characters = (nameWord >> 1) + 1U;
+  return ZorIsWideName(nameWord) ? characters * 2 : characters;
+}
+
+// The name of a record whose name area holds all bytes of its name.  The length in the name word
+// counts, and ends the name even if the terminator is damaged.  A wide name comes in the active
+// code page; what that can't express becomes its default character.
+CString ZorRecordName(const ZorFileRecord& record);
+
+// A header with its two constant texts and zeros for everything else.
+ZorVolumeHeader ZorMakeVolumeHeader();
+
+// The same header in the layout of version 1.00.  Lengths and number keep their low 16 bits only.
+ZorVolumeHeader100 ZorNarrowVolumeHeader(const ZorVolumeHeader& header);
+
+// Bytes of the header that a set of this backup version has in front of each volume.
+std::uint32_t ZorVolumeHeaderBytes(int backupVersion);
+
+// Reads the header of either version that stands at the file's position, and returns 1 with the
+// file right behind it; `header` then has the texts of version 1.01 for a volume of version 1.00
+// too, and the digits of a volume of version 1.01 as they were read.  Returns 0, with the file
+// standing where it stood, if there is no header or not all of it.  Throws CFileException when the
+// file can't be read.
+int ZorReadVolumeHeader(CFile& file, ZorVolumeHeader* header);
+
+// Whether the two constant texts are right, each up to and including its terminator.
+bool ZorIsVolumeHeader(const ZorVolumeHeader& header);

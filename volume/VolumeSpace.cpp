@@ -1,0 +1,79 @@
+// VolumeSpace.cpp - see VolumeSpace.h.
+#include "volume/VolumeSpace.h"
+
+#include <algorithm>
+#include <limits>
+
+#include "ZorFileServices.h"
+#include "files/Path.h"
+
+namespace {
+
+// Stands in for the cluster of a medium that doesn't tell its clusters.
+constexpr std::uint64_t kSectorBytes = 512;
+
+std::uint64_t ClusterBytes(const char* rootDirectory) {
+  DWORD sectorsPerCluster = 0;
+  DWORD bytesPerSector = 0;
+  DWORD freeClusters = 0;
+  DWORD totalClusters = 0;
+  if (GetDiskFreeSpaceA(rootDirectory, &sectorsPerCluster, &bytesPerSector, &freeClusters,
+                        &totalClusters) == 0) {
+    return kSectorBytes;
+  }
+  const std::uint64_t bytes = std::uint64_t{sectorsPerCluster} * bytesPerSector;
+  return bytes != 0 ? bytes : kSectorBytes;
+}
+
+bool GetFreeBytes(const char* rootDirectory, std::uint64_t* bytes) {
+  SetLastError(0);
+  *bytes = ZorGetDiskSpace(rootDirectory, 1, nullptr);
+  // 0 bytes are a full disk when the query worked, and no disk when it didn't.
+  return *bytes != 0 || GetLastError() == 0;
+}
+
+std::uint64_t CountMissingDirectories(const char* path, const char* directory,
+                                      const char* fileName) {
+  std::uint64_t missing = 0;
+  CFileStatus status;
+  // `cursor` stands on the backslash behind the levels that have been counted.
+  for (const char* cursor = directory; *cursor != 0 && cursor + 1 != fileName;) {
+    const char* level = ++cursor;
+    while (*cursor != 0 && *cursor != '\\') cursor = CharNextA(cursor);
+    if (cursor == level) continue;
+    if (CFile::GetStatus(CString(path, static_cast<int>(cursor - path)), status) == 0) ++missing;
+  }
+  return missing;
+}
+
+std::uint64_t ReplacedBytes(const char* path, std::uint64_t clusterBytes) {
+  CFileStatus status;
+  if (CFile::GetStatus(path, status) == 0) return 0;
+  return (status.m_size + clusterBytes - 1) / clusterBytes * clusterBytes;
+}
+
+}  // namespace
+
+std::uint32_t ZorQueryVolumeSpace(const char* path) {
+  const char* root = nullptr;
+  const char* directory = nullptr;
+  const char* fileName = nullptr;
+  ZorSplitPath(path, &root, &directory, &fileName);
+  if (root == nullptr) return 0;
+  const CString text(path);
+  const char* rootEnd = directory != nullptr ? directory : fileName;
+  const CString rootDirectory =
+      (rootEnd != nullptr ? text.Left(static_cast<int>(rootEnd - path)) : text) + "\\";
+
+  std::uint64_t room = 0;
+  if (!GetFreeBytes(rootDirectory, &room)) return 0;
+  const std::uint64_t clusterBytes = ClusterBytes(rootDirectory);
+  std::uint64_t cost = 0;
+  if (directory != nullptr && *directory == '\\') {
+    cost = CountMissingDirectories(path, directory, fileName) * clusterBytes;
+  }
+  if (fileName != nullptr) room += ReplacedBytes(path, clusterBytes);
+  if (room < cost) return 0;
+  return static_cast<std::uint32_t>(
+      std::min<std::uint64_t>(room - cost, std::numeric_limits<std::uint32_t>::max()));
+}
