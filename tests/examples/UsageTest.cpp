@@ -1,0 +1,164 @@
+// UsageTest.cpp - kozor's command line, exit codes, progress and what a signal leaves behind.
+#include <chrono>
+#include <csignal>
+#include <thread>
+
+#include "tests/examples/KozorProgram.h"
+
+namespace kozor::test {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::AllOf;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::StartsWith;
+
+class KozorUsage : public KozorProgram {};
+
+TEST_F(KozorUsage, HelpsWithEveryCommand) {
+  const CommandResult help = Kozor({"--help"});
+  EXPECT_EQ(help.status, 0);
+  for (const std::string command :
+       {"add", "extract", "list", "print", "delete", "backup", "restore", "info"}) {
+    EXPECT_THAT(help.output, HasSubstr("\n  " + command + " "));
+    for (const std::vector<std::string>& words :
+         {std::vector<std::string>{command, "--help"}, {"help", command}}) {
+      const CommandResult result = Kozor(words);
+      EXPECT_EQ(result.status, 0);
+      EXPECT_THAT(result.output, StartsWith("Usage: kozor " + command));
+    }
+  }
+  EXPECT_EQ(Kozor({"--version"}).output, "kozor " KOZOR_VERSION "\n");
+}
+
+TEST_F(KozorUsage, RefusesCommandLinesThatMakeNoSense) {
+  const std::vector<std::vector<std::string>> lines = {
+      {},
+      {"pack"},
+      {"add"},
+      {"add", "a.lzh"},
+      {"add", "--newer", "a.lzh", "x"},
+      {"add", "a.lzh", "x", "-C"},
+      {"add", "--new=yes", "a.lzh", "x"},
+      {"add", "--stdin", "x", "a.lzh", "y"},
+      {"extract"},
+      {"list", "-l", "a.lzh"},
+      {"print", "a.lzh"},
+      {"print", "a.lzh", "x", "y"},
+      {"delete", "a.lzh"},
+      {"backup", "x.vol"},
+      {"backup", "--format", "102", "x.vol", "x"},
+      {"backup", "--volume-size", "0", "x.vol", "x"},
+      {"backup", "--volume-size", "4G", "x.vol", "x"},
+      {"backup", "--volume-size", "1T", "x.vol", "x"},
+      {"restore"},
+      {"info"},
+  };
+  for (const std::vector<std::string>& line : lines) {
+    const CommandResult result = Kozor(line);
+    EXPECT_EQ(result.status, 2) << testing::PrintToString(line) << result.output;
+    EXPECT_THAT(result.output, AllOf(StartsWith("kozor: "), HasSubstr("kozor --help")));
+  }
+  EXPECT_THAT(TopNames(), IsEmpty());
+}
+
+TEST_F(KozorUsage, TakesNamesThatBeginWithAHyphenBehindTwoHyphens) {
+  folder.WriteFile("-n", "x");
+  MustRun({"add", "a.lzh", "--", "-n"});
+  EXPECT_THAT(Members("a.lzh"), ElementsAre("-n"));
+}
+
+TEST_F(KozorUsage, ShowsProgressOnATerminalOnly) {
+  if (!HaveProgram("script")) GTEST_SKIP() << "the program script isn't installed";
+  folder.WriteFile("tree/file", "contents");
+  const std::string command = "$KOZOR add --new a.lzh tree";
+  EXPECT_EQ(Shell(command).output, "");
+  const CommandResult shown = Shell("script -qec \"" + command + "\" /dev/null < /dev/null");
+  EXPECT_EQ(shown.status, 0);
+  EXPECT_THAT(shown.output, HasSubstr("%"));
+}
+
+TEST_F(KozorUsage, FailsWhenItsOutputIsntTaken) {
+  if (!fs::exists("/dev/full")) GTEST_SKIP() << "there is no /dev/full";
+  const CommandResult result = Shell("$KOZOR --help > /dev/full");
+  EXPECT_EQ(result.status, 1);
+  EXPECT_THAT(result.output, HasSubstr("standard output"));
+}
+
+class KozorSignals : public KozorProgram {
+ protected:
+  // Starts a command, sends `signal` as soon as `ready` is true, and returns the exit status.
+  template <typename Condition>
+  int RunAndSignal(const std::string& command, const char* signal, Condition ready) const {
+    int status = -1;
+    std::thread runner([&] {
+      status = Shell("sh -c 'echo $$ > pid; exec \"$0\" \"$@\"' $KOZOR " + command).status;
+    });
+    while (!ready()) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    Shell("kill -" + std::string(signal) + " $(cat pid)");
+    runner.join();
+    fs::remove(folder.Path("pid"));
+    return status;
+  }
+
+  // Whether a directory of the run's own stands beside the archive.
+  bool OwnDirectoryExists() const {
+    for (const std::string& name : TopNames()) {
+      if (name.starts_with(".kozor-")) return true;
+    }
+    return false;
+  }
+};
+
+TEST_F(KozorSignals, LeaveNothingBehindWhenAddingToNothing) {
+  folder.WriteFile("tree/big", RandomBytes(32 << 20));
+  const int status = RunAndSignal("add a.lzh tree", "INT", [&] { return OwnDirectoryExists(); });
+  EXPECT_EQ(status, 128 + SIGINT);
+  EXPECT_THAT(TopNames(), ElementsAre("tree"));
+}
+
+TEST_F(KozorSignals, KeepTheOldArchive) {
+  folder.WriteFile("small", "x");
+  MustRun({"add", "a.lzh", "small"});
+  const Bytes before = folder.ReadFile("a.lzh");
+  folder.WriteFile("tree/big", RandomBytes(32 << 20));
+  for (const char* option : {"--new", "--overwrite"}) {
+    const int status = RunAndSignal(std::string("add ") + option + " a.lzh tree", "TERM",
+                                    [&] { return OwnDirectoryExists(); });
+    EXPECT_EQ(status, 128 + SIGTERM);
+    EXPECT_EQ(folder.ReadFile("a.lzh"), before);
+    EXPECT_THAT(TopNames(), ElementsAre("a.lzh", "small", "tree"));
+  }
+}
+
+TEST_F(KozorSignals, LeaveWholeFilesOnlyWhenExtracting) {
+  constexpr int kFiles = 150;
+  const std::string contents(1 << 20, 'x');
+  std::vector<Bytes> members;
+  for (int i = 0; i < kFiles; ++i) members.push_back(StoredMember(std::to_string(i), contents));
+  folder.WriteFile("a.lzh", StoredArchive(members));
+  const int status =
+      RunAndSignal("extract a.lzh -d out", "INT", [&] { return folder.Exists("out/1"); });
+  EXPECT_EQ(status, 128 + SIGINT);
+  const std::vector<std::string> files = folder.List("out");
+  EXPECT_LT(files.size(), std::size_t{kFiles});
+  const Bytes whole(contents.begin(), contents.end());
+  for (const std::string& file : files)
+    EXPECT_TRUE(folder.ReadFile("out/" + file) == whole) << file;
+}
+
+TEST_F(KozorSignals, EndAWaitForStandardInput) {
+  ASSERT_EQ(Shell("mkfifo in").status, 0);
+  const auto start = std::chrono::steady_clock::now();
+  // Open for both, the pipe never ends.
+  const int status = RunAndSignal("add --stdin x a.lzh <> in", "INT", [&] {
+    return std::chrono::steady_clock::now() - start > std::chrono::milliseconds(500);
+  });
+  EXPECT_EQ(status, 128 + SIGINT);
+  EXPECT_THAT(TopNames(), ElementsAre("in"));
+}
+
+}  // namespace
+}  // namespace kozor::test

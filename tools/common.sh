@@ -1,0 +1,89 @@
+# Sourced by the other tools: where the project is, and how what it needs gets there.
+# shellcheck shell=bash
+set -euo pipefail
+cd "$(dirname "${BASH_SOURCE[0]}")/.."
+export LC_ALL=C.UTF-8
+
+fail() {
+  echo "$(basename "$0"): $*" >&2
+  exit 1
+}
+
+say() {
+  printf '\n== %s\n' "$*"
+}
+
+as_root() {
+  if [ "$(id -u)" -eq 0 ]; then
+    "$@"
+  elif command -v sudo > /dev/null; then
+    sudo "$@"
+  else
+    fail "packages are missing; run as root or install sudo"
+  fi
+}
+
+is_installed() {
+  [ "$(dpkg-query -W -f '${db:Status-Status}' "$1" 2> /dev/null)" = installed ]
+}
+
+# Installs those of the given Debian packages that aren't there yet.
+need_packages() {
+  command -v dpkg-query > /dev/null || fail "not a Debian system; install by hand: $*"
+  local package missing=()
+  for package in "$@"; do
+    is_installed "$package" || missing+=("$package")
+  done
+  if [ "${#missing[@]}" -eq 0 ]; then return; fi
+  say "Installing ${missing[*]}"
+  as_root env DEBIAN_FRONTEND=noninteractive apt-get update -qq
+  as_root env DEBIAN_FRONTEND=noninteractive \
+    apt-get install -y -qq --no-install-recommends "${missing[@]}" > /dev/null
+}
+
+# What a build takes.
+need_build_tools() {
+  need_packages cmake ninja-build g++
+}
+
+# What building and running the tests takes: the test framework, and programs that look at archives
+# with other eyes than ours.
+need_test_tools() {
+  need_build_tools
+  need_packages libgtest-dev libgmock-dev pkg-config attr lhasa 7zip libarchive-tools jlha-utils
+}
+
+# quietly LOG COMMAND...: runs a command and shows what it said only if it fails.
+quietly() {
+  local log=$1
+  shift
+  mkdir -p "$(dirname "$log")"
+  if ! "$@" > "$log" 2>&1; then
+    tail -n 100 "$log"
+    fail "failed: $*"
+  fi
+}
+
+# build PRESET [CMAKE-OPTION...]: configures and builds into build/PRESET.
+build() {
+  local preset=$1
+  shift
+  say "Building ($preset)"
+  quietly "build/$preset/configure.log" cmake --preset "$preset" "$@"
+  quietly "build/$preset/build.log" cmake --build "build/$preset"
+}
+
+# run_tests PRESET: all tests of a build, and a summary: what failed, and what was left out and why.
+run_tests() {
+  local preset=$1 log=build/$1/tests.log status=0
+  say "Testing ($preset)"
+  ctest --preset "$preset" --parallel "$(nproc)" > "$log" 2>&1 || status=$?
+  if [ "$status" -ne 0 ]; then
+    grep -v -E '^ +(Start +[0-9]+:|[0-9]+/[0-9]+ Test +#.* (Passed|\*\*\*Skipped))' "$log" || true
+    fail "tests failed; the whole log is $log"
+  fi
+  sed -n '/tests passed/,$p' "$log" | sed '/^Label Time/,$d'
+  echo "Reasons for skipping, if any:"
+  grep -h -A 1 ': Skipped$' "build/$preset/Testing/Temporary/LastTest.log" |
+    grep -v -e ': Skipped$' -e '^--$' | sort | uniq -c || true
+}
