@@ -76,19 +76,19 @@ void BM_Decode(benchmark::State& state, Method method) {
 
 // Many small members one after the other, as in an archive of source files.
 void BM_EncodeSmallMembers(benchmark::State& state) {
-  constexpr std::size_t kMembers = 1000;
+  constexpr int kMembers = 1000;
   const auto memberSize = static_cast<std::size_t>(state.range(0));
   const Bytes data = TextData(kMembers + memberSize);
   Encoder encoder(Method::lh5);
   Bytes packed;
   for (auto _ : state) {
-    for (std::size_t i = 0; i < kMembers; ++i) {
+    for (std::size_t i = 0; i < std::size_t{kMembers}; ++i) {
       packed.clear();
       encoder.Append(std::span(data).subspan(i, memberSize), packed);
       encoder.Finish(packed);
     }
   }
-  state.SetItemsProcessed(static_cast<std::int64_t>(kMembers * state.iterations()));
+  state.SetItemsProcessed(kMembers * state.iterations());
 }
 
 void BM_Crc16(benchmark::State& state) {

@@ -68,7 +68,7 @@ void Measure(benchmark::State& state, Work& work, int success, Act act,
       return;
     }
   }
-  state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * work.bytes));
+  state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(work.bytes));
 }
 
 void Backup(benchmark::State& state, bool large) {
@@ -103,5 +103,3 @@ BENCH(Restore, ten_thousand_files, false);
 #undef BENCH
 
 }  // namespace
-
-BENCHMARK_MAIN();

@@ -71,6 +71,6 @@ int ZorSetFileAttribute(const char* name, unsigned int attribute) {
 int ZorGetFileAttribute(const char* name, unsigned int& attribute) {
   const auto entry = EntryOf(name);
   if (!entry) return 0;
-  attribute = entry->dwFileAttributes & ~FILE_ATTRIBUTE_NORMAL;
+  attribute = entry->dwFileAttributes & ~DWORD{FILE_ATTRIBUTE_NORMAL};
   return 1;
 }

@@ -5,8 +5,9 @@
 //   find.AddTail("*.*");
 //   ZorArchive archive;
 //   if (!archive.Compress(find, "C:\\backup\\data.lzh", 0, 0)) return archive.GetError();
-//   if (!archive.Extract("C:\\backup\\data.lzh", "C:\\restored", nullptr)) return
-//   archive.GetError();
+//   if (!archive.Extract("C:\\backup\\data.lzh", "C:\\restored", nullptr)) {
+//     return archive.GetError();
+//   }
 //
 // The work on the archive itself is done by the archiver module UNLHA32.DLL, which every operation
 // loads for itself and frees again.  Without it each operation fails with
@@ -19,7 +20,8 @@
 // One object may be active in a process at a time, on one thread: the archiver's callbacks know the
 // object that was default-constructed last, and none once any ZorArchive has been destroyed.
 //
-// Paths are byte strings in the active ANSI code page.  No name may hold a double quote.
+// Paths are byte strings in the active ANSI code page.  No name may hold a double quote: it would
+// change what a line for the archiver says, so such a line isn't given (ZorErrorFileOpen).
 #pragma once
 
 #include <cstdint>
@@ -78,7 +80,8 @@ class ZOR_API ZorArchive {
   // archive already and the overwrite mode is 0; 32 when nothing is selected.
   int Compress(const ZorFind& find, const char* archive, int append, int selfExtracting);
 
-  // Makes one member `name` of the `size` bytes at `data`.  `append` as in Compress.
+  // Makes one member `name` of the `size` bytes at `data`.  `append` as in Compress.  4 GiB or more
+  // are no member (ZorErrorFileFailure).
   int CompressMem(const char* archive, const char* name, const unsigned char* data,
                   unsigned long size, int append);
 
@@ -127,6 +130,10 @@ class ZOR_API ZorArchive {
   const char* GetWorkDirectory() const;
 
  protected:
+  // The hooks may throw.  A CException ends the operation as an error: ZorErrorDiskFull for a
+  // CFileException of that cause, else ZorErrorFileFailure.  Anything else comes out of the
+  // operation, once that has closed as after a cancel.
+
   // Called at every step of an operation.  Non-zero stops it, with ZorErrorCanceled.
   virtual int OnAbort(const ONABORTPARAM& param);
 

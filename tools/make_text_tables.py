@@ -92,7 +92,9 @@ def simple_upper(point):
 
 def upper_case():
     """Runs of lower-case letters with one distance to their capitals, one or two apart."""
-    pairs = [(p, simple_upper(p)) for p in range(0x80, 0x20000) if simple_upper(p) != p]
+    # No other letter becomes an ASCII one (as dotless i would), which also makes comparing quick.
+    pairs = [(p, simple_upper(p)) for p in range(0x80, 0x20000)]
+    pairs = [(p, upper) for p, upper in pairs if upper != p and upper >= 0x80]
     runs = []
     for point, upper in pairs:
         distance = upper - point

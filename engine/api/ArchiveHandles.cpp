@@ -8,7 +8,9 @@
 namespace kozor::api {
 namespace {
 
-std::uintptr_t NumberOf(HARC handle) { return reinterpret_cast<std::uintptr_t>(handle); }
+std::uintptr_t NumberOf(HARC handle) {
+  return reinterpret_cast<std::uintptr_t>(handle);
+}
 
 }  // namespace
 

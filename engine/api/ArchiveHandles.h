@@ -14,8 +14,8 @@
 
 namespace kozor::api {
 
-// Handles are numbers that are never used again, so one that is not open is known as such whatever it
-// holds.  May be used from several threads.
+// Handles are numbers that are never used again, so one that is not open is known as such whatever
+// it holds.  May be used from several threads.
 class ArchiveHandles {
  public:
   using Depth = container::MemberSearch::Depth;

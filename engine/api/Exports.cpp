@@ -81,7 +81,9 @@ int ResultOf(ArchiveHandles::Found found) {
 
 }  // namespace
 
-int WINAPI UnlhaGetRunning() { return state.isRunning ? 1 : 0; }
+int WINAPI UnlhaGetRunning() {
+  return state.isRunning ? 1 : 0;
+}
 
 int WINAPI Unlha(HWND, const char* command, char*, std::uint32_t) {
   return CodeOf([&] {
@@ -113,7 +115,9 @@ int WINAPI UnlhaKillOwnerWindowEx(HWND) {
   return 1;
 }
 
-int WINAPI UnlhaSetCursorMode(int mode) { return state.cursorMode.exchange(mode); }
+int WINAPI UnlhaSetCursorMode(int mode) {
+  return state.cursorMode.exchange(mode);
+}
 
 HARC WINAPI UnlhaOpenArchive(HWND, const char* path, std::uint32_t mode) {
   HARC handle = nullptr;
@@ -162,9 +166,9 @@ int WINAPI UnlhaExtractMem(HWND, const char* command, std::uint8_t* buffer, std:
   return code;
 }
 
-int WINAPI UnlhaCompressMem(HWND, const char* command, const std::uint8_t* data,
-                            std::uint32_t size, const std::int32_t* time,
-                            const std::uint16_t* attribute, std::uint32_t* written) {
+int WINAPI UnlhaCompressMem(HWND, const char* command, const std::uint8_t* data, std::uint32_t size,
+                            const std::int32_t* time, const std::uint16_t* attribute,
+                            std::uint32_t* written) {
   kozor::commands::MemoryMember member;
   if (time != nullptr) member.unixTime = *time;
   if (attribute != nullptr) member.attribute = *attribute;
@@ -173,8 +177,8 @@ int WINAPI UnlhaCompressMem(HWND, const char* command, const std::uint8_t* data,
     const Run run;
     if (data == nullptr && size != 0) throw Failure(Code::cannotRead);
     if (size != 0) member.data = {data, size};
-    packedBytes = state.archiver.CompressFromMemory(command != nullptr ? command : "", member,
-                                                    Listener());
+    packedBytes =
+        state.archiver.CompressFromMemory(command != nullptr ? command : "", member, Listener());
   });
   if (written != nullptr) *written = packedBytes;
   return code;

@@ -1,9 +1,9 @@
 // Unlha32.h - the archiver's binding: the thirteen entry points of UNLHA32.DLL, with the types and
 // records that cross it.
 //
-// All widths are fixed, whatever the width of `long`.  Text is in the active code page.  Result codes
-// and command lines: docs/archiver.md.  A caller loads the module and looks the names up; nothing
-// links against it.
+// All widths are fixed, whatever the width of `long`.  Text is in the active code page.  Result
+// codes and command lines: docs/archiver.md.  A caller loads the module and looks the names up;
+// nothing links against it.
 #pragma once
 
 #include <cstddef>
@@ -35,11 +35,11 @@ static_assert(offsetof(UnlhaMemberRecord, date) == 22 && offsetof(UnlhaMemberRec
 static_assert(sizeof(UnlhaMemberRecord) == 560);
 
 // What the callback gets while a file is under way.
-struct UnlhaProgressRecord {    // offset
-  std::uint32_t size;           //      0  bytes of the file
-  std::uint32_t done;           //      4  of them
-  std::uint8_t reserved[516];   //      8  zero
-  char name[516];               //    524  at most 512 bytes and a terminator
+struct UnlhaProgressRecord {   // offset
+  std::uint32_t size;          //      0  bytes of the file
+  std::uint32_t done;          //      4  of them
+  std::uint8_t reserved[516];  //      8  zero
+  char name[516];              //    524  at most 512 bytes and a terminator
 };
 static_assert(offsetof(UnlhaProgressRecord, name) == 524);
 
@@ -76,18 +76,17 @@ UNLHA_EXPORT int WINAPI UnlhaFindNext(HARC archive, UnlhaMemberRecord* record);
 UNLHA_EXPORT int WINAPI UnlhaGetAttribute(HARC archive);
 
 // Unpacks the member that the line names into `buffer`, never beyond `size` bytes.  `time` gets
-// seconds since 1970 in UTC, `attribute` the DOS attributes, `written` the bytes delivered; each may
-// be null.  Returns 0 or a result code.
+// seconds since 1970 in UTC, `attribute` the DOS attributes, `written` the bytes delivered; each
+// may be null.  Returns 0 or a result code.
 UNLHA_EXPORT int WINAPI UnlhaExtractMem(HWND window, const char* command, std::uint8_t* buffer,
                                         std::uint32_t size, std::int32_t* time,
                                         std::uint16_t* attribute, std::uint32_t* written);
 
-// Makes a member of `data` under the name that the line gives.  `time` and `attribute` are read where
-// they are not null; else they are the present moment and the archive attribute.  `written`, if not
-// null, gets the packed size.  Returns 0 or a result code.
-UNLHA_EXPORT int WINAPI UnlhaCompressMem(HWND window, const char* command,
-                                         const std::uint8_t* data, std::uint32_t size,
-                                         const std::int32_t* time, const std::uint16_t* attribute,
-                                         std::uint32_t* written);
+// Makes a member of `data` under the name that the line gives.  `time` and `attribute` are read
+// where they are not null; else they are the present moment and the archive attribute.  `written`,
+// if not null, gets the packed size.  Returns 0 or a result code.
+UNLHA_EXPORT int WINAPI UnlhaCompressMem(HWND window, const char* command, const std::uint8_t* data,
+                                         std::uint32_t size, const std::int32_t* time,
+                                         const std::uint16_t* attribute, std::uint32_t* written);
 
 }  // extern "C"

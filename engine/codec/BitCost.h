@@ -39,11 +39,9 @@ constexpr std::array<std::uint16_t, 1U << kLog2TableBits> kLog2Table = [] {
 
 // log2(x) in units of 1/256, x >= 1.
 constexpr std::uint32_t Log2(std::uint32_t x) {
-  const auto whole = static_cast<unsigned>(std::bit_width(x)) - 1;
-  const std::uint32_t mantissa = whole <= internal::kLog2TableBits
-                                     ? x << (internal::kLog2TableBits - whole)
-                                     : x >> (whole - internal::kLog2TableBits);
-  return (whole << kCostFractionBits) +
+  const auto zeros = static_cast<unsigned>(std::countl_zero(x));
+  const std::uint32_t mantissa = (x << zeros) >> (31 - internal::kLog2TableBits);
+  return ((31 - zeros) << kCostFractionBits) +
          internal::kLog2Table[mantissa - (1U << internal::kLog2TableBits)];
 }
 

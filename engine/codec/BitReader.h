@@ -5,7 +5,7 @@
 // once per item and then looks and consumes without further tests.  Over the last bytes the buffer
 // grows byte by byte, and behind them with zero bits: a decoder must be able to look ahead past the
 // end.  Only when bits behind the end have really been consumed is the input too short, and a few
-// of them are forgiven, because there are writers that drop zero bytes at the end.
+// of them are forgiven: data whose last zero bytes are missing still says all.
 #pragma once
 
 #include <cstddef>

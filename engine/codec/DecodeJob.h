@@ -21,7 +21,7 @@ struct DecodeJob {
 
   // Where to report next.  Half of what is promised to the caller, since a decoder may run past it
   // by one match.
-  static constexpr std::size_t kReportEvery = 128 * 1024;
+  static constexpr std::size_t kReportEvery = std::size_t{128} * 1024;
   std::size_t NextReport() const {
     return target.size() - done > kReportEvery ? done + kReportEvery : target.size();
   }

@@ -19,7 +19,7 @@
 namespace kozor::codec {
 namespace {
 
-constexpr std::size_t kChunkBytes = 256 * 1024;
+constexpr std::size_t kChunkBytes = std::size_t{256} * 1024;
 
 const LhMethod* FindWritten(Method method) {
   switch (method) {

@@ -23,14 +23,17 @@ struct Leaf {
   std::uint32_t symbol;
 };
 
+// The most things on offer at one level: all coins and a package for every two things below.
+constexpr std::size_t kMaxThings = std::size_t{2} * kItemSymbols;
+
 // The things on offer at one level, cheapest first.
 struct Level {
-  std::array<std::uint32_t, 2 * kItemSymbols> prices;
+  std::array<std::uint32_t, kMaxThings> prices;
   std::size_t size = 0;
 };
 
 // Which things of a level are coins.
-using CoinMarks = std::array<bool, 2 * kItemSymbols>;
+using CoinMarks = std::array<bool, kMaxThings>;
 
 // Merges the coins with packages of two things of the level below.
 void MergePackages(std::span<const Leaf> leaves, const Level& below, Level& level,

@@ -78,9 +78,12 @@ std::size_t TakeDistance(BitReader& in, unsigned symbol) {
   return static_cast<std::size_t>(offset) + 1;
 }
 
-// Decodes items while they are far from both ends.
+// Decodes items while they are far from both ends.  Literals come in runs, and one refill is enough
+// for three of them, or for a match.
 void LhDecoder::DecodeInside(std::size_t limit) {
-  constexpr std::size_t kRoom = kMaxMatchLength + kCopySlack;
+  constexpr unsigned kMaxLiterals = 3;
+  static_assert(kMaxLiterals * kMaxCodeBits <= BitReader::kRefilledBits);
+  constexpr std::size_t kRoom = kMaxLiterals + kMaxMatchLength + kCopySlack;
   if (job.target.size() < kRoom || distanceCode.IsEmpty()) return;
   std::uint8_t* const begin = job.target.data();
   std::uint8_t* const end = begin + std::min(limit, job.target.size() - kRoom);
@@ -88,14 +91,20 @@ void LhDecoder::DecodeInside(std::size_t limit) {
   BitReader bits = in;
   std::size_t itemsLeft = blockItemsLeft;
 
-  while (itemsLeft != 0 && out < end && bits.IsFarFromEnd()) {
+  while (itemsLeft >= kMaxLiterals && out < end && bits.IsFarFromEnd()) {
     bits.RefillFast();
-    --itemsLeft;
-    const unsigned symbol = itemCode.Decode(bits);
-    if (symbol < kLiteralSymbols) {
+    unsigned symbol = itemCode.Decode(bits);
+    unsigned literals = 0;
+    while (symbol < kLiteralSymbols) {
       *out++ = static_cast<std::uint8_t>(symbol);
-      continue;
+      if (++literals == kMaxLiterals) break;
+      symbol = itemCode.Decode(bits);
     }
+    itemsLeft -= literals;
+    if (literals == kMaxLiterals) continue;
+
+    --itemsLeft;
+    bits.Refill();
     const std::size_t length = symbol - kLengthToItemSymbol;
     const std::size_t distance = TakeDistance(bits, distanceCode.Decode(bits));
     if (distance <= static_cast<std::size_t>(out - begin)) {

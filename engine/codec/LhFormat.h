@@ -25,8 +25,8 @@ struct LhMethod {
   unsigned distanceSymbolsMax;  // more of them are damage to a reader
 };
 
-// Readers take one symbol more than the window needs for lh4 and lhx, because there are writers
-// that use twice the window.  It costs nothing: all that was unpacked is still in the target.
+// Readers take one symbol more than the window needs for lh4 and lhx, in case a writer took twice
+// the window.  It costs nothing: all that was unpacked is still in the target.
 constexpr LhMethod kLh4{4096, 4, 14};
 constexpr LhMethod kLh5{8192, 4, 14};
 constexpr LhMethod kLh6{32768, 5, 16};

@@ -16,26 +16,34 @@
 
 namespace kozor::codec {
 
-// Wide copies write up to this many bytes behind the end of a match.
-constexpr std::size_t kCopySlack = 16;
+constexpr std::size_t kCopyWord = 16;
+// Wide copies write less than this many bytes behind the end of a match.
+constexpr std::size_t kCopySlack = 3 * kCopyWord;
 
 // Needs distance bytes before `out`, and length + kCopySlack bytes behind it.
 inline void CopyMatchWide(std::uint8_t* out, std::size_t distance, std::size_t length) {
-  // The smallest multiple of each distance that a 16-byte word does not overlap: what repeats after
+  // The smallest multiple of each distance that a word does not overlap: what repeats after
   // `distance` bytes also repeats after any multiple.
-  static constexpr std::array<std::uint8_t, 16> kWideMultiple = {0,  16, 16, 18, 16, 20, 18, 21,
-                                                                 16, 18, 20, 22, 24, 26, 28, 30};
+  static constexpr std::array<std::uint8_t, kCopyWord> kWideMultiple = {
+      0, 16, 16, 18, 16, 20, 18, 21, 16, 18, 20, 22, 24, 26, 28, 30};
+  const auto copyWord = [&] {
+    std::memcpy(out, out - distance, kCopyWord);
+    out += kCopyWord;
+  };
   std::uint8_t* const end = out + length;
-  if (distance < kCopySlack) {
+  if (distance < kCopyWord) {
     if (distance == 1) {
       std::memset(out, out[-1], length);
       return;
     }
-    for (std::size_t i = 0; i < kCopySlack; ++i) out[i] = (out - distance)[i];
-    out += kCopySlack;
+    for (std::size_t i = 0; i < kCopyWord; ++i) out[i] = (out - distance)[i];
+    out += kCopyWord;
     distance = kWideMultiple[distance];
   }
-  for (; out < end; out += kCopySlack) std::memcpy(out, out - distance, kCopySlack);
+  // Most matches end within two words: without tests there is nothing to predict wrongly.
+  copyWord();
+  copyWord();
+  while (out < end) copyWord();
 }
 
 // Copies what fits into the target at `position`; places before its beginning read as spaces.

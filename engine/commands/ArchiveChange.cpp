@@ -15,8 +15,8 @@ using container::Failure;
 // Why an archive that is there could not be opened for writing.
 Code OpenFailureCode(DWORD error, const std::string& path) {
   const DWORD attributes = GetFileAttributesA(path.c_str());
-  const bool isFile = attributes != INVALID_FILE_ATTRIBUTES &&
-                      (attributes & FILE_ATTRIBUTE_DIRECTORY) == 0;
+  const bool isFile =
+      attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) == 0;
   const bool isProtected = error == ERROR_ACCESS_DENIED || error == ERROR_WRITE_PROTECT;
   return isProtected && isFile ? Code::archiveReadOnly : Code::archiveNotOpened;
 }

@@ -1,4 +1,5 @@
-// Archiver.h - what the archiver does: the commands, the two memory calls, and opening for searches.
+// Archiver.h - what the archiver does: the commands, the two memory calls, and opening for
+// searches.
 //
 // One object serves a process.  It remembers the archives used last and keeps its encoders; an
 // archive is open only while a call works on it.  Every operation throws a container::Failure where
@@ -23,9 +24,9 @@ namespace kozor::commands {
 
 // What a memory extraction delivers besides the bytes.
 struct ExtractedMember {
-  std::int32_t unixTime = 0;  // last write, seconds since 1970 in UTC, 0 to 0x7FFFFFFF
+  std::int32_t unixTime = 0;    // last write, seconds since 1970 in UTC, 0 to 0x7FFFFFFF
   std::uint16_t attribute = 0;  // DOS bits
-  std::uint32_t written = 0;  // bytes in the buffer
+  std::uint32_t written = 0;    // bytes in the buffer
 };
 
 // What a memory compression is told besides the name.

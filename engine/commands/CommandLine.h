@@ -10,8 +10,9 @@ namespace kozor::commands {
 enum class NewMethod { lh5, lh6, lh7, stored };
 
 struct CommandLine {
-  std::string command;        // "a", "d", "s"; empty in the lines of the memory calls
-  std::string workDirectory;  // for temporaries, with a separator at its end; empty: beside the archive
+  std::string command;  // "a", "d", "s"; empty in the lines of the memory calls
+  std::string
+      workDirectory;  // for temporaries, with a separator at its end; empty: beside the archive
   NewMethod method = NewMethod::lh5;
   bool isDirectoryMode = false;       // -d1
   std::vector<std::string> operands;  // the archive first

@@ -71,8 +71,8 @@ void MemberPacker::PackWith(codec::Method method, PackInput& input, NewMember& m
   encoders.emplace(method, std::move(encoder));
 }
 
-void MemberPacker::Pack(PackInput& input, NewMethod method, NewMember& member,
-                        MemberOutput& output, Progress& progress) {
+void MemberPacker::Pack(PackInput& input, NewMethod method, NewMember& member, MemberOutput& output,
+                        Progress& progress) {
   const std::uint64_t headerOffset = output.Position();
   output.Write(container::BuildHeader(member));  // keeps the place
   const std::uint64_t dataOffset = output.Position();

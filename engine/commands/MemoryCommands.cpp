@@ -67,8 +67,8 @@ class Extraction {
 
  private:
   void ReadStored(std::uint32_t& written) {
-    const auto available = static_cast<std::size_t>(
-        std::min<std::uint64_t>(target.size(), member.packedBytes));
+    const auto available =
+        static_cast<std::size_t>(std::min<std::uint64_t>(target.size(), member.packedBytes));
     while (written < available) {
       const std::size_t wanted = std::min(available - written, kProgressStep);
       const auto piece = target.subspan(written, wanted);
@@ -136,8 +136,8 @@ void Archiver::ExtractToMemory(std::string_view text, std::span<std::uint8_t> bu
   result.unixTime = UnixTimeOf(member);
   result.attribute = member.attribute;
 
-  const auto target = buffer.first(static_cast<std::size_t>(
-      std::min<std::uint64_t>(buffer.size(), member.originalBytes)));
+  const auto target = buffer.first(
+      static_cast<std::size_t>(std::min<std::uint64_t>(buffer.size(), member.originalBytes)));
   Progress progress(listener);
   progress.Begin(member.name, member.originalBytes);
   Extraction(file, member, target, progress).Run(result.written);

@@ -21,7 +21,8 @@ class PackInput {
 class FileInput : public PackInput {
  public:
   // `buffer` is lent for the pieces.
-  FileInput(container::File& opened, std::vector<std::uint8_t>& lent) : file(opened), buffer(lent) {}
+  FileInput(container::File& opened, std::vector<std::uint8_t>& lent)
+      : file(opened), buffer(lent) {}
 
   container::ByteSpan Next() override;
   void Rewind() override { position = 0; }

@@ -24,8 +24,8 @@ struct ProgressEvent {
 // Returns false to stop the command.  May be empty.
 using ProgressListener = std::function<bool(const ProgressEvent&)>;
 
-// The reports of one file after the other.  All of them throw Code::cancelled as soon as the listener
-// asks to stop.
+// The reports of one file after the other.  All of them throw Code::cancelled as soon as the
+// listener asks to stop.
 class Progress {
  public:
   explicit Progress(const ProgressListener& told) : listener(told) {}

@@ -6,8 +6,8 @@
 
 namespace kozor::commands {
 
-// One name a line, whatever the line ends are; blanks around a name and double quotes are no part of
-// it.  Empty lines say nothing.  Throws Code::responseFileNotRead.
+// One name a line, whatever the line ends are; blanks around a name and double quotes are no part
+// of it.  Empty lines say nothing.  Throws Code::responseFileNotRead.
 std::vector<std::string> ReadResponseFile(const std::string& path);
 
 }  // namespace kozor::commands

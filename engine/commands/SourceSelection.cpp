@@ -25,16 +25,20 @@ bool EndsInSeparator(const std::string& path) {
   return !path.empty() && container::DirectoryOf(path) == path;
 }
 
-bool IsSeparator(char c) { return c == '\\' || c == '/'; }
+bool IsSeparator(char c) {
+  return c == '\\' || c == '/';
+}
 
 bool HasRoot(const std::string& name) {
   return (!name.empty() && IsSeparator(name[0])) || (name.size() > 1 && name[1] == ':');
 }
 
-bool HasWildCard(const std::string& name) { return name.find_first_of("*?") != std::string::npos; }
+bool HasWildCard(const std::string& name) {
+  return name.find_first_of("*?") != std::string::npos;
+}
 
-// Calls `take` for each entry that a search gives, but for "." and "..".  False when there is none at
-// all.
+// Calls `take` for each entry that a search gives, but for "." and "..".  False when there is none
+// at all.
 bool ForEachEntry(const std::string& mask,
                   const std::function<void(const WIN32_FIND_DATAA& entry)>& take) {
   WIN32_FIND_DATAA entry;
@@ -80,8 +84,8 @@ class Selection {
     AddFile(base, name, path);
   }
 
-  // The files of a directory and of all below it, and the directories themselves; names are relative
-  // to `top`.
+  // The files of a directory and of all below it, and the directories themselves; names are
+  // relative to `top`.
   void AddTree(const std::string& top, const std::string& below = {}) {
     const std::string directory = top + below;
     const FileStamp stamp = StampOf(directory);
@@ -161,8 +165,8 @@ class Selection {
 
 void AddNames(const std::string& base, const std::string& word, Selection& selection) {
   const std::string asFile = HasRoot(word) ? word : base + word;
-  const bool isResponse = word.starts_with('@') &&
-                          GetFileAttributesA(asFile.c_str()) == INVALID_FILE_ATTRIBUTES;
+  const bool isResponse =
+      word.starts_with('@') && GetFileAttributesA(asFile.c_str()) == INVALID_FILE_ATTRIBUTES;
   if (!isResponse) {
     selection.AddName(base, word);
     return;
@@ -196,8 +200,8 @@ std::vector<Source> SelectSources(const CommandLine& line) {
       continue;
     }
     const DWORD attributes = GetFileAttributesA(word.c_str());
-    const bool isThere = attributes != INVALID_FILE_ATTRIBUTES &&
-                         (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+    const bool isThere =
+        attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
     if (!isThere) throw Failure(Code::notFound);
     selection.AddTree(EndsInSeparator(word) ? word : word + '\\');
   }

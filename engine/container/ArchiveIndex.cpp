@@ -109,8 +109,8 @@ void ArchiveIndex::EnterName(std::size_t position) {
   byKey.try_emplace(member.key, position);
 }
 
-// Names that differ only in characters that cannot be shown would hide each other.  The later one gets
-// its place in the archive behind it: "__.txt", "__.txt~2".
+// Names that differ only in characters that cannot be shown would hide each other.  The later one
+// gets its place in the archive behind it: "__.txt", "__.txt~2".
 void ArchiveIndex::MakeNameUnique(std::size_t position) {
   Member& member = members[position];
   if (member.kind != MemberKind::file) return;

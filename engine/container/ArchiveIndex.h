@@ -33,8 +33,8 @@ struct Member {
   std::uint64_t originalBytes = 0;
   std::optional<std::uint16_t> crc;
 
-  std::uint64_t utcTime = 0;  // last write, 100 ns since 1601
-  DosTime localTime;          // the same in local time
+  std::uint64_t utcTime = 0;    // last write, 100 ns since 1601
+  DosTime localTime;            // the same in local time
   std::uint16_t attribute = 0;  // DOS bits
 
   std::uint64_t DataOffset() const { return offset + headerBytes; }
@@ -46,17 +46,17 @@ class ArchiveIndex {
  public:
   // The index of an archive without members, at the start of its file.
   explicit ArchiveIndex(unsigned int codePage) : workingPage(codePage) {}
-  // Reads an archive; names are decoded for the working code page.  Throws Code::notAnArchive or one
-  // of the header codes: an index is complete or not there.
+  // Reads an archive; names are decoded for the working code page.  Throws Code::notAnArchive or
+  // one of the header codes: an index is complete or not there.
   ArchiveIndex(ByteSource& source, unsigned int codePage);
   ArchiveIndex(const ArchiveIndex& other);
   ArchiveIndex& operator=(const ArchiveIndex&) = delete;
 
   const std::deque<Member>& Members() const { return members; }
 
-  // The position of the member of exactly this name, or else of the first whose name differs in case
-  // alone.  '/' counts as '\'.  Of several members of one name the last counts.  A directory is found
-  // by its name with a '\' at the end.
+  // The position of the member of exactly this name, or else of the first whose name differs in
+  // case alone.  '/' counts as '\'.  Of several members of one name the last counts.  A directory
+  // is found by its name with a '\' at the end.
   std::optional<std::size_t> Find(std::string_view name) const;
   std::optional<std::size_t> FindExactly(std::string_view name) const;
 

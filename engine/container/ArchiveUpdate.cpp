@@ -33,8 +33,8 @@ std::vector<Range> KeptRanges(const ArchiveIndex& index, const std::vector<bool>
   return ranges;
 }
 
-// Behind the end mark stands what an append of ours left that was stopped before its commit: a header
-// whose first byte is still the end mark.
+// Behind the end mark stands what an append of ours left that was stopped before its commit: a
+// header whose first byte is still the end mark.
 bool IsUncommittedAppend(File& file, std::uint64_t endMark) {
   std::array<std::uint8_t, kCommonHeaderBytes> bytes{};
   if (file.ReadAt(endMark, bytes) != bytes.size()) return false;

@@ -1,11 +1,11 @@
 // ArchiveUpdate.h - one change of an archive: it happens as a whole or not at all.
 //
-// Members are written to Output() in either form; Commit makes the change; an object that goes without
-// a commit leaves the archive as it was.
+// Members are written to Output() in either form; Commit makes the change; an object that goes
+// without a commit leaves the archive as it was.
 //
 // Appending in place commits with one byte.  Everything but the first byte of the new members is
-// written and flushed behind the old end mark, at which every reader stops; then that byte takes the
-// end mark's place.  Rewriting makes a complete new file, which then takes the old one's place.
+// written and flushed behind the old end mark, at which every reader stops; then that byte takes
+// the end mark's place.  Rewriting makes a complete new file, which then takes the old one's place.
 #pragma once
 
 #include <memory>
@@ -31,9 +31,11 @@ class ArchiveUpdate {
   virtual ~ArchiveUpdate() = default;
 
   virtual MemberOutput& Output() = 0;
-  // Copies what stays of the old archive, if that has to be done; call it before anything is written.
+  // Copies what stays of the old archive, if that has to be done; call it before anything is
+  // written.
   virtual void CopyKept(const CopyProgress& progress) = 0;
-  // Writes the end mark and makes the change.  An update that wrote nothing changes nothing in place.
+  // Writes the end mark and makes the change.  An update that wrote nothing changes nothing in
+  // place.
   virtual void Commit() = 0;
 };
 
@@ -48,8 +50,8 @@ void RefuseCodeBehindArchive(OpenArchive& archive);
 // The archive stays open in `archive` after the commit.
 std::unique_ptr<ArchiveUpdate> AppendInPlace(OpenArchive& archive);
 
-// `removed` tells by position which members do not stay; `workDirectory` is where the temporary goes,
-// empty for beside the archive.
+// `removed` tells by position which members do not stay; `workDirectory` is where the temporary
+// goes, empty for beside the archive.
 std::unique_ptr<ArchiveUpdate> RewriteArchive(OpenArchive& archive, std::vector<bool> removed,
                                               const std::string& workDirectory);
 

@@ -6,7 +6,9 @@
 namespace kozor::container {
 namespace {
 
-std::string Text(ByteSpan payload) { return {payload.begin(), payload.end()}; }
+std::string Text(ByteSpan payload) {
+  return {payload.begin(), payload.end()};
+}
 
 // UTF-16LE; an odd last byte is dropped.
 std::u16string Utf16Text(ByteSpan payload) {

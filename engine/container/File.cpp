@@ -38,7 +38,9 @@ OpenArguments ArgumentsOf(File::Mode mode) {
   return {GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ, CREATE_NEW};
 }
 
-std::uint64_t Join(DWORD high, DWORD low) { return static_cast<std::uint64_t>(high) << 32 | low; }
+std::uint64_t Join(DWORD high, DWORD low) {
+  return static_cast<std::uint64_t>(high) << 32 | low;
+}
 
 }  // namespace
 

@@ -12,7 +12,7 @@ namespace kozor::container {
 
 // What tells one state of one file from all others: which file it is, how long, when written.
 struct FileStamp {
-  std::uint64_t identity = 0;   // of the file on its volume
+  std::uint64_t identity = 0;  // of the file on its volume
   std::uint32_t volume = 0;
   std::uint64_t size = 0;
   std::uint64_t lastWrite = 0;  // 100 ns since 1601

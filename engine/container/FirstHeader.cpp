@@ -2,8 +2,8 @@
 //
 // A file is looked at in this order: a header at its start; the end of the program's own image, for
 // the kinds of program that tell it (MZ, PE, ELF); from there on byte by byte.  A place counts only
-// if every test of a header holds there and its packed data ends inside the file, because stubs carry
-// texts like "-lhd-" and even fake headers.
+// if every test of a header holds there and its packed data ends inside the file, because stubs
+// carry texts like "-lhd-" and even fake headers.
 #include "engine/container/FirstHeader.h"
 
 #include <algorithm>
@@ -91,8 +91,9 @@ std::uint64_t EndOfProgram(ByteSource& source) {
   if (magic.size() < 4) return 0;
   std::uint64_t end = 0;
   if (magic[0] == 'M' && magic[1] == 'Z') end = EndOfMz(source);
-  if (std::memcmp(magic.data(), "\x7F"
-                                "ELF",
+  if (std::memcmp(magic.data(),
+                  "\x7F"
+                  "ELF",
                   4) == 0) {
     end = EndOfElf64(source);
   }
@@ -119,8 +120,8 @@ std::optional<std::uint64_t> Scan(ByteSource& source, std::uint64_t begin, std::
   return std::nullopt;
 }
 
-// A stub may hold a small archive of its own.  A header right behind the end mark of an archive that
-// was found behind a prefix tells that it did.
+// A stub may hold a small archive of its own.  A header right behind the end mark of an archive
+// that was found behind a prefix tells that it did.
 std::uint64_t PassStubArchives(ByteSource& source, std::uint64_t offset) {
   constexpr std::uint64_t kReach = 16;
   for (;;) {

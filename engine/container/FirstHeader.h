@@ -1,7 +1,7 @@
 // FirstHeader.h - finds where an archive begins: at the start of its file, or behind a prefix.
 //
-// Self-extracting programs and wrappers put bytes of their own in front of the first header, and some
-// of those bytes look like headers.
+// Self-extracting programs and wrappers put bytes of their own in front of the first header, and
+// some of those bytes look like headers.
 #pragma once
 
 #include "engine/container/ByteSource.h"

@@ -16,8 +16,6 @@ namespace {
 
 constexpr std::size_t kMaxExtensionBytes = 4096;
 constexpr std::size_t kExtensionOverhead = 3;  // id and the size of the next one
-constexpr std::size_t kBaseBytes = 26;
-constexpr std::size_t kFirstSizePosition = 24;
 constexpr std::uint16_t kPlainAttribute = 0x20;
 constexpr std::uint8_t kOsWindows = 'W';  // readers don't change the case of names under this id
 
@@ -72,7 +70,7 @@ bool FitsBaseSeconds(std::uint64_t utcTime) {
 
 std::vector<std::uint8_t> BuildBase(const NewMember& member) {
   std::vector<std::uint8_t> bytes(2);  // the total size, known at the end
-  bytes.reserve(kBaseBytes + 64 + member.name.directory.size() + member.name.file.size());
+  bytes.reserve(96 + member.name.directory.size() + member.name.file.size());
   bytes.insert(bytes.end(), member.method.begin(), member.method.end());
   AppendNumber(bytes, member.packedBytes, 4);
   AppendNumber(bytes, member.originalBytes, 4);

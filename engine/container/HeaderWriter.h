@@ -15,8 +15,8 @@ struct NewMember {
   MethodId method = kStoredMethod;
   std::uint64_t packedBytes = 0;
   std::uint64_t originalBytes = 0;
-  std::uint16_t crc = 0;         // of the original data
-  std::uint64_t utcTime = 0;     // last write, 100 ns since 1601
+  std::uint16_t crc = 0;           // of the original data
+  std::uint64_t utcTime = 0;       // last write, 100 ns since 1601
   std::uint16_t attribute = 0x20;  // DOS bits
 };
 

@@ -39,8 +39,8 @@ std::shared_ptr<const ArchiveIndex> IndexCache::Get(const std::string& path, Fil
   const unsigned int workingPage = GetACP();
   const std::scoped_lock lock(mutex);
   if (const Entry* entry = Lookup(path)) {
-    const bool isGood = entry->isSettled && entry->stamp == stamp &&
-                        entry->index->WorkingPage() == workingPage;
+    const bool isGood =
+        entry->isSettled && entry->stamp == stamp && entry->index->WorkingPage() == workingPage;
     if (isGood) return entry->index;
     entries.pop_front();
   }
@@ -67,7 +67,8 @@ void IndexCache::MembersAppended(const std::string& path, File& file) noexcept {
   if (entry == nullptr) return;
   try {
     ReadOn(*entry, file);
-  } catch (const std::exception&) {  // the archive is good; its index is read again when it is needed
+  } catch (
+      const std::exception&) {  // the archive is good; its index is read again when it is needed
     entries.pop_front();
   }
 }

@@ -1,5 +1,5 @@
-// IndexCache.h - indexes of the archives used last, so that opening an unchanged archive again costs
-// no second reading.
+// IndexCache.h - indexes of the archives used last, so that opening an unchanged archive again
+// costs no second reading.
 #pragma once
 
 #include <list>
@@ -12,8 +12,8 @@
 
 namespace kozor::container {
 
-// An index counts as good while the file has the same identity, size and time of last write, and the
-// working code page is the same.  May be used from several threads.
+// An index counts as good while the file has the same identity, size and time of last write, and
+// the working code page is the same.  May be used from several threads.
 class IndexCache {
  public:
   // The index of an archive that is open as `file`.  Throws as ArchiveIndex does.

@@ -1,7 +1,7 @@
 // Mask.cpp - see Mask.h.
 //
-// The mask is a row of elements, and the matcher keeps the set of places in it that the name read so
-// far can have led to.  So a name costs its length times that of the mask at most, whatever the
+// The mask is a row of elements, and the matcher keeps the set of places in it that the name read
+// so far can have led to.  So a name costs its length times that of the mask at most, whatever the
 // number of wild-cards.
 #include "engine/container/Mask.h"
 
@@ -12,7 +12,9 @@ namespace {
 
 constexpr char16_t kEnd = 0;  // behind the last character of a name
 
-bool IsWild(char16_t c) { return c == u'*' || c == u'?'; }
+bool IsWild(char16_t c) {
+  return c == u'*' || c == u'?';
+}
 
 }  // namespace
 

@@ -27,11 +27,11 @@ class Mask {
 
  private:
   enum class Kind {
-    character,    // itself
-    anyRun,       // '*'
+    character,     // itself
+    anyRun,        // '*'
     runToLastDot,  // '*' in front of a dot: any run that leaves the last dot of the name alone
-    anyOne,       // '?'
-    dotOrEnd,     // '.' in front of a wild-card: a dot, or nothing at the end of the name
+    anyOne,        // '?'
+    dotOrEnd,      // '.' in front of a wild-card: a dot, or nothing at the end of the name
   };
   struct Element {
     Kind kind;

@@ -16,7 +16,9 @@ bool IsLetterOrDigit(char c) {
   return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
 }
 
-bool IsPmarc(const MethodId& method) { return method[1] == 'p' && method[2] == 'm'; }
+bool IsPmarc(const MethodId& method) {
+  return method[1] == 'p' && method[2] == 'm';
+}
 
 // Levels 0 and 1: byte 0 counts the bytes behind byte 1, and byte 1 is their sum.
 bool BaseSumFits(ByteSpan bytes) {
@@ -40,8 +42,8 @@ HeaderStatus CheckHeaderCrc(ByteSpan bytes, const ChainResult& chain, const Memb
                                                                : HeaderStatus::checksumWrong;
 }
 
-// A few writers give no header CRC.  But if the first extension is one of its size and would hold the
-// right CRC, its id has been damaged, and nothing else would tell.
+// A few writers give no header CRC.  But if the first extension is one of its size and would hold
+// the right CRC, its id has been damaged, and nothing else would tell.
 bool HasLostItsCrc(ByteSpan header, const ChainBounds& bounds, const ChainResult& chain) {
   constexpr std::size_t kCrcBytes = 2;
   const std::size_t next = bounds.begin + 1 + kCrcBytes + bounds.width;
@@ -61,7 +63,8 @@ void ReadDosTime(ByteSpan bytes, MemberHeader& header) {
   header.dosDate = ReadU16(bytes, 17);
 }
 
-// What some writers put behind the CRC of a level 0 header.  The -pm?- family keeps a comment there.
+// What some writers put behind the CRC of a level 0 header.  The -pm?- family keeps a comment
+// there.
 void ReadLevel0Extra(ByteSpan extra, MemberHeader& header) {
   if (extra.empty() || IsPmarc(header.method)) return;
   const bool isUnix = extra[0] == 'U' && extra.size() >= 12;
@@ -81,7 +84,8 @@ HeaderStatus ParseLevel0(ByteSpan bytes, MemberHeader& header) {
 
   header.headerBytes = static_cast<std::uint32_t>(total);
   header.attribute = bytes[19];
-  header.name.base.assign(bytes.begin() + 22, bytes.begin() + static_cast<std::ptrdiff_t>(crcPosition));
+  header.name.base.assign(bytes.begin() + 22,
+                          bytes.begin() + static_cast<std::ptrdiff_t>(crcPosition));
   ReadDosTime(bytes, header);
   if (hasCrc) {
     header.crc = ReadU16(bytes, crcPosition);
@@ -98,7 +102,8 @@ HeaderStatus ParseLevel1(ByteSpan bytes, MemberHeader& header) {
   if (crcPosition + 5 > baseBytes) return HeaderStatus::broken;
   if (!BaseSumFits(bytes)) return HeaderStatus::checksumWrong;
 
-  header.name.base.assign(bytes.begin() + 22, bytes.begin() + static_cast<std::ptrdiff_t>(crcPosition));
+  header.name.base.assign(bytes.begin() + 22,
+                          bytes.begin() + static_cast<std::ptrdiff_t>(crcPosition));
   header.crc = ReadU16(bytes, crcPosition);
   header.osId = bytes[crcPosition + 2];
   ReadDosTime(bytes, header);
@@ -197,7 +202,8 @@ HeaderStatus ParseMemberHeader(ByteSpan bytes, MemberHeader& header) {
   header.originalBytes = ReadU32(bytes, 11);
   header.level = bytes[20];
   const HeaderStatus status = ParseByLevel(bytes, header);
-  if (status == HeaderStatus::complete && IsAmigaDirectory(header)) header.method = kDirectoryMethod;
+  if (status == HeaderStatus::complete && IsAmigaDirectory(header))
+    header.method = kDirectoryMethod;
   return status;
 }
 

@@ -30,10 +30,10 @@ inline constexpr MethodId kDirectoryMethod = {'-', 'l', 'h', 'd', '-'};
 // The name fields as they stand in the header, not decoded.  What they mean together is decided in
 // MemberName.h, once the whole chain has been read.
 struct NameFields {
-  std::string base = {};  // in the base header of levels 0 and 1
-  std::optional<std::string> file = std::nullopt;                 // extension 0x01
-  std::optional<std::string> directory = std::nullopt;            // extension 0x02
-  std::optional<std::u16string> unicodeFile = std::nullopt;       // extension 0x44
+  std::string base = {};                                     // in the base header of levels 0 and 1
+  std::optional<std::string> file = std::nullopt;            // extension 0x01
+  std::optional<std::string> directory = std::nullopt;       // extension 0x02
+  std::optional<std::u16string> unicodeFile = std::nullopt;  // extension 0x44
   std::optional<std::u16string> unicodeDirectory = std::nullopt;  // extension 0x45
   std::uint32_t codePage = 0;  // extension 0x46, of the byte strings above; 0 when not recorded
 };
@@ -41,21 +41,21 @@ struct NameFields {
 struct MemberHeader {
   std::uint8_t level = 0;
   MethodId method{};
-  std::uint8_t osId = 0;         // 0 in level 0
+  std::uint8_t osId = 0;          // 0 in level 0
   std::uint32_t headerBytes = 0;  // from the first byte to the packed data
   std::uint64_t packedBytes = 0;
   std::uint64_t originalBytes = 0;
   std::optional<std::uint16_t> crc;  // of the original data; very old writers leave it out
   NameFields name;
 
-  // Last write: 100 ns since 1601 in UTC, or 0 when the header has nothing better than the DOS words,
-  // which are local time of the writer.
+  // Last write: 100 ns since 1601 in UTC, or 0 when the header has nothing better than the DOS
+  // words, which are local time of the writer.
   std::uint64_t utcTime = 0;
   std::uint16_t dosDate = 0;
   std::uint16_t dosTime = 0;
 
-  // DOS attributes, FILE_ATTRIBUTE_ARCHIVE when none are recorded.  Level 0 writers of other systems
-  // put bits of their own there.
+  // DOS attributes, FILE_ATTRIBUTE_ARCHIVE when none are recorded.  Level 0 writers of other
+  // systems put bits of their own there.
   std::uint16_t attribute = 0x20;
   std::uint32_t unixMode = 0;  // file type included; 0 when not recorded
 
@@ -64,14 +64,14 @@ struct MemberHeader {
 
 enum class HeaderStatus {
   complete,
-  incomplete,      // the header goes on behind the bytes given
-  checksumWrong,   // the sum of the base header, or the header CRC
-  broken,          // breaks a rule of its level, or is no header at all
+  incomplete,     // the header goes on behind the bytes given
+  checksumWrong,  // the sum of the base header, or the header CRC
+  broken,         // breaks a rule of its level, or is no header at all
 };
 
-// Reads the header that begins at the first of `bytes`.  Checks every sum that the header has, looks
-// at nothing outside `bytes`, and allocates no more than the header itself takes.  The end mark is
-// the caller's affair: a zero byte is a broken header here.
+// Reads the header that begins at the first of `bytes`.  Checks every sum that the header has,
+// looks at nothing outside `bytes`, and allocates no more than the header itself takes.  The end
+// mark is the caller's affair: a zero byte is a broken header here.
 HeaderStatus ParseMemberHeader(ByteSpan bytes, MemberHeader& header);
 
 // Whether the method is one of the families that archives are made of: "-lh?-", "-lz?-", "-pm?-",

@@ -13,10 +13,13 @@ namespace {
 constexpr char kSeparatorByte = '\xFF';
 constexpr char16_t kSeparatorUnit = 0xFFFF;  // the same in UTF-16 fields
 
-bool IsSeparator(char16_t unit) { return unit == u'\\' || unit == u'/'; }
+bool IsSeparator(char16_t unit) {
+  return unit == u'\\' || unit == u'/';
+}
 
 bool IsForbidden(char16_t unit) {
-  return unit < 0x20 || unit == 0x7F || std::u16string_view(u"<>:\"|?*").find(unit) != std::u16string_view::npos;
+  return unit < 0x20 || unit == 0x7F ||
+         std::u16string_view(u"<>:\"|?*").find(unit) != std::u16string_view::npos;
 }
 
 bool IsDrive(std::u16string_view text) {
@@ -25,7 +28,9 @@ bool IsDrive(std::u16string_view text) {
 }
 
 // Some writers put a comment behind a zero byte.
-std::string_view CutAtNul(std::string_view bytes) { return bytes.substr(0, bytes.find('\0')); }
+std::string_view CutAtNul(std::string_view bytes) {
+  return bytes.substr(0, bytes.find('\0'));
+}
 
 // The pieces between separator bytes, which can be decoded one by one.
 std::vector<std::string_view> SplitAtSeparatorByte(std::string_view bytes) {
@@ -41,9 +46,8 @@ std::vector<std::string_view> SplitAtSeparatorByte(std::string_view bytes) {
 bool IsValidIn(unsigned int codePage, const std::string_view bytes) {
   std::u16string ignored;
   const auto pieces = SplitAtSeparatorByte(bytes);
-  return std::all_of(pieces.begin(), pieces.end(), [&](std::string_view piece) {
-    return DecodeText(codePage, piece, ignored);
-  });
+  return std::all_of(pieces.begin(), pieces.end(),
+                     [&](std::string_view piece) { return DecodeText(codePage, piece, ignored); });
 }
 
 // The code page of a member's byte strings.
@@ -77,9 +81,8 @@ std::u16string GatherPath(const NameFields& fields, bool& altered) {
   const std::string all = std::string(directoryBytes) + kSeparatorByte + std::string(fileBytes);
   const unsigned int codePage = ChooseCodePage(fields, all);
 
-  std::u16string path = fields.unicodeDirectory
-                            ? FromUtf16Field(*fields.unicodeDirectory)
-                            : DecodePieces(codePage, directoryBytes, altered);
+  std::u16string path = fields.unicodeDirectory ? FromUtf16Field(*fields.unicodeDirectory)
+                                                : DecodePieces(codePage, directoryBytes, altered);
   if (!path.empty() && !IsSeparator(path.back())) path += u'\\';
   path += fields.unicodeFile ? FromUtf16Field(*fields.unicodeFile)
                              : DecodePieces(codePage, fileBytes, altered);

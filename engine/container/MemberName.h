@@ -3,8 +3,8 @@
 // A name that is shown is a path of components with '\' between them, in the working code page.  It
 // begins with a '\' only if the name in the archive began with a separator, and a directory's ends
 // in one.  Nothing in it can climb out of a destination or hold what no file name can: components
-// "." and "..", empty ones and a drive letter are dropped, and '_' stands in the place of characters
-// that file names cannot hold or the working code page cannot express.
+// "." and "..", empty ones and a drive letter are dropped, and '_' stands in the place of
+// characters that file names cannot hold or the working code page cannot express.
 #pragma once
 
 #include <string>
@@ -18,8 +18,8 @@ namespace kozor::container {
 inline constexpr std::size_t kMaxShownBytes = 533;
 
 struct ShownName {
-  std::string text;     // in the working code page; empty when nothing of the name is left
-  std::u16string key;   // the same with case folded: equal for names that differ in case alone
+  std::string text;      // in the working code page; empty when nothing of the name is left
+  std::u16string key;    // the same with case folded: equal for names that differ in case alone
   bool altered = false;  // '_' stands for something else
 };
 

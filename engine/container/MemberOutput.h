@@ -11,8 +11,8 @@ namespace kozor::container {
 // Writes to a file from one offset on, through a buffer.  What has been written can still be
 // replaced, since a header is complete only after its data, and taken back.
 //
-// The first byte of all can be kept back: a zero, the end mark, stands in its place in the file until
-// it is released.
+// The first byte of all can be kept back: a zero, the end mark, stands in its place in the file
+// until it is released.
 class MemberOutput {
  public:
   enum class FirstByte { written, keptBack };

@@ -52,7 +52,8 @@ DosTime DosOfFileTime(std::uint64_t fileTime) {
 std::uint64_t CurrentFileTime() {
   FILETIME now;
   GetSystemTimeAsFileTime(&now);
-  const std::uint64_t ticks = static_cast<std::uint64_t>(now.dwHighDateTime) << 32 | now.dwLowDateTime;
+  const std::uint64_t ticks =
+      static_cast<std::uint64_t>(now.dwHighDateTime) << 32 | now.dwLowDateTime;
   return ticks - ticks % kTicksPerSecond;
 }
 

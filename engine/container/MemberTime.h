@@ -1,7 +1,7 @@
 // MemberTime.h - the three clocks of member headers: DOS words, UNIX seconds and FILETIMEs.
 //
-// A FILETIME here is one number: 100 ns since 1601-01-01 00:00:00 UTC.  DOS words are local time with
-// a grain of two seconds, from 1980 to 2107.
+// A FILETIME here is one number: 100 ns since 1601-01-01 00:00:00 UTC.  DOS words are local time
+// with a grain of two seconds, from 1980 to 2107.
 #pragma once
 
 #include <cstdint>

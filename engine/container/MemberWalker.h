@@ -12,8 +12,9 @@ class MemberWalker {
   MemberWalker(ByteSource& archive, std::uint64_t begin) : source(archive), next(begin) {}
 
   // Reads the next header; false at the end of the archive, which is the end mark, the exact end of
-  // the file, or nothing but 0x1A up to it.  Anything else that is no whole member is damage: throws
-  // Code::headerChecksum or Code::headerDamaged, since the members behind it would be missed.
+  // the file, or nothing but 0x1A up to it.  Anything else that is no whole member is damage:
+  // throws Code::headerChecksum or Code::headerDamaged, since the members behind it would be
+  // missed.
   bool Next(MemberHeader& header);
 
   // Of the member that Next has read.

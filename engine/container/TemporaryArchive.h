@@ -30,9 +30,9 @@ class TemporaryArchive {
   const std::string& Path() const { return path; }
 
   enum class Target { isThere, isNew };
-  // Closes the file, which is complete and flushed, and gives it the name of the archive in one step;
-  // an archive that is there is replaced and passes its attributes on.  On another file system the
-  // bytes are first copied to a second temporary beside the archive.  Throws
+  // Closes the file, which is complete and flushed, and gives it the name of the archive in one
+  // step; an archive that is there is replaced and passes its attributes on.  On another file
+  // system the bytes are first copied to a second temporary beside the archive.  Throws
   // Code::temporaryNotCopied, or Code::noDiskSpace; the archive is as it was then.
   void TakePlaceOf(const std::string& archivePath, Target target);
 

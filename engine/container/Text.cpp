@@ -11,7 +11,8 @@ namespace {
 
 static_assert(sizeof(WCHAR) == sizeof(char16_t));
 
-// Characters of one or two bytes.  Decides only how far to go on after bytes that cannot be decoded.
+// Characters of one or two bytes.  Decides only how far to go on after bytes that cannot be
+// decoded.
 bool IsShiftJisPair(std::string_view bytes) {
   if (bytes.size() < 2) return false;
   const auto lead = static_cast<unsigned char>(bytes[0]);
@@ -21,7 +22,8 @@ bool IsShiftJisPair(std::string_view bytes) {
 }
 
 // The longest beginning that is one character of the code page, or 0.
-std::size_t CharacterBytes(unsigned int codePage, std::string_view bytes, std::u16string& character) {
+std::size_t CharacterBytes(unsigned int codePage, std::string_view bytes,
+                           std::u16string& character) {
   const std::size_t longest = std::min<std::size_t>(bytes.size(), codePage == kUtf8 ? 4 : 2);
   for (std::size_t length = 1; length <= longest; ++length) {
     if (DecodeText(codePage, bytes.substr(0, length), character)) return length;
@@ -29,8 +31,12 @@ std::size_t CharacterBytes(unsigned int codePage, std::string_view bytes, std::u
   return 0;
 }
 
-bool IsHighSurrogate(char16_t unit) { return unit >= 0xD800 && unit <= 0xDBFF; }
-bool IsLowSurrogate(char16_t unit) { return unit >= 0xDC00 && unit <= 0xDFFF; }
+bool IsHighSurrogate(char16_t unit) {
+  return unit >= 0xD800 && unit <= 0xDBFF;
+}
+bool IsLowSurrogate(char16_t unit) {
+  return unit >= 0xDC00 && unit <= 0xDFFF;
+}
 
 }  // namespace
 
@@ -46,10 +52,9 @@ bool DecodeText(unsigned int codePage, std::string_view bytes, std::u16string& t
   }
   if (bytes.size() > INT_MAX) return false;
   text.resize(bytes.size());  // no code page has characters of more units than bytes
-  const int units = MultiByteToWideChar(codePage, MB_ERR_INVALID_CHARS, bytes.data(),
-                                        static_cast<int>(bytes.size()),
-                                        reinterpret_cast<WCHAR*>(text.data()),
-                                        static_cast<int>(text.size()));
+  const int units = MultiByteToWideChar(
+      codePage, MB_ERR_INVALID_CHARS, bytes.data(), static_cast<int>(bytes.size()),
+      reinterpret_cast<WCHAR*>(text.data()), static_cast<int>(text.size()));
   text.resize(static_cast<std::size_t>(units));
   return units != 0;
 }

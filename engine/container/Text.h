@@ -22,7 +22,8 @@ std::u16string DecodeTextLossy(unsigned int codePage, std::string_view bytes, bo
 // bytes; `bytes` is unspecified then.
 bool EncodeText(unsigned int codePage, std::u16string_view text, std::string& bytes);
 
-// Encodes what it can; '_' stands for each character that the code page lacks, and `altered` is set.
+// Encodes what it can; '_' stands for each character that the code page lacks, and `altered` is
+// set.
 std::string EncodeTextLossy(unsigned int codePage, std::u16string_view text, bool& altered);
 
 // Lower case for the letters that count as equal in names: A to Z, plain and full-width.  Maps one

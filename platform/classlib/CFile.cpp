@@ -50,9 +50,10 @@ DWORD DispositionOf(unsigned int openFlags) {
 // The name of an entry in a directory: what a search can find has no backslash behind it, unless
 // that is a part of a root.
 CString WithoutTrailingBackslash(const char* path) {
+  const char* previous = path;
   const char* last = path;
-  for (const char* p = path; *p != '\0'; p = CharNextA(p)) last = p;
-  const bool isRoot = last == path || last[-1] == ':' || last[-1] == '\\';
+  for (const char* p = path; *p != '\0'; p = CharNextA(p)) previous = std::exchange(last, p);
+  const bool isRoot = last == path || *previous == ':' || *previous == '\\';
   return *last == '\\' && !isRoot ? CString(path, static_cast<int>(last - path)) : CString(path);
 }
 
@@ -133,7 +134,8 @@ int CFile::GetStatus(const char* path, CFileStatus& status) {
   status.m_mtime = entry.ftLastWriteTime;
   status.m_atime = entry.ftLastAccessTime;
   status.m_size = std::uint64_t{entry.nFileSizeHigh} << 32 | entry.nFileSizeLow;
-  status.m_attribute = static_cast<unsigned char>(entry.dwFileAttributes & ~FILE_ATTRIBUTE_NORMAL);
+  status.m_attribute =
+      static_cast<unsigned char>(entry.dwFileAttributes & ~DWORD{FILE_ATTRIBUTE_NORMAL});
   return 1;
 }
 

@@ -23,7 +23,7 @@ class ZOR_PLATFORM_API CFileFind : public CObject {
 
   // Starts a search, ending one before it.  Only the last part of `name` may hold wild-cards; the
   // rules are those of FindFirstFileA.  A null `name` is "*.*".  Returns 0 when nothing matches or
-  // the directory can't be read.  `unused` must be 0.
+  // the directory can't be read.  `unused` has no meaning.
   int FindFile(const char* name = nullptr, DWORD unused = 0);
   // Makes the next entry current, at first the first one.  Returns 0 when it is the last.
   int FindNextFileA();

@@ -1,8 +1,9 @@
 // CStdioFile.h - a file read or written through a buffer, for text line by line.
 //
-// Opened with CFile::typeText, a "\n" of the program is the platform's line end in the file; with
-// CFile::typeBinary, or neither, bytes go through unchanged.  What is written may stay in the
-// buffer until Flush or Close, so both can throw CFileException* (diskFull) for an earlier write.
+// Opened with CFile::typeText, a "\n" that is written becomes the platform's line end in the file,
+// and ReadString takes that off; with CFile::typeBinary, or neither, a line ends in "\n" alone.
+// What is written may stay in the buffer until Flush or Close, so both can throw CFileException*
+// (diskFull) for an earlier write.
 #pragma once
 
 #include <memory>

@@ -11,14 +11,15 @@
 ZOR_PLATFORM_API DWORD WINAPI GetLastError();
 ZOR_PLATFORM_API void WINAPI SetLastError(DWORD error);
 
-// Opens or creates a file.  `access` is any of GENERIC_READ, GENERIC_WRITE, DELETE,
-// FILE_READ_ATTRIBUTES, FILE_WRITE_ATTRIBUTES, or 0 to ask for facts only; `share` any
-// FILE_SHARE_*; `disposition` one of the five; `flags` any FILE_ATTRIBUTE_* and
-// FILE_FLAG_SEQUENTIAL_SCAN, FILE_FLAG_BACKUP_SEMANTICS (needed to open a directory),
-// FILE_FLAG_DELETE_ON_CLOSE.  `security` may be null; `templateFile` must be. INVALID_HANDLE_VALUE
-// on failure.  On success the last error is ERROR_ALREADY_EXISTS where CREATE_ALWAYS or OPEN_ALWAYS
-// found a file, else 0. Differs: anything but a regular file or a directory fails with
-// ERROR_ACCESS_DENIED at once, also where the host would block.
+// Opens or creates a file.  `access` is GENERIC_READ, GENERIC_WRITE, both, or 0 to ask for facts
+// only; `share` any FILE_SHARE_*; `disposition` one of the five; `flags` any FILE_ATTRIBUTE_* that
+// a file can be given, FILE_FLAG_SEQUENTIAL_SCAN, and FILE_FLAG_BACKUP_SEMANTICS, without which no
+// directory is opened.  `security` may be null; `templateFile` must be.
+// INVALID_HANDLE_VALUE on failure.  On success the last error is ERROR_ALREADY_EXISTS where
+// CREATE_ALWAYS or OPEN_ALWAYS found a file, else 0.
+//
+// Differs: anything but a regular file or a directory fails with ERROR_ACCESS_DENIED at once, where
+// the host might block.  Nothing is created through a link that leads nowhere.
 ZOR_PLATFORM_API HANDLE WINAPI CreateFileA(LPCSTR name, DWORD access, DWORD share,
                                            LPSECURITY_ATTRIBUTES security, DWORD disposition,
                                            DWORD flags, HANDLE templateFile);

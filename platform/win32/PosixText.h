@@ -38,7 +38,6 @@ ZOR_PLATFORM_API int _mbscmp(const unsigned char* a, const unsigned char* b);
 ZOR_PLATFORM_API int _mbsicmp(const unsigned char* a, const unsigned char* b);
 // Compares at most `bytes` bytes.
 ZOR_PLATFORM_API int _mbsnbcmp(const unsigned char* a, const unsigned char* b, std::size_t bytes);
-ZOR_PLATFORM_API int _mbsnbicmp(const unsigned char* a, const unsigned char* b, std::size_t bytes);
 // First and last place of a character, or null.  A two-byte character is lead * 256 + trail.
 ZOR_PLATFORM_API const unsigned char* _mbschr(const unsigned char* text, unsigned int character);
 ZOR_PLATFORM_API const unsigned char* _mbsrchr(const unsigned char* text, unsigned int character);

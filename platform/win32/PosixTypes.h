@@ -15,7 +15,6 @@ using BOOL = int;
 using BYTE = std::uint8_t;
 using WORD = std::uint16_t;
 using DWORD = std::uint32_t;
-using SHORT = std::int16_t;
 using LONG = std::int32_t;
 using INT = int;
 using UINT = unsigned int;
@@ -24,11 +23,6 @@ using ULONGLONG = std::uint64_t;
 using SIZE_T = std::size_t;
 using INT_PTR = std::intptr_t;
 using UINT_PTR = std::uintptr_t;
-using ULONG_PTR = std::uintptr_t;
-using DWORD_PTR = std::uintptr_t;
-using WPARAM = UINT_PTR;
-using LPARAM = INT_PTR;
-using LRESULT = INT_PTR;
 using CHAR = char;
 using WCHAR = char16_t;
 
@@ -37,13 +31,11 @@ using LPCVOID = const void*;
 using LPSTR = char*;
 using LPCSTR = const char*;
 using LPWSTR = WCHAR*;
-using LPCWSTR = const WCHAR*;
 using LPCCH = const char*;
 using LPCWCH = const WCHAR*;
 using LPBOOL = BOOL*;
 using LPWORD = WORD*;
 using LPDWORD = DWORD*;
-using LPLONG = LONG*;
 using PLONG = LONG*;
 
 using HANDLE = void*;
@@ -170,9 +162,6 @@ enum GET_FILEEX_INFO_LEVELS { GetFileExInfoStandard };
 
 constexpr DWORD GENERIC_READ = 0x80000000;
 constexpr DWORD GENERIC_WRITE = 0x40000000;
-constexpr DWORD DELETE = 0x00010000;
-constexpr DWORD FILE_READ_ATTRIBUTES = 0x80;
-constexpr DWORD FILE_WRITE_ATTRIBUTES = 0x100;
 
 constexpr DWORD FILE_SHARE_READ = 1;
 constexpr DWORD FILE_SHARE_WRITE = 2;
@@ -185,7 +174,6 @@ constexpr DWORD OPEN_ALWAYS = 4;
 constexpr DWORD TRUNCATE_EXISTING = 5;
 
 constexpr DWORD FILE_FLAG_SEQUENTIAL_SCAN = 0x08000000;
-constexpr DWORD FILE_FLAG_DELETE_ON_CLOSE = 0x04000000;
 constexpr DWORD FILE_FLAG_BACKUP_SEMANTICS = 0x02000000;
 
 constexpr DWORD FILE_ATTRIBUTE_READONLY = 0x1;
@@ -195,7 +183,6 @@ constexpr DWORD FILE_ATTRIBUTE_DIRECTORY = 0x10;
 constexpr DWORD FILE_ATTRIBUTE_ARCHIVE = 0x20;
 constexpr DWORD FILE_ATTRIBUTE_NORMAL = 0x80;
 constexpr DWORD FILE_ATTRIBUTE_TEMPORARY = 0x100;
-constexpr DWORD FILE_ATTRIBUTE_SPARSE_FILE = 0x200;
 constexpr DWORD FILE_ATTRIBUTE_REPARSE_POINT = 0x400;
 constexpr DWORD FILE_ATTRIBUTE_COMPRESSED = 0x800;
 constexpr DWORD FILE_ATTRIBUTE_OFFLINE = 0x1000;
@@ -226,7 +213,6 @@ constexpr UINT DRIVE_RAMDISK = 6;
 
 constexpr DWORD DDD_REMOVE_DEFINITION = 2;
 
-constexpr DWORD VER_PLATFORM_WIN32s = 0;
 constexpr DWORD VER_PLATFORM_WIN32_WINDOWS = 1;
 constexpr DWORD VER_PLATFORM_WIN32_NT = 2;
 
@@ -243,7 +229,6 @@ constexpr DWORD WC_NO_BEST_FIT_CHARS = 0x400;
 
 constexpr DWORD ERROR_SUCCESS = 0;
 constexpr DWORD NO_ERROR = 0;
-constexpr DWORD ERROR_INVALID_FUNCTION = 1;
 constexpr DWORD ERROR_FILE_NOT_FOUND = 2;
 constexpr DWORD ERROR_PATH_NOT_FOUND = 3;
 constexpr DWORD ERROR_TOO_MANY_OPEN_FILES = 4;
@@ -270,9 +255,7 @@ constexpr DWORD ERROR_BAD_NETPATH = 53;
 constexpr DWORD ERROR_UNEXP_NET_ERR = 59;
 constexpr DWORD ERROR_BAD_NET_NAME = 67;
 constexpr DWORD ERROR_FILE_EXISTS = 80;
-constexpr DWORD ERROR_CANNOT_MAKE = 82;
 constexpr DWORD ERROR_INVALID_PARAMETER = 87;
-constexpr DWORD ERROR_DRIVE_LOCKED = 108;
 constexpr DWORD ERROR_OPEN_FAILED = 110;
 constexpr DWORD ERROR_BUFFER_OVERFLOW = 111;
 constexpr DWORD ERROR_DISK_FULL = 112;
@@ -283,7 +266,6 @@ constexpr DWORD ERROR_PROC_NOT_FOUND = 127;
 constexpr DWORD ERROR_NEGATIVE_SEEK = 131;
 constexpr DWORD ERROR_DIR_NOT_EMPTY = 145;
 constexpr DWORD ERROR_BAD_PATHNAME = 161;
-constexpr DWORD ERROR_BUSY = 170;
 constexpr DWORD ERROR_ALREADY_EXISTS = 183;
 constexpr DWORD ERROR_BAD_EXE_FORMAT = 193;
 constexpr DWORD ERROR_FILENAME_EXCED_RANGE = 206;

@@ -13,6 +13,9 @@
 #ifndef NOMINMAX
 #define NOMINMAX
 #endif
+// Before mbctype.h, whose macros (_S1, _S2) take names that the C++ library uses inside.
+#include <type_traits>
+
 #include <mbctype.h>
 #include <mbstring.h>
 #include <time.h>

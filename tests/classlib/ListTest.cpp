@@ -27,15 +27,6 @@ std::vector<std::string> Contents(const StringList& list) {
   return forward;
 }
 
-TEST(List, KeepsOrderAndEqualElements) {
-  StringList list;
-  EXPECT_EQ(list.GetHeadPosition(), nullptr);
-  list.AddTail("b");
-  list.AddTail("b");
-  list.AddHead("a");
-  EXPECT_EQ(Contents(list), (std::vector<std::string>{"a", "b", "b"}));
-}
-
 TEST(List, PositionsStayGoodWhileOthersGo) {
   StringList list;
   std::vector<POSITION> positions;
@@ -66,7 +57,7 @@ TEST(List, AgreesWithAnotherListOverManyChanges) {
   StringList list(3);
   std::list<std::string> expected;
   for (int step = 0; step < 2000; ++step) {
-    const std::string text = std::to_string(step);
+    const std::string text = std::to_string(step % 50);  // equal elements among them
     const auto choice = random() % 5;
     if (choice < 2) {
       list.AddTail(text.c_str());

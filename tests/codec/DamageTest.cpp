@@ -1,4 +1,5 @@
-// DamageTest.cpp - what the decoders make of packed data that is cut, changed or not packed data.
+// DamageTest.cpp - what the decoders make of packed data that is cut, changed, too long for the
+// target or not packed data at all.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -66,7 +67,7 @@ constexpr BrokenBlock kBrokenBlocks[] = {
     {"tree code: no symbols, but used", ONE_ITEM "00001 000 000000010"},
     {"item code: too many lengths", ONE_ITEM TREE_CODE "111111111"},
     {"item code: single symbol out of range", ONE_ITEM "00000 00000 000000000 111111110"},
-    {"item code: run of zeros beyond the count", ONE_ITEM TREE_CODE "000010011 0 000000000"},
+    {"item code: run of zeros beyond the count", ONE_ITEM TREE_CODE "000010101 1 1 0 000000000"},
     {"item code: only zeros", ONE_ITEM TREE_CODE "000010100 0 000000000"},
     {"item code: incomplete", ONE_ITEM TREE_CODE "000010101 0 000000000 1"},
     {"item code: over-subscribed", ONE_ITEM TREE_CODE "000000011 1 1 1"},
@@ -82,8 +83,19 @@ TEST(DamagedData, IsRefusedForEachBrokenRule) {
     SCOPED_TRACE(block.name);
     BitComposer stream;
     stream.Picture(block.bits).Number(0, 64);
-    EXPECT_EQ(DecodeGuarded(Method::lh5, stream.Bytes(), 3).status, Status::damaged);
-    EXPECT_EQ(SlowDecode(Method::lh5, stream.Bytes(), 3).status, Status::damaged);
+    EXPECT_EQ(DecodeGuarded(Method::lh5, stream.Bytes(), 1).status, Status::damaged);
+    EXPECT_EQ(SlowDecode(Method::lh5, stream.Bytes(), 1).status, Status::damaged);
+  }
+}
+
+// Then there is packed data left at the end of the target, and a match may reach beyond it.
+TEST(ShortTarget, TakesTheBeginningAndNothingBehindIt) {
+  const Bytes data = TextData(4000);
+  const Bytes packed = Encode(Method::lh5, data);
+  for (std::size_t size = 0; size < data.size() - 500; ++size) {
+    const Outcome outcome = DecodeGuarded(Method::lh5, packed, size);
+    ASSERT_EQ(outcome.status, Status::ok) << size;
+    ASSERT_TRUE(std::ranges::equal(outcome.bytes, std::span(data).first(size))) << size;
   }
 }
 

@@ -34,12 +34,6 @@ TEST(Decode, UnpacksTheWorkedExample) {
   EXPECT_EQ(DecodeText(Method::lh5, kWorkedExample, 15), kWorkedText);
 }
 
-TEST(Decode, FillsAShorterTargetWithTheBeginning) {
-  for (std::size_t size = 0; size < kWorkedText.size(); ++size) {
-    EXPECT_EQ(DecodeText(Method::lh5, kWorkedExample, size), kWorkedText.substr(0, size));
-  }
-}
-
 TEST(Decode, ForgivesZeroBytesDroppedAtTheEnd) {
   Bytes packed = kWorkedExample;
   packed.pop_back();

@@ -12,7 +12,8 @@ using testing::IsEmpty;
 class AddTest : public EngineTest {
  protected:
   AddTest() {
-    MakeTree(folder, "src", {{"a.txt", 1000}, {"empty", 0}, {"sub/b.bin", 70000}, {"sub/deep/c", 1}});
+    MakeTree(folder, "src",
+             {{"a.txt", 1000}, {"empty", 0}, {"sub/b.bin", 70000}, {"sub/deep/c", 1}});
   }
 
   void ExpectMember(const std::string& name, const std::string& file) {
@@ -100,8 +101,9 @@ TEST_F(AddTest, NameGivenTwiceIsAddedOnce) {
   EXPECT_THAT(Names("x.lzh"), ElementsAre("a.txt"));
   EXPECT_EQ(Add("y.lzh", "src", {"sub\\deep\\c", folder.Lib("src/a.txt")}), 0);
   folder.WriteFile("other/a.txt", "another");
-  EXPECT_EQ(Add("y.lzh", "src", {"a.txt", "..\\other\\..\\..\\" + folder.Path().filename().string() +
-                                              "\\other\\..\\src\\a.txt"}),
+  EXPECT_EQ(Add("y.lzh", "src",
+                {"a.txt", "..\\other\\..\\..\\" + folder.Path().filename().string() +
+                              "\\other\\..\\src\\a.txt"}),
             0);
 }
 
@@ -195,7 +197,8 @@ TEST_F(AddTest, MaskMeansTheFilesOfItsDirectory) {
 }
 
 TEST_F(AddTest, AttributesComeBack) {
-  SetFileAttributesA(folder.Lib("src/a.txt").c_str(), FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN);
+  SetFileAttributesA(folder.Lib("src/a.txt").c_str(),
+                     FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN);
   ASSERT_EQ(Add("x.lzh", "src", {"a.txt", "empty"}), 0);
   EXPECT_EQ(Extract("x.lzh", "a.txt").attribute, 0x03);
   EXPECT_EQ(Extract("x.lzh", "empty").attribute, 0x20);

@@ -102,7 +102,11 @@ TEST(ArchiveIndex, FindsTheArchiveBehindAPrefix) {
   const Bytes bait = Join({Bytes(2), ToBytes("-lhd-"), Bytes(100)});
   const Bytes fake = Join({{0x18, 0x79}, ToBytes("-pms-"), Bytes(100, 0xEE)});
   const Bytes inner = RawArchive({{.level = 0, .name = "usage", .contents = "text"}});
-  const Bytes prefixes[] = {Bytes(128), program, Join({program, bait}), fake, Bytes(300000, 'x'),
+  const Bytes prefixes[] = {Bytes(128),
+                            program,
+                            Join({program, bait}),
+                            fake,
+                            Bytes(300000, 'x'),
                             Join({Bytes(50, 'A'), inner, Bytes(1)})};
   for (const Bytes& prefix : prefixes) {
     const Bytes bytes = Join({prefix, archive});
@@ -139,10 +143,17 @@ TEST(ArchiveIndex, WhatIsNoArchiveIsRefused) {
 
 TEST(ArchiveIndex, LinksAndNamelessMembersAreKeptButNotShown) {
   const std::string linkMode = {'\xFF', '\xA1'};
-  const Bytes bytes = RawArchive(
-      {{.level = 1, .name = "link|target", .contents = "", .extensions = {{0x50, linkMode}}, .method = "-lhd-"},
-       {.level = 1, .name = "", .contents = "", .method = "-lhd-"},
-       {.level = 1, .name = "", .contents = "", .extensions = {{0x02, "d\xFF"}}, .method = "-lhd-"}});
+  const Bytes bytes = RawArchive({{.level = 1,
+                                   .name = "link|target",
+                                   .contents = "",
+                                   .extensions = {{0x50, linkMode}},
+                                   .method = "-lhd-"},
+                                  {.level = 1, .name = "", .contents = "", .method = "-lhd-"},
+                                  {.level = 1,
+                                   .name = "",
+                                   .contents = "",
+                                   .extensions = {{0x02, "d\xFF"}},
+                                   .method = "-lhd-"}});
   MemorySource source(bytes);
   const ArchiveIndex index(source, 932);
   ASSERT_EQ(index.Members().size(), 3U);
@@ -166,10 +177,9 @@ TEST(ArchiveIndex, ExactNameComesBeforeCase) {
 
 TEST(ArchiveIndex, NamesThatLookAlikeWhenShownStayApart) {
   const std::vector<test::RawExtension> isUtf8 = {{0x46, std::string("\xE9\xFD\0\0", 4)}};
-  const Bytes bytes =
-      RawArchive({{.name = "\xED\x95\x9C", .contents = "", .extensions = isUtf8},
-                  {.name = "\xEA\xB8\x80", .contents = "", .extensions = isUtf8},
-                  {.name = "_", .contents = ""}});
+  const Bytes bytes = RawArchive({{.name = "\xED\x95\x9C", .contents = "", .extensions = isUtf8},
+                                  {.name = "\xEA\xB8\x80", .contents = "", .extensions = isUtf8},
+                                  {.name = "_", .contents = ""}});
   EXPECT_THAT(NamesIn(bytes), ElementsAre("_~1", "_~2", "_"));
   EXPECT_THAT(NamesIn(bytes, 65001), ElementsAre("\xED\x95\x9C", "\xEA\xB8\x80", "_"));
 }

@@ -54,7 +54,9 @@ Engine::Engine() : module(LoadLibraryA("UNLHA32.DLL")) {
   Bind(module, "UnlhaCompressMem", CompressMem);
 }
 
-Engine::~Engine() { FreeLibrary(module); }
+Engine::~Engine() {
+  FreeLibrary(module);
+}
 
 EngineTest::EngineTest() = default;
 

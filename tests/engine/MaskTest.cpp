@@ -18,20 +18,15 @@ TEST(Mask, FollowsTheRulesOfWindows) {
     bool matches;
   };
   const Row rows[] = {
-      {u"*.*", u"readme", true},      {u"*", u"a.b", true},
-      {u"*.", u"readme", true},       {u"*.", u"a.b", false},
-      {u"*.txt", u"a.txt", true},     {u"*.txt", u"a.b.txt", true},
-      {u"*.txt", u"a.txt2", false},   {u"*.txt", u"txt", false},
-      {u"a*.txt", u"abc.txt", true},  {u"a*.txt", u"bac.txt", false},
-      {u"a??", u"a", true},           {u"a??", u"abc", true},
-      {u"a??", u"abcd", false},       {u"?a", u"a", false},
-      {u"a?.txt", u"a.txt", true},    {u"a?.txt", u"ab.txt", true},
-      {u"a?.txt", u"abc.txt", false}, {u"a.?", u"a", true},
-      {u"a.?", u"a.b", true},         {u"a.?", u"a.bc", false},
-      {u"a.*", u"a", true},           {u"a.*", u"a.b.c", true},
-      {u"*a*b*", u"xaxxbx", true},    {u"*a*b*", u"xbxxax", false},
-      {u"abc", u"abc", true},         {u"abc", u"abcd", false},
-      {u"", u"a", false},
+      {u"*.*", u"readme", true},      {u"*", u"a.b", true},           {u"*.", u"readme", true},
+      {u"*.", u"a.b", false},         {u"*.txt", u"a.txt", true},     {u"*.txt", u"a.b.txt", true},
+      {u"*.txt", u"a.txt2", false},   {u"*.txt", u"txt", false},      {u"a*.txt", u"abc.txt", true},
+      {u"a*.txt", u"bac.txt", false}, {u"a??", u"a", true},           {u"a??", u"abc", true},
+      {u"a??", u"abcd", false},       {u"?a", u"a", false},           {u"a?.txt", u"a.txt", true},
+      {u"a?.txt", u"ab.txt", true},   {u"a?.txt", u"abc.txt", false}, {u"a.?", u"a", true},
+      {u"a.?", u"a.b", true},         {u"a.?", u"a.bc", false},       {u"a.*", u"a", true},
+      {u"a.*", u"a.b.c", true},       {u"*a*b*", u"xaxxbx", true},    {u"*a*b*", u"xbxxax", false},
+      {u"abc", u"abc", true},         {u"abc", u"abcd", false},       {u"", u"a", false},
   };
   for (const Row& row : rows) {
     EXPECT_EQ(Mask(row.mask).Matches(row.name), row.matches)
@@ -62,14 +57,14 @@ class MemberSearchTest : public testing::Test {
     return Find(text, MemberSearch::Depth::thisDirectory);
   }
 
-  const test::Bytes bytes = test::RawArchive(
-      {{.level = 0, .name = "a.txt", .contents = "1"},
-       {.level = 0, .name = "sub\\", .contents = "", .method = "-lhd-"},
-       {.level = 0, .name = "sub\\b.txt", .contents = "2"},
-       {.level = 0, .name = "sub\\deep\\C.TXT", .contents = "3"},
-       {.level = 0, .name = "sub2\\d.doc", .contents = "4"},
-       {.level = 0, .name = "\\rooted\\e.txt", .contents = "5"},
-       {.level = 0, .name = "A.TXT", .contents = "6"}});
+  const test::Bytes bytes =
+      test::RawArchive({{.level = 0, .name = "a.txt", .contents = "1"},
+                        {.level = 0, .name = "sub\\", .contents = "", .method = "-lhd-"},
+                        {.level = 0, .name = "sub\\b.txt", .contents = "2"},
+                        {.level = 0, .name = "sub\\deep\\C.TXT", .contents = "3"},
+                        {.level = 0, .name = "sub2\\d.doc", .contents = "4"},
+                        {.level = 0, .name = "\\rooted\\e.txt", .contents = "5"},
+                        {.level = 0, .name = "A.TXT", .contents = "6"}});
   MemorySource source{bytes};
   ArchiveIndex index{source, 932};
 };

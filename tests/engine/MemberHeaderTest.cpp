@@ -11,20 +11,23 @@ namespace kozor::container {
 namespace {
 
 using test::Bytes;
-using test::RawExtension;
 using test::FromHex;
+using test::RawExtension;
 using test::RawHeader;
 using test::RawMember;
 
 // Directory "dir", file "a.txt", contents "hello" and a line feed, stored, 2010-01-01 00:00:00.
 const char* const kExamples[] = {
-    "1f 08 2d 6c 68 30 2d 06 00 00 00 06 00 00 00 00 00 21 3c 20 00 09 64 69 72 5c 61 2e 74 78 74 34 "
+    "1f 08 2d 6c 68 30 2d 06 00 00 00 06 00 00 00 00 00 21 3c 20 00 09 64 69 72 5c 61 2e 74 78 74 "
+    "34 "
     "5a",
-    "1e c5 2d 6c 68 30 2d 0d 00 00 00 06 00 00 00 00 00 21 3c 20 01 05 61 2e 74 78 74 34 5a 4d 07 00 "
+    "1e c5 2d 6c 68 30 2d 0d 00 00 00 06 00 00 00 00 00 21 3c 20 01 05 61 2e 74 78 74 34 5a 4d 07 "
+    "00 "
     "02 64 69 72 ff 00 00",
     "2e 00 2d 6c 68 30 2d 06 00 00 00 06 00 00 00 00 3b 3d 4b 20 02 34 5a 4d 05 00 00 8c 43 07 00 "
     "02 64 69 72 ff 08 00 01 61 2e 74 78 74 00 00",
-    "04 00 2d 6c 68 30 2d 06 00 00 00 06 00 00 00 00 3b 3d 4b 20 03 34 5a 4d 3a 00 00 00 07 00 00 00 "
+    "04 00 2d 6c 68 30 2d 06 00 00 00 06 00 00 00 00 3b 3d 4b 20 03 34 5a 4d 3a 00 00 00 07 00 00 "
+    "00 "
     "00 8b 8c 09 00 00 00 02 64 69 72 ff 0a 00 00 00 01 61 2e 74 78 74 00 00 00 00"};
 
 HeaderStatus Parse(const Bytes& bytes) {
@@ -106,8 +109,7 @@ TEST(MemberHeader, RefusesSizesThatContradictEachOther) {
     Bytes bytes = FromHex(kExamples[row.level]);
     bytes[row.offset] = row.value;
     bytes.resize(bytes.size() + 300);
-    EXPECT_THAT(Parse(bytes),
-                testing::AnyOf(HeaderStatus::broken, HeaderStatus::checksumWrong))
+    EXPECT_THAT(Parse(bytes), testing::AnyOf(HeaderStatus::broken, HeaderStatus::checksumWrong))
         << row.what;
   }
 }
@@ -125,8 +127,10 @@ TEST(MemberHeader, TakesOldHeadersWithoutCrc) {
 }
 
 TEST(MemberHeader, LastOfRepeatedExtensionsCounts) {
-  const MemberHeader header = Parsed(RawHeader(
-      {.name = "old", .contents = "", .extensions = {{0x40, "\x21\0"}, {0x01, "new"}, {0x99, "?"}}}));
+  const MemberHeader header =
+      Parsed(RawHeader({.name = "old",
+                        .contents = "",
+                        .extensions = {{0x40, "\x21\0"}, {0x01, "new"}, {0x99, "?"}}}));
   EXPECT_EQ(header.name.file, "new");
 }
 
@@ -151,8 +155,8 @@ TEST(MemberHeader, BelievesTheBestTime) {
       {2, {{0x41, unknownTimes}}, 0x4B3D3B00},
   };
   for (const Row& row : rows) {
-    const MemberHeader header =
-        Parsed(RawHeader({.level = row.level, .name = "a", .contents = "", .extensions = row.extensions}));
+    const MemberHeader header = Parsed(
+        RawHeader({.level = row.level, .name = "a", .contents = "", .extensions = row.extensions}));
     EXPECT_EQ(UnixOfFileTime(header.utcTime), row.seconds);
   }
 }
@@ -162,16 +166,15 @@ TEST(MemberHeader, SizesOfMoreThan32BitsCountInLevels2And3Only) {
   sizes[4] = 1;   // packed 4 GiB
   sizes[13] = 2;  // original 2 TiB
   for (const int level : {1, 2, 3}) {
-    const MemberHeader header =
-        Parsed(RawHeader({.level = level, .name = "a", .contents = "", .extensions = {{0x42, sizes}}}));
+    const MemberHeader header = Parsed(
+        RawHeader({.level = level, .name = "a", .contents = "", .extensions = {{0x42, sizes}}}));
     EXPECT_EQ(header.packedBytes, level == 1 ? 0 : std::uint64_t{1} << 32);
     EXPECT_EQ(header.originalBytes, level == 1 ? 0 : std::uint64_t{2} << 40);
   }
 }
 
 TEST(MemberHeader, Os9HeaderMayCountTwoBytesTooFew) {
-  Bytes bytes =
-      RawHeader({.name = "a.txt", .contents = "", .osId = 'K', .hasHeaderCrc = false});
+  Bytes bytes = RawHeader({.name = "a.txt", .contents = "", .osId = 'K', .hasHeaderCrc = false});
   const std::size_t size = bytes.size();
   bytes[0] = static_cast<std::uint8_t>(size - 2);
   EXPECT_EQ(Parsed(bytes).headerBytes, size);
@@ -192,7 +195,7 @@ TEST(MemberHeader, BaitInStubsIsNoMethod) {
     const char* id;
     bool isMethod;
   };
-  const Row rows[] = {{"-lh5-", true},  {"-lzs-", true}, {"-pm2-", true},  {"-lhx-", true},
+  const Row rows[] = {{"-lh5-", true},  {"-lzs-", true},  {"-pm2-", true},  {"-lhx-", true},
                       {"-pms-", false}, {"-lhs-", false}, {"-lh -", false}, {"-zip-", false}};
   for (const Row& row : rows) {
     MethodId id;

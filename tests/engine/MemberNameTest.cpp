@@ -26,9 +26,18 @@ TEST(MemberName, EverySeparatorOfEveryWriterCounts) {
   const Row rows[] = {
       {{.base = "d\\e\\f.txt"}, "d\\e\\f.txt"},
       {{.base = "d/e/f.txt"}, "d\\e\\f.txt"},
-      {{.base = "d\xFF" "e\xFF" "f.txt"}, "d\\e\\f.txt"},
-      {{.base = "f.txt", .directory = "d\xFF" "e\xFF"}, "d\\e\\f.txt"},
-      {{.base = "f.txt", .directory = "d\xFF" "e"}, "d\\e\\f.txt"},
+      {{.base = "d\xFF"
+                "e\xFF"
+                "f.txt"},
+       "d\\e\\f.txt"},
+      {{.base = "f.txt",
+        .directory = "d\xFF"
+                     "e\xFF"},
+       "d\\e\\f.txt"},
+      {{.base = "f.txt",
+        .directory = "d\xFF"
+                     "e"},
+       "d\\e\\f.txt"},
       {{.base = "e\\f.txt", .directory = "d\xFF"}, "d\\e\\f.txt"},
       {{.base = "base", .file = "f.txt"}, "f.txt"},
       {{.file = "f.txt", .unicodeFile = u"\u8868", .unicodeDirectory = u"d\uFFFF"}, "d\\\x95\x5C"},
@@ -127,13 +136,16 @@ TEST(MemberName, WhatIsStoredIsShownAgain) {
       std::string(kHangulUtf8) + "\\a",
       "\xEF\xBD\x9E\xE2\x88\x92",  // a dash that 932 reads as another one
       "\xF0\x9F\x98\x80.txt",
-      "-leading", "@leading", " leading blank",
+      "-leading",
+      "@leading",
+      " leading blank",
   };
   for (const std::string& name : names) {
     const StoredName stored = EncodeName(name, kUtf8Page);
-    EXPECT_EQ(Shown({.file = stored.file, .directory = stored.directory, .codePage = stored.codePage},
-                    kUtf8Page),
-              name);
+    EXPECT_EQ(
+        Shown({.file = stored.file, .directory = stored.directory, .codePage = stored.codePage},
+              kUtf8Page),
+        name);
   }
 }
 
@@ -148,7 +160,8 @@ TEST(MemberName, CodePageIsRecordedBeyondAsciiOnly) {
 TEST(MemberName, KeysIgnoreCaseOfPlainAndFullWidthLetters) {
   EXPECT_EQ(KeyOf("ABC\\d.TXT", k932), KeyOf("abc\\D.txt", k932));
   EXPECT_EQ(KeyOf("\x82\x60", k932), KeyOf("\x82\x81", k932));  // full-width A and a
-  EXPECT_NE(KeyOf("\x83\x41", k932), KeyOf("\x83\x61", k932));  // trail bytes that look like A and a
+  EXPECT_NE(KeyOf("\x83\x41", k932),
+            KeyOf("\x83\x61", k932));  // trail bytes that look like A and a
 }
 
 }  // namespace

@@ -16,7 +16,9 @@ void AppendText(Bytes& bytes, std::string_view text) {
   bytes.insert(bytes.end(), text.begin(), text.end());
 }
 
-std::size_t WidthOf(const RawMember& member) { return member.level == 3 ? 4 : 2; }
+std::size_t WidthOf(const RawMember& member) {
+  return member.level == 3 ? 4 : 2;
+}
 
 std::vector<RawExtension> AllExtensions(const RawMember& member) {
   std::vector<RawExtension> all;
@@ -59,7 +61,9 @@ void SetBaseSum(Bytes& bytes, std::size_t baseBytes) {
 
 }  // namespace
 
-Bytes ToBytes(std::string_view text) { return {text.begin(), text.end()}; }
+Bytes ToBytes(std::string_view text) {
+  return {text.begin(), text.end()};
+}
 
 Bytes RawHeader(const RawMember& member) {
   const std::uint16_t crc = codec::Crc16(ToBytes(member.contents));

@@ -36,24 +36,6 @@ int CompareText(const unsigned char* a, const unsigned char* b, bool foldCase) {
   }
 }
 
-// The same over at most `bytes` bytes of each.  A character cut in two by the limit counts by its
-// first byte.
-int CompareBytes(const unsigned char* a, const unsigned char* b, std::size_t bytes, bool foldCase) {
-  while (bytes > 0) {
-    Character left = FirstCharacter(a);
-    Character right = FirstCharacter(b);
-    if (left.bytes > bytes) left = {*a, 1};
-    if (right.bytes > bytes) right = {*b, 1};
-    const unsigned leftValue = foldCase ? _mbctolower(left.value) : left.value;
-    const unsigned rightValue = foldCase ? _mbctolower(right.value) : right.value;
-    if (leftValue != rightValue || leftValue == 0) return Sign(leftValue, rightValue);
-    a += left.bytes;
-    b += right.bytes;
-    bytes -= left.bytes;
-  }
-  return 0;
-}
-
 }  // namespace
 
 UINT WINAPI GetACP() {
@@ -99,11 +81,16 @@ int _mbsicmp(const unsigned char* a, const unsigned char* b) {
 }
 
 int _mbsnbcmp(const unsigned char* a, const unsigned char* b, std::size_t bytes) {
-  return CompareBytes(a, b, bytes, false);
-}
-
-int _mbsnbicmp(const unsigned char* a, const unsigned char* b, std::size_t bytes) {
-  return CompareBytes(a, b, bytes, true);
+  // A character cut in two by the limit counts by its first byte.
+  for (std::size_t done = 0; done < bytes;) {
+    Character left = FirstCharacter(a + done);
+    Character right = FirstCharacter(b + done);
+    if (left.bytes > bytes - done) left = {a[done], 1};
+    if (right.bytes > bytes - done) right = {b[done], 1};
+    if (left.value != right.value || left.value == 0) return Sign(left.value, right.value);
+    done += left.bytes;
+  }
+  return 0;
 }
 
 const unsigned char* _mbschr(const unsigned char* text, unsigned int character) {

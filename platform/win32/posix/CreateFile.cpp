@@ -8,14 +8,14 @@
 #include "platform/win32/posix/File.h"
 #include "platform/win32/posix/LastError.h"
 #include "platform/win32/posix/LookUp.h"
+#include "platform/win32/posix/OtherSpelling.h"
 #include "platform/win32/posix/SystemCalls.h"
 
 namespace {
 
 using namespace kozor::posix;
 
-constexpr DWORD kKnownAccess =
-    GENERIC_READ | GENERIC_WRITE | FILE_READ_ATTRIBUTES | FILE_WRITE_ATTRIBUTES;
+constexpr DWORD kKnownAccess = GENERIC_READ | GENERIC_WRITE;
 constexpr DWORD kKnownShare = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
 constexpr DWORD kAttributeFlags = FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN |
                                   FILE_ATTRIBUTE_SYSTEM | FILE_ATTRIBUTE_ARCHIVE |
@@ -135,6 +135,7 @@ std::shared_ptr<File> CreateNew(const Request& request, const LibraryPath& path,
                                 bool& raced) {
   if (path.trailingSeparator) return Refuse(ERROR_INVALID_NAME);
   const bool readOnly = (request.flags & FILE_ATTRIBUTE_READONLY) != 0;
+  DirectoryChange change(found.host);
   const int descriptor =
       Calls().open(found.host.c_str(), O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | kOpenFlags,
                    readOnly ? kNewReadOnlyMode : kNewFileMode);
@@ -142,6 +143,7 @@ std::shared_ptr<File> CreateNew(const Request& request, const LibraryPath& path,
     raced = errno == EEXIST && request.disposition != CREATE_NEW;
     return Refuse(errno == EEXIST ? ERROR_FILE_EXISTS : ErrorFromErrno(errno));
   }
+  change.Added();
   auto file = std::make_shared<File>(descriptor, std::string(found.HostName()), request.access);
   FileFacts facts;
   if (!ReadFacts(descriptor, facts)) return Refuse(ErrorFromErrno(errno));

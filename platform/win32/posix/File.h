@@ -20,7 +20,6 @@ class File : public Closable {
   const std::string& HostName() const { return hostName; }
   bool CanRead() const { return (access & GENERIC_READ) != 0; }
   bool CanWrite() const { return (access & GENERIC_WRITE) != 0; }
-  bool CanSetTimes() const { return (access & (GENERIC_WRITE | FILE_WRITE_ATTRIBUTES)) != 0; }
 
   ShareHold& Hold() { return hold; }
 

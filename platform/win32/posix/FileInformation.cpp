@@ -39,9 +39,8 @@ bool ReadNamed(LPCSTR name, Found& found, DWORD& attributes) {
 BOOL WINAPI SetFileTime(HANDLE handle, const FILETIME* creation, const FILETIME* lastAccess,
                         const FILETIME* lastWrite) {
   static_cast<void>(creation);
-  const auto file = FindObject<File>(handle);
+  const auto file = FindWritable(handle);
   if (!file) return FALSE;
-  if (!file->CanSetTimes()) return Fail(ERROR_ACCESS_DENIED);
   const timespec times[] = {NewTime(lastAccess), NewTime(lastWrite)};
   return ::futimens(file->Descriptor(), times) == 0 ? TRUE : FailErrno();
 }

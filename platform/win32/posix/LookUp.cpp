@@ -1,63 +1,17 @@
 // LookUp.cpp - see LookUp.h.
 #include "platform/win32/posix/LookUp.h"
 
-#include <dirent.h>
 #include <fcntl.h>
 
-#include <atomic>
 #include <cerrno>
-#include <memory>
 #include <optional>
 
-#include "platform/win32/PosixAdmin.h"
-#include "platform/win32/posix/CodePage.h"
-#include "platform/win32/posix/HostNames.h"
 #include "platform/win32/posix/LastError.h"
+#include "platform/win32/posix/OtherSpelling.h"
 
 namespace kozor::posix {
 
 namespace {
-
-std::atomic<bool> caseSensitive{false};
-
-struct CloseDirectory {
-  void operator()(DIR* directory) const { ::closedir(directory); }
-};
-using Directory = std::unique_ptr<DIR, CloseDirectory>;
-
-bool IsAscii(std::string_view name) {
-  for (const char c : name) {
-    if (static_cast<unsigned char>(c) >= 0x80) return false;
-  }
-  return true;
-}
-
-// A case-sensitive search still finds names that code page 932 can't tell from the one wanted, and
-// only such names beyond ASCII.
-bool MayHaveOtherSpelling(std::string_view name) {
-  return !caseSensitive || (ActiveCodePage() == kCodePage932 && !IsAscii(name));
-}
-
-std::u16string SearchKey(std::string_view name) {
-  return caseSensitive ? ExactKey(name) : CaseKey(name);
-}
-
-// The entry of a directory that differs from `name` only as a search allows.  Of several, the first
-// by byte values, so that the result doesn't depend on how the directory is kept.
-std::optional<std::string> SearchDirectory(const std::string& hostDirectory,
-                                           const std::string& name) {
-  if (!MayHaveOtherSpelling(name)) return std::nullopt;
-  const Directory directory(::opendir(hostDirectory.c_str()));
-  if (!directory) return std::nullopt;
-  const std::u16string wanted = SearchKey(name);
-  std::optional<std::string> best;
-  while (const dirent* const entry = ::readdir(directory.get())) {
-    const std::string_view candidate = entry->d_name;
-    if (best && candidate >= *best) continue;
-    if (SearchKey(candidate) == wanted) best = candidate;
-  }
-  return best;
-}
 
 bool IsMissing(int error) {
   return error == ENOENT || error == ENOTDIR;
@@ -101,7 +55,7 @@ class Resolver {
     if (ReadExact(Join(directory, name), found)) return found;
     found.error = ErrorFromErrno(errno);
     if (errno != ENOENT) return found;
-    const std::optional<std::string> other = SearchDirectory(directory, name);
+    const std::optional<std::string> other = FindOtherSpelling(directory, name);
     if (other && !ReadExact(Join(directory, *other), found)) found.host = Join(directory, name);
     if (found.exists) found.error = ERROR_SUCCESS;
     return found;
@@ -137,12 +91,4 @@ bool LookUpExisting(const LibraryPath& path, Found& found) {
   return true;
 }
 
-bool SetCaseSensitive(bool on) {
-  return caseSensitive.exchange(on);
-}
-
 }  // namespace kozor::posix
-
-int KzSetCaseSensitive(int on) {
-  return kozor::posix::SetCaseSensitive(on != 0) ? 1 : 0;
-}

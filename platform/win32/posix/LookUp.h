@@ -31,7 +31,4 @@ Found LookUp(const LibraryPath& path);
 // none (ERROR_INVALID_NAME).
 bool LookUpExisting(const LibraryPath& path, Found& found);
 
-// Compares names by case unless `on`; returns the old value.
-bool SetCaseSensitive(bool on);
-
 }  // namespace kozor::posix

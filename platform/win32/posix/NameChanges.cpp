@@ -9,6 +9,7 @@
 #include "platform/win32/posix/Attributes.h"
 #include "platform/win32/posix/LastError.h"
 #include "platform/win32/posix/LookUp.h"
+#include "platform/win32/posix/OtherSpelling.h"
 #include "platform/win32/posix/Sharing.h"
 #include "platform/win32/posix/SystemCalls.h"
 
@@ -45,44 +46,98 @@ bool SyncDirectory(const std::string& hostDirectory) {
   return done;
 }
 
-// What stands in the way of moving a file or directory to a name that exists.
-bool MayReplace(const Found& source, const Found& target, DWORD flags) {
+bool Unlink(const std::string& host) {
+  DirectoryChange change(host);
+  if (Calls().unlink(host.c_str()) != 0) return false;
+  change.Removed();
+  return true;
+}
+
+// Both ends of a move.
+struct Move {
+  Found source;
+  Found target;         // what the new name means now
+  std::string newHost;  // where the source goes
+  // The new name finds the source itself, and differs from its name in case at most.
+  bool respelled = false;
+  // The new name is another name of the same file.
+  bool sameFile = false;
+};
+
+bool FindEnds(LPCSTR existingName, LPCSTR newName, Move& move) {
+  std::optional<LibraryPath> oldPath;
+  if (!ParseAndLookUp(existingName, oldPath, move.source)) return false;
+  const std::optional<LibraryPath> newPath = ParsePath(newName);
+  if (!newPath) return false;
+  if (oldPath->IsRoot() || newPath->IsRoot()) return Fail(ERROR_ACCESS_DENIED);
+  move.target = LookUp(*newPath);
+  if (!move.target.exists && move.target.error != ERROR_FILE_NOT_FOUND) {
+    return Fail(move.target.error);
+  }
+  move.newHost = move.target.host;
+  move.respelled = move.target.exists && move.target.host == move.source.host;
+  if (move.respelled) move.newHost = ParentOf(move.source.host) + '/' + newPath->names.back();
+  const bool links = move.source.facts.link || move.target.facts.link;
+  move.sameFile = move.target.exists && !links && move.target.facts.id == move.source.facts.id;
+  return true;
+}
+
+bool MayReplace(const Move& move, DWORD flags) {
+  const Found& target = move.target;
   if ((flags & MOVEFILE_REPLACE_EXISTING) == 0) return Fail(ERROR_ALREADY_EXISTS);
-  if (target.facts.IsDirectory() || source.facts.IsDirectory() || target.facts.dangling ||
+  if (target.facts.IsDirectory() || move.source.facts.IsDirectory() || target.facts.dangling ||
       IsReadOnly(target)) {
     return Fail(ERROR_ACCESS_DENIED);
   }
   // Also a file that its opener lets others delete: only the name could be given away.
-  if (IsOpenHere(target.facts.id) || IsDeleteDenied(target.host.c_str(), target.facts.id)) {
-    return Fail(ERROR_ACCESS_DENIED);
-  }
-  return true;
+  const bool open =
+      IsOpenHere(target.facts.id) ||
+      (target.facts.IsRegular() && IsDeleteDenied(target.host.c_str(), target.facts.id));
+  return !open || Fail(ERROR_ACCESS_DENIED);
 }
 
-// Two names of one file: the host's call would leave both.
-bool RenameOntoItself(const Found& source, const Found& target) {
-  return source.host == target.host || Calls().unlink(source.host.c_str()) == 0;
+bool MayMove(const Move& move, DWORD flags) {
+  const FileFacts& facts = move.source.facts;
+  if (facts.IsRegular() && !facts.link && IsDeleteDenied(move.source.host.c_str(), facts.id)) {
+    return Fail(ERROR_SHARING_VIOLATION);
+  }
+  return !move.target.exists || move.respelled || MayReplace(move, flags);
 }
 
 // Without an old file there, the new name may not come to exist meanwhile.
-bool Rename(const Found& source, const std::string& target, bool replaces) {
+bool Rename(const std::string& from, const std::string& to, bool replaces) {
   const auto rename = [&](unsigned flags) {
-    return Calls().renameat2(AT_FDCWD, source.host.c_str(), AT_FDCWD, target.c_str(), flags) == 0;
+    return Calls().renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), flags) == 0;
   };
   if (replaces) return rename(0);
   if (rename(RENAME_NOREPLACE)) return true;
   if (errno != EINVAL) return false;
   // The file system can't refuse by itself.
-  if (::access(target.c_str(), F_OK) == 0) {
+  if (::access(to.c_str(), F_OK) == 0) {
     errno = EEXIST;
     return false;
   }
   return rename(0);
 }
 
-bool SyncMove(const std::string& source, const std::string& target) {
-  const std::string to = ParentOf(target);
-  const std::string from = ParentOf(source);
+bool Perform(const Move& move) {
+  const std::string& from = move.source.host;
+  const bool unchanged =
+      move.respelled && move.newHost.ends_with('/' + std::string(move.source.HostName()));
+  if (unchanged) return true;
+  // The host's call would leave both names of one file.
+  if (move.sameFile && !move.respelled) return Unlink(from);
+  DirectoryChange added(move.newHost);
+  DirectoryChange removed(from);
+  if (!Rename(from, move.newHost, move.target.exists && !move.respelled)) return false;
+  added.Added();
+  removed.Removed();
+  return true;
+}
+
+bool SyncMove(const Move& move) {
+  const std::string to = ParentOf(move.newHost);
+  const std::string from = ParentOf(move.source.host);
   return SyncDirectory(to) && (from == to || SyncDirectory(from));
 }
 
@@ -100,7 +155,7 @@ BOOL WINAPI DeleteFileA(LPCSTR name) {
       return Fail(ERROR_SHARING_VIOLATION);
     }
   }
-  return Calls().unlink(found.host.c_str()) == 0 ? TRUE : FailErrno();
+  return Unlink(found.host) ? TRUE : FailErrno();
 }
 
 BOOL WINAPI CreateDirectoryA(LPCSTR name, LPSECURITY_ATTRIBUTES security) {
@@ -112,7 +167,10 @@ BOOL WINAPI CreateDirectoryA(LPCSTR name, LPSECURITY_ATTRIBUTES security) {
   const Found found = LookUp(*path);
   if (found.exists) return Fail(path->IsRoot() ? ERROR_ACCESS_DENIED : ERROR_ALREADY_EXISTS);
   if (found.error != ERROR_FILE_NOT_FOUND) return Fail(found.error);
-  return Calls().mkdir(found.host.c_str(), kNewDirectoryMode) == 0 ? TRUE : FailErrno();
+  DirectoryChange change(found.host);
+  if (Calls().mkdir(found.host.c_str(), kNewDirectoryMode) != 0) return FailErrno();
+  change.Added();
+  return TRUE;
 }
 
 BOOL WINAPI RemoveDirectoryA(LPCSTR name) {
@@ -121,43 +179,23 @@ BOOL WINAPI RemoveDirectoryA(LPCSTR name) {
   if (!ParseAndLookUp(name, path, found)) return FALSE;
   if (path->IsRoot()) return Fail(ERROR_ACCESS_DENIED);
   if (!found.facts.IsDirectory()) return Fail(ERROR_DIRECTORY);
-  if (found.facts.link) return Calls().unlink(found.host.c_str()) == 0 ? TRUE : FailErrno();
+  if (found.facts.link) return Unlink(found.host) ? TRUE : FailErrno();
   if (IsReadOnly(found)) return Fail(ERROR_ACCESS_DENIED);
-  if (Calls().rmdir(found.host.c_str()) == 0) return TRUE;
+  DirectoryChange change(found.host);
   // Some hosts say "exists" for a directory that isn't empty.
-  return errno == EEXIST ? Fail(ERROR_DIR_NOT_EMPTY) : FailErrno();
+  if (Calls().rmdir(found.host.c_str()) != 0) {
+    return errno == EEXIST ? Fail(ERROR_DIR_NOT_EMPTY) : FailErrno();
+  }
+  change.Removed();
+  return TRUE;
 }
 
 BOOL WINAPI MoveFileExA(LPCSTR existingName, LPCSTR newName, DWORD flags) {
   constexpr DWORD kKnown = MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH;
   if ((flags & ~kKnown) != 0) return Fail(ERROR_INVALID_PARAMETER);
-  std::optional<LibraryPath> oldPath;
-  Found source;
-  if (!ParseAndLookUp(existingName, oldPath, source)) return FALSE;
-  const std::optional<LibraryPath> newPath = ParsePath(newName);
-  if (!newPath) return FALSE;
-  if (oldPath->IsRoot() || newPath->IsRoot()) return Fail(ERROR_ACCESS_DENIED);
-  if (source.facts.IsRegular() && !source.facts.link &&
-      IsDeleteDenied(source.host.c_str(), source.facts.id)) {
-    return Fail(ERROR_SHARING_VIOLATION);
-  }
-
-  const Found target = LookUp(*newPath);
-  if (!target.exists && target.error != ERROR_FILE_NOT_FOUND) return Fail(target.error);
-  std::string targetHost = target.host;
-  const bool sameFile = target.exists && target.facts.id == source.facts.id && !source.facts.link &&
-                        !target.facts.link;
-  // A name that differs in case alone finds the file itself, and is where it goes.
-  const bool respelled = target.exists && target.host == source.host;
-  if (respelled) targetHost = ParentOf(source.host) + '/' + newPath->names.back();
-  if (target.exists && !respelled && !MayReplace(source, target, flags)) return FALSE;
-
-  const bool done = sameFile && !respelled
-                        ? RenameOntoItself(source, target)
-                        : Rename(source, targetHost, target.exists && !respelled);
-  if (!done) return FailErrno();
-  if ((flags & MOVEFILE_WRITE_THROUGH) != 0 && !SyncMove(source.host, targetHost)) {
-    return FailErrno();
-  }
-  return TRUE;
+  Move move;
+  if (!FindEnds(existingName, newName, move) || !MayMove(move, flags)) return FALSE;
+  if (!Perform(move)) return FailErrno();
+  const bool sync = (flags & MOVEFILE_WRITE_THROUGH) != 0;
+  return !sync || SyncMove(move) ? TRUE : FailErrno();
 }

@@ -1,0 +1,157 @@
+// AtomicityTest.cpp - whatever ends a run, the archive is the old one or the new one: kill signals,
+// full disks, other file systems, runs that never committed.
+#include <gmock/gmock.h>
+#include <signal.h>
+#include <sys/mount.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <thread>
+
+#include "tests/engine/EngineFixture.h"
+#include "tests/engine/RawArchive.h"
+
+namespace kozor::test {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+// A small file system of its own in memory; unmounted with the object.
+class SmallDisk {
+ public:
+  SmallDisk(std::filesystem::path where, const char* options) : mountPoint(std::move(where)) {
+    std::filesystem::create_directories(mountPoint);
+    isThere = mount("none", mountPoint.c_str(), "tmpfs", 0, options) == 0;
+  }
+  ~SmallDisk() {
+    if (isThere) umount(mountPoint.c_str());
+  }
+  SmallDisk(const SmallDisk&) = delete;
+  SmallDisk& operator=(const SmallDisk&) = delete;
+
+  bool isThere;
+
+ private:
+  std::filesystem::path mountPoint;
+};
+
+class AtomicityTest : public EngineTest {
+ protected:
+  // Runs `change` in a child process that is killed after a while; true when it was done before.
+  template <typename Change>
+  bool RunAndKill(std::chrono::microseconds after, Change change) {
+    const pid_t child = fork();
+    if (child == 0) _exit(change() == 0 ? 0 : 1);
+    std::this_thread::sleep_for(after);
+    kill(child, SIGKILL);
+    int status = 0;
+    waitpid(child, &status, 0);
+    return WIFEXITED(status);
+  }
+
+  // Kills a run at many moments, from the start to behind its end.  After each the archive must
+  // have the names of before or after, and every member must be whole.
+  template <typename Change>
+  void KillAtManyMoments(const std::vector<std::string>& before,
+                         const std::vector<std::string>& after, const Bytes& start, Change change) {
+    int killed = 0;
+    int done = 0;
+    auto wait = std::chrono::microseconds(100);
+    for (int round = 0; round < 60 && done < 3;
+         ++round, wait += wait / 8 + std::chrono::microseconds(50)) {
+      folder.WriteFile("x.lzh", start);
+      RunAndKill(wait, change) ? ++done : ++killed;
+      const std::vector<std::string> names = Names("x.lzh");
+      ASSERT_THAT(names, testing::AnyOf(before, after));
+      for (const std::string& name : names) ASSERT_EQ(Extract("x.lzh", name).code, 0) << name;
+      // The archive can be worked on at once.
+      ASSERT_EQ(Compress("x.lzh", "next", {}), 0);
+    }
+    EXPECT_GT(killed, 0);
+    for (const std::string& name : Temporaries()) std::filesystem::remove(folder.Path(name));
+  }
+};
+
+TEST_F(AtomicityTest, KilledWhileAppendingInPlace) {
+  folder.WriteFile("src/new1", TextBytes(400000));
+  folder.WriteFile("src/new2", RandomBytes(2000000));
+  ASSERT_EQ(Compress("x.lzh", "old", TextBytes(1000)), 0);
+  KillAtManyMoments({"old"}, {"old", "new1", "new2"}, folder.ReadFile("x.lzh"), [&] {
+    return Add("x.lzh", "src", {"new1", "new2"});
+  });
+}
+
+TEST_F(AtomicityTest, KilledWhileRewriting) {
+  folder.WriteFile("src/old", RandomBytes(1500000));
+  ASSERT_EQ(Compress("x.lzh", "old", TextBytes(1000)), 0);
+  ASSERT_EQ(Compress("x.lzh", "kept", RandomBytes(1500000)), 0);
+  KillAtManyMoments({"old", "kept"}, {"kept", "old"}, folder.ReadFile("x.lzh"),
+                    [&] { return Add("x.lzh", "src", {"old"}); });
+}
+
+TEST_F(AtomicityTest, KilledWhileDeleting) {
+  ASSERT_EQ(Compress("x.lzh", "old", TextBytes(1000)), 0);
+  ASSERT_EQ(Compress("x.lzh", "kept", RandomBytes(3000000)), 0);
+  KillAtManyMoments({"old", "kept"}, {"kept"}, folder.ReadFile("x.lzh"),
+                    [&] { return Delete("x.lzh", {"old"}); });
+}
+
+TEST_F(AtomicityTest, RestOfAnAppendThatNeverCommittedIsOverwritten) {
+  const Bytes archive = RawArchive({{.name = "old", .contents = "old"}});
+  Bytes rest = RawArchive({{.name = "lost", .contents = "lost"}});
+  rest.erase(rest.begin());
+  folder.WriteFile("x.lzh", Join({archive, rest}));
+  EXPECT_THAT(Names("x.lzh"), ElementsAre("old"));
+  ASSERT_EQ(Compress("x.lzh", "n", {}), 0);
+  EXPECT_THAT(Names("x.lzh"), ElementsAre("old", "n"));
+  const Bytes bytes = folder.ReadFile("x.lzh");
+  EXPECT_TRUE(std::equal(archive.begin(), archive.end() - 1, bytes.begin()));
+  EXPECT_LT(bytes.size(), archive.size() + 60);
+}
+
+TEST_F(AtomicityTest, FullDiskLeavesTheArchiveAsItWas) {
+  const SmallDisk disk(folder.Path("disk"), "size=2m");
+  if (!disk.isThere) GTEST_SKIP() << "a small file system needs root";
+  folder.WriteFile("src/large", RandomBytes(3000000));
+  folder.WriteFile("src/old", RandomBytes(1500000));
+  ASSERT_EQ(Compress("disk/x.lzh", "old", RandomBytes(1200000)), 0);
+  ASSERT_EQ(Compress("disk/x.lzh", "small", TextBytes(10)), 0);
+  const Bytes before = folder.ReadFile("disk/x.lzh");
+  const std::string work = "\"-w" + folder.Lib("disk") + "\\\"";
+
+  EXPECT_EQ(Add("disk/x.lzh", "src", {"large"}), 0x8005);  // in place
+  EXPECT_EQ(Add("disk/x.lzh", "src", {"old"}), 0x8005);    // rewritten beside
+  EXPECT_EQ(Delete("disk/x.lzh", {"small"}), 0x8005);
+  EXPECT_EQ(Add("new.lzh", "src", {"large"}, work), 0x8005);  // in the work directory
+  EXPECT_TRUE(SameBytes(folder.ReadFile("disk/x.lzh"), before));
+  EXPECT_FALSE(folder.Exists("new.lzh"));
+  EXPECT_THAT(Temporaries(), IsEmpty());
+}
+
+TEST_F(AtomicityTest, WorkDirectoryMayBeOnAnotherFileSystem) {
+  const SmallDisk disk(folder.Path("disk"), "size=8m");
+  if (!disk.isThere) GTEST_SKIP() << "a file system of its own needs root";
+  folder.WriteFile("src/a", RandomBytes(1000000));
+  const std::string work = "\"-w" + folder.Lib("disk") + "\\\"";
+  ASSERT_EQ(Add("x.lzh", "src", {"a"}, work), 0);
+  ASSERT_EQ(Add("x.lzh", "src", {"a"}, work), 0);
+  EXPECT_TRUE(SameBytes(Extract("x.lzh", "a").bytes, folder.ReadFile("src/a")));
+  EXPECT_THAT(Temporaries(), IsEmpty());
+}
+
+TEST_F(AtomicityTest, ArchiveInUseIsNotChanged) {
+  ASSERT_EQ(Compress("x.lzh", "old", {}), 0);
+  const HANDLE other =
+      CreateFileA(folder.Lib("x.lzh").c_str(), GENERIC_READ | GENERIC_WRITE,
+                  FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING, 0, nullptr);
+  ASSERT_NE(other, INVALID_HANDLE_VALUE);
+  EXPECT_EQ(Compress("x.lzh", "new", {}), 0x8018);
+  EXPECT_THAT(Names("x.lzh"), ElementsAre("old"));
+  CloseHandle(other);
+  EXPECT_EQ(Compress("x.lzh", "new", {}), 0);
+}
+
+}  // namespace
+}  // namespace kozor::test

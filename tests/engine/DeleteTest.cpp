@@ -1,0 +1,125 @@
+// DeleteTest.cpp - the command `d`, and what stays when members go.
+#include <gmock/gmock.h>
+
+#include "tests/engine/EngineFixture.h"
+#include "tests/engine/RawArchive.h"
+
+namespace kozor::test {
+namespace {
+
+using testing::ElementsAre;
+
+class DeleteTest : public EngineTest {
+ protected:
+  // Members of several levels, with extensions that the archiver knows nothing of.
+  const RawMember first{.level = 0, .name = "first.txt", .contents = "one"};
+  const RawMember second{.level = 1,
+                         .name = "second.doc",
+                         .contents = "two two",
+                         .extensions = {{0x02, "sub\xFF"}, {0x77, "unknown"}}};
+  const RawMember third{
+      .level = 2, .name = "third.txt", .contents = "", .extensions = {{0xC9, ""}}};
+  const RawMember fourth{.level = 3, .name = "fourth.doc", .contents = "four"};
+
+  void WriteAll() { folder.WriteFile("x.lzh", RawArchive({first, second, third, fourth})); }
+};
+
+TEST_F(DeleteTest, KeptMembersStayByteForByte) {
+  struct Row {
+    std::vector<std::string> names;
+    Bytes left;
+  };
+  const Row rows[] = {
+      {{"first.txt"}, RawArchive({second, third, fourth})},
+      {{"sub\\second.doc"}, RawArchive({first, third, fourth})},
+      {{"SUB/SECOND.DOC"}, RawArchive({first, third, fourth})},
+      {{"fourth.doc", "not there"}, RawArchive({first, second, third})},
+      {{"*.txt"}, RawArchive({second, fourth})},
+      {{"sub\\*.*"}, RawArchive({first, third, fourth})},
+      {{"first.txt", "third.txt", "fourth.doc"}, RawArchive({second})},
+  };
+  for (const Row& row : rows) {
+    WriteAll();
+    ASSERT_EQ(Delete("x.lzh", row.names), 0) << row.names[0];
+    EXPECT_TRUE(SameBytes(folder.ReadFile("x.lzh"), row.left)) << row.names[0];
+  }
+  EXPECT_THAT(Temporaries(), ElementsAre());
+}
+
+TEST_F(DeleteTest, ArchiveGoesWithItsLastMember) {
+  WriteAll();
+  ASSERT_EQ(Delete("x.lzh", {"*.*"}), 0);
+  EXPECT_FALSE(folder.Exists("x.lzh"));
+  folder.WriteFile("y.lzh", RawArchive({first}));
+  ASSERT_EQ(Delete("y.lzh", {"FIRST.txt"}), 0);
+  EXPECT_FALSE(folder.Exists("y.lzh"));
+}
+
+TEST_F(DeleteTest, NothingSelectedChangesNothing) {
+  WriteAll();
+  EXPECT_EQ(Delete("x.lzh", {"*.bak"}), 0x800F);
+  EXPECT_EQ(Delete("x.lzh", {"second.doc"}), 0x800F);
+  EXPECT_EQ(Delete("x.lzh", {}), 0x802B);
+  EXPECT_EQ(Delete("nowhere.lzh", {"*.*"}), 0x8029);
+  EXPECT_TRUE(SameBytes(folder.ReadFile("x.lzh"), RawArchive({first, second, third, fourth})));
+}
+
+TEST_F(DeleteTest, ExactNameLeavesItsTwinAndTakesItsOlderSelves) {
+  const RawMember upper{.level = 0, .name = "README", .contents = "1"};
+  const RawMember lower{.level = 0, .name = "readme", .contents = "2"};
+  folder.WriteFile("x.lzh", RawArchive({upper, lower, upper}));
+  ASSERT_EQ(Delete("x.lzh", {"README"}), 0);
+  EXPECT_TRUE(SameBytes(folder.ReadFile("x.lzh"), RawArchive({lower})));
+}
+
+TEST_F(DeleteTest, NamesThatLookLikeSomethingElse) {
+  const char* const names[] = {"-leading", "@at", " blank ahead", "\x95\x5C.txt", "d\\\x95\x5C"};
+  for (const char* name : names) ASSERT_EQ(Compress("x.lzh", name, ToBytes(name)), 0) << name;
+  ASSERT_EQ(Compress("x.lzh", "stays", {}), 0);
+  for (const char* name : names) EXPECT_EQ(Delete("x.lzh", {name}), 0) << name;
+  EXPECT_THAT(Names("x.lzh"), ElementsAre("stays"));
+}
+
+TEST_F(DeleteTest, PrefixOfASelfExtractorStays) {
+  Bytes program(3000, 0x90);
+  program[0] = 'M';
+  program[1] = 'Z';
+  folder.WriteFile("x.exe", Join({program, RawArchive({first, fourth})}));
+  ASSERT_EQ(Delete("x.exe", {"first.txt"}), 0);
+  EXPECT_TRUE(SameBytes(folder.ReadFile("x.exe"), Join({program, RawArchive({fourth})})));
+  ASSERT_EQ(Compress("x.exe", "new", {}), 0);
+  EXPECT_THAT(Names("x.exe"), ElementsAre("fourth.doc", "new"));
+
+  // A program that goes on behind its archive is left alone.
+  const Bytes atari = Join({program, RawArchive({first, fourth}), Bytes(500, 0x4E)});
+  folder.WriteFile("y.ttp", atari);
+  EXPECT_EQ(Delete("y.ttp", {"first.txt"}), 0x8008);
+  EXPECT_EQ(Compress("y.ttp", "new", {}), 0x8008);
+  EXPECT_TRUE(SameBytes(folder.ReadFile("y.ttp"), atari));
+}
+
+TEST_F(DeleteTest, EndMarkIsOneAgain) {
+  Bytes withoutMark = RawArchive({first, fourth});
+  withoutMark.pop_back();
+  folder.WriteFile("x.lzh", Join({withoutMark, Bytes(60, 0x1A)}));
+  ASSERT_EQ(Delete("x.lzh", {"first.txt"}), 0);
+  EXPECT_TRUE(SameBytes(folder.ReadFile("x.lzh"), RawArchive({fourth})));
+  folder.WriteFile("y.lzh", withoutMark);
+  ASSERT_EQ(Compress("y.lzh", "new", {}), 0);
+  EXPECT_THAT(Names("y.lzh"), ElementsAre("first.txt", "fourth.doc", "new"));
+  EXPECT_EQ(folder.ReadFile("y.lzh").back(), 0);
+}
+
+TEST_F(DeleteTest, DirectoriesGoByNameOrMask) {
+  const RawMember directory{
+      .level = 1, .name = "", .contents = "", .extensions = {{0x02, "sub\xFF"}}, .method = "-lhd-"};
+  folder.WriteFile("x.lzh", RawArchive({directory, first, second}));
+  ASSERT_EQ(Delete("x.lzh", {"sub"}), 0);
+  EXPECT_TRUE(SameBytes(folder.ReadFile("x.lzh"), RawArchive({first, second})));
+  folder.WriteFile("x.lzh", RawArchive({directory, first, second}));
+  ASSERT_EQ(Delete("x.lzh", {"*.*"}), 0);
+  EXPECT_FALSE(folder.Exists("x.lzh"));
+}
+
+}  // namespace
+}  // namespace kozor::test

@@ -1,0 +1,118 @@
+// InteropTest.cpp - other programs read what we write, and we read what others write.
+#include <gmock/gmock.h>
+
+#include "tests/engine/EngineFixture.h"
+
+namespace kozor::test {
+namespace {
+
+class InteropTest : public EngineTest {
+ protected:
+  InteropTest() {
+    MakeTree(folder, "src",
+             {{"README", 3000},
+              {"Mixed.Txt", 70000},
+              {"empty", 0},
+              {"one", 1},
+              {"sub/deep/er/file.c", 20000},
+              {"sub/.hidden", 10},
+              {"with blank/a b", 500}});
+    folder.WriteFile("src/noise.bin", RandomBytes(300000));
+    folder.SetTime("src/noise.bin", 1234567890);
+    std::filesystem::create_directories(folder.Path("out"));
+  }
+
+  std::string ShellPath(const std::string& name) { return "'" + folder.Path(name).string() + "'"; }
+
+  // Extracts x.lzh with another program into "out" and compares trees.
+  void ExpectExtractedBy(const std::string& program, const std::string& arguments) {
+    if (!HaveProgram(program)) GTEST_SKIP() << program << " is not installed";
+    const CommandResult result =
+        RunCommand("cd " + ShellPath("out") + " && TZ=UTC " + program + " " + arguments);
+    EXPECT_EQ(result.status, 0) << result.output;
+    EXPECT_EQ(CompareTrees(folder.Path("src"), folder.Path("out")), "") << result.output;
+  }
+};
+
+struct Reader {
+  const char* program;
+  const char* arguments;
+};
+const Reader kReaders[] = {
+    {"lhasa", "xq ../x.lzh"}, {"7zz", "x -y ../x.lzh"}, {"bsdtar", "-xf ../x.lzh"}};
+
+class ReadersTest : public InteropTest, public testing::WithParamInterface<Reader> {};
+
+TEST_P(ReadersTest, ExtractWholeTrees) {
+  for (const char* method : {"-o5", "-o6", "-o7", "-z1"}) {
+    std::filesystem::remove(folder.Path("x.lzh"));
+    std::filesystem::remove_all(folder.Path("out"));
+    std::filesystem::create_directories(folder.Path("out"));
+    ASSERT_EQ(Add("x.lzh", "src",
+                  {"README", "Mixed.Txt", "empty", "one", "sub\\deep\\er\\file.c", "sub\\.hidden",
+                   "with blank\\a b", "noise.bin"},
+                  method),
+              0);
+    ExpectExtractedBy(GetParam().program, GetParam().arguments);
+  }
+}
+
+TEST_P(ReadersTest, ExtractTreesWithDirectoryMembers) {
+  std::filesystem::create_directories(folder.Path("src/hollow"));
+  ASSERT_EQ(AddTree("x.lzh", "src"), 0);
+  ExpectExtractedBy(GetParam().program, GetParam().arguments);
+  EXPECT_TRUE(folder.Exists("out/hollow"));
+}
+
+TEST_P(ReadersTest, ReadWhatWasAppendedReplacedAndDeleted) {
+  ASSERT_EQ(AddTree("x.lzh", "src"), 0);
+  ASSERT_EQ(Compress("x.lzh", "extra", TextBytes(100)), 0);
+  folder.WriteFile("src/one", "no more");
+  ASSERT_EQ(Add("x.lzh", "src", {"one"}), 0);
+  ASSERT_EQ(Delete("x.lzh", {"extra", "Mixed.Txt"}), 0);
+  std::filesystem::remove(folder.Path("src/Mixed.Txt"));
+  ExpectExtractedBy(GetParam().program, GetParam().arguments);
+}
+
+INSTANTIATE_TEST_SUITE_P(All, ReadersTest, testing::ValuesIn(kReaders), [](const auto& reader) {
+  return std::string("By") + reader.param.program;
+});
+
+TEST_F(InteropTest, RecordedCodePageIsHonoured) {
+  if (!HaveProgram("bsdtar")) GTEST_SKIP() << "bsdtar is not installed";
+  ASSERT_EQ(Compress("x.lzh", "\x95\x5C\\\x8A\xBF\x8E\x9A.txt", TextBytes(10)), 0);
+  const CommandResult listing = RunCommand("LC_ALL=C.UTF-8 bsdtar -tf " + ShellPath("x.lzh"));
+  EXPECT_EQ(listing.output, "\xE8\xA1\xA8/\xE6\xBC\xA2\xE5\xAD\x97.txt\n");
+}
+
+TEST_F(InteropTest, LeadingBackslashHarmsNobody) {
+  ASSERT_EQ(Compress("x.lzh", "C:\\d\\f.txt", TextBytes(10)), 0);
+  for (const Reader& reader : kReaders) {
+    if (!HaveProgram(reader.program)) continue;
+    RunCommand("cd " + ShellPath("out") + " && " + reader.program + " " + reader.arguments);
+    EXPECT_TRUE(SameBytes(folder.ReadFile("out/d/f.txt"), TextBytes(10))) << reader.program;
+    std::filesystem::remove_all(folder.Path("out/d"));
+  }
+}
+
+TEST_F(InteropTest, ArchivesByJlhaAreRead) {
+  if (!HaveProgram("jlha")) GTEST_SKIP() << "jlha is not installed";
+  for (const char* command : {"a0o5", "a1o6", "a2o7", "a2z"}) {
+    SCOPED_TRACE(command);
+    const CommandResult made = RunCommand(
+        "cd " + ShellPath("src") + " && rm -f ../j.lzh && jlha -" + command + " ../j.lzh * 2>&1");
+    ASSERT_EQ(made.status, 0) << made.output;
+    const std::vector<std::string> names = Names("j.lzh");
+    EXPECT_EQ(names.size(), 8U);
+    for (std::string name : names) {
+      const Extracted extracted = Extract("j.lzh", name);
+      EXPECT_EQ(extracted.code, 0) << name;
+      std::replace(name.begin(), name.end(), '\\', '/');
+      EXPECT_TRUE(SameBytes(extracted.bytes, folder.ReadFile("src/" + name))) << name;
+      EXPECT_LE(std::abs(extracted.time - folder.GetTime("src/" + name)), 1) << name;
+    }
+  }
+}
+
+}  // namespace
+}  // namespace kozor::test
