@@ -42,7 +42,7 @@ bool HasWildCard(const std::string& name) {
 bool ForEachEntry(const std::string& mask,
                   const std::function<void(const WIN32_FIND_DATAA& entry)>& take) {
   WIN32_FIND_DATAA entry;
-  const HANDLE find = FindFirstFileA(mask.c_str(), &entry);
+  HANDLE find = FindFirstFileA(mask.c_str(), &entry);
   if (find == INVALID_HANDLE_VALUE) return false;
   struct Closer {
     HANDLE handle;

@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <array>
-#include <utility>
 
 #include "engine/container/Failure.h"
 
@@ -82,7 +81,7 @@ class InPlaceAppend : public ArchiveUpdate {
 
 class Rewrite : public ArchiveUpdate {
  public:
-  Rewrite(OpenArchive& changed, std::vector<bool> removed, const std::string& workDirectory)
+  Rewrite(OpenArchive& changed, const std::vector<bool>& removed, const std::string& workDirectory)
       : archive(changed),
         kept(changed.file.IsOpen() ? KeptRanges(*changed.index, removed) : std::vector<Range>()),
         temporary(workDirectory.empty() ? DirectoryOf(changed.path) : workDirectory),
@@ -134,9 +133,10 @@ std::unique_ptr<ArchiveUpdate> AppendInPlace(OpenArchive& archive) {
   return std::make_unique<InPlaceAppend>(archive);
 }
 
-std::unique_ptr<ArchiveUpdate> RewriteArchive(OpenArchive& archive, std::vector<bool> removed,
+std::unique_ptr<ArchiveUpdate> RewriteArchive(OpenArchive& archive,
+                                              const std::vector<bool>& removed,
                                               const std::string& workDirectory) {
-  return std::make_unique<Rewrite>(archive, std::move(removed), workDirectory);
+  return std::make_unique<Rewrite>(archive, removed, workDirectory);
 }
 
 std::uint64_t KeptBytes(const ArchiveIndex& index, const std::vector<bool>& removed) {

@@ -52,7 +52,8 @@ std::unique_ptr<ArchiveUpdate> AppendInPlace(OpenArchive& archive);
 
 // `removed` tells by position which members do not stay; `workDirectory` is where the temporary
 // goes, empty for beside the archive.
-std::unique_ptr<ArchiveUpdate> RewriteArchive(OpenArchive& archive, std::vector<bool> removed,
+std::unique_ptr<ArchiveUpdate> RewriteArchive(OpenArchive& archive,
+                                              const std::vector<bool>& removed,
                                               const std::string& workDirectory);
 
 // Bytes that CopyKept of a rewrite would copy.

@@ -62,8 +62,8 @@ File& File::operator=(File&& other) noexcept {
 bool File::Open(const std::string& path, Mode mode) {
   Close();
   const OpenArguments arguments = ArgumentsOf(mode);
-  const HANDLE opened = CreateFileA(path.c_str(), arguments.access, arguments.share, nullptr,
-                                    arguments.disposition, arguments.flags, nullptr);
+  HANDLE opened = CreateFileA(path.c_str(), arguments.access, arguments.share, nullptr,
+                              arguments.disposition, arguments.flags, nullptr);
   if (opened == INVALID_HANDLE_VALUE) return false;
   handle = opened;
   position = 0;

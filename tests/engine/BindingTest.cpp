@@ -212,8 +212,6 @@ TEST_F(BindingTest, NamesInBothCodePages) {
 
 TEST_F(BindingTest, LinesOfEveryShape) {
   const std::string path = folder.Lib("x.lzh");
-  UnlhaMemberRecord record;
-  static_cast<void>(record);
   std::uint8_t buffer[5];
   std::uint32_t written = 0;
   const std::string lines[] = {

@@ -1,6 +1,7 @@
 // ObjectTest.cpp - the object between runs: its three byte strings and their owners.
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <new>
 
@@ -8,8 +9,10 @@
 
 namespace {
 std::size_t failingSize = 0;  // an array of this size can't be allocated
+std::size_t largestSize = 0;  // of the arrays that were asked for
 
 void* AllocateArray(std::size_t size) {
+  largestSize = std::max(largestSize, size);
   return size != 0 && size == failingSize ? nullptr : std::malloc(size != 0 ? size : 1);
 }
 }  // namespace
@@ -99,6 +102,14 @@ TEST_F(VolumeObject, AVolumeWhoseAreasFindNoMemoryIsRefused) {
   Identity(volumes);
   failingSize = 4099;
   EXPECT_EQ(volumes.Check(folder.Lib("set/1").c_str()), 0);
+}
+
+TEST_F(VolumeObject, NoMemoryIsTakenForAreasThatTheVolumeDoesNotHave) {
+  Identity(volumes);
+  folder.Damage("set/1", 99, 0x7F);  // an application ID of 2 GiB
+  largestSize = 0;
+  EXPECT_EQ(volumes.Check(folder.Lib("set/1").c_str()), 0);
+  EXPECT_LT(largestSize, 65'536U);
 }
 
 }  // namespace

@@ -44,6 +44,17 @@ TEST_F(VolumeRestore, TakesVolumesOfBothVersionsInOneSet) {
   EXPECT_EQ(Differences(), "");
 }
 
+TEST_F(VolumeRestore, PassesOverVolumesWithoutPayload) {
+  WriteSet({});
+  WriteVolume(2, SetLayout{}.Header(2, 1));
+  Bytes volume = SetLayout{}.Header(3, 1);
+  const Bytes head = RecordHead({"a", {}});
+  volume.insert(volume.end(), head.begin(), head.end());
+  WriteVolume(3, volume);
+  EXPECT_EQ(Restore(), 1);
+  EXPECT_TRUE(folder.ReadFile("target/a").empty());
+}
+
 // "w" and a character that code page 932 has in two bytes, the second of them 0x5C.
 TEST_F(VolumeRestore, TakesWideNames) {
   Bytes head = {0x20, 0};
@@ -147,6 +158,7 @@ TEST_F(VolumeRestore, AsksAgainAndSaysWhy) {
   };
   volumes.abort = [&](const ZorMultiVolume::ONABORTPARAM& p) {
     if (p.phase != ZorMultiVolume::PhaseVolume || p.volume > 0) return 0;
+    if (attempt > 2) CFile(folder.Lib("medium").c_str(), CFile::modeReadWrite);  // closed again
     std::filesystem::remove_all(folder.Path("medium"));
     if (attempt > 6) return 1;
     if (attempt > 0) {

@@ -10,6 +10,7 @@
 #include <map>
 #include <mutex>
 #include <shared_mutex>
+#include <utility>
 
 #include "platform/win32/PosixAdmin.h"
 #include "platform/win32/PosixSystem.h"
@@ -20,11 +21,8 @@ namespace kozor::posix {
 
 namespace {
 
-struct Share {
-  std::u16string server;
-  std::u16string name;
-  auto operator<=>(const Share&) const = default;
-};
+// Keys of server and share.
+using Share = std::pair<std::u16string, std::u16string>;
 
 struct Table {
   std::shared_mutex lock;
@@ -122,8 +120,8 @@ std::optional<std::string> ShareDirectory(std::string_view server, std::string_v
   const std::shared_lock guard(table.lock);
   const auto found = table.shares.find(*wanted);
   if (found != table.shares.end()) return found->second;
-  const auto sibling = table.shares.lower_bound(Share{wanted->server, {}});
-  if (sibling != table.shares.end() && sibling->first.server == wanted->server) {
+  const auto sibling = table.shares.lower_bound(Share{wanted->first, {}});
+  if (sibling != table.shares.end() && sibling->first.first == wanted->first) {
     SetLastError(ERROR_BAD_NET_NAME);
   }
   return std::nullopt;

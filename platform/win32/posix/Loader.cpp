@@ -95,7 +95,7 @@ std::string PlatformLibraryFile() {
 // The file of a name in a host directory, in any case; empty if there is none.
 std::string FindIn(const std::string& hostDirectory, const std::string& hostName) {
   if (hostDirectory.empty()) return "";
-  const std::string exact = hostDirectory + '/' + hostName;
+  std::string exact = hostDirectory + '/' + hostName;
   if (::access(exact.c_str(), F_OK) == 0) return exact;
   DIR* const directory = ::opendir(hostDirectory.c_str());
   if (directory == nullptr) return "";

@@ -39,7 +39,7 @@ Views& TheViews() {
   return views;
 }
 
-constexpr std::uint64_t kOffsetUnit = 64 * 1024;
+constexpr std::uint64_t kOffsetUnit = 0x10000;
 
 std::uint64_t Join(DWORD high, DWORD low) {
   return static_cast<std::uint64_t>(high) << 32 | low;

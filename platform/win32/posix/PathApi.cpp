@@ -87,8 +87,8 @@ UINT MakeTempFile(LPCSTR path, LPCSTR prefix, UINT number) {
   constexpr UINT kNumbers = 0x10000;
   for (UINT tries = 0; tries < kNumbers; ++tries, number = (number + 1) % kNumbers) {
     if (number == 0) continue;
-    const HANDLE file = CreateFileA(TempFileName(path, prefix, number).c_str(), GENERIC_WRITE, 0,
-                                    nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
+    HANDLE file = CreateFileA(TempFileName(path, prefix, number).c_str(), GENERIC_WRITE, 0, nullptr,
+                              CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
     if (file != INVALID_HANDLE_VALUE) {
       CloseHandle(file);
       return number;

@@ -97,7 +97,7 @@ BOOL WINAPI DosDateTimeToFileTime(WORD date, WORD time, LPFILETIME fileTime) {
 }
 
 BOOL WINAPI FileTimeToDosDateTime(const FILETIME* fileTime, LPWORD date, LPWORD time) {
-  SYSTEMTIME fields;
+  SYSTEMTIME fields{};
   if (!FileTimeToSystemTime(fileTime, &fields)) return FALSE;
   if (fields.wYear < kFirstDosYear || fields.wYear > kLastDosYear) {
     return Fail(ERROR_INVALID_PARAMETER);
