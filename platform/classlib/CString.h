@@ -60,8 +60,8 @@ class ZOR_PLATFORM_API CString {
   CString& operator+=(const char* other);
   CString& operator+=(char character);
 
-  // Negative, 0 or positive, as _mbscmp and _mbsicmp give it; both end at the first terminator.  The
-  // operators below compare as Compare does.
+  // Negative, 0 or positive, as _mbscmp and _mbsicmp give it; both end at the first terminator.
+  // The operators below compare as Compare does.
   int Compare(const char* other) const;
   int CompareNoCase(const char* other) const;
 

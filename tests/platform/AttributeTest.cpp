@@ -52,6 +52,15 @@ class Attribute : public ::testing::Test {
   TestFolder folder;
 };
 
+TEST_F(Attribute, OfAReplacedFileTellWhoMayReadTheNewOne) {
+  folder.WriteFile("new", "y");
+  ASSERT_EQ(::chmod(folder.Path("f").c_str(), 0600), 0);
+  ASSERT_EQ(::chmod(folder.Path("new").c_str(), 0644), 0);
+  ASSERT_TRUE(
+      MoveFileExA(folder.Lib("new").c_str(), folder.Lib("f").c_str(), MOVEFILE_REPLACE_EXISTING));
+  EXPECT_EQ(Mode("f") & 0777U, 0600U);
+}
+
 TEST_F(Attribute, AreTextInAnExtendedAttribute) {
   EXPECT_TRUE(Set("f", 0x22));
   EXPECT_EQ(Stored("f"), "0x22");

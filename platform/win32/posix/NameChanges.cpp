@@ -1,5 +1,6 @@
 // NameChanges.cpp - calls that make, move and remove names: directories, DeleteFileA, MoveFileExA.
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -120,6 +121,15 @@ bool Rename(const std::string& from, const std::string& to, bool replaces) {
   return rename(0);
 }
 
+// Whoever replaces a file takes over who may read and write it: a private archive must not become
+// public by being rewritten.  Without the right to give the owner along, only the owner's bits go.
+void TakeOverAccess(const std::string& from, const std::string& to) {
+  struct stat old {};
+  if (::stat(to.c_str(), &old) != 0 || !S_ISREG(old.st_mode)) return;
+  const bool sameOwner = ::chown(from.c_str(), old.st_uid, old.st_gid) == 0;
+  ::chmod(from.c_str(), old.st_mode & (sameOwner ? 0777U : 0700U));
+}
+
 bool Perform(const Move& move) {
   const std::string& from = move.source.host;
   const bool unchanged =
@@ -129,7 +139,9 @@ bool Perform(const Move& move) {
   if (move.sameFile && !move.respelled) return Unlink(from);
   DirectoryChange added(move.newHost);
   DirectoryChange removed(from);
-  if (!Rename(from, move.newHost, move.target.exists && !move.respelled)) return false;
+  const bool replaces = move.target.exists && !move.respelled;
+  if (replaces) TakeOverAccess(from, move.newHost);
+  if (!Rename(from, move.newHost, replaces)) return false;
   added.Added();
   removed.Removed();
   return true;
