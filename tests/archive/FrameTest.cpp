@@ -140,7 +140,7 @@ TEST_P(Frame, PassesTheArchiversCodeOn) {
 }
 
 TEST_P(Frame, WithoutAnObjectForTheCallbacksStillMakesItsOwnReports) {
-  { const ZorArchive other; }  // its end takes the callbacks' object away
+  { const ZorArchive copy(archive); }  // its end takes the callbacks' object away
   archive.stopInPhase = 2;
   EXPECT_EQ(Run(), 1);
   EXPECT_THAT(recording.answers, ElementsAre(1));
@@ -176,6 +176,18 @@ TEST_P(Frame, ThrowsAnyOtherExceptionOfAHookOnAfterItsClosingSteps) {
     archive.inPhase = nullptr;
     EXPECT_EQ(Run(), 1);
   }
+}
+
+TEST_P(Frame, DoesntAskAHookAgainThatHasThrown) {
+  recording.heedsAnswers = false;
+  recording.reports.push_back({1, 4, 5, "reported/name"});
+  int asked = 0;
+  archive.inPhase = [&](int phase) {
+    if (phase == 2 && ++asked > 0) throw std::runtime_error("from a hook");
+  };
+  EXPECT_THROW(Run(), std::runtime_error);
+  EXPECT_EQ(asked, 1);
+  EXPECT_THAT(recording.answers, ElementsAre(0, 0));
 }
 
 }  // namespace

@@ -61,13 +61,15 @@ TEST_F(TempSweep, DoesntActBeforeTheWorkHasBegun) {
 }
 
 TEST_F(TempSweep, ComesBetweenTheLastReportAndTheEndOfTheCallback) {
-  bool there = false;
+  bool atTheReport = false;
+  bool atTheEnd = true;
   archive.inPhase = [&](int phase) {
-    if (phase == 4) there = folder.Exists("lhtmp002.lzh");
+    if (phase == 4) atTheReport = folder.Exists("lhtmp002.lzh");
   };
+  recording.whenReleased = [&] { atTheEnd = folder.Exists("lhtmp002.lzh"); };
   EXPECT_EQ(Run(), 1);
-  EXPECT_TRUE(there);
-  EXPECT_EQ(recording.calls.back(), "KillOwnerWindowEx");
+  EXPECT_TRUE(atTheReport);
+  EXPECT_FALSE(atTheEnd);
 }
 
 TEST_F(TempSweep, WatchesNothingForABareArchiveName) {

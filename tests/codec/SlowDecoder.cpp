@@ -103,7 +103,7 @@ class SlowDecoder {
  private:
   unsigned Bit() {
     const std::size_t index = bitsRead++;
-    return index / 8 < packed.size() ? packed[index / 8] >> (7 - index % 8) & 1U : 0U;
+    return index / 8 < packed.size() ? unsigned{packed[index / 8]} >> (7 - index % 8) & 1U : 0U;
   }
   unsigned Number(unsigned bits) {
     unsigned value = 0;

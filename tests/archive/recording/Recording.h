@@ -34,10 +34,13 @@ struct Recording {
   int archivesThatOpen = 1'000'000;
   int checkResult = 1;
   std::vector<ScriptedMember> members;
-  // Played in each call that works on an archive, until the callback answers 0.
+  // Played in each call that works on an archive, until the callback answers 0, or all of them.
   std::vector<ScriptedReport> reports;
+  bool heedsAnswers = true;
   // Runs in each such call, before the reports.
   std::function<void()> during;
+  // Runs when the callback is taken back.
+  std::function<void()> whenReleased;
   // What such calls return; behind the last entry 0.  A call that was stopped returns 0x8020.
   std::vector<int> results;
 

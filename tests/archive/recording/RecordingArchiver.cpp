@@ -71,7 +71,7 @@ int Work() {
   if (state.recording.during) state.recording.during();
   for (const ScriptedReport& report : state.recording.reports) {
     state.recording.answers.push_back(Answer(report));
-    if (state.recording.answers.back() == 0) return 0x8020;
+    if (state.recording.answers.back() == 0 && state.recording.heedsAnswers) return 0x8020;
   }
   if (state.recording.results.empty()) return 0;
   const int result = state.recording.results.front();
@@ -113,6 +113,7 @@ int UnlhaSetOwnerWindowEx(void* window, Callback callback) {
 
 int UnlhaKillOwnerWindowEx(void* /*window*/) {
   GetState().recording.Log("KillOwnerWindowEx");
+  if (GetState().recording.whenReleased) GetState().recording.whenReleased();
   GetState().callback = nullptr;
   return 1;
 }
