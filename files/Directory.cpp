@@ -16,20 +16,6 @@ const char* RootedDirectory(const char* path, const char** fileName = nullptr) {
   return isRooted ? directory : nullptr;
 }
 
-// The directories that `path` leads through below its root, topmost first, each by the number of
-// bytes of `path` that name it.  Those of `C:\a\\b\c.txt` with a file name are C:\a and C:\a\\b.
-std::vector<int> LevelsOf(const char* path, const char* directory, const char* fileName) {
-  std::vector<int> levels;
-  const char* backslash = directory;
-  while (*backslash != '\0' && (fileName == nullptr || backslash + 1 < fileName)) {
-    const char* end = backslash + 1;
-    while (*end != '\0' && *end != '\\') end = CharNextA(end);
-    if (end - backslash > 1) levels.push_back(static_cast<int>(end - path));
-    backslash = end;
-  }
-  return levels;
-}
-
 bool HasAttribute(DWORD attributes, DWORD wanted) {
   return attributes != INVALID_FILE_ATTRIBUTES && (attributes & wanted) != 0;
 }
@@ -76,7 +62,8 @@ int ZorCreateDirectory(const char* path, int hasFileName, CString* firstCreated)
   const char* directory = RootedDirectory(path, &fileName);
   if (directory == nullptr) return 0;
   if (firstCreated != nullptr) firstCreated->Empty();
-  const std::vector<int> levels = LevelsOf(path, directory, hasFileName ? fileName : nullptr);
+  const std::vector<int> levels =
+      ZorDirectoryLevels(path, directory, hasFileName ? fileName : nullptr);
 
   // In most calls everything exists already, so what is missing is looked for from the end.
   auto missing = levels.end();

@@ -16,18 +16,6 @@ using Module = std::unique_ptr<std::remove_pointer_t<HMODULE>, FreeModule>;
 
 using LargeDiskCall = BOOL(WINAPI*)(LPCSTR, PULARGE_INTEGER, PULARGE_INTEGER, PULARGE_INTEGER);
 
-// The root of `path` with a backslash behind it; empty if it has none.
-CString RootOf(const char* path) {
-  const char* root;
-  const char* directory;
-  const char* fileName;
-  ZorSplitPath(path, &root, &directory, &fileName);
-  if (root == nullptr) return CString();
-  const char* end = directory != nullptr ? directory : fileName;
-  const CString text = end != nullptr ? CString(root, static_cast<int>(end - root)) : CString(root);
-  return text + '\\';
-}
-
 // Systems before the second release of the 95 line and before NT 4.0 lack GetDiskFreeSpaceExA.
 bool HasLargeDiskCall() {
   OSVERSIONINFOA version{};
@@ -76,7 +64,7 @@ std::optional<std::uint32_t> SmallDiskSpace(const char* root, bool freeSpace) {
 
 // A success leaves the last error as it was: it tells a full disk from a failure.
 unsigned long ZorGetDiskSpace(const char* path, int freeSpace, unsigned long* highPart) {
-  const CString root = RootOf(path);
+  const CString root = ZorRootDirectory(path);
   if (root.IsEmpty()) return 0;
   const DWORD errorBefore = GetLastError();
   std::optional<std::uint64_t> bytes;
@@ -92,6 +80,6 @@ unsigned long ZorGetDiskSpace(const char* path, int freeSpace, unsigned long* hi
 }
 
 unsigned int ZorGetDriveType(const char* path) {
-  const CString root = RootOf(path);
+  const CString root = ZorRootDirectory(path);
   return root.IsEmpty() ? DRIVE_UNKNOWN : GetDriveTypeA(root);
 }

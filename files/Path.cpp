@@ -48,6 +48,22 @@ const char* ZorGetFileName(const char* path) {
   return fileName;
 }
 
+CString ZorRootDirectory(const char* path) {
+  const char* end = SkipRoot(path);
+  return end != path ? CString(path, static_cast<int>(end - path)) + '\\' : CString();
+}
+
+std::vector<int> ZorDirectoryLevels(const char* path, const char* directory, const char* fileName) {
+  std::vector<int> levels;
+  const char* backslash = directory;
+  while (*backslash != '\0' && (fileName == nullptr || backslash + 1 < fileName)) {
+    const char* end = FindBackslash(backslash + 1, 1);
+    if (end - backslash > 1) levels.push_back(static_cast<int>(end - path));
+    backslash = end;
+  }
+  return levels;
+}
+
 void ZorSetTrailingBackslash(CString& path, int add) {
   const char* last = nullptr;
   for (const char* p = path; *p != '\0'; p = CharNextA(p)) {

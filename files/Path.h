@@ -5,6 +5,8 @@
 // character never separates.  Wild-cards are ordinary text here.
 #pragma once
 
+#include <vector>
+
 #include "platform/classlib/CString.h"
 
 // Cuts `path` into root, directory and file name.  Each pointer points into `path`, where its piece
@@ -19,6 +21,16 @@
 //   dir\                      -            dir\       -
 void ZorSplitPath(const char* path, const char** root, const char** directory,
                   const char** fileName);
+
+// The root of `path` with a backslash behind it, as the system's calls about a disk take it; empty
+// if it has none.
+CString ZorRootDirectory(const char* path);
+
+// The directories that `path` leads through, topmost first, each by the number of bytes of `path`
+// that name it.  `directory` and `fileName` are what ZorSplitPath gave, `directory` beginning with
+// a backslash; without a file name (null) all of it is directories.  Those of `C:\a\\b\c.txt` with
+// a file name are C:\a and C:\a\\b.
+std::vector<int> ZorDirectoryLevels(const char* path, const char* directory, const char* fileName);
 
 // Cuts off the last backslash of `path` if it ends in one, and with `add` non-zero appends one: the
 // form in which a file name can follow.  An empty path becomes "\".

@@ -36,12 +36,8 @@ std::uint64_t CountMissingDirectories(const char* path, const char* directory,
                                       const char* fileName) {
   std::uint64_t missing = 0;
   CFileStatus status;
-  // `cursor` stands on the backslash behind the levels that have been counted.
-  for (const char* cursor = directory; *cursor != 0 && cursor + 1 != fileName;) {
-    const char* level = ++cursor;
-    while (*cursor != 0 && *cursor != '\\') cursor = CharNextA(cursor);
-    if (cursor == level) continue;
-    if (CFile::GetStatus(CString(path, static_cast<int>(cursor - path)), status) == 0) ++missing;
+  for (const int level : ZorDirectoryLevels(path, directory, fileName)) {
+    if (CFile::GetStatus(CString(path, level), status) == 0) ++missing;
   }
   return missing;
 }
@@ -55,15 +51,11 @@ std::uint64_t ReplacedBytes(const char* path, std::uint64_t clusterBytes) {
 }  // namespace
 
 std::uint32_t ZorQueryVolumeSpace(const char* path) {
-  const char* root = nullptr;
+  const CString rootDirectory = ZorRootDirectory(path);
+  if (rootDirectory.IsEmpty()) return 0;
   const char* directory = nullptr;
   const char* fileName = nullptr;
-  ZorSplitPath(path, &root, &directory, &fileName);
-  if (root == nullptr) return 0;
-  const CString text(path);
-  const char* rootEnd = directory != nullptr ? directory : fileName;
-  const CString rootDirectory =
-      (rootEnd != nullptr ? text.Left(static_cast<int>(rootEnd - path)) : text) + "\\";
+  ZorSplitPath(path, nullptr, &directory, &fileName);
 
   std::uint64_t room = 0;
   if (!GetFreeBytes(rootDirectory, &room)) return 0;
