@@ -1,7 +1,9 @@
-// FileTest.cpp - CFile: opening, positions, failures, and what can be asked of a path.
+// FileTest.cpp - CFile: opening, positions, failures, what can be asked of a path; and CStdioFile,
+// which adds lines and a buffer.
 #include <gtest/gtest.h>
 
-#include <filesystem>
+#include <string>
+#include <vector>
 
 #include "platform/classlib/ClassLib.h"
 #include "tests/support/CodePageScope.h"
@@ -29,7 +31,7 @@ int CauseOf(Action action) {
 class File : public testing::Test {
  protected:
   // The cause with which opening fails, 0 if it doesn't.
-  int Open(const char* name, unsigned int flags) {
+  int Open(const char* name, unsigned int flags) const {
     CFile file;
     CFileException error;
     const int result = file.Open(folder.Lib(name).c_str(), flags, &error);
@@ -38,7 +40,13 @@ class File : public testing::Test {
     return error.m_cause;
   }
 
+  std::string Contents() const {
+    const Bytes bytes = folder.ReadFile("file");
+    return std::string(bytes.begin(), bytes.end());
+  }
+
   TestFolder folder;
+  std::string path = folder.Lib("file");
 };
 
 TEST_F(File, OpeningTellsWhyItFails) {
@@ -52,17 +60,15 @@ TEST_F(File, OpeningTellsWhyItFails) {
   EXPECT_EQ(Open("readonly", CFile::modeRead), CFileException::none);
   EXPECT_EQ(Open("readonly", CFile::modeWrite), CFileException::accessDenied);
   EXPECT_EQ(Open("readonly", CFile::modeCreate | CFile::modeWrite), CFileException::accessDenied);
-  EXPECT_EQ(CauseOf([&] { CFile file(folder.Lib("missing").c_str(), CFile::modeRead); }),
-            CFileException::fileNotFound);
 }
 
 TEST_F(File, CreatingEmptiesAnExistingFileUnlessToldNotTo) {
   folder.WriteFile("file", "12345");
   EXPECT_EQ(Open("file", CFile::modeWrite), 0);
   EXPECT_EQ(Open("file", CFile::modeCreate | CFile::modeNoTruncate | CFile::modeReadWrite), 0);
-  EXPECT_EQ(folder.ReadFile("file").size(), 5u);
+  EXPECT_EQ(Contents(), "12345");
   EXPECT_EQ(Open("file", CFile::modeCreate | CFile::modeWrite), 0);
-  EXPECT_EQ(folder.ReadFile("file").size(), 0u);
+  EXPECT_EQ(Contents(), "");
 }
 
 TEST_F(File, SharesAsTheFlagsSay) {
@@ -78,22 +84,14 @@ TEST_F(File, SharesAsTheFlagsSay) {
       {CFile::modeWrite | CFile::shareDenyNone, CFile::modeWrite | CFile::shareDenyNone, 0},
   };
   for (const auto& row : rows) {
-    CFile holder(folder.Lib("file").c_str(), row.first);
+    CFile holder(path.c_str(), row.first);
     EXPECT_EQ(Open("file", row.second), row.cause) << row.first << ' ' << row.second;
+    EXPECT_FALSE(holder.Open(path.c_str(), row.second)) << "one file at a time";
   }
 }
 
-TEST_F(File, HasOneFileOpenAtATime) {
-  folder.WriteFile("file", "12345");
-  CFile file(folder.Lib("file").c_str(), CFile::modeRead);
-  EXPECT_FALSE(file.Open(folder.Lib("file").c_str(), CFile::modeRead | CFile::shareDenyNone));
-  file.Close();
-  file.Close();
-  EXPECT_TRUE(file.Open(folder.Lib("file").c_str(), CFile::modeRead));
-}
-
 TEST_F(File, ReadsWritesAndSeeks) {
-  CFile file(folder.Lib("file").c_str(), CFile::modeCreate | CFile::modeReadWrite);
+  CFile file(path.c_str(), CFile::modeCreate | CFile::modeReadWrite);
   file.Write("0123456789", 10);
   EXPECT_EQ(file.Seek(-4, CFile::end), 6u);
   EXPECT_EQ(file.Seek(1, CFile::current), 7u);
@@ -106,15 +104,16 @@ TEST_F(File, ReadsWritesAndSeeks) {
   EXPECT_EQ(file.Seek(0x1'0000'0001, CFile::begin), 0x1'0000'0001u);
   file.Write("x", 1);
   EXPECT_EQ(file.GetLength(), 0x1'0000'0002u);
-  file.Flush();
   CFileStatus status;
-  ASSERT_TRUE(CFile::GetStatus(folder.Lib("file").c_str(), status));
+  ASSERT_TRUE(CFile::GetStatus(path.c_str(), status));
   EXPECT_EQ(status.m_size, 0x1'0000'0002u);
 }
 
 TEST_F(File, ThrowsWhenTheHandleIsNoGood) {
+  EXPECT_EQ(CauseOf([&] { CFile file(path.c_str(), CFile::modeRead); }),
+            CFileException::fileNotFound);
   folder.WriteFile("file", "12345");
-  CFile file(folder.Lib("file").c_str(), CFile::modeRead);
+  CFile file(path.c_str(), CFile::modeRead);
   EXPECT_EQ(CauseOf([&] { file.Write("x", 1); }), CFileException::accessDenied);
   file.Close();
   char byte;
@@ -123,7 +122,6 @@ TEST_F(File, ThrowsWhenTheHandleIsNoGood) {
 
 TEST_F(File, RemovesFilesButNotReadOnlyOnes) {
   folder.WriteFile("file", "12345");
-  const std::string path = folder.Lib("file");
   ASSERT_TRUE(SetFileAttributesA(path.c_str(), FILE_ATTRIBUTE_READONLY));
   EXPECT_EQ(CauseOf([&] { CFile::Remove(path.c_str()); }), CFileException::accessDenied);
   ASSERT_TRUE(SetFileAttributesA(path.c_str(), FILE_ATTRIBUTE_NORMAL));
@@ -136,27 +134,77 @@ TEST_F(File, StatusFindsEntriesOfDirectoriesOnly) {
   folder.WriteFile("dir/file", "12345");
   folder.WriteFile("\xE8\xA1\xA8/file", "1");  // in code page 932 the name ends in the byte 0x5C
   ASSERT_TRUE(SetFileAttributesA(folder.Lib("dir/file").c_str(), FILE_ATTRIBUTE_HIDDEN));
-  const std::string root = folder.Lib();
-  const struct {
-    std::string path;
-    int attribute;  // -1: not found
-  } rows[] = {{root + "\\dir\\file", CFile::hidden},
-              {root + "\\dir", CFile::directory},
-              {root + "\\dir\\", CFile::directory},
-              {root + "\\\x95\x5C", CFile::directory},
-              {root + "\\\x95\x5C\\", CFile::directory},
-              {root + "\\none", -1},
-              {root + "\\dir\\f*", -1},
-              {root + "\\dir\\fil?", -1},
-              {"C:\\", -1},
-              {"", -1}};
-  for (const auto& row : rows) {
-    CFileStatus status{};
-    status.m_size = 99;
-    EXPECT_EQ(CFile::GetStatus(row.path.c_str(), status), row.attribute >= 0) << row.path;
-    EXPECT_EQ(status.m_attribute, row.attribute >= 0 ? row.attribute : 0) << row.path;
-    EXPECT_EQ(status.m_size == 99, row.attribute < 0) << row.path;
+  CFileStatus status{};
+  EXPECT_TRUE(CFile::GetStatus(folder.Lib("dir/file").c_str(), status));
+  EXPECT_EQ(status.m_attribute, CFile::hidden);
+  EXPECT_EQ(status.m_size, 5u);
+  for (const char* name : {"dir", "dir\\", "\x95\x5C", "\x95\x5C\\"}) {
+    EXPECT_TRUE(CFile::GetStatus(folder.Lib(name).c_str(), status)) << name;
+    EXPECT_EQ(status.m_attribute, CFile::directory) << name;
   }
+  status.m_size = 99;
+  for (const std::string& none : {folder.Lib("none"), folder.Lib("dir/f*"), folder.Lib("dir/fil?"),
+                                  std::string("C:\\"), std::string()}) {
+    EXPECT_FALSE(CFile::GetStatus(none.c_str(), status)) << none;
+    EXPECT_EQ(status.m_size, 99u) << none;
+  }
+}
+
+using StdioFile = File;
+
+TEST_F(StdioFile, WritesAndReadsLinesOfAnyLength) {
+  const std::vector<std::string> lines = {"\"a.txt\"", "", std::string(8191, 'x'),
+                                          std::string(8192, 'y'), std::string(30'000, 'z')};
+  std::string expected;
+  {
+    CStdioFile file(path.c_str(), CFile::modeCreate | CFile::modeWrite | CFile::typeText);
+    for (const std::string& line : lines) {
+      file.WriteString((line + "\n").c_str());
+      expected += line + "\n";
+    }
+    file.WriteString("no line end");
+    expected += "no line end";
+    EXPECT_EQ(file.GetLength(), expected.size());
+  }
+  EXPECT_EQ(Contents(), expected);
+
+  CStdioFile file(path.c_str(), CFile::modeRead | CFile::typeText);
+  CString line;
+  for (const std::string& wanted : lines) {
+    ASSERT_TRUE(file.ReadString(line));
+    EXPECT_EQ(line, wanted.c_str());
+  }
+  EXPECT_TRUE(file.ReadString(line));
+  EXPECT_STREQ(line, "no line end");
+  EXPECT_FALSE(file.ReadString(line));
+  EXPECT_TRUE(line.IsEmpty());
+}
+
+TEST_F(StdioFile, ChangesBetweenReadingAndWritingWhereTheProgramStands) {
+  folder.WriteFile("file", "one\ntwo\nthree\n");
+  CStdioFile file(path.c_str(), CFile::modeReadWrite);
+  CString line;
+  file.ReadString(line);
+  file.WriteString("TWO");
+  file.ReadString(line);
+  EXPECT_STREQ(line, "");
+  EXPECT_EQ(file.Seek(1, CFile::current), 9u);
+  char letters[8];
+  EXPECT_EQ(file.Read(letters, 4), 4u);
+  EXPECT_EQ(std::string(letters, 4), "hree");
+  EXPECT_EQ(file.Seek(0, CFile::begin), 0u);
+  file.Write("O", 1);
+  file.Close();
+  EXPECT_EQ(Contents(), "One\nTWO\nthree\n");
+}
+
+TEST_F(StdioFile, ReportsALostWriteOnceAndIsClosedThen) {
+  folder.WriteFile("file", "");
+  CStdioFile file(path.c_str(), CFile::modeRead);
+  file.WriteString("stays in the buffer");
+  EXPECT_EQ(CauseOf([&] { file.Close(); }), CFileException::accessDenied);
+  EXPECT_FALSE(file.IsOpen());
+  EXPECT_TRUE(file.Open(path.c_str(), CFile::modeRead));
 }
 
 }  // namespace

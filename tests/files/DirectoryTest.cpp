@@ -1,4 +1,4 @@
-// DirectoryTest.cpp - making and removing directory trees.
+// DirectoryTest.cpp - making and removing directory trees, by call and by the life of an object.
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -19,10 +19,25 @@ using Names = std::vector<std::string>;
 
 class Directory : public testing::Test {
  protected:
-  void SetUp() override { folder.WriteFile("a/file", ""); }
-  std::string In(const std::string& name) const { return folder.Lib() + "\\" + name; }
+  Directory() : before(std::filesystem::current_path()) {
+    folder.WriteFile("a/file", "");
+    std::filesystem::current_path(folder.Path());
+  }
+  ~Directory() override { std::filesystem::current_path(before); }
+
+  int Create(const std::string& name, int hasFileName) {
+    first = "old";
+    return ZorCreateDirectory(folder.Lib(name).c_str(), hasFileName, &first);
+  }
+  int Remove(const std::string& name, int contentsOnly = 0) const {
+    return ZorRemoveDirectory(folder.Lib(name).c_str(), contentsOnly);
+  }
+  // Whether there is nothing but what there was in the beginning.
+  bool IsAsBefore() const { return folder.List() == Names{"a/", "a/file"}; }
 
   TestFolder folder;
+  CString first;  // that Create made
+  std::filesystem::path before;
 };
 
 TEST_F(Directory, MakesMissingLevelsAndNamesTheTopmost) {
@@ -41,101 +56,144 @@ TEST_F(Directory, MakesMissingLevelsAndNamesTheTopmost) {
       {"a\\", 0, 1, "", {}},
       {"a\\file", 1, 1, "", {}},
       {"a\\file", 0, 0, "", {}},
-      {"a\\file\\sub", 0, 0, "", {}},
       {"a\\file\\sub", 1, 0, "", {}},
       {"a\\b\\c*\\d", 0, 0, "a\\b", {"b/"}},
       {"a\\x\\..\\b", 0, 1, "a\\x\\..\\b", {"b/"}},
   };
   for (const auto& row : rows) {
-    CString first = "old";
-    EXPECT_EQ(ZorCreateDirectory(In(row.path).c_str(), row.hasFileName, &first), row.result)
-        << row.path;
-    EXPECT_EQ(first, row.first.empty() ? "" : In(row.first).c_str()) << row.path;
+    SCOPED_TRACE(row.path);
+    EXPECT_EQ(Create(row.path, row.hasFileName), row.result);
+    EXPECT_EQ(first, row.first.empty() ? "" : folder.Lib(row.first).c_str());
     Names made = folder.List("a");
     std::erase(made, "file");
-    EXPECT_EQ(made, row.made) << row.path;
-    EXPECT_EQ(ZorRemoveDirectory(In("a\\b").c_str(), 0), row.made.empty() ? 0 : 1) << row.path;
+    EXPECT_EQ(made, row.made);
+    EXPECT_EQ(Remove("a\\b"), row.made.empty() ? 0 : 1);
   }
-  EXPECT_EQ(ZorCreateDirectory(In("new\\a").c_str(), 0, nullptr), 1);
 }
 
 TEST_F(Directory, MakesNothingWithoutARootedPath) {
-  const auto before = std::filesystem::current_path();
-  std::filesystem::current_path(folder.Path());
   for (const char* path : {"C:dir", "C:", "dir\\sub", "\\dir\\sub", "", "\\\\srv\\share"}) {
-    CString first = "old";
     EXPECT_EQ(ZorCreateDirectory(path, 0, &first), 0) << path;
-    EXPECT_STREQ(first, "old");
   }
-  std::filesystem::current_path(before);
-  EXPECT_EQ(folder.List(), (Names{"a/", "a/file"}));
-  for (const char* path : {"C:\\", "C:\\file.txt"}) {
-    CString first = "old";
-    EXPECT_EQ(ZorCreateDirectory(path, 1, &first), 1) << path;
-    EXPECT_STREQ(first, "");
-  }
+  EXPECT_TRUE(IsAsBefore());
+  EXPECT_EQ(ZorCreateDirectory("C:\\file.txt", 1, &first), 1);
+  EXPECT_STREQ(first, "");
 }
 
-TEST_F(Directory, WorksOnShares) {
+TEST_F(Directory, WorksOnSharesAndOnDoubleByteNames) {
+  const CodePageScope japanese(932);
   ASSERT_TRUE(KzMapShare("\\\\srv\\share", folder.Path("a").c_str()));
-  CString first;
-  EXPECT_EQ(ZorCreateDirectory("\\\\srv\\share\\b\\c", 0, &first), 1);
-  EXPECT_STREQ(first, "\\\\srv\\share\\b");
-  EXPECT_TRUE(folder.Exists("a/b/c"));
+  EXPECT_EQ(ZorCreateDirectory("\\\\srv\\share\\\x95\x5C\x83\x5C\\\x95\x5C\\f", 1, &first), 1);
+  EXPECT_STREQ(first, "\\\\srv\\share\\\x95\x5C\x83\x5C");
+  EXPECT_TRUE(folder.Exists("a/\u8868\u30BD/\u8868"));
   EXPECT_EQ(ZorRemoveDirectory(first, 0), 1);
   EXPECT_EQ(ZorRemoveDirectory("\\\\srv\\share\\", 0), 1);
-  EXPECT_EQ(folder.List("a"), Names{"file"});
+  EXPECT_TRUE(IsAsBefore());
   KzMapShare("\\\\srv\\share", nullptr);
-}
-
-TEST_F(Directory, KeepsDoubleByteNamesWhole) {
-  const CodePageScope japanese(932);
-  CString first;
-  EXPECT_EQ(ZorCreateDirectory(In("\x95\x5C\x83\x5C\\\x95\x5C\\f").c_str(), 1, &first), 1);
-  EXPECT_EQ(first, In("\x95\x5C\x83\x5C").c_str());
-  EXPECT_TRUE(folder.Exists("\u8868\u30BD/\u8868"));
-  EXPECT_EQ(ZorRemoveDirectory(first, 0), 1);
-  EXPECT_EQ(folder.List(), (Names{"a/", "a/file"}));
 }
 
 TEST_F(Directory, RemovesATreeOrWhatIsInIt) {
   MakeTree(folder, "tree", {{"x", 1}, {"s/y", 1}, {"s/t/z", 1}, {"s/t/.hidden", 1}, {"empty/", 0}});
   MakeTree(folder, "other", {{"s/y", 1}});
-  ASSERT_TRUE(ZorSetFileAttribute(In("tree\\s\\y").c_str(), 0x06));
-  EXPECT_EQ(ZorRemoveDirectory(In("tree\\").c_str(), 1), 1);
+  ASSERT_TRUE(ZorSetFileAttribute(folder.Lib("tree/s/y").c_str(), 0x06));
+  EXPECT_EQ(Remove("tree\\", 1), 1);
   EXPECT_EQ(folder.List("tree"), Names{});
-  EXPECT_EQ(ZorRemoveDirectory(In("tree\\").c_str(), 0), 1);
-  EXPECT_EQ(ZorRemoveDirectory(In("other").c_str(), 0), 1);
-  EXPECT_EQ(folder.List(), (Names{"a/", "a/file"}));
+  EXPECT_EQ(Remove("tree\\"), 1);
+  EXPECT_EQ(Remove("other"), 1);
+  EXPECT_TRUE(IsAsBefore());
 }
 
-TEST_F(Directory, StopsAtAReadOnlyFile) {
+TEST_F(Directory, TellsWhenItCannotRemove) {
+  EXPECT_EQ(Remove("none"), 0);
+  EXPECT_EQ(Remove("none", 1), 1);
+  EXPECT_EQ(Remove("a\\file"), 0);
+  EXPECT_TRUE(IsAsBefore());
   MakeTree(folder, "tree", {{"1", 1}, {"2/x", 1}, {"3", 1}, {"4/", 0}, {"5", 1}});
-  ASSERT_TRUE(ZorSetFileAttribute(In("tree\\3").c_str(), 0x01));
-  EXPECT_EQ(ZorRemoveDirectory(In("tree").c_str(), 0), 0);
-  EXPECT_EQ(folder.List("tree"), (Names{"2/", "3", "4/", "5"}));
-}
-
-TEST_F(Directory, TellsWhenThereIsNothingToRemove) {
-  EXPECT_EQ(ZorRemoveDirectory(In("none").c_str(), 0), 0);
-  EXPECT_EQ(ZorRemoveDirectory(In("none").c_str(), 1), 1);
-  EXPECT_EQ(ZorRemoveDirectory(In("a\\file").c_str(), 0), 0);
-  EXPECT_TRUE(folder.Exists("a/file"));
+  ASSERT_TRUE(ZorSetFileAttribute(folder.Lib("tree/3").c_str(), FILE_ATTRIBUTE_READONLY));
+  EXPECT_EQ(Remove("tree"), 0);
+  EXPECT_EQ(folder.List("tree"), (Names{"2/", "3", "4/", "5"})) << "it stops at what stays";
 }
 
 // On a drive of its own: should a guard fail, nothing but the test's folder is lost.
 TEST_F(Directory, NeverRemovesARootOrWithoutOne) {
   ASSERT_TRUE(DefineDosDeviceA(0, "R:", folder.Path().c_str()));
-  const auto before = std::filesystem::current_path();
-  std::filesystem::current_path(folder.Path());
   for (const char* path : {"R:\\", "R:", "R:a", "a", "a\\", "\\a", "", "R:\\\\", "R:\\.",
                            "R:\\a\\..", "R:\\..\\..", "R:\\a\\..\\.\\", "R:\\/", "R:\\a/.."}) {
     EXPECT_EQ(ZorRemoveDirectory(path, 0), 1) << path;
     EXPECT_EQ(ZorRemoveDirectory(path, 1), 1) << path;
-    ASSERT_EQ(folder.List(), (Names{"a/", "a/file"})) << path;
+    ASSERT_TRUE(IsAsBefore()) << path;
   }
-  std::filesystem::current_path(before);
   DefineDosDeviceA(DDD_REMOVE_DEFINITION, "R:", nullptr);
+}
+
+using TempDirectory = Directory;
+
+TEST_F(TempDirectory, RemovesAllThatItMadeAndNothingElse) {
+  {
+    ZorTempDirectory temporary(folder.Lib("a/b/c").c_str(), 1);
+    EXPECT_TRUE(temporary.IsOpen());
+    EXPECT_STREQ(temporary, folder.Lib("a/b/c").c_str());
+    folder.WriteFile("a/b/other/file", "x");
+    folder.WriteFile("a/b/c/file", "x");
+    EXPECT_TRUE(temporary.Open());
+    ZorTempDirectory stoodThereBefore(folder.Lib("a").c_str(), 1);
+    EXPECT_TRUE(stoodThereBefore.IsOpen());
+  }
+  EXPECT_TRUE(IsAsBefore());
+}
+
+TEST_F(TempDirectory, CanBeOpenedAgainAndMovedWhileClosed) {
+  ZorTempDirectory temporary(folder.Lib("x/y").c_str(), 1);
+  EXPECT_FALSE(temporary.SetPath(folder.Lib("z").c_str()));
+  temporary.Close();
+  temporary.Close();
+  EXPECT_TRUE(IsAsBefore());
+  EXPECT_TRUE(temporary.Open());
+  temporary.Close();
+  EXPECT_TRUE(temporary.SetPath((folder.Lib("z") + "\\").c_str()));
+  EXPECT_TRUE(temporary.Open());
+  EXPECT_EQ(folder.List(), (Names{"a/", "a/file", "z/"}));
+}
+
+TEST_F(TempDirectory, FollowsTheDisk) {
+  ZorTempDirectory temporary(folder.Lib("x").c_str(), 1);
+  ASSERT_EQ(Remove("x"), 1);
+  EXPECT_FALSE(temporary.IsOpen());
+  EXPECT_FALSE(temporary.Open());  // still its owner: nothing is made again
+  EXPECT_FALSE(temporary.SetPath("C:\\elsewhere"));
+}
+
+TEST_F(TempDirectory, RefusesPathsWithoutARootedDirectory) {
+  for (const char* path : {"dir\\sub", "\\dir", "C:\\", "C:dir", ""}) {
+    ZorTempDirectory temporary(path, 1);
+    EXPECT_FALSE(temporary.IsOpen()) << path;
+    EXPECT_TRUE(temporary.SetPath("C:\\x")) << path;
+  }
+}
+
+TEST_F(TempDirectory, RemovesTheLevelsOfAnOpeningThatFailedHalfway) {
+  // The last level can't be made: its name isn't one.
+  ZorTempDirectory temporary(folder.Lib("x/y*").c_str(), 1);
+  EXPECT_FALSE(temporary.IsOpen());
+  EXPECT_TRUE(folder.Exists("x"));
+  temporary.Close();
+  EXPECT_TRUE(IsAsBefore());
+  {
+    ZorTempDirectory onFile(folder.Lib("a/file").c_str(), 1);
+    EXPECT_FALSE(onFile.IsOpen());
+    EXPECT_FALSE(onFile.SetPath("C:\\x"));
+  }
+  EXPECT_TRUE(IsAsBefore());
+}
+
+TEST_F(TempDirectory, CopiesShareWhatWasOpened) {
+  ZorTempDirectory original(folder.Lib("x/y").c_str(), 1);
+  {
+    const ZorTempDirectory copy(original);
+    EXPECT_TRUE(copy.IsOpen());
+  }
+  EXPECT_TRUE(IsAsBefore());
+  EXPECT_FALSE(original.IsOpen());
 }
 
 }  // namespace

@@ -5,7 +5,6 @@
 #include <cstdlib>
 #include <ctime>
 #include <filesystem>
-#include <optional>
 #include <string>
 
 #include "ZorFileServices.h"
@@ -13,30 +12,12 @@
 
 namespace {
 
+namespace fs = std::filesystem;
 using kozor::test::TestFolder;
-
-// The process's time zone for the length of a test.
-class ZoneScope {
- public:
-  explicit ZoneScope(const char* zone) {
-    if (const char* value = std::getenv("TZ")) before = value;
-    setenv("TZ", zone, 1);
-    tzset();
-  }
-  ~ZoneScope() {
-    before ? setenv("TZ", before->c_str(), 1) : unsetenv("TZ");
-    tzset();
-  }
-  ZoneScope(const ZoneScope&) = delete;
-  ZoneScope& operator=(const ZoneScope&) = delete;
-
- private:
-  std::optional<std::string> before;
-};
 
 class FileTimes : public testing::Test {
  protected:
-  void SetUp() override { folder.WriteFile("file", ""); }
+  FileTimes() { folder.WriteFile("file", ""); }
 
   TestFolder folder;
   std::string path = folder.Lib("file");
@@ -49,16 +30,16 @@ TEST_F(FileTimes, AreTheSameInEveryZone) {
                         1,
                         32'399,
                         32'400,
-                        7'000'000,
                         954'637'200,
                         1'143'939'599,
                         1'325'239'200,
-                        1'711'846'800,
                         1'711'846'799,
+                        1'711'846'800,
                         0x7FFFFFFF};
   for (const char* zone : {"UTC", "Asia/Tokyo", "Europe/London", "America/New_York",
                            "Australia/Lord_Howe", "Pacific/Apia", "XYZ-14", "XYZ12"}) {
-    const ZoneScope scope(zone);
+    setenv("TZ", zone, 1);
+    tzset();
     for (const long time : times) {
       ASSERT_TRUE(ZorSetFileTimeStamp(path.c_str(), time)) << zone << ' ' << time;
       EXPECT_EQ(folder.GetTime("file"), time) << zone;
@@ -67,14 +48,16 @@ TEST_F(FileTimes, AreTheSameInEveryZone) {
       EXPECT_EQ(read, time) << zone;
     }
   }
+  unsetenv("TZ");
+  tzset();
 }
 
 TEST_F(FileTimes, OutOfRangeFailAndChangeNothing) {
-  folder.SetTime("file", 1'000'000'000);
+  folder.SetTime("file", 5000);
   for (const long time : {-1L, -2'000'000'000L, 0x80000000L}) {
     EXPECT_FALSE(ZorSetFileTimeStamp(path.c_str(), time));
   }
-  EXPECT_EQ(folder.GetTime("file"), 1'000'000'000);
+  EXPECT_EQ(folder.GetTime("file"), 5000);
   for (const long time : {-1L, -3'000'000'000L, 0x80000000L}) {
     folder.SetTime("file", time);
     long read = 99;
@@ -83,28 +66,19 @@ TEST_F(FileTimes, OutOfRangeFailAndChangeNothing) {
   }
 }
 
-TEST_F(FileTimes, DropPartsOfASecond) {
-  std::filesystem::last_write_time(
-      folder.Path("file"),
-      std::chrono::file_clock::from_sys(std::chrono::sys_time<std::chrono::milliseconds>(
-          std::chrono::milliseconds(1'234'567'890'999))));
-  long time = 0;
-  EXPECT_TRUE(ZorGetFileTimeStamp(path.c_str(), time));
-  EXPECT_EQ(time, 1'234'567'890);
-}
-
-TEST_F(FileTimes, AreReadOfDirectoriesAndFirstMatchesButNotOfRoots) {
+TEST_F(FileTimes, AreReadOfWhatASearchFindsFirst) {
+  using namespace std::chrono;
   folder.WriteFile("dir/file", "");
-  folder.SetTime("file", 5000);
   folder.SetTime("dir", 6000);
+  fs::last_write_time(folder.Path("file"), file_clock::from_sys(sys_time<milliseconds>(5999ms)));
   long time = 0;
   EXPECT_TRUE(ZorGetFileTimeStamp(folder.Lib("dir").c_str(), time));
   EXPECT_EQ(time, 6000);
   EXPECT_TRUE(ZorGetFileTimeStamp(folder.Lib("f*").c_str(), time));
-  EXPECT_EQ(time, 5000);
+  EXPECT_EQ(time, 5) << "parts of a second are dropped";
   EXPECT_FALSE(ZorGetFileTimeStamp("C:\\", time));
   EXPECT_FALSE(ZorGetFileTimeStamp(folder.Lib("none").c_str(), time));
-  EXPECT_EQ(time, 5000);
+  EXPECT_EQ(time, 5);
 }
 
 TEST_F(FileTimes, AreNotSetWhereWritingIsRefused) {
@@ -120,19 +94,15 @@ TEST_F(FileTimes, AreNotSetWhereWritingIsRefused) {
 }
 
 TEST_F(FileTimes, AttributesOfAPlainFileAreZero) {
-  for (const unsigned int attribute : {0x01u, 0x26u, 0x20u, 0x00u, 0x23u, 0x80u}) {
+  unsigned int read = 99;
+  for (const unsigned int attribute : {0x26u, 0x00u, 0x23u, 0x80u}) {
     ASSERT_TRUE(ZorSetFileAttribute(path.c_str(), attribute));
-    unsigned int read = 99;
     EXPECT_TRUE(ZorGetFileAttribute(path.c_str(), read));
     EXPECT_EQ(read, attribute & ~0x80u);
   }
-  unsigned int read = 99;
   EXPECT_FALSE(ZorGetFileAttribute("C:\\", read));
-  EXPECT_FALSE(ZorGetFileAttribute(folder.Lib("none").c_str(), read));
   EXPECT_FALSE(ZorSetFileAttribute(folder.Lib("none").c_str(), 0));
-  EXPECT_EQ(read, 99u);
-  EXPECT_TRUE(ZorGetFileAttribute(folder.Lib().c_str(), read));
-  EXPECT_EQ(read, static_cast<unsigned int>(FILE_ATTRIBUTE_DIRECTORY));
+  EXPECT_EQ(read, 0u);
 }
 
 }  // namespace

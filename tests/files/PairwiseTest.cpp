@@ -1,5 +1,5 @@
-// PairwiseTest.cpp - duplicates and exclusions against comparing each name with each, and their
-// cost.
+// PairwiseTest.cpp - the set of names, duplicates and exclusions against comparing each name with
+// each, and their cost.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -10,11 +10,14 @@
 #include <vector>
 
 #include "ZorFind.h"
+#include "files/NameSet.h"
 #include "files/Path.h"
+#include "tests/support/CodePageScope.h"
 #include "tests/support/TestFolder.h"
 
 namespace {
 
+using kozor::test::CodePageScope;
 using kozor::test::TestFolder;
 using Names = std::vector<std::string>;
 
@@ -51,6 +54,30 @@ Names WhatOneMaskFinds(const std::string& base, const std::string& mask, int ful
   ZorFileList list;
   find.Find(list, fullPath);
   return Names(list.begin(), list.end());
+}
+
+// Letters, lead bytes with and without a trail byte, trail bytes that look like letters.
+TEST(Pairwise, ANameSetHoldsTwoNamesAsOneExactlyWhenMbsicmpDoes) {
+  for (const unsigned int page : {932u, 65001u}) {
+    const CodePageScope scope(page);
+    const unsigned char bytes[] = {'a', 'A', 'z', '[', 0x5C, 0x60, 0x81, 0x82, 0x95, 0xB1, 0xFF};
+    std::mt19937 random(page);
+    ZorNameSet set;
+    std::vector<CString> known;
+    for (int i = 0; i < 1500; ++i) {
+      CString name;
+      for (auto length = random() % 5; length > 0; --length) {
+        name += static_cast<char>(bytes[random() % sizeof(bytes)]);
+      }
+      bool isNew = true;
+      for (const CString& other : known) isNew = isNew && other.CompareNoCase(name) != 0;
+      EXPECT_EQ(set.Contains(name), !isNew) << name;
+      EXPECT_EQ(set.Add(name), isNew) << name;
+      if (isNew) known.push_back(name);
+    }
+    EXPECT_EQ(set.GetCount(), known.size());
+    EXPECT_GT(known.size(), 300u);
+  }
 }
 
 TEST(Pairwise, AgreesWithTheRulesAsTheyAreWorded) {

@@ -1,12 +1,8 @@
 // WalkTest.cpp - walks through deep trees and through links.
-#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <pthread.h>
 #include <sys/resource.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
-#include <algorithm>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -46,9 +42,8 @@ TEST_F(Walk, EndsOnCycles) {
   Link(".", "tree/b/self");
   EXPECT_EQ(All("tree"), (Names{"a", "a\\file", "a\\up", "b", "b\\self"}));
   // From inside, the first way up leads to something new; the way round ends there.
-  const Names inside = All("tree/a");
-  EXPECT_TRUE(std::find(inside.begin(), inside.end(), "up\\a\\up") != inside.end());
-  EXPECT_EQ(inside.size(), 7u);
+  EXPECT_EQ(All("tree/a"),
+            (Names{"file", "up", "up\\a", "up\\a\\file", "up\\a\\up", "up\\b", "up\\b\\self"}));
 }
 
 TEST_F(Walk, EntersLinksThatFormNoCycle) {
@@ -56,29 +51,22 @@ TEST_F(Walk, EntersLinksThatFormNoCycle) {
   Link("../elsewhere", "tree/one");
   Link("../elsewhere", "tree/two");
   Link("nowhere", "tree/broken");
-  const Names names = All("tree");
-  for (const char* name : {"one\\file", "two\\file", "x"}) {
-    EXPECT_TRUE(std::find(names.begin(), names.end(), name) != names.end()) << name;
-  }
+  EXPECT_EQ(All("tree"), (Names{"broken", "one", "one\\file", "two", "two\\file", "x"}));
 }
 
-TEST_F(Walk, OfARemovalNeverGoesThroughALink) {
+TEST_F(Walk, OfARemovalNeverGoesThroughALinkUnlessItIsNamed) {
   MakeTree(folder, "", {{"tree/sub/x", 1}, {"elsewhere/keep", 1}, {"keep", 1}});
   Link("../../elsewhere", "tree/sub/directory");
   Link("..", "tree/sub/cycle");
   fs::create_symlink("../keep", folder.Path("tree/file"));
   Link("elsewhere", "link");
   EXPECT_EQ(ZorRemoveDirectory(folder.Lib("tree").c_str(), 0), 1);
-  EXPECT_EQ(ZorRemoveDirectory(folder.Lib("link").c_str(), 0), 1);
-  EXPECT_EQ(folder.List(), (Names{"elsewhere/", "elsewhere/keep", "keep"}));
-}
-
-TEST_F(Walk, EmptiesTheDirectoryThatALinkNamesWhenAskedFor) {
-  MakeTree(folder, "", {{"real/file", 1}});
-  Link("real", "link");
+  EXPECT_EQ(folder.List("elsewhere"), Names{"keep"});
   EXPECT_EQ(ZorRemoveDirectory(folder.Lib("link").c_str(), 1), 1);
-  EXPECT_EQ(folder.List("real"), Names{});
+  EXPECT_EQ(folder.List("elsewhere"), Names{});
   EXPECT_TRUE(folder.Exists("link"));
+  EXPECT_EQ(ZorRemoveDirectory(folder.Lib("link").c_str(), 0), 1);
+  EXPECT_EQ(folder.List(), (Names{"elsewhere/", "keep"}));
 }
 
 // Counts and removes a tree.
@@ -98,19 +86,13 @@ void* CountAndRemove(void* argument) {
 // On a small stack and with few files open at a time: neither need grows with the depth.
 TEST_F(Walk, GoesAsDeepAsTheTreeIs) {
   constexpr int kLevels = 500;
+  std::string name = "deep";
+  for (int i = 0; i < kLevels; ++i) name += "/d";
+  fs::create_directories(folder.Path(name));
+
   rlimit before{};
   getrlimit(RLIMIT_NOFILE, &before);
   const rlimit few{100, before.rlim_max};
-  fs::create_directory(folder.Path("deep"));
-  int level = open(folder.Path("deep").c_str(), O_DIRECTORY);
-  for (int i = 0; i < kLevels; ++i) {
-    ASSERT_EQ(mkdirat(level, "d", 0777), 0);
-    const int next = openat(level, "d", O_DIRECTORY);
-    close(level);
-    level = next;
-  }
-  close(level);
-
   setrlimit(RLIMIT_NOFILE, &few);
   std::string argument = folder.Lib("deep");
   pthread_attr_t attributes;

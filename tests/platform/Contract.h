@@ -12,6 +12,10 @@
 namespace kozor::test {
 
 constexpr DWORD kNonsense = 0xDEADBEEF;
+constexpr DWORD kReadWrite = GENERIC_READ | GENERIC_WRITE;
+constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+
+using Names = std::vector<std::string>;
 
 // A call must fail and leave this error.  The last error is nonsense before, so it was the call
 // that set it.
@@ -31,111 +35,34 @@ inline bool UnderWine() {
   return wine;
 }
 
-// A new empty directory below the temporary one, removed with all that is in it.
-class WinFolder {
- public:
-  WinFolder() {
-    char temporary[1024];
-    char unique[MAX_PATH];
-    GetTempPathA(sizeof temporary, temporary);
-    GetTempFileNameA(temporary, "kzc", 0, unique);
-    DeleteFileA(unique);
-    CreateDirectoryA(unique, nullptr);
-    root = unique;
-  }
-  ~WinFolder() { RemoveAll(root); }
-  WinFolder(const WinFolder&) = delete;
-  WinFolder& operator=(const WinFolder&) = delete;
-
-  std::string Path(const std::string& name = "") const {
-    return name.empty() ? root : root + '\\' + name;
-  }
-
-  void Write(const std::string& name, const std::string& text) const {
-    const HANDLE file = CreateFileA(Path(name).c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
-                                    FILE_ATTRIBUTE_NORMAL, nullptr);
-    ASSERT_NE(file, INVALID_HANDLE_VALUE) << name << ": " << GetLastError();
-    DWORD written = 0;
-    EXPECT_TRUE(WriteFile(file, text.data(), static_cast<DWORD>(text.size()), &written, nullptr));
-    EXPECT_EQ(written, text.size());
-    EXPECT_TRUE(CloseHandle(file));
-  }
-
-  std::string Read(const std::string& name) const {
-    const HANDLE file = CreateFileA(Path(name).c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr,
-                                    OPEN_EXISTING, 0, nullptr);
-    EXPECT_NE(file, INVALID_HANDLE_VALUE) << name << ": " << GetLastError();
-    std::string text(64 * 1024, '\0');
-    DWORD got = 0;
-    EXPECT_TRUE(ReadFile(file, text.data(), static_cast<DWORD>(text.size()), &got, nullptr));
-    CloseHandle(file);
-    text.resize(got);
-    return text;
-  }
-
-  void MakeDirectory(const std::string& name) const {
-    EXPECT_TRUE(CreateDirectoryA(Path(name).c_str(), nullptr)) << name << ": " << GetLastError();
-  }
-
-  bool Exists(const std::string& name) const {
-    return GetFileAttributesA(Path(name).c_str()) != INVALID_FILE_ATTRIBUTES;
-  }
-
- private:
-  static void RemoveAll(const std::string& directory) {
-    WIN32_FIND_DATAA data;
-    const HANDLE find = FindFirstFileA((directory + "\\*").c_str(), &data);
-    if (find == INVALID_HANDLE_VALUE) return;
-    do {
-      const std::string name = data.cFileName;
-      const std::string path = directory + '\\' + name;
-      if (name == "." || name == "..") continue;
-      SetFileAttributesA(path.c_str(), FILE_ATTRIBUTE_NORMAL);
-      const bool isDirectory = (data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
-      const bool isLink = (data.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
-      if (isDirectory && !isLink) {
-        RemoveAll(path);
-      } else if (isDirectory) {
-        RemoveDirectoryA(path.c_str());
-      } else {
-        DeleteFileA(path.c_str());
-      }
-    } while (FindNextFileA(find, &data));
-    FindClose(find);
-    RemoveDirectoryA(directory.c_str());
-  }
-
-  std::string root;
-};
-
 // An open file that closes itself.
 class OpenFile {
  public:
   OpenFile(const std::string& path, DWORD access, DWORD share, DWORD disposition,
            DWORD flags = FILE_ATTRIBUTE_NORMAL)
       : handle(CreateFileA(path.c_str(), access, share, nullptr, disposition, flags, nullptr)) {}
-  ~OpenFile() { Close(); }
+  ~OpenFile() {
+    if (IsOpen()) CloseHandle(handle);
+  }
   OpenFile(const OpenFile&) = delete;
   OpenFile& operator=(const OpenFile&) = delete;
 
   bool IsOpen() const { return handle != INVALID_HANDLE_VALUE; }
   HANDLE Get() const { return handle; }
-  void Close() {
-    if (IsOpen()) CloseHandle(handle);
-    handle = INVALID_HANDLE_VALUE;
-  }
 
  private:
   HANDLE handle;
 };
 
-inline bool operator==(const FILETIME& a, const FILETIME& b) {
-  return a.dwLowDateTime == b.dwLowDateTime && a.dwHighDateTime == b.dwHighDateTime;
+// Opens and closes a file.
+inline bool Opens(const std::string& path, DWORD access = GENERIC_READ,
+                  DWORD disposition = OPEN_EXISTING) {
+  return OpenFile(path, access, FILE_SHARE_READ, disposition).IsOpen();
 }
 
 // Names that a search gives, "." and ".." included, in its order.
-inline std::vector<std::string> Search(const std::string& mask) {
-  std::vector<std::string> names;
+inline Names Search(const std::string& mask) {
+  Names names;
   WIN32_FIND_DATAA data;
   const HANDLE find = FindFirstFileA(mask.c_str(), &data);
   if (find == INVALID_HANDLE_VALUE) return names;
@@ -146,5 +73,80 @@ inline std::vector<std::string> Search(const std::string& mask) {
   FindClose(find);
   return names;
 }
+
+inline Names SearchWithoutDots(const std::string& mask) {
+  Names names = Search(mask);
+  std::erase_if(names, [](const std::string& name) { return name == "." || name == ".."; });
+  return names;
+}
+
+// A new empty directory below the temporary one, removed with all that is in it.
+class WinFolder {
+ public:
+  WinFolder() {
+    char temporary[1024];
+    char unique[MAX_PATH];
+    GetTempPathA(sizeof temporary, temporary);
+    GetTempFileNameA(temporary, "kzc", 0, unique);
+    root = unique;
+    Delete("");
+    MakeDirectory("");
+  }
+  ~WinFolder() { RemoveAll(root); }
+  WinFolder(const WinFolder&) = delete;
+  WinFolder& operator=(const WinFolder&) = delete;
+
+  std::string Path(const std::string& name = "") const {
+    return name.empty() ? root : root + '\\' + name;
+  }
+
+  void Write(const std::string& name, const std::string& text) const {
+    const OpenFile file(Path(name), GENERIC_WRITE, 0, CREATE_ALWAYS);
+    ASSERT_TRUE(file.IsOpen()) << name << ": " << GetLastError();
+    DWORD written = 0;
+    EXPECT_TRUE(
+        WriteFile(file.Get(), text.data(), static_cast<DWORD>(text.size()), &written, nullptr));
+    EXPECT_EQ(written, text.size());
+  }
+
+  std::string Read(const std::string& name) const {
+    const OpenFile file(Path(name), GENERIC_READ, FILE_SHARE_READ, OPEN_EXISTING);
+    EXPECT_TRUE(file.IsOpen()) << name << ": " << GetLastError();
+    std::string text(64 * 1024, '\0');
+    DWORD got = 0;
+    EXPECT_TRUE(ReadFile(file.Get(), text.data(), static_cast<DWORD>(text.size()), &got, nullptr));
+    text.resize(got);
+    return text;
+  }
+
+  bool MakeDirectory(const std::string& name) const {
+    return CreateDirectoryA(Path(name).c_str(), nullptr);
+  }
+  bool DropDirectory(const std::string& name) const { return RemoveDirectoryA(Path(name).c_str()); }
+  bool Delete(const std::string& name) const { return DeleteFileA(Path(name).c_str()); }
+  bool Move(const std::string& from, const std::string& to, DWORD flags = 0) const {
+    return MoveFileExA(Path(from).c_str(), Path(to).c_str(), flags);
+  }
+  DWORD Attributes(const std::string& name) const { return GetFileAttributesA(Path(name).c_str()); }
+  bool SetAttributes(const std::string& name, DWORD attributes) const {
+    return SetFileAttributesA(Path(name).c_str(), attributes);
+  }
+  bool Exists(const std::string& name) const { return Attributes(name) != INVALID_FILE_ATTRIBUTES; }
+
+ private:
+  static void RemoveAll(const std::string& path) {
+    SetFileAttributesA(path.c_str(), FILE_ATTRIBUTE_NORMAL);
+    if (DeleteFileA(path.c_str()) || RemoveDirectoryA(path.c_str())) return;
+    for (const std::string& name : SearchWithoutDots(path + "\\*")) RemoveAll(path + '\\' + name);
+    RemoveDirectoryA(path.c_str());
+  }
+
+  std::string root;
+};
+
+class ContractTest : public ::testing::Test {
+ protected:
+  WinFolder folder;
+};
 
 }  // namespace kozor::test

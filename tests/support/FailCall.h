@@ -31,9 +31,6 @@ class FailCall<Kind> {
   FailCall(const FailCall&) = delete;
   FailCall& operator=(const FailCall&) = delete;
 
-  // Whether the call to fail has been reached.
-  bool HasFailed() const { return left <= 0; }
-
  private:
   static Result Call(Arguments... arguments) {
     if (left > 0) --left;
