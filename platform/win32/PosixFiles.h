@@ -13,8 +13,8 @@ ZOR_PLATFORM_API void WINAPI SetLastError(DWORD error);
 
 // Opens or creates a file.  `access` is GENERIC_READ, GENERIC_WRITE, both, or 0 to ask for facts
 // only; `share` any FILE_SHARE_*; `disposition` one of the five; `flags` any FILE_ATTRIBUTE_* that
-// a file can be given, FILE_FLAG_SEQUENTIAL_SCAN, and FILE_FLAG_BACKUP_SEMANTICS, without which no
-// directory is opened.  `security` may be null; `templateFile` must be.
+// a file can be given, and FILE_FLAG_BACKUP_SEMANTICS, without which no directory is opened.
+// `security` may be null; `templateFile` must be.
 // INVALID_HANDLE_VALUE on failure.  On success the last error is ERROR_ALREADY_EXISTS where
 // CREATE_ALWAYS or OPEN_ALWAYS found a file, else 0.
 //

@@ -19,9 +19,6 @@ ZOR_PLATFORM_API FARPROC WINAPI GetProcAddress(HMODULE module, LPCSTR name);
 ZOR_PLATFORM_API BOOL WINAPI FreeLibrary(HMODULE module);
 // Null or "" takes the directory out of the search.
 ZOR_PLATFORM_API BOOL WINAPI SetDllDirectoryA(LPCSTR directory);
-// The path of a loaded module, or of the running program for null.  Returns its length; `bytes`,
-// with ERROR_INSUFFICIENT_BUFFER and a cut text, where it doesn't fit.
-ZOR_PLATFORM_API DWORD WINAPI GetModuleFileNameA(HMODULE module, LPSTR buffer, DWORD bytes);
 
 // Figures of the file system that the drive's or share's host directory lies on.
 ZOR_PLATFORM_API BOOL WINAPI GetDiskFreeSpaceA(LPCSTR root, LPDWORD sectorsPerCluster,

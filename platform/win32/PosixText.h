@@ -31,13 +31,9 @@ ZOR_PLATFORM_API int WINAPI WideCharToMultiByte(UINT codePage, DWORD flags, LPCW
                                                 LPBOOL usedDefaultChar);
 
 // C run-time library.  Case is folded for ASCII letters and, in 932, full-width Latin letters.
-ZOR_PLATFORM_API int _ismbblead(unsigned int byte);
 ZOR_PLATFORM_API unsigned int _mbctolower(unsigned int character);
 // Below, at or above 0 by the values of the first characters that differ.
 ZOR_PLATFORM_API int _mbscmp(const unsigned char* a, const unsigned char* b);
 ZOR_PLATFORM_API int _mbsicmp(const unsigned char* a, const unsigned char* b);
 // Compares at most `bytes` bytes.
 ZOR_PLATFORM_API int _mbsnbcmp(const unsigned char* a, const unsigned char* b, std::size_t bytes);
-// First and last place of a character, or null.  A two-byte character is lead * 256 + trail.
-ZOR_PLATFORM_API const unsigned char* _mbschr(const unsigned char* text, unsigned int character);
-ZOR_PLATFORM_API const unsigned char* _mbsrchr(const unsigned char* text, unsigned int character);

@@ -46,10 +46,6 @@ BOOL WINAPI IsDBCSLeadByte(BYTE byte) {
   return IsLeadByte(byte) ? TRUE : FALSE;
 }
 
-int _ismbblead(unsigned int byte) {
-  return byte <= 0xFF && IsLeadByte(static_cast<unsigned char>(byte)) ? 1 : 0;
-}
-
 LPSTR WINAPI CharNextA(LPCSTR text) {
   const auto* const bytes = reinterpret_cast<const unsigned char*>(text);
   if (*bytes != 0) text += FirstCharacter(bytes).bytes;
@@ -91,19 +87,4 @@ int _mbsnbcmp(const unsigned char* a, const unsigned char* b, std::size_t bytes)
     done += left.bytes;
   }
   return 0;
-}
-
-const unsigned char* _mbschr(const unsigned char* text, unsigned int character) {
-  for (;; text += FirstCharacter(text).bytes) {
-    if (FirstCharacter(text).value == character) return text;
-    if (*text == 0) return nullptr;
-  }
-}
-
-const unsigned char* _mbsrchr(const unsigned char* text, unsigned int character) {
-  const unsigned char* last = nullptr;
-  for (;; text += FirstCharacter(text).bytes) {
-    if (FirstCharacter(text).value == character) last = text;
-    if (*text == 0) return last;
-  }
 }

@@ -20,8 +20,7 @@ constexpr DWORD kKnownShare = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DE
 constexpr DWORD kAttributeFlags = FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN |
                                   FILE_ATTRIBUTE_SYSTEM | FILE_ATTRIBUTE_ARCHIVE |
                                   FILE_ATTRIBUTE_NORMAL | FILE_ATTRIBUTE_TEMPORARY;
-constexpr DWORD kKnownFlags =
-    kAttributeFlags | FILE_FLAG_SEQUENTIAL_SCAN | FILE_FLAG_BACKUP_SEMANTICS;
+constexpr DWORD kKnownFlags = kAttributeFlags | FILE_FLAG_BACKUP_SEMANTICS;
 constexpr mode_t kNewFileMode = 0666;
 constexpr mode_t kNewReadOnlyMode = 0444;
 
@@ -188,11 +187,7 @@ HANDLE WINAPI CreateFileA(LPCSTR name, DWORD access, DWORD share, LPSECURITY_ATT
   const std::optional<LibraryPath> path = ParsePath(name);
   if (!path) return INVALID_HANDLE_VALUE;
   std::shared_ptr<File> file = Open(request, *path);
-  if (!file) return INVALID_HANDLE_VALUE;
-  if ((flags & FILE_FLAG_SEQUENTIAL_SCAN) != 0) {
-    ::posix_fadvise(file->Descriptor(), 0, 0, POSIX_FADV_SEQUENTIAL);
-  }
-  return AddHandle(std::move(file));
+  return file ? AddHandle(std::move(file)) : INVALID_HANDLE_VALUE;
 }
 
 BOOL WINAPI CloseHandle(HANDLE handle) {

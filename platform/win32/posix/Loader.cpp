@@ -166,15 +166,6 @@ const link_map* RecordOf(HMODULE module) {
   return map;
 }
 
-std::string ModuleFile(HMODULE module) {
-  if (module == nullptr) return ProgramFile();
-  if (module == SystemModule()) return PlatformLibraryFile();
-  const link_map* const record = RecordOf(module);
-  std::array<char, PATH_MAX> real{};
-  if (record == nullptr || ::realpath(record->l_name, real.data()) == nullptr) return "";
-  return real.data();
-}
-
 }  // namespace
 
 HMODULE WINAPI LoadLibraryA(LPCSTR name) {
@@ -233,17 +224,4 @@ BOOL WINAPI SetDllDirectoryA(LPCSTR directory) {
   const std::lock_guard guard(modules.lock);
   modules.directory = directory == nullptr ? "" : directory;
   return TRUE;
-}
-
-DWORD WINAPI GetModuleFileNameA(HMODULE module, LPSTR buffer, DWORD bytes) {
-  if (module != nullptr && !IsLoaded(module)) {
-    return static_cast<DWORD>(Fail(ERROR_MOD_NOT_FOUND));
-  }
-  const std::optional<std::string> path = ToLibraryPath(ModuleFile(module));
-  if (!path || bytes == 0) return 0;
-  const std::size_t length = path->copy(buffer, bytes - 1);
-  buffer[length] = '\0';
-  if (length == path->size()) return static_cast<DWORD>(length);
-  SetLastError(ERROR_INSUFFICIENT_BUFFER);
-  return bytes;
 }
