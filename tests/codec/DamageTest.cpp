@@ -90,7 +90,7 @@ TEST(DamagedData, IsRefusedForEachBrokenRule) {
 
 // Then there is packed data left at the end of the target, and a match may reach beyond it.
 TEST(ShortTarget, TakesTheBeginningAndNothingBehindIt) {
-  const Bytes data = TextData(4000);
+  const Bytes data = MixedData(4000);
   const Bytes packed = Encode(Method::lh5, data);
   for (std::size_t size = 0; size < data.size() - 500; ++size) {
     const Outcome outcome = DecodeGuarded(Method::lh5, packed, size);
@@ -107,41 +107,20 @@ TEST(DamagedData, CutAnywhereGivesTheBytesBeforeTheCut) {
       packed.pop_back();
       ASSERT_NO_FATAL_FAILURE(ExpectLikeSlowDecoder(method, packed, data.size())) << packed.size();
     }
+    EXPECT_EQ(DecodeGuarded(method, packed, data.size()).status, Status::truncated);
   }
 }
 
-TEST(DamagedData, LacksBytesAndSaysSo) {
-  const Bytes data = TextData(6000);
-  Bytes packed = Encode(Method::lh5, data);
-  packed.resize(packed.size() - 6);
-  const Outcome outcome = DecodeGuarded(Method::lh5, packed, data.size());
-  EXPECT_EQ(outcome.status, Status::truncated);
-  EXPECT_EQ(DecodeGuarded(Method::lh5, {}, 1).status, Status::truncated);
-}
-
 TEST(DamagedData, ChangedInOneBitDoesNoHarm) {
-  const Bytes data = MixedData(2500);
+  const Bytes data = MixedData(1500);
   for (const Method method : {Method::lh5, Method::lh7}) {
     Bytes packed = Encode(method, data);
-    packed.resize(std::min<std::size_t>(packed.size(), 250));
     for (std::size_t bit = 0; bit < packed.size() * 8; ++bit) {
       const auto mask = static_cast<std::uint8_t>(1U << bit % 8);
       packed[bit / 8] ^= mask;
       ASSERT_NO_FATAL_FAILURE(ExpectLikeSlowDecoder(method, packed, data.size())) << bit;
       packed[bit / 8] ^= mask;
     }
-  }
-}
-
-TEST(DamagedData, ChangedInAnyByteStaysWithinTheTarget) {
-  const Bytes data = MixedData(50000);
-  Bytes packed = Encode(Method::lh6, data);
-  for (std::size_t i = 0; i < packed.size(); i += 11) {
-    const std::uint8_t byte = packed[i];
-    packed[i] = static_cast<std::uint8_t>(~byte);
-    const Outcome outcome = DecodeGuarded(Method::lh6, packed, data.size());
-    EXPECT_EQ(outcome.status == Status::ok, outcome.bytes.size() == data.size());
-    packed[i] = byte;
   }
 }
 

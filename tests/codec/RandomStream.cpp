@@ -4,7 +4,9 @@
 #include <algorithm>
 #include <numeric>
 #include <random>
+#include <set>
 
+#include "engine/codec/HuffmanLengths.h"
 #include "tests/codec/BitComposer.h"
 
 namespace kozor::codec {
@@ -17,9 +19,10 @@ std::size_t Pick(Random& random, std::size_t from, std::size_t to) {
 }
 
 struct RandomCode {
-  std::vector<unsigned> used;     // symbols
-  std::vector<unsigned> lengths;  // by symbol; all 0 for a single one
-  std::vector<unsigned> codes;    // by symbol
+  std::vector<unsigned> used;         // symbols
+  std::vector<std::uint8_t> lengths;  // by symbol; all 0 for a single one
+  std::vector<std::uint16_t> codes;   // by symbol
+  std::size_t count = 0;              // of the lengths to send: up to the last one that isn't 0
 
   unsigned PickSymbol(Random& random) const { return used[random() % used.size()]; }
   void Put(BitComposer& out, unsigned symbol) const { out.Number(codes[symbol], lengths[symbol]); }
@@ -27,8 +30,8 @@ struct RandomCode {
 
 // Splits leaves of a growing tree until there are `leaves`.  A lopsided one grows at its newest
 // leaf, and so becomes as deep as it may.
-std::vector<unsigned> RandomLengths(Random& random, std::size_t leaves, bool lopsided) {
-  std::vector<unsigned> lengths{0};
+std::vector<std::uint8_t> RandomLengths(Random& random, std::size_t leaves, bool lopsided) {
+  std::vector<std::uint8_t> lengths{0};
   while (lengths.size() < leaves) {
     std::size_t i = lopsided ? lengths.size() - 1 : random() % lengths.size();
     while (lengths[i] == 16) i = random() % lengths.size();
@@ -37,21 +40,15 @@ std::vector<unsigned> RandomLengths(Random& random, std::size_t leaves, bool lop
   return lengths;
 }
 
-void AssignCanonicalCodes(RandomCode& code) {
-  code.codes.assign(code.lengths.size(), 0);
-  unsigned next = 0;
-  for (unsigned length = 1; length <= 16; ++length, next *= 2) {
-    for (std::size_t symbol = 0; symbol < code.lengths.size(); ++symbol) {
-      if (code.lengths[symbol] == length) code.codes[symbol] = next++;
-    }
-  }
-}
-
 RandomCode MakeCode(Random& random, std::vector<unsigned> used, std::size_t symbols) {
-  RandomCode code{std::move(used), std::vector<unsigned>(symbols), {}};
+  RandomCode code{std::move(used), std::vector<std::uint8_t>(symbols),
+                  std::vector<std::uint16_t>(symbols)};
   const auto lengths = RandomLengths(random, code.used.size(), random() % 3 == 0);
-  for (std::size_t i = 0; i < lengths.size(); ++i) code.lengths[code.used[i]] = lengths[i];
-  AssignCanonicalCodes(code);
+  for (std::size_t i = 0; i < lengths.size(); ++i) {
+    code.lengths[code.used[i]] = lengths[i];
+    if (lengths[i] != 0) code.count = std::max<std::size_t>(code.count, code.used[i] + 1);
+  }
+  AssignCodes(code.lengths, code.codes);
   return code;
 }
 
@@ -63,23 +60,16 @@ RandomCode MakeRandomCode(Random& random, std::size_t symbols) {
   return MakeCode(random, all, symbols);
 }
 
-std::size_t CountToSend(const RandomCode& code) {
-  std::size_t count = code.lengths.size();
-  while (count != 0 && code.lengths[count - 1] == 0) --count;
-  return count;
-}
-
 void PutSmallCode(BitComposer& out, const RandomCode& code, unsigned width, bool hasGap) {
-  const std::size_t count = CountToSend(code);
-  out.Number(count, width);
-  if (count == 0) out.Number(code.used[0], width);
-  for (std::size_t i = 0; i < count;) {
+  out.Number(code.count, width);
+  if (code.count == 0) out.Number(code.used[0], width);
+  for (std::size_t i = 0; i < code.count;) {
     const unsigned length = code.lengths[i++];
     if (length < 7) out.Number(length, 3);
     if (length >= 7) out.Number((1U << (length - 3)) - 2, length - 3);
     if (!hasGap || i != 3) continue;
     std::size_t gap = 0;
-    while (gap < 3 && i < count && code.lengths[i] == 0) ++gap, ++i;
+    while (gap < 3 && i < code.count && code.lengths[i] == 0) ++gap, ++i;
     out.Number(gap, 2);
   }
 }
@@ -91,17 +81,12 @@ struct TreeItem {
 };
 
 // Cuts runs of zero lengths into any pieces that the format has.
-std::vector<TreeItem> ToTreeItems(Random& random, const RandomCode& code, std::size_t count) {
+std::vector<TreeItem> ToTreeItems(Random& random, const RandomCode& code) {
   std::vector<TreeItem> treeItems;
-  for (std::size_t i = 0; i < count;) {
-    if (code.lengths[i] != 0) {
-      treeItems.push_back({code.lengths[i++] + 2, 0, 0});
-      continue;
-    }
-    const auto begin = code.lengths.begin() + static_cast<std::ptrdiff_t>(i);
-    const auto used = std::find_if(begin, code.lengths.end(), [](unsigned n) { return n != 0; });
-    const auto run = static_cast<std::size_t>(used - begin);
-    std::size_t piece = Pick(random, 1, run);
+  for (std::size_t i = 0; i < code.count;) {
+    std::size_t run = 0;
+    while (code.lengths[i + run] == 0) ++run;
+    std::size_t piece = run == 0 ? 1 : Pick(random, 1, run);
     if (piece >= 20) {
       treeItems.push_back({2, 9, piece - 20});
     } else if (piece >= 3) {
@@ -109,7 +94,7 @@ std::vector<TreeItem> ToTreeItems(Random& random, const RandomCode& code, std::s
       treeItems.push_back({1, 4, piece - 3});
     } else {
       piece = 1;
-      treeItems.push_back({0, 0, 0});
+      treeItems.push_back({run == 0 ? code.lengths[i] + 2U : 0U, 0, 0});
     }
     i += piece;
   }
@@ -117,17 +102,14 @@ std::vector<TreeItem> ToTreeItems(Random& random, const RandomCode& code, std::s
 }
 
 void PutItemCode(Random& random, BitComposer& out, const RandomCode& code) {
-  const std::size_t count = CountToSend(code);
-  const auto treeItems = ToTreeItems(random, code, count);
-  std::vector<unsigned> used;
-  for (const TreeItem& item : treeItems) {
-    if (std::ranges::find(used, item.symbol) == used.end()) used.push_back(item.symbol);
-  }
-  if (used.empty()) used.push_back(0);
-  const RandomCode treeCode = MakeCode(random, used, 19);
+  const auto treeItems = ToTreeItems(random, code);
+  std::set<unsigned> used;
+  for (const TreeItem& item : treeItems) used.insert(item.symbol);
+  if (used.empty()) used.insert(0);
+  const RandomCode treeCode = MakeCode(random, {used.begin(), used.end()}, 19);
   PutSmallCode(out, treeCode, 5, true);
-  out.Number(count, 9);
-  if (count == 0) out.Number(code.used[0], 9);
+  out.Number(code.count, 9);
+  if (code.count == 0) out.Number(code.used[0], 9);
   for (const TreeItem& item : treeItems) {
     treeCode.Put(out, item.symbol);
     out.Number(item.extra, item.bits);
@@ -141,7 +123,10 @@ RandomStream MakeRandomStream(Method method, unsigned seed) {
   BitComposer out;
   std::size_t size = 0;
   const bool narrow = method == Method::lh4 || method == Method::lh5;
-  const std::size_t distanceSymbols = narrow ? 14 : method == Method::lh6 ? 16 : 17;
+  const std::size_t distanceSymbols = narrow                  ? 14
+                                      : method == Method::lh6 ? 16
+                                      : method == Method::lh7 ? 17
+                                                              : 21;
   for (std::size_t blocks = Pick(random, 1, 4); blocks != 0; --blocks) {
     const RandomCode itemCode = MakeRandomCode(random, 510);
     const RandomCode distanceCode = MakeRandomCode(random, distanceSymbols);

@@ -15,13 +15,8 @@ using testing::ElementsAre;
 class BindingTest : public EngineTest {
  protected:
   BindingTest() {
-    folder.WriteFile(
-        "x.lzh",
-        RawArchive({{.name = "a.txt", .contents = "12345"},
-                    {.name = "b.txt", .contents = "", .extensions = {{0x02, "sub\xFF"}}}}));
-  }
-  HARC Open(std::uint32_t mode = kSearchBelow) {
-    return engine.OpenArchive(nullptr, folder.Lib("x.lzh").c_str(), mode);
+    folder.WriteFile("x.lzh", RawArchive({{.name = "a.txt", .contents = "12345"},
+                                          {.name = "b.txt", .extensions = {{0x02, "sub\xFF"}}}}));
   }
 };
 
@@ -37,7 +32,7 @@ TEST(Binding, ModuleIsReallyUnloaded) {
 TEST_F(BindingTest, RecordIsFilledWhole) {
   UnlhaMemberRecord record;
   std::fill_n(reinterpret_cast<std::uint8_t*>(&record), sizeof(record), std::uint8_t{0xEE});
-  const HARC handle = Open();
+  const HARC handle = Open("x.lzh");
   ASSERT_EQ(engine.FindFirst(handle, "a.txt", &record), 0);
   EXPECT_EQ(record.size, 5U);
   EXPECT_STREQ(record.name, "a.txt");
@@ -56,8 +51,8 @@ TEST_F(BindingTest, RecordIsFilledWhole) {
 }
 
 TEST_F(BindingTest, SeveralHandlesSearchOnTheirOwn) {
-  const HARC below = Open();
-  const HARC here = Open(kSearchHere);
+  const HARC below = Open("x.lzh");
+  const HARC here = Open("x.lzh", kSearchHere);
   UnlhaMemberRecord record;
   EXPECT_EQ(engine.FindNext(below, &record), -1);  // nothing has been searched for
   EXPECT_EQ(engine.FindFirst(below, "*.txt", &record), 0);
@@ -71,7 +66,7 @@ TEST_F(BindingTest, SeveralHandlesSearchOnTheirOwn) {
 }
 
 TEST_F(BindingTest, HandlesThatAreNotOpenAreRefused) {
-  const HARC handle = Open();
+  const HARC handle = Open("x.lzh");
   engine.CloseArchive(handle);
   UnlhaMemberRecord record;
   for (const HARC bad : {handle, HARC{}, reinterpret_cast<HARC>(&record)}) {
@@ -86,7 +81,7 @@ TEST_F(BindingTest, HandlesThatAreNotOpenAreRefused) {
 }
 
 TEST_F(BindingTest, OpenHandleKeepsWhatItSawWhileTheArchiveChanges) {
-  const HARC handle = Open();
+  const HARC handle = Open("x.lzh");
   ASSERT_EQ(Compress("x.lzh", "c.txt", {}), 0);
   ASSERT_EQ(Delete("x.lzh", {"a.txt"}), 0);
   UnlhaMemberRecord record;
@@ -96,22 +91,25 @@ TEST_F(BindingTest, OpenHandleKeepsWhatItSawWhileTheArchiveChanges) {
   EXPECT_THAT(Names("x.lzh"), ElementsAre("sub\\b.txt", "c.txt"));
 }
 
-TEST_F(BindingTest, ChangeFromOutsideIsNoticed) {
-  EXPECT_EQ(Names("x.lzh").size(), 2U);
-  folder.WriteFile(
-      "x.lzh", RawArchive({{.name = "A.TXT", .contents = "12345"},
-                           {.name = "b.txt", .contents = "", .extensions = {{0x02, "SUB\xFF"}}}}));
-  EXPECT_THAT(Names("x.lzh"), ElementsAre("A.TXT", "SUB\\b.txt"));  // of the same size
+TEST_F(BindingTest, ChangeFromOutsideIsNoticedThoughSizeAndTimeAreTheSame) {
+  bool isNoticed = false;
+  for (int attempt = 0; attempt < 20 && !isNoticed; ++attempt) {  // a late look may miss it
+    const auto now = std::filesystem::file_time_type::clock::now();
+    const auto namesOf = [&](const char* name) {
+      folder.WriteFile("y.lzh", RawArchive({{.name = name}}));
+      std::filesystem::last_write_time(folder.Path("y.lzh"), now);
+      return Names("y.lzh");
+    };
+    const std::vector<std::string> before = namesOf("a.txt");
+    isNoticed = namesOf("A.TXT") != before;
+  }
+  EXPECT_TRUE(isNoticed);
 }
 
 TEST_F(BindingTest, CheckArchiveKnowsArchives) {
-  EXPECT_NE(engine.CheckArchive(folder.Lib("x.lzh").c_str(), 1), 0);
-  folder.WriteFile("empty.lzh", Bytes(1));
-  EXPECT_NE(engine.CheckArchive(folder.Lib("empty.lzh").c_str(), 1), 0);
   folder.WriteFile("text", "text");
-  folder.WriteFile("nothing", "");
-  for (const char* name : {"text", "nothing", "missing", ""}) {
-    EXPECT_EQ(engine.CheckArchive(folder.Lib(name).c_str(), 1), 0) << name;
+  for (const char* name : {"x.lzh", "text", "missing", ""}) {
+    EXPECT_EQ(engine.CheckArchive(folder.Lib(name).c_str(), 1) != 0, name == std::string("x.lzh"));
   }
 }
 
@@ -121,13 +119,9 @@ TEST_F(BindingTest, ProgressComesInOrder) {
   std::uint32_t lastDone = 0;
   Listen([&](UINT state, const UnlhaProgressRecord& record) {
     told.push_back(std::to_string(state) + " " + record.name);
-    if (state == 1 && record.done != 0) {
-      EXPECT_LE(record.done - lastDone, 262144U);
-    }
+    EXPECT_TRUE(state != 1 || record.done - lastDone <= 262144U);
+    EXPECT_TRUE(state != 6 || record.done == record.size);
     lastDone = record.done;
-    if (state == 6) {
-      EXPECT_EQ(record.done, record.size);
-    }
     return 1;
   });
   ASSERT_EQ(Add("new.lzh", "src", {"one", "two"}), 0);

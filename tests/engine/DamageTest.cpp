@@ -14,32 +14,34 @@ using Contents = std::map<std::string, Bytes>;
 
 class DamageTest : public EngineTest {
  protected:
-  // An archive of our own writing: packed, stored, empty, in a directory, beyond ASCII.
+  // Headers of all levels, and what our own writing has: packed, stored, empty, beyond ASCII.
   DamageTest() {
-    expected = {{"text", TextBytes(400)},
-                {"d\\noise", RandomBytes(60)},
-                {"empty", {}},
+    expected = {{"level0", ToBytes("zero")},        {"level1", ToBytes("one")},
+                {"level3", ToBytes("three")},       {"text", TextBytes(400)},
+                {"d\\noise", RandomBytes(60)},      {"empty", {}},
                 {"\x95\x5C.txt", TextBytes(300, 7)}};
-    for (const auto& [name, bytes] : expected) EXPECT_EQ(Compress("good.lzh", name, bytes), 0);
+    folder.WriteFile("good.lzh", RawArchive({{.level = 0, .name = "level0", .contents = "zero"},
+                                             {.level = 1, .name = "level1", .contents = "one"},
+                                             {.level = 3, .name = "level3", .contents = "three"}}));
+    for (const char* name : {"text", "d\\noise", "empty", "\x95\x5C.txt"}) {
+      EXPECT_EQ(Compress("good.lzh", name, expected[name]), 0);
+    }
     good = folder.ReadFile("good.lzh");
   }
 
+  Bytes GoodUpTo(std::size_t size) const {
+    return {good.begin(), good.begin() + static_cast<std::ptrdiff_t>(size)};
+  }
+
   // What a caller gets who extracts all: false when any step reports an error.
-  bool ExtractAll(Contents& contents) {
-    const HARC handle = engine.OpenArchive(nullptr, folder.Lib("bad.lzh").c_str(), kSearchBelow);
-    if (handle == nullptr) return false;
-    std::vector<std::pair<std::string, std::uint32_t>> members;
-    UnlhaMemberRecord record{};
-    for (int found = engine.FindFirst(handle, "*.*", &record); found == 0;
-         found = engine.FindNext(handle, &record)) {
-      members.emplace_back(record.name, record.size);
-    }
-    engine.CloseArchive(handle);
-    for (const auto& [name, size] : members) {
-      if (size > 1000000) return false;  // a lie; a caller's memory would end here
-      const Extracted extracted = ExtractInto("bad.lzh", name, size);
+  bool ExtractAll(const Bytes& archive, Contents& contents) {
+    folder.WriteFile("bad.lzh", archive);
+    if (!Opens("bad.lzh")) return false;
+    for (const UnlhaMemberRecord& record : Search("bad.lzh")) {
+      if (record.size > 1000000) return false;  // a lie; a caller's memory would end here
+      const Extracted extracted = ExtractInto("bad.lzh", record.name, record.size);
       if (extracted.code != 0) return false;
-      contents[name] = extracted.bytes;
+      contents[record.name] = extracted.bytes;
     }
     return true;
   }
@@ -49,17 +51,16 @@ class DamageTest : public EngineTest {
 };
 
 TEST_F(DamageTest, CutAnywhere) {
-  int successes = 0;
+  std::size_t successes = 0;
   for (std::size_t size = 0; size < good.size(); ++size) {
-    folder.WriteFile("bad.lzh",
-                     Bytes(good.begin(), good.begin() + static_cast<std::ptrdiff_t>(size)));
     Contents contents;
-    if (!ExtractAll(contents)) continue;
+    if (!ExtractAll(GoodUpTo(size), contents)) continue;
     ++successes;  // the exact end of a member is an end of an archive as well
+    EXPECT_EQ(contents.size(), successes);
     for (const auto& [name, bytes] : contents)
       EXPECT_TRUE(SameBytes(bytes, expected[name])) << size;
   }
-  EXPECT_EQ(successes, static_cast<int>(expected.size()));
+  EXPECT_EQ(successes, expected.size());
 }
 
 TEST_F(DamageTest, AnyByteChanged) {
@@ -67,28 +68,21 @@ TEST_F(DamageTest, AnyByteChanged) {
   // check over: an append that never committed looks the same.
   std::vector<std::size_t> passed;
   for (std::size_t at = 0; at < good.size(); ++at) {
-    for (const std::uint8_t value :
-         {std::uint8_t{0x00}, std::uint8_t{0xFF}, static_cast<std::uint8_t>(good[at] ^ 0x41)}) {
-      if (value == good[at]) continue;
+    for (const int value : {0x00, 0xFF, good[at] ^ 0x41}) {
       Bytes bad = good;
-      bad[at] = value;
-      folder.WriteFile("bad.lzh", bad);
+      bad[at] = static_cast<std::uint8_t>(value);
       Contents contents;
-      if (ExtractAll(contents) && contents != expected) passed.push_back(at);
+      if (ExtractAll(bad, contents) && contents != expected) passed.push_back(at);
     }
   }
-  for (const std::size_t at : passed) {
-    EXPECT_EQ(std::string(good.begin() + static_cast<std::ptrdiff_t>(at) + 2,
-                          good.begin() + static_cast<std::ptrdiff_t>(at) + 5),
-              "-lh")
-        << at;
-  }
+  for (const std::size_t at : passed)
+    EXPECT_EQ(std::string(&good[at + 2], &good[at + 5]), "-lh") << at;
   EXPECT_LT(passed.size(), expected.size());
 }
 
 TEST_F(DamageTest, ChangeRefusesADamagedArchiveAndLeavesItAlone) {
   for (const std::size_t size : {good.size() - 5, std::size_t{30}}) {
-    const Bytes cut(good.begin(), good.begin() + static_cast<std::ptrdiff_t>(size));
+    const Bytes cut = GoodUpTo(size);
     folder.WriteFile("bad.lzh", cut);
     EXPECT_NE(Compress("bad.lzh", "new", {}), 0);
     EXPECT_NE(Delete("bad.lzh", {"text"}), 0);
@@ -98,18 +92,10 @@ TEST_F(DamageTest, ChangeRefusesADamagedArchiveAndLeavesItAlone) {
 
 TEST_F(DamageTest, SizesThatLieCostNothing) {
   // A member that says it is 4 GiB - 1 long, with two bytes of data.
-  RawMember liar{.name = "liar", .contents = "ab", .method = "-lh5-"};
-  Bytes header = RawHeader(liar);
-  for (std::size_t i = 11; i < 15; ++i) header[i] = 0xFF;
-  // The header CRC is the first extension.
-  header[27] = header[28] = 0;
-  folder.WriteFile("bad.lzh", Join({header, ToBytes("ab"), Bytes(1)}));
-  EXPECT_FALSE(Opens("bad.lzh"));  // its CRC tells
-
-  liar.hasHeaderCrc = false;
-  header = RawHeader(liar);
-  for (std::size_t i = 11; i < 15; ++i) header[i] = 0xFF;
-  folder.WriteFile("bad.lzh", Join({header, ToBytes("ab"), Bytes(1)}));
+  Bytes archive =
+      RawArchive({{.name = "liar", .contents = "ab", .method = "-lh5-", .hasHeaderCrc = false}});
+  std::fill_n(&archive[11], 4, std::uint8_t{0xFF});
+  folder.WriteFile("bad.lzh", archive);
   ASSERT_TRUE(Opens("bad.lzh"));
   EXPECT_NE(ExtractInto("bad.lzh", "liar", 100000).code, 0);
 }

@@ -58,8 +58,6 @@ Engine::~Engine() {
   FreeLibrary(module);
 }
 
-EngineTest::EngineTest() = default;
-
 EngineTest::~EngineTest() {
   engine.KillOwnerWindowEx(nullptr);
   listener = nullptr;
@@ -73,12 +71,6 @@ int EngineTest::Add(const std::string& archive, const std::string& base,
                     const std::vector<std::string>& names, const std::string& switches) {
   const std::string line = std::string("a") + kOptions + " " + switches + Quoted(archive) + " \"" +
                            folder.Lib(base) + "\\\"" + Joined(names);
-  return engine.Command(nullptr, line.c_str(), nullptr, 0);
-}
-
-int EngineTest::AddTree(const std::string& archive, const std::string& directory) {
-  const std::string line = std::string("a") + kOptions + " -w0 -d1" + Quoted(archive) + " \"" +
-                           folder.Lib(directory) + "\\\"";
   return engine.Command(nullptr, line.c_str(), nullptr, 0);
 }
 
@@ -106,31 +98,37 @@ Extracted EngineTest::ExtractInto(const std::string& archive, const std::string&
 }
 
 Extracted EngineTest::Extract(const std::string& archive, const std::string& name) {
-  UnlhaMemberRecord record{};
-  const HARC handle = engine.OpenArchive(nullptr, folder.Lib(archive).c_str(), kSearchBelow);
-  if (handle == nullptr) return {.code = -1, .bytes = {}};
-  const int found = engine.FindFirst(handle, ('"' + name + '"').c_str(), &record);
-  engine.CloseArchive(handle);
-  return found != 0 ? Extracted{.code = -1, .bytes = {}} : ExtractInto(archive, name, record.size);
+  const auto found = Search(archive, '"' + name + '"');
+  return found.empty() ? Extracted{.code = -1} : ExtractInto(archive, name, found[0].size);
+}
+
+HARC EngineTest::Open(const std::string& archive, std::uint32_t mode) {
+  return engine.OpenArchive(nullptr, folder.Lib(archive).c_str(), mode);
 }
 
 bool EngineTest::Opens(const std::string& archive) {
-  const HARC handle = engine.OpenArchive(nullptr, folder.Lib(archive).c_str(), kSearchBelow);
-  if (handle != nullptr) engine.CloseArchive(handle);
-  return handle != nullptr;
+  return engine.CloseArchive(Open(archive)) == 0;
+}
+
+std::vector<UnlhaMemberRecord> EngineTest::Search(const std::string& archive,
+                                                  const std::string& text, std::uint32_t mode) {
+  std::vector<UnlhaMemberRecord> records;
+  const HARC handle = Open(archive, mode);
+  UnlhaMemberRecord record{};
+  for (int found = engine.FindFirst(handle, text.c_str(), &record); found == 0;
+       found = engine.FindNext(handle, &record)) {
+    records.push_back(record);
+  }
+  engine.CloseArchive(handle);
+  return records;
 }
 
 std::vector<std::string> EngineTest::Names(const std::string& archive, const std::string& text,
                                            std::uint32_t mode) {
+  EXPECT_TRUE(Opens(archive)) << archive;
   std::vector<std::string> names;
-  const HARC handle = engine.OpenArchive(nullptr, folder.Lib(archive).c_str(), mode);
-  EXPECT_NE(handle, nullptr) << archive;
-  UnlhaMemberRecord record{};
-  for (int found = engine.FindFirst(handle, text.c_str(), &record); found == 0;
-       found = engine.FindNext(handle, &record)) {
+  for (const UnlhaMemberRecord& record : Search(archive, text, mode))
     names.emplace_back(record.name);
-  }
-  engine.CloseArchive(handle);
   return names;
 }
 

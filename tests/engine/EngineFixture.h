@@ -44,7 +44,7 @@ inline constexpr std::uint32_t kSearchHere = 0x801102;
 // What UnlhaExtractMem gave.
 struct Extracted {
   int code = 0;
-  Bytes bytes;
+  Bytes bytes = {};
   std::int32_t time = 0;
   std::uint16_t attribute = 0;
   std::uint32_t written = 0;
@@ -55,25 +55,30 @@ testing::AssertionResult SameBytes(const Bytes& actual, const Bytes& expected);
 
 class EngineTest : public testing::Test {
  protected:
-  EngineTest();
   ~EngineTest() override;
 
   // The library's own options stand on every line.
-  // `a` with a base directory, both below the test's folder; "sub" is the directory that MakeTree
-  // filled.
+  // `a` with a base directory, both below the test's folder.
   int Add(const std::string& archive, const std::string& base,
           const std::vector<std::string>& names, const std::string& switches = "-w0");
-  int AddTree(const std::string& archive, const std::string& directory);
+  int AddTree(const std::string& archive, const std::string& directory) {
+    return Add(archive, directory, {}, "-w0 -d1");
+  }
   int Delete(const std::string& archive, const std::vector<std::string>& names);
   int Compress(const std::string& archive, const std::string& name, const Bytes& data);
   Extracted Extract(const std::string& archive, const std::string& name);
   // With a buffer of exactly `capacity` bytes.
   Extracted ExtractInto(const std::string& archive, const std::string& name, std::size_t capacity);
 
-  // Names of all members that a search finds; fails the test when the archive cannot be opened.
+  // 0 when the archive cannot be opened.
+  HARC Open(const std::string& archive, std::uint32_t mode = kSearchBelow);
+  bool Opens(const std::string& archive);
+  // All that a search finds; nothing when the archive cannot be opened.
+  std::vector<UnlhaMemberRecord> Search(const std::string& archive, const std::string& text = "*.*",
+                                        std::uint32_t mode = kSearchBelow);
+  // The names of that; fails the test when the archive cannot be opened.
   std::vector<std::string> Names(const std::string& archive, const std::string& text = "*.*",
                                  std::uint32_t mode = kSearchBelow);
-  bool Opens(const std::string& archive);
 
   // Calls `told` for each report while the object lives; it returns 0 to stop the archiver.
   using Told = std::function<int(UINT state, const UnlhaProgressRecord& record)>;

@@ -57,14 +57,8 @@ TEST_P(ReadersTest, ExtractWholeTrees) {
   }
 }
 
-TEST_P(ReadersTest, ExtractTreesWithDirectoryMembers) {
+TEST_P(ReadersTest, ExtractTreesWithMembersAppendedReplacedAndDeleted) {
   std::filesystem::create_directories(folder.Path("src/hollow"));
-  ASSERT_EQ(AddTree("x.lzh", "src"), 0);
-  ExpectExtractedBy(GetParam().program, GetParam().arguments);
-  EXPECT_TRUE(folder.Exists("out/hollow"));
-}
-
-TEST_P(ReadersTest, ReadWhatWasAppendedReplacedAndDeleted) {
   ASSERT_EQ(AddTree("x.lzh", "src"), 0);
   ASSERT_EQ(Compress("x.lzh", "extra", TextBytes(100)), 0);
   folder.WriteFile("src/one", "no more");
@@ -72,6 +66,7 @@ TEST_P(ReadersTest, ReadWhatWasAppendedReplacedAndDeleted) {
   ASSERT_EQ(Delete("x.lzh", {"extra", "Mixed.Txt"}), 0);
   std::filesystem::remove(folder.Path("src/Mixed.Txt"));
   ExpectExtractedBy(GetParam().program, GetParam().arguments);
+  EXPECT_TRUE(IsSkipped() || folder.Exists("out/hollow"));
 }
 
 INSTANTIATE_TEST_SUITE_P(All, ReadersTest, testing::ValuesIn(kReaders), [](const auto& reader) {
@@ -83,16 +78,6 @@ TEST_F(InteropTest, RecordedCodePageIsHonoured) {
   ASSERT_EQ(Compress("x.lzh", "\x95\x5C\\\x8A\xBF\x8E\x9A.txt", TextBytes(10)), 0);
   const CommandResult listing = RunCommand("LC_ALL=C.UTF-8 bsdtar -tf " + ShellPath("x.lzh"));
   EXPECT_EQ(listing.output, "\xE8\xA1\xA8/\xE6\xBC\xA2\xE5\xAD\x97.txt\n");
-}
-
-TEST_F(InteropTest, LeadingBackslashHarmsNobody) {
-  ASSERT_EQ(Compress("x.lzh", "C:\\d\\f.txt", TextBytes(10)), 0);
-  for (const Reader& reader : kReaders) {
-    if (!HaveProgram(reader.program)) continue;
-    RunCommand("cd " + ShellPath("out") + " && " + reader.program + " " + reader.arguments);
-    EXPECT_TRUE(SameBytes(folder.ReadFile("out/d/f.txt"), TextBytes(10))) << reader.program;
-    std::filesystem::remove_all(folder.Path("out/d"));
-  }
 }
 
 TEST_F(InteropTest, ArchivesByJlhaAreRead) {

@@ -66,43 +66,37 @@ Bytes ToBytes(std::string_view text) {
 }
 
 Bytes RawHeader(const RawMember& member) {
-  const std::uint16_t crc = codec::Crc16(ToBytes(member.contents));
   Bytes bytes(2);
   AppendCommon(bytes, member);
-  std::size_t crcPosition = 0;
   if (member.level <= 1) {
     bytes.push_back(static_cast<std::uint8_t>(member.name.size()));
     AppendText(bytes, member.name);
-    AppendNumber(bytes, crc, 2);
-    if (member.level == 1) {
-      bytes.push_back(static_cast<std::uint8_t>(member.osId));
-      const std::size_t baseBytes = bytes.size() + 2;
-      crcPosition = AppendChain(bytes, member);
-      WriteNumber(&bytes[7], member.contents.size() + bytes.size() - baseBytes, 4);
-      SetBaseSum(bytes, baseBytes);
-    } else {
-      SetBaseSum(bytes, bytes.size());
-    }
-  } else {
-    AppendNumber(bytes, crc, 2);
-    bytes.push_back(static_cast<std::uint8_t>(member.osId));
-    if (member.level == 3) AppendNumber(bytes, 0, 4);
-    crcPosition = AppendChain(bytes, member);
-    if (member.level == 3) {
-      WriteNumber(bytes.data(), 4, 2);
-      WriteNumber(&bytes[24], bytes.size(), 4);
-    } else {
-      WriteNumber(bytes.data(), bytes.size(), 2);
-    }
+  }
+  AppendNumber(bytes, codec::Crc16(ToBytes(member.contents)), 2);
+  if (member.level >= 1) bytes.push_back(static_cast<std::uint8_t>(member.osId));
+  if (member.level == 3) AppendNumber(bytes, 0, 4);
+  const std::size_t baseBytes = bytes.size() + (member.level == 0 ? 0 : 2);
+  const std::size_t crcPosition = member.level == 0 ? 0 : AppendChain(bytes, member);
+
+  if (member.level == 1) {  // the packed size counts the extensions as well
+    WriteNumber(&bytes[7], member.contents.size() + bytes.size() - baseBytes, 4);
+  }
+  if (member.level <= 1) SetBaseSum(bytes, baseBytes);
+  if (member.level == 2) WriteNumber(bytes.data(), bytes.size(), 2);
+  if (member.level == 3) {
+    WriteNumber(bytes.data(), 4, 2);
+    WriteNumber(&bytes[24], bytes.size(), 4);
   }
   if (crcPosition != 0) WriteNumber(&bytes[crcPosition], codec::Crc16(bytes), 2);
   return bytes;
 }
 
-Bytes RawArchive(std::initializer_list<RawMember> members) {
+Bytes RawArchive(const std::vector<RawMember>& members) {
   Bytes bytes;
   for (const RawMember& member : members) {
-    bytes = Join({bytes, RawHeader(member), ToBytes(member.contents)});
+    const Bytes header = RawHeader(member);
+    bytes.insert(bytes.end(), header.begin(), header.end());
+    AppendText(bytes, member.contents);
   }
   bytes.push_back(0);
   return bytes;

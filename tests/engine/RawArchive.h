@@ -19,7 +19,7 @@ struct RawExtension {
 struct RawMember {
   int level = 2;
   std::string name;  // of the base header in levels 0 and 1, an extension 0x01 in levels 2 and 3
-  std::string contents;
+  std::string contents = {};
   std::vector<RawExtension> extensions = {};  // of levels 1 to 3, behind those for name and CRC
   std::string method = "-lh0-";
   std::uint32_t time = 0x4B3D3B00;  // 2010-01-01 00:00:00 in UTC; in levels 0 and 1 two DOS words
@@ -30,7 +30,7 @@ struct RawMember {
 
 Bytes RawHeader(const RawMember& member);
 // Headers, contents and an end mark.
-Bytes RawArchive(std::initializer_list<RawMember> members);
+Bytes RawArchive(const std::vector<RawMember>& members);
 
 // The bytes of a listing in hex, blanks ignored.
 Bytes FromHex(std::string_view hex);

@@ -5,6 +5,7 @@
 // CRCs.
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <fstream>
 #include <sstream>
@@ -33,8 +34,8 @@ std::vector<std::string> Split(const std::string& text, char separator) {
 
 struct Sample {
   std::string path;
-  std::string methods;
-  std::string crcs;
+  std::vector<std::string> methods;
+  std::vector<std::string> crcs;
   std::string note;
 };
 
@@ -46,42 +47,36 @@ std::vector<Sample> ReadManifest() {
   while (std::getline(manifest, line)) {
     std::vector<std::string> fields = Split(line, '\t');
     fields.resize(6);
-    samples.push_back({fields[0], fields[2], fields[4], fields[5]});
+    samples.push_back({fields[0], Split(fields[2], ','), Split(fields[4], ','), fields[5]});
   }
   return samples;
 }
 
-bool IsDecodable(const std::string& methods) {
-  using codec::Method;
-  const std::pair<const char*, Method> rows[] = {{"-lh1-", Method::lh1}, {"-lh2-", Method::lh2},
-                                                 {"-lh3-", Method::lh3}, {"-lhx-", Method::lhx},
-                                                 {"-lzs-", Method::lzs}, {"-lz4-", Method::lz4},
-                                                 {"-lz5-", Method::lz5}, {"-pm0-", Method::pm0},
-                                                 {"-pm1-", Method::pm1}, {"-pm2-", Method::pm2}};
-  for (const auto& [id, method] : rows) {
-    if (methods.find(id) != std::string::npos && !codec::CanDecode(method)) return false;
-  }
-  return methods.find("-lk7-") == std::string::npos;  // a scheme of its own under the id -lh7-
-}
-
-std::string Hex(std::uint16_t value) {
-  char text[5];
-  std::snprintf(text, sizeof(text), "%04x", value);
-  return text;
+// Of some methods there is no decoder yet; -lk7- is a scheme of its own under the id -lh7-.
+bool IsDecodable(const std::string& method) {
+  if (method == "-") return true;  // no member is listed
+  const std::vector<std::string> ids = {"-lh0-", "-lh1-", "-lh2-", "-lh3-", "-lh4-", "-lh5-",
+                                        "-lh6-", "-lh7-", "-lhx-", "-lzs-", "-lz4-", "-lz5-",
+                                        "-pm0-", "-pm1-", "-pm2-", "-lhd-"};
+  const auto found = std::ranges::find(ids, method);  // in the order of codec::Method
+  return found != ids.end() && codec::CanDecode(static_cast<codec::Method>(found - ids.begin()));
 }
 
 class SamplesTest : public EngineTest {
  protected:
-  // CRCs of what is extracted, or a word on what went wrong.
-  std::vector<std::string> CrcsOf(const std::string& path) {
+  void Take(const Sample& sample) {
+    fs::copy_file(SampleFolder() / sample.path, folder.Path("x.lzh"),
+                  fs::copy_options::overwrite_existing);
+  }
+
+  // In the form that the list has, or with a word on what went wrong.
+  std::vector<std::string> ExtractedCrcs() {
     std::vector<std::string> crcs;
-    folder.WriteFile("x.lzh", Bytes());
-    fs::copy_file(path, folder.Path("x.lzh"), fs::copy_options::overwrite_existing);
-    if (!Opens("x.lzh")) return {"not opened"};
     for (const std::string& name : Names("x.lzh")) {
       const Extracted extracted = Extract("x.lzh", name);
-      crcs.push_back(extracted.code == 0 ? Hex(codec::Crc16(extracted.bytes))
-                                         : "code " + std::to_string(extracted.code));
+      char crc[5];
+      std::snprintf(crc, sizeof(crc), "%04x", codec::Crc16(extracted.bytes));
+      crcs.push_back(extracted.code == 0 ? crc : "code " + std::to_string(extracted.code));
     }
     return crcs;
   }
@@ -92,24 +87,19 @@ TEST_F(SamplesTest, EveryCrcIsRight) {
   if (samples.empty()) GTEST_SKIP() << "no samples in " << SampleFolder();
   int checked = 0;
   for (const Sample& sample : samples) {
-    SCOPED_TRACE(sample.path + " " + sample.methods + " " + sample.note);
-    if (sample.note.starts_with("cut off")) {
-      EXPECT_THAT(CrcsOf(SampleFolder() / sample.path), testing::ElementsAre("not opened"));
-      continue;
-    }
+    SCOPED_TRACE(sample.path + " " + sample.note);
     if (sample.note.starts_with("original size")) continue;  // gigabytes
-    if (!IsDecodable(sample.methods)) continue;
-    // Directories and links have a CRC of 0000 in the list and are not shown.
-    std::vector<std::string> expected = Split(sample.crcs, ',');
-    std::vector<std::string> actual = CrcsOf(SampleFolder() / sample.path);
-    std::erase(expected, "0000");
-    std::erase(actual, "0000");
-    if (sample.methods != "-") {
-      EXPECT_THAT(actual, testing::ElementsAreArray(expected));
-    } else {
-      EXPECT_THAT(actual, testing::Not(testing::Contains("not opened")));
-    }
+    if (!std::ranges::all_of(sample.methods, IsDecodable)) continue;
     ++checked;
+    Take(sample);
+    const bool isCut = sample.note.starts_with("cut off");
+    EXPECT_EQ(Opens("x.lzh"), !isCut);
+    if (isCut || sample.methods[0] == "-") continue;
+    std::vector<std::string> expected = sample.crcs;
+    std::vector<std::string> actual = ExtractedCrcs();
+    std::erase(expected, "0000");  // directories and links, which are not shown, and empty files
+    std::erase(actual, "0000");
+    EXPECT_EQ(actual, expected);
   }
   std::cout << checked << " of " << samples.size() << " samples checked\n";
 }
@@ -117,15 +107,11 @@ TEST_F(SamplesTest, EveryCrcIsRight) {
 TEST_F(SamplesTest, SizesBeyond4GiBAreListedAsTheLargest) {
   for (const Sample& sample : ReadManifest()) {
     if (!sample.note.starts_with("original size")) continue;
-    folder.WriteFile("x.lzh", Bytes());
-    fs::copy_file(SampleFolder() / sample.path, folder.Path("x.lzh"),
-                  fs::copy_options::overwrite_existing);
-    UnlhaMemberRecord record{};
-    const HARC handle = engine.OpenArchive(nullptr, folder.Lib("x.lzh").c_str(), kSearchBelow);
-    ASSERT_EQ(engine.FindFirst(handle, "*.*", &record), 0);
-    EXPECT_EQ(record.size, 0xFFFFFFFFU);
-    engine.CloseArchive(handle);
-    EXPECT_EQ(ExtractInto("x.lzh", record.name, 100000).code, 0x801E);
+    Take(sample);
+    const std::vector<UnlhaMemberRecord> found = Search("x.lzh");
+    ASSERT_FALSE(found.empty());
+    EXPECT_EQ(found[0].size, 0xFFFFFFFFU);
+    EXPECT_EQ(ExtractInto("x.lzh", found[0].name, 100000).code, 0x801E);
     return;
   }
   GTEST_SKIP() << "no such sample in " << SampleFolder();
