@@ -1,4 +1,5 @@
-// MemberListingTest.cpp - which members a ZorFind selects, and what the archiver is asked for it.
+// MemberListingTest.cpp - which members a ZorFind selects, what the archiver is asked for it, and
+// what Delete makes of them.
 #include "archive/MemberListing.h"
 
 #include <ctime>
@@ -13,10 +14,9 @@ using testing::IsEmpty;
 
 class MemberListing : public RecordedArchiveTest {
  protected:
-  MemberListing() { folder.WriteFile("a.lzh", "archive"); }
-
   ZorError List(const ZorFind& find, int background = 1) {
-    return ZorListArchiveMembers(Lib("a.lzh").c_str(), find, list, background);
+    list.RemoveAll();
+    return ZorListArchiveMembers(path.c_str(), find, list, background);
   }
   std::vector<std::string> Names() const { return {list.begin(), list.end()}; }
 
@@ -27,8 +27,7 @@ TEST_F(MemberListing, SearchesForAMaskWithoutRootAndMark) {
   const struct {
     const char* mask;
     const char* text;
-  } rows[] = {{"*.txt", "*.txt"},
-              {"sub\\", "sub\\*.*"},
+  } rows[] = {{"sub\\", "sub\\*.*"},
               {"sub\\x.txt", "sub\\x.txt"},
               {"C:\\sub\\*.txt", "\\sub\\*.txt"},
               {"\\\\srv\\share\\d\\", "\\d\\*.*"},
@@ -56,39 +55,67 @@ TEST_F(MemberListing, OpensAndClosesTheArchiveForEachMaskInTheModeOfTheFlags) {
   EXPECT_THAT(TakeCalls(), IsEmpty());
 }
 
-TEST_F(MemberListing, KeepsTheFirstOfEqualNamesWhenThereAreSeveralMasks) {
+TEST_F(MemberListing, KeepsTheFirstOfEqualNamesAndNoneThatAnExclusionMaskFinds) {
   recording.members = {{.name = "b/x.TXT"}, {.name = "a.txt"}, {.name = "B/X.txt"}};
   List(Selection("", {"*.*"}));
   EXPECT_THAT(Names(), ElementsAre("b\\x.TXT", "a.txt", "B\\X.txt"));
-  list.RemoveAll();
   List(Selection("", {"a.txt", "*.*"}));
   EXPECT_THAT(Names(), ElementsAre("a.txt", "b\\x.TXT"));
-}
 
-TEST_F(MemberListing, TakesOutWhatAnExclusionMaskFindsWhereverItStands) {
   recording.members = {{.name = "a.txt"}, {.name = "b.tmp"}, {.name = "c.txt"}, {.name = "B.TMP"}};
   List(Selection("", {">*.tmp", "*.*"}));
   EXPECT_THAT(Names(), ElementsAre("a.txt", "c.txt"));
 }
 
-TEST_F(MemberListing, NamesWhatStoppedItAndKeepsWhatWasFound) {
-  recording.members = {{.name = "x"}, {.name = "x"}};
-  recording.archivesThatOpen = 1;
-  EXPECT_EQ(List(Selection("", {"*.*", "*.*"})), ZorErrorArchiveOpen);
-  EXPECT_THAT(Names(), ElementsAre("x", "x"));
-  EXPECT_EQ(ZorListArchiveMembers(Lib("none.lzh").c_str(), ZorFind(), list, 1),
-            ZorErrorArchiveNotFound);
-}
-
 // Comparing each name with each would take minutes.
 TEST_F(MemberListing, CostsNoMoreThanTheNumberOfNames) {
-  for (int i = 0; i < 100'000; ++i) {
-    recording.members.push_back({.name = "directory/name" + std::to_string(i) + ".txt"});
-  }
+  ScriptMembers(100'000);
   const std::clock_t start = std::clock();
   EXPECT_EQ(List(Selection("", {"*.*", "*.txt", ">*7.txt"})), ZorErrorNone);
   EXPECT_EQ(list.GetCount(), 90'000);
   EXPECT_LT((std::clock() - start) / CLOCKS_PER_SEC, 20);  // of the processor's time
+}
+
+class Delete : public RecordedArchiveTest {
+ protected:
+  Delete() { recording.members = {{.name = "d/f.txt"}, {.name = "g.txt"}, {.name = "h.tmp"}}; }
+  ZorError Run(std::initializer_list<std::string> masks) {
+    return ErrorOf(archive.Delete(Selection("C:\\base", masks), path.c_str()));
+  }
+};
+
+TEST_F(Delete, HandsASingleMaskOverAsItIs) {
+  archive.SetWorkDirectory("C:\\tmp");
+  EXPECT_EQ(Run({">*.none"}), ZorErrorNone);
+  EXPECT_THAT(TakeCalls(), ElementsAre("GetRunning", "SetCursorMode 0", "SetOwnerWindowEx",
+                                       "OnAbort 1 0 0/1 0/0 '#\\a.lzh' -",
+                                       "Unlha: d" + kOptions + " -w0 \"#\\a.lzh\" \">*.none\"",
+                                       "OnAbort 1 4 0/1 0/0 '#\\a.lzh' -", "KillOwnerWindowEx"));
+}
+
+TEST_F(Delete, ResolvesSeveralMasksIntoNames) {
+  archive.SetBackgroundMode(0);
+  EXPECT_EQ(Run({"*.*", ">*.tmp"}), ZorErrorNone);
+  EXPECT_THAT(recording.calls, testing::Contains("OnAbort 1 0 0/2 0/0 '#\\a.lzh' -"));
+  EXPECT_THAT(TakeCalls("Unlha: d" + kOptions),
+              ElementsAre(" -jyd -w0 \"#\\a.lzh\" \"d\\f.txt\" \"g.txt\""));
+}
+
+TEST_F(Delete, DoesntTroubleTheArchiverForNothing) {
+  for (const bool noMask : {true, false}) {
+    EXPECT_EQ(noMask ? Run({}) : Run({"*.none", "*.not"}), ZorErrorCanceled);
+    EXPECT_THAT(TakeCalls("OnAbort"), IsEmpty());
+  }
+  recording.archivesThatOpen = 0;
+  EXPECT_EQ(Run({"*.txt", "*.tmp"}), ZorErrorArchiveOpen);
+}
+
+// The line grows by each name, and not by copies of itself.
+TEST_F(Delete, PutsAnyNumberOfNamesOnTheLine) {
+  ScriptMembers(100'000);
+  recording.hide.clear();
+  EXPECT_EQ(Run({"*.*", "*.txt"}), ZorErrorNone);
+  EXPECT_GT(TakeCalls("Unlha: d").front().size(), 2'000'000U);
 }
 
 }  // namespace

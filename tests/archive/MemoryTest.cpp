@@ -1,4 +1,4 @@
-// MemoryTest.cpp - CompressMem, ExtractMem and GetFileInfo.
+// MemoryTest.cpp - the calls on one member, CompressMem, ExtractMem and GetFileInfo; and IsArchive.
 #include <cstdlib>
 #include <ctime>
 #include <limits>
@@ -8,27 +8,29 @@
 namespace kozor::test {
 namespace {
 
-using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
 class Memory : public RecordedArchiveTest {
  protected:
-  Memory() : path(folder.Lib("a.lzh")) {
-    folder.WriteFile("a.lzh", "old");
-    recording.members = {{.name = "d\\f.txt", .contents = "hello"}};
+  Memory() { recording.members = {{.name = "d\\f.txt", .contents = "hello"}}; }
+
+  ZorError Compress(const char* name) {
+    const auto* data = reinterpret_cast<const unsigned char*>("data");
+    return ErrorOf(archive.CompressMem(path.c_str(), name, data, 4, 1));
   }
-  int Compress(const char* name, int append) {
-    return archive.CompressMem(path.c_str(), name, reinterpret_cast<const unsigned char*>("data"),
-                               4, append);
+  ZorError Extract(const char* name = "d\\f.txt") {
+    return ErrorOf(archive.ExtractMem(path.c_str(), name, buffer, sizeof buffer));
+  }
+  ZorError GetInfo(unsigned long* size, FILETIME* time, unsigned long* attribute) {
+    return ErrorOf(archive.GetFileInfo(path.c_str(), "d\\f.txt", size, time, attribute));
   }
 
-  const std::string path;
   unsigned char buffer[8] = {};
 };
 
 TEST_F(Memory, GivesTheArchiverDataNameAndOptions) {
-  EXPECT_EQ(Compress("g.txt", 1), 1);
+  EXPECT_EQ(Compress("g.txt"), ZorErrorNone);
   EXPECT_THAT(TakeCalls(),
               ElementsAre("GetRunning", "SetOwnerWindowEx", "SetCursorMode 0",
                           "OpenArchive #\\a.lzh 0x801202", "FindFirst *.*", "CloseArchive",
@@ -37,40 +39,34 @@ TEST_F(Memory, GivesTheArchiverDataNameAndOptions) {
                           "OnAbort 0 4 0/1 0/0 '#\\a.lzh' -", "KillOwnerWindowEx"));
   archive.SetBackgroundMode(0);
   archive.SetWorkDirectory("C:\\tmp");
-  EXPECT_EQ(archive.CompressMem(path.c_str(), "C:\\g", nullptr, 0, 0), 1);
+  EXPECT_EQ(ErrorOf(archive.CompressMem(path.c_str(), "C:\\g", nullptr, 0, 0)), ZorErrorNone);
   EXPECT_THAT(TakeCalls("CompressMem "),
               ElementsAre("null 0:" + kOptions + " -jsb \"-wC:\\tmp\\\" \"#\\a.lzh\" \"C:\\g\""));
   EXPECT_FALSE(folder.Exists("a.lzh"));
 }
 
 TEST_F(Memory, RefusesToReplaceAMemberUnlessItMay) {
-  for (const char* name : {"D\\F.TXT", "d\\f.txt"}) {
-    EXPECT_EQ(Compress(name, 1), 0);
-    EXPECT_EQ(archive.GetError(), ZorErrorSameName);
-    EXPECT_THAT(TakeCalls("OnAbort"), IsEmpty());
-  }
-  EXPECT_EQ(Compress("C:\\d\\f.txt", 1), 1);  // would be "\d\f.txt"
+  EXPECT_EQ(Compress("D\\F.TXT"), ZorErrorSameName);
+  EXPECT_THAT(TakeCalls("OnAbort"), IsEmpty());
+  EXPECT_EQ(Compress("C:\\d\\f.txt"), ZorErrorNone);  // would be "\d\f.txt"
   archive.SetOverwriteMode(1);
-  EXPECT_EQ(Compress("d\\f.txt", 1), 1);
+  EXPECT_EQ(Compress("d\\f.txt"), ZorErrorNone);
   archive.SetOverwriteMode(0);
-  recording.archivesThatOpen = 0;
-  EXPECT_EQ(Compress("g", 1), 0);
-  EXPECT_EQ(archive.GetError(), ZorErrorArchiveOpen);
   std::filesystem::remove(folder.Path("a.lzh"));
-  EXPECT_EQ(Compress("g", 1), 1);  // nothing to compare with
+  EXPECT_EQ(Compress("g"), ZorErrorNone);  // nothing to compare with
 }
 
 TEST_F(Memory, RefusesMoreDataThanAMemberCanHold) {
   if constexpr (sizeof(unsigned long) <= 4) GTEST_SKIP() << "`long` can't count that far here";
   const auto size = static_cast<unsigned long>(std::numeric_limits<std::uint32_t>::max());
-  EXPECT_EQ(archive.CompressMem(path.c_str(), "g", buffer, size + 1, 0), 0);
-  EXPECT_EQ(archive.GetError(), ZorErrorFileFailure);
+  EXPECT_EQ(ErrorOf(archive.CompressMem(path.c_str(), "g", buffer, size + 1, 0)),
+            ZorErrorFileFailure);
   EXPECT_TRUE(folder.Exists("a.lzh"));
 }
 
 TEST_F(Memory, UnpacksOneMemberAndReportsItByName) {
   recording.reports = {{1, 2, 5, ""}};
-  EXPECT_EQ(archive.ExtractMem(path.c_str(), "d\\f.txt", buffer, sizeof buffer), 1);
+  EXPECT_EQ(Extract(), ZorErrorNone);
   EXPECT_STREQ(reinterpret_cast<const char*>(buffer), "hello");
   const std::string member = " 'd\\f.txt' 'd\\f.txt' 5 2e45 6000 20";
   EXPECT_THAT(TakeCalls(),
@@ -84,27 +80,15 @@ TEST_F(Memory, UnpacksOneMemberAndReportsItByName) {
                           "OnAbort 1 4 1/1 5/5 '#\\a.lzh'" + member, "KillOwnerWindowEx"));
 }
 
-TEST_F(Memory, StopsInEachPhaseOfAMember) {
-  for (const int phase : {1, 3}) {
-    archive.stopInPhase = phase;
-    std::fill(std::begin(buffer), std::end(buffer), '\0');
-    EXPECT_EQ(archive.ExtractMem(path.c_str(), "d\\f.txt", buffer, sizeof buffer), 0);
-    EXPECT_EQ(archive.GetError(), ZorErrorCanceled);
-    EXPECT_STREQ(reinterpret_cast<const char*>(buffer), phase == 1 ? "" : "hello");
-  }
-}
-
 TEST_F(Memory, NeedsTheMember) {
-  EXPECT_EQ(archive.ExtractMem(path.c_str(), "none", buffer, sizeof buffer), 0);
-  EXPECT_EQ(archive.GetError(), ZorErrorArchiveOpen);
+  EXPECT_EQ(Extract("none"), ZorErrorArchiveOpen);
   EXPECT_THAT(TakeCalls("CloseArchive"), ElementsAre(""));
   unsigned long size = 77;
-  EXPECT_EQ(archive.GetFileInfo(path.c_str(), "none", &size, nullptr, nullptr), 0);
-  EXPECT_EQ(archive.GetError(), ZorErrorArchiveOpen);
+  EXPECT_EQ(ErrorOf(archive.GetFileInfo(path.c_str(), "none", &size, nullptr, nullptr)),
+            ZorErrorArchiveOpen);
   EXPECT_EQ(size, 77U);
   recording.archivesThatOpen = 0;
-  EXPECT_EQ(archive.ExtractMem(path.c_str(), "d\\f.txt", buffer, sizeof buffer), 0);
-  EXPECT_EQ(archive.GetError(), ZorErrorArchiveOpen);
+  EXPECT_EQ(Extract(), ZorErrorArchiveOpen);
 }
 
 TEST_F(Memory, TellsOfAMemberInTheTermsOfTheSystem) {
@@ -114,7 +98,7 @@ TEST_F(Memory, TellsOfAMemberInTheTermsOfTheSystem) {
   unsigned long size = 0;
   unsigned long attribute = 0;
   FILETIME time{};
-  EXPECT_EQ(archive.GetFileInfo(path.c_str(), "d\\f.txt", &size, &time, &attribute), 1);
+  EXPECT_EQ(GetInfo(&size, &time, &attribute), ZorErrorNone);
   unsetenv("TZ");
   tzset();
   EXPECT_EQ(size, 5U);
@@ -136,17 +120,20 @@ TEST_F(Memory, TranslatesTheAttributesItKnows) {
   for (const auto& row : rows) {
     recording.members[0].attribute = row.archivers;
     unsigned long attribute = 77;
-    EXPECT_EQ(archive.GetFileInfo(path.c_str(), "d\\f.txt", nullptr, nullptr, &attribute), 1);
+    EXPECT_EQ(GetInfo(nullptr, nullptr, &attribute), ZorErrorNone);
     EXPECT_EQ(attribute, row.attribute);
   }
-  TakeCalls();
-  EXPECT_EQ(archive.GetFileInfo(path.c_str(), "d\\f.txt", nullptr, nullptr, nullptr), 1);
-  EXPECT_THAT(TakeCalls("GetAttribute"), IsEmpty());
   recording.busy = true;
-  EXPECT_EQ(archive.GetFileInfo(path.c_str(), "d\\f.txt", nullptr, nullptr, nullptr), 0);
-  EXPECT_EQ(archive.GetError(), ZorErrorEngineBusy);
-  EXPECT_EQ(archive.GetFileInfo(Lib("none").c_str(), "x", nullptr, nullptr, nullptr), 0);
-  EXPECT_EQ(archive.GetError(), ZorErrorArchiveNotFound);
+  EXPECT_EQ(GetInfo(nullptr, nullptr, nullptr), ZorErrorEngineBusy);
+  std::filesystem::remove(folder.Path("a.lzh"));
+  EXPECT_EQ(GetInfo(nullptr, nullptr, nullptr), ZorErrorArchiveNotFound);
+}
+
+TEST_F(Memory, IsArchiveReturnsWhatTheArchiverSaysEvenIfItIsAtWork) {
+  recording.busy = true;
+  recording.checkResult = 7;
+  EXPECT_EQ(archive.IsArchive("C:\\none.lzh"), 7);
+  EXPECT_THAT(TakeCalls(), ElementsAre("SetCursorMode 0", "CheckArchive C:\\none.lzh 1"));
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <string>
 
+#include "Selection.h"
 #include "ZorArchive.h"
 #include "tests/support/TestFolder.h"
 
@@ -23,9 +24,7 @@ void ExpectNoneWorks() {
   TestFolder folder;
   folder.WriteFile("a.lzh", "old");
   const std::string path = folder.Lib("a.lzh");
-  ZorFind find;
-  find.SetCurrentDirectoryA(folder.Lib().c_str());
-  find.AddTail("*.*");
+  const ZorFind find = Selection(folder.Lib(), {"*.*"});
   NoReport archive;
   unsigned char buffer[4];
   const auto expectUnavailable = [&](int result) {
@@ -46,9 +45,7 @@ void ExpectNoneWorks() {
 
 TEST(MissingArchiver, MakesEveryArchiveOperationFailAndChangesNothing) {
   ExpectNoneWorks();
-}
-
-TEST(MissingArchiver, DoesntHideThatTheArchiveIsMissing) {
+  // Nor does it hide that the archive is missing.
   ZorArchive archive;
   EXPECT_EQ(archive.GetFileInfo("C:\\none\\a.lzh", "m", nullptr, nullptr, nullptr), 0);
   EXPECT_EQ(archive.GetError(), ZorErrorArchiveNotFound);

@@ -35,7 +35,7 @@ int RecordedArchive::OnAbort(const ONABORTPARAM& param) {
   }
   recording.Log(line.str());
   if (inPhase) inPhase(param.phase);
-  return param.phase == stopInPhase ? 1 : 0;
+  return stopAt-- == 0 ? 1 : 0;
 }
 
 CString RecordedArchive::OnMakeFileName(const char* directory, const char* name) {
@@ -44,13 +44,29 @@ CString RecordedArchive::OnMakeFileName(const char* directory, const char* name)
 }
 
 RecordedArchiveTest::RecordedArchiveTest()
-    : module(LoadLibraryA("UNLHA32.DLL")), recording(RecordingOf(module)), archive(recording) {
+    : module(LoadLibraryA("UNLHA32.DLL")),
+      recording(RecordingOf(module)),
+      archive(recording),
+      path(Lib("a.lzh")) {
+  folder.WriteFile("a.lzh", "old");
   recording = Recording{};
   recording.hide = folder.Lib();
 }
 
 RecordedArchiveTest::~RecordedArchiveTest() {
   FreeLibrary(module);
+}
+
+ZorError RecordedArchiveTest::ErrorOf(int result) const {
+  EXPECT_EQ(result, archive.GetError() == ZorErrorNone ? 1 : 0);
+  return archive.GetError();
+}
+
+void RecordedArchiveTest::ScriptMembers(int count) {
+  recording.members.clear();
+  for (int i = 0; i < count; ++i) {
+    recording.members.push_back({.name = "directory/name" + std::to_string(i) + ".txt"});
+  }
 }
 
 std::vector<std::string> RecordedArchiveTest::TakeCalls() {
@@ -63,13 +79,6 @@ std::vector<std::string> RecordedArchiveTest::TakeCalls(const std::string& begin
     if (call.starts_with(beginning)) taken.push_back(call.substr(beginning.size()));
   }
   return taken;
-}
-
-ZorFind Selection(const std::string& base, std::initializer_list<const char*> masks) {
-  ZorFind find;
-  find.SetCurrentDirectoryA(base.c_str());
-  for (const char* mask : masks) find.AddTail(mask);
-  return find;
 }
 
 }  // namespace kozor::test

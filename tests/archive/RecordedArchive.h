@@ -6,10 +6,10 @@
 #include <gtest/gtest.h>
 
 #include <functional>
-#include <initializer_list>
 #include <string>
 #include <vector>
 
+#include "Selection.h"
 #include "ZorArchive.h"
 #include "recording/Recording.h"
 #include "tests/support/TestFolder.h"
@@ -23,7 +23,7 @@ class RecordedArchive : public ZorArchive {
  public:
   explicit RecordedArchive(Recording& log) : recording(log) {}
 
-  int stopInPhase = -1;                               // OnAbort answers 1 there
+  int stopAt = -1;  // counts down with each OnAbort; the one that finds 0 answers 1
   std::function<void(int phase)> inPhase;             // runs in each OnAbort
   std::function<CString(const char* name)> makeName;  // in the place of the default
 
@@ -45,6 +45,10 @@ class RecordedArchiveTest : public testing::Test {
   ~RecordedArchiveTest() override;
 
   std::string Lib(const std::string& name) const { return folder.Lib(name); }
+  // What became of an operation with this result.
+  ZorError ErrorOf(int result) const;
+  // Scripts so many members "directory/name0.txt", "directory/name1.txt"...
+  void ScriptMembers(int count);
   // The log from the last call of this function on.
   std::vector<std::string> TakeCalls();
   // Those lines of it that begin with the text, the rest behind it.
@@ -54,9 +58,7 @@ class RecordedArchiveTest : public testing::Test {
   HMODULE module;
   Recording& recording;
   RecordedArchive archive;
+  const std::string path;  // of an archive that exists
 };
-
-// A selection by these masks below `base`.
-ZorFind Selection(const std::string& base, std::initializer_list<const char*> masks);
 
 }  // namespace kozor::test

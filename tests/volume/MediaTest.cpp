@@ -23,9 +23,6 @@ class RealMedia : public VolumeTest {
       }
       DefineDosDeviceA(0, (drive + std::string(":")).c_str(), folder.Path(drive).c_str());
     }
-    volumes.nameVolume = [](int number) {
-      return CString(number % 2 == 1 ? "A:\\backup\\set.vol" : "B:\\backup\\set.vol");
-    };
   }
   void TearDown() override {
     for (const char* drive : {"A", "B"}) {
@@ -33,11 +30,11 @@ class RealMedia : public VolumeTest {
       umount(folder.Path(drive).c_str());
     }
   }
-  int BackupToDisks() {
-    ZorFind find;
-    find.SetCurrentDirectoryA(folder.Lib("source").c_str());
-    find.AddTail("*.*");
-    return volumes.Backup(find, nullptr);
+  ZorError BackupToDisks() {
+    volumes.nameVolume = [](int number) {
+      return CString(number % 2 == 1 ? "A:\\backup\\set.vol" : "B:\\backup\\set.vol");
+    };
+    return BackupToMedia();
   }
 };
 
@@ -60,32 +57,22 @@ TEST_F(RealMedia, SpaceIsWhatAFileThereCanTake) {
 
 TEST_F(RealMedia, ASetFillsOneDiskAndGoesOnOnTheOther) {
   MakeTree(folder, "source", {{"a", 150'000}, {"b", 50'000}});
-  ASSERT_EQ(BackupToDisks(), 1);
+  ASSERT_EQ(BackupToDisks(), ZorErrorNone);
   EXPECT_EQ(std::filesystem::file_size(folder.Path("A/backup/set.vol")), kDiskBytes - kCluster);
-  ASSERT_EQ(Restore(), 1);
+  ASSERT_EQ(Restore(), ZorErrorNone);
   EXPECT_EQ(Differences(), "");
 
-  ASSERT_EQ(BackupToDisks(), 1);  // the room of the volumes that are replaced counts
+  ASSERT_EQ(BackupToDisks(), ZorErrorNone);  // the room of the volumes that are replaced counts
   EXPECT_EQ(std::filesystem::file_size(folder.Path("A/backup/set.vol")), kDiskBytes);
 }
 
-TEST_F(RealMedia, AMediumThatTakesLessThanPromisedEndsTheBackupWithDiskFull) {
-  MakeTree(folder, "source", {{"a", 150'000}});
-  volumes.space = [](const char*) { return 1UL << 20; };
-  EXPECT_EQ(BackupToDisks(), 0);
-  EXPECT_EQ(volumes.GetError(), ZorErrorDiskFull);
-  EXPECT_EQ(volumes.reports.back().phase, ZorMultiVolume::PhaseEnd);
-}
-
-TEST_F(RealMedia, ATargetDiskThatFillsUpEndsTheRestoreWithDiskFull) {
+TEST_F(RealMedia, FullDisksEndBackupAndRestoreWithDiskFull) {
   MakeTree(folder, "source", {{"a", 1000}, {"b", 150'000}});
-  volumes.nameVolume = [this](int number) {
-    return CString(folder.Lib(VolumeName(number)).c_str());
-  };
-  ASSERT_EQ(BackupToDisks(), 1);
-  EXPECT_EQ(volumes.Restore(nullptr, "A:"), 0);
-  EXPECT_EQ(volumes.GetError(), ZorErrorDiskFull);
-  EXPECT_EQ(folder.ReadFile("A/a"), folder.ReadFile("source/a"));
+  ASSERT_EQ(Backup(), ZorErrorNone);
+  EXPECT_EQ(Restore("B:"), ZorErrorDiskFull);
+  EXPECT_EQ(folder.ReadFile("B/a"), folder.ReadFile("source/a"));
+  volumes.space = [](const char*) { return 1UL << 20; };  // more than the disk takes
+  EXPECT_EQ(BackupToDisks(), ZorErrorDiskFull);
 }
 
 }  // namespace

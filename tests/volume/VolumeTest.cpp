@@ -59,38 +59,37 @@ int ScriptedVolumes::OnCheckVolume(int kind, const unsigned char* data, int leng
   return checkVolume ? checkVolume(kind, data, length) : 1;
 }
 
-CString ScriptedVolumes::OnMakeFileName(const char* destination, const char* name) {
-  return makeFileName ? makeFileName(destination, name)
-                      : ZorMultiVolume::OnMakeFileName(destination, name);
-}
-
-CString ScriptedVolumes::OnMakeVolumeName(int number) {
-  return nameVolume ? nameVolume(number) : ZorMultiVolume::OnMakeVolumeName(number);
-}
-
-unsigned long ScriptedVolumes::OnQueryDiskSpace(const char* path) {
-  return space ? space(path) : ZorMultiVolume::OnQueryDiskSpace(path);
-}
-
 VolumeTest::VolumeTest() {
   volumes.nameVolume = [this](int number) {
     return CString(folder.Lib(VolumeName(number)).c_str());
   };
 }
 
-int VolumeTest::Backup(unsigned long volumeBytes, const char* mask) {
+ZorError VolumeTest::Backup(unsigned long volumeBytes, const std::string& mask) {
   volumes.space = [volumeBytes](const char*) { return volumeBytes; };
+  return BackupToMedia(mask);
+}
+
+ZorError VolumeTest::BackupToMedia(const std::string& mask) {
   volumes.reports.clear();
   ZorFind find;
   find.SetCurrentDirectoryA(folder.Lib("source").c_str());
-  find.AddTail(mask);
-  return volumes.Backup(find, nullptr);
+  find.AddTail(mask.c_str());
+  return ErrorOf(volumes.Backup(find, nullptr));
 }
 
-int VolumeTest::Restore() {
+ZorError VolumeTest::Restore(const char* destination) {
   volumes.reports.clear();
   volumes.identity.clear();
-  return volumes.Restore(nullptr, folder.Lib("target").c_str());
+  return ErrorOf(volumes.Restore(nullptr, destination));
+}
+
+ZorError VolumeTest::ErrorOf(int result) const {
+  EXPECT_EQ(result, volumes.GetError() == ZorErrorNone ? 1 : 0);
+  if (!volumes.reports.empty()) {
+    EXPECT_EQ(volumes.reports.back().phase, ZorMultiVolume::PhaseEnd);
+  }
+  return volumes.GetError();
 }
 
 void VolumeTest::StartAnew() {
@@ -114,18 +113,24 @@ void AppendNumber(Bytes& bytes, std::uint32_t value, int width) {
   for (int i = 0; i < width; ++i) bytes.push_back(static_cast<std::uint8_t>(value >> (8 * i)));
 }
 
-Bytes RecordHead(const StoredFile& file, std::uint32_t size) {
+Bytes Join(std::initializer_list<Bytes> pieces) {
+  Bytes all;
+  for (const Bytes& piece : pieces) all.insert(all.end(), piece.begin(), piece.end());
+  return all;
+}
+
+Bytes Start(const Bytes& bytes, std::size_t count) {
+  return Bytes(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(count));
+}
+
+Bytes RecordHead(const StoredFile& file) {
   Bytes head = {file.attribute, 0};
   AppendNumber(head, static_cast<std::uint32_t>(file.time), 4);
-  AppendNumber(head, size, 4);
+  AppendNumber(head, static_cast<std::uint32_t>(file.bytes.size()), 4);
   AppendNumber(head, static_cast<std::uint32_t>(file.name.size()) * 2, 2);
   head.insert(head.end(), file.name.begin(), file.name.end());
   head.push_back(0);
   return head;
-}
-
-Bytes RecordHead(const StoredFile& file) {
-  return RecordHead(file, static_cast<std::uint32_t>(file.bytes.size()));
 }
 
 Bytes SetLayout::Header(int number, std::size_t files) const {

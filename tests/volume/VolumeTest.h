@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <initializer_list>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -49,9 +50,16 @@ class ScriptedVolumes : public ZorMultiVolume {
   // Without a script a run stops when a volume is asked for again, so that no test waits for ever.
   int OnAbort(const ONABORTPARAM& param) override;
   int OnCheckVolume(int kind, const unsigned char* data, int length) override;
-  CString OnMakeFileName(const char* destination, const char* name) override;
-  CString OnMakeVolumeName(int volumeNumber) override;
-  unsigned long OnQueryDiskSpace(const char* path) override;
+  CString OnMakeFileName(const char* destination, const char* name) override {
+    return makeFileName ? makeFileName(destination, name)
+                        : ZorMultiVolume::OnMakeFileName(destination, name);
+  }
+  CString OnMakeVolumeName(int number) override {
+    return nameVolume ? nameVolume(number) : ZorMultiVolume::OnMakeVolumeName(number);
+  }
+  unsigned long OnQueryDiskSpace(const char* path) override {
+    return space ? space(path) : ZorMultiVolume::OnQueryDiskSpace(path);
+  }
 };
 
 // Files are stored from "source" and come back in "target"; the volumes are "set/1", "set/2"...
@@ -59,8 +67,11 @@ class VolumeTest : public ::testing::Test {
  protected:
   VolumeTest();
 
-  int Backup(unsigned long volumeBytes = 0xFFFFFFFF, const char* mask = "*.*");
-  int Restore();
+  // Stores what the mask selects; a volume takes so many bytes, or as many as the object says.
+  ZorError Backup(unsigned long volumeBytes = 0xFFFFFFFF, const std::string& mask = "*.*");
+  ZorError BackupToMedia(const std::string& mask = "*.*");
+  ZorError Restore() { return Restore(folder.Lib("target").c_str()); }
+  ZorError Restore(const char* destination);
   // An empty "set" and an empty "target" again.
   void StartAnew();
 
@@ -72,6 +83,10 @@ class VolumeTest : public ::testing::Test {
 
   TestFolder folder;
   ScriptedVolumes volumes;
+
+ private:
+  // What became of a run with this result.  Its last report was that of its end.
+  ZorError ErrorOf(int result) const;
 };
 
 // A set as a slow and obvious writer lays it out, to compare with.
@@ -92,8 +107,10 @@ struct SetLayout {
   std::size_t PayloadStart() const { return Header(1, 1).size(); }
   std::vector<Bytes> Volumes(const std::vector<StoredFile>& files) const;
 };
-Bytes RecordHead(const StoredFile& file, std::uint32_t size);
 Bytes RecordHead(const StoredFile& file);
+Bytes Join(std::initializer_list<Bytes> pieces);
+// The first `count` of the bytes.
+Bytes Start(const Bytes& bytes, std::size_t count);
 // Appends the lowest `width` bytes of `value`, low byte first.
 void AppendNumber(Bytes& bytes, std::uint32_t value, int width);
 

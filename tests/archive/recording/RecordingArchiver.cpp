@@ -16,17 +16,16 @@ using kozor::test::ScriptedReport;
 
 using Callback = int (*)(void* window, unsigned int message, unsigned int state, void* record);
 
-struct State {
-  Recording recording;
+struct Archiver : Recording {
   Callback callback = nullptr;
   std::string text;  // of the search that runs
   std::size_t next = 0;
   const ScriptedMember* found = nullptr;
 };
 
-State& GetState() {
-  static State state;
-  return state;
+Archiver& Self() {
+  static Archiver self;
+  return self;
 }
 
 template <typename Number>
@@ -42,16 +41,15 @@ bool Matches(const std::string& text, std::string name) {
 }
 
 int FindOn(void* record) {
-  State& state = GetState();
-  for (; state.next < state.recording.members.size(); ++state.next) {
-    const ScriptedMember& member = state.recording.members[state.next];
-    if (!Matches(state.text, member.name)) continue;
+  Archiver& self = Self();
+  while (self.next < self.members.size()) {
+    const ScriptedMember& member = self.members[self.next++];
+    if (!Matches(self.text, member.name)) continue;
     Put(record, 0, static_cast<std::uint32_t>(member.contents.size()));
     Put(record, 22, member.date);
     Put(record, 24, member.time);
     std::memcpy(static_cast<char*>(record) + 26, member.name.c_str(), member.name.size() + 1);
-    state.found = &member;
-    ++state.next;
+    self.found = &member;
     return 0;
   }
   return -1;
@@ -62,20 +60,20 @@ int Answer(const ScriptedReport& report) {
   Put(record.data(), 0, report.fileSize);
   Put(record.data(), 4, report.bytesDone);
   std::strcpy(record.data() + 524, report.fileName.c_str());
-  return GetState().callback(nullptr, 0, report.state, record.data());
+  return Self().callback(nullptr, 0, report.state, record.data());
 }
 
 // The long part of a call.
 int Work() {
-  State& state = GetState();
-  if (state.recording.during) state.recording.during();
-  for (const ScriptedReport& report : state.recording.reports) {
-    state.recording.answers.push_back(Answer(report));
-    if (state.recording.answers.back() == 0 && state.recording.heedsAnswers) return 0x8020;
+  Archiver& self = Self();
+  if (self.during) self.during();
+  for (const ScriptedReport& report : self.reports) {
+    self.answers.push_back(Answer(report));
+    if (self.answers.back() == 0 && self.heedsAnswers) return 0x8020;
   }
-  if (state.recording.results.empty()) return 0;
-  const int result = state.recording.results.front();
-  state.recording.results.erase(state.recording.results.begin());
+  if (self.results.empty()) return 0;
+  const int result = self.results.front();
+  self.results.erase(self.results.begin());
   return result;
 }
 
@@ -84,62 +82,60 @@ int Work() {
 extern "C" {
 
 Recording* RecordingOfArchiver() {
-  return &GetState().recording;
+  return &Self();
 }
 
 int UnlhaGetRunning() {
-  GetState().recording.Log("GetRunning");
-  return GetState().recording.busy ? 1 : 0;
+  Self().Log("GetRunning");
+  return Self().busy ? 1 : 0;
 }
 
 int Unlha(void* window, const char* line, char* output, std::uint32_t outputSize) {
   const bool plain = window == nullptr && output == nullptr && outputSize == 0;
-  GetState().recording.Log((plain ? "Unlha: " : "Unlha with output: ") + std::string(line));
+  Self().Log((plain ? "Unlha: " : "Unlha with output: ") + std::string(line));
   return Work();
 }
 
 int UnlhaCheckArchive(const char* path, int mode) {
-  GetState().recording.Log("CheckArchive " + std::string(path) + " " + std::to_string(mode));
-  return GetState().recording.checkResult;
+  Self().Log("CheckArchive " + std::string(path) + " " + std::to_string(mode));
+  return Self().checkResult;
 }
 
 int UnlhaSetOwnerWindowEx(void* window, Callback callback) {
-  State& state = GetState();
-  state.recording.Log(window == nullptr ? "SetOwnerWindowEx" : "SetOwnerWindowEx of a window");
-  if (state.recording.refusesCallback) return 0;
-  state.callback = callback;
+  Self().Log(window == nullptr ? "SetOwnerWindowEx" : "SetOwnerWindowEx of a window");
+  if (Self().refusesCallback) return 0;
+  Self().callback = callback;
   return 1;
 }
 
 int UnlhaKillOwnerWindowEx(void* /*window*/) {
-  GetState().recording.Log("KillOwnerWindowEx");
-  if (GetState().recording.whenReleased) GetState().recording.whenReleased();
-  GetState().callback = nullptr;
+  Self().Log("KillOwnerWindowEx");
+  if (Self().whenReleased) Self().whenReleased();
+  Self().callback = nullptr;
   return 1;
 }
 
 int UnlhaSetCursorMode(int mode) {
-  GetState().recording.Log("SetCursorMode " + std::to_string(mode));
+  Self().Log("SetCursorMode " + std::to_string(mode));
   return 1;
 }
 
 void* UnlhaOpenArchive(void* /*window*/, const char* path, std::uint32_t mode) {
   std::ostringstream line;
   line << "OpenArchive " << path << " 0x" << std::hex << mode;
-  GetState().recording.Log(line.str());
-  return GetState().recording.archivesThatOpen-- > 0 ? &GetState() : nullptr;
+  Self().Log(line.str());
+  return Self().archivesThatOpen-- > 0 ? &Self() : nullptr;
 }
 
 int UnlhaCloseArchive(void* /*archive*/) {
-  GetState().recording.Log("CloseArchive");
+  Self().Log("CloseArchive");
   return 0;
 }
 
 int UnlhaFindFirst(void* /*archive*/, const char* text, void* record) {
-  State& state = GetState();
-  state.recording.Log("FindFirst " + std::string(text));
-  state.text = text;
-  state.next = 0;
+  Self().Log("FindFirst " + std::string(text));
+  Self().text = text;
+  Self().next = 0;
   return FindOn(record);
 }
 
@@ -148,28 +144,33 @@ int UnlhaFindNext(void* /*archive*/, void* record) {
 }
 
 int UnlhaGetAttribute(void* /*archive*/) {
-  GetState().recording.Log("GetAttribute");
-  return GetState().found->attribute;
+  Self().Log("GetAttribute");
+  return Self().found->attribute;
 }
 
 int UnlhaExtractMem(void* /*window*/, const char* line, unsigned char* buffer, std::uint32_t size,
                     std::int32_t* time, std::uint16_t* attribute, std::uint32_t* written) {
-  State& state = GetState();
-  state.recording.Log("ExtractMem " + std::to_string(size) + (time != nullptr ? " time" : "") +
-                      (attribute != nullptr ? " attribute:" : ":") + line);
-  const std::string& contents = state.found->contents;
-  *written = std::min(size, static_cast<std::uint32_t>(contents.size()));
-  std::copy_n(contents.begin(), *written, buffer);
-  if (time != nullptr) *time = state.found->stamp;
-  if (attribute != nullptr) *attribute = static_cast<std::uint16_t>(state.found->attribute);
+  Self().Log("ExtractMem " + std::to_string(size) + (time != nullptr ? " time" : "") +
+             (attribute != nullptr ? " attribute:" : ":") + line);
+  const ScriptedMember& member = *Self().found;
+  *written = std::min(size, static_cast<std::uint32_t>(member.contents.size()));
+  std::copy_n(member.contents.begin(), *written, buffer);
+  if (time != nullptr) *time = member.stamp;
+  if (attribute != nullptr) *attribute = static_cast<std::uint16_t>(member.attribute);
   return Work();
 }
+
+#ifndef LACKS_COMPRESS_MEM
+int UnlhaCompressMem(void* /*window*/, const char* line, const unsigned char* data,
+                     std::uint32_t size, const std::int32_t* time, const std::uint16_t* attribute,
+                     std::uint32_t* written) {
+  const bool plain = time == nullptr && attribute == nullptr && written == nullptr;
+  const std::string contents =
+      data == nullptr ? "null" : std::string(reinterpret_cast<const char*>(data), size);
+  Self().Log((plain ? "CompressMem " : "CompressMem with outputs ") + contents + " " +
+             std::to_string(size) + ":" + line);
+  return Work();
+}
+#endif
 
 }  // extern "C"
-
-// The long part of UnlhaCompressMem, which stands in a source of its own so that a module can lack
-// it.
-int RecordingCompressMem(const std::string& line) {
-  GetState().recording.Log(line);
-  return Work();
-}
