@@ -2,12 +2,12 @@
 #include <algorithm>
 #include <limits>
 #include <memory>
-#include <string_view>
 #include <utility>
 
 #include "engine/commands/ArchiveChange.h"
 #include "engine/commands/Archiver.h"
 #include "engine/container/Failure.h"
+#include "engine/container/MemberMethod.h"
 
 namespace kozor::commands {
 namespace {
@@ -15,28 +15,6 @@ namespace {
 using container::Code;
 using container::Failure;
 using container::Member;
-
-struct MethodName {
-  std::string_view id;
-  codec::Method method;
-};
-constexpr MethodName kMethods[] = {
-    {"-lh0-", codec::Method::lh0}, {"-lz4-", codec::Method::lz4}, {"-pm0-", codec::Method::pm0},
-    {"-lh1-", codec::Method::lh1}, {"-lh2-", codec::Method::lh2}, {"-lh3-", codec::Method::lh3},
-    {"-lh4-", codec::Method::lh4}, {"-lh5-", codec::Method::lh5}, {"-lh6-", codec::Method::lh6},
-    {"-lh7-", codec::Method::lh7}, {"-lhx-", codec::Method::lhx}, {"-lzs-", codec::Method::lzs},
-    {"-lz5-", codec::Method::lz5}, {"-pm1-", codec::Method::pm1}, {"-pm2-", codec::Method::pm2},
-};
-
-codec::Method MethodOf(const Member& member) {
-  const std::string_view id(member.method.data(), member.method.size());
-  const auto* found = std::find_if(std::begin(kMethods), std::end(kMethods),
-                                   [&](const MethodName& row) { return row.id == id; });
-  if (found == std::end(kMethods) || !codec::CanDecode(found->method)) {
-    throw Failure(Code::methodNotSupported);
-  }
-  return found->method;
-}
 
 bool IsStored(codec::Method method) {
   return method == codec::Method::lh0 || method == codec::Method::lz4 ||
@@ -57,11 +35,12 @@ class Extraction {
 
   // Returns the number of bytes delivered so far in `written` whatever happens.
   void Run(std::uint32_t& written) {
-    const codec::Method method = MethodOf(member);
-    if (IsStored(method)) {
+    const auto method = container::UnpackingMethod(member.method);
+    if (!method) throw Failure(Code::methodNotSupported);
+    if (IsStored(*method)) {
       ReadStored(written);
     } else if (!target.empty()) {
-      Unpack(method, written);
+      Unpack(*method, written);
     }
   }
 

@@ -3,6 +3,7 @@
 
 #include <utility>
 
+#include "engine/container/Failure.h"
 #include "engine/container/FirstHeader.h"
 #include "engine/container/MemberName.h"
 #include "engine/container/MemberWalker.h"
@@ -13,20 +14,16 @@ namespace {
 constexpr std::uint16_t kReadOnly = 0x01;
 constexpr std::uint16_t kDirectory = 0x10;
 constexpr std::uint16_t kFileAttributes = 0x27;  // read-only, hidden, system, archive
-constexpr std::uint32_t kUnixTypeMask = 0xF000;
-constexpr std::uint32_t kUnixLink = 0xA000;
-constexpr std::uint32_t kUnixWriteBits = 0222;
 
 MemberKind KindOf(const MemberHeader& header) {
   if (!header.IsDirectoryMethod()) return MemberKind::file;
-  return (header.unixMode & kUnixTypeMask) == kUnixLink ? MemberKind::hidden
-                                                        : MemberKind::directory;
+  return header.IsLink() ? MemberKind::hidden : MemberKind::directory;
 }
 
 std::uint16_t AttributeOf(const MemberHeader& header) {
   std::uint16_t attribute = header.attribute & kFileAttributes;
   if (header.IsDirectoryMethod()) attribute |= kDirectory;
-  if (header.unixMode != 0 && (header.unixMode & kUnixWriteBits) == 0) attribute |= kReadOnly;
+  if (header.IsReadOnly()) attribute |= kReadOnly;
   return attribute;
 }
 
@@ -97,6 +94,8 @@ std::vector<std::size_t> ArchiveIndex::Walk(ByteSource& source) {
       EnterName(members.size() - 1);
     }
   }
+  if (walker.Status() == HeaderStatus::checksumWrong) throw Failure(Code::headerChecksum);
+  if (walker.Status() != HeaderStatus::complete) throw Failure(Code::headerDamaged);
   endOffset = walker.NextOffset();
   hasEndMark = walker.HasEndMark();
   return altered;

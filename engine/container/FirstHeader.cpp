@@ -7,19 +7,19 @@
 #include "engine/container/FirstHeader.h"
 
 #include <algorithm>
-#include <cstring>
 #include <optional>
+#include <string_view>
+#include <vector>
 
 #include "engine/container/Failure.h"
 #include "engine/container/MemberWalker.h"
+#include "engine/container/ProgramEnd.h"
 
 namespace kozor::container {
 namespace {
 
-constexpr std::size_t kUsualHeaderBytes = 512;
 constexpr std::uint64_t kMaxScan = 1 << 20;  // from the start, or from the end of the program
 constexpr std::size_t kScanPiece = 64 << 10;
-constexpr std::size_t kMaxTableEntries = 256;  // of a program's sections or segments
 
 bool IsWholeMember(ByteSource& source, std::uint64_t offset) {
   MemberHeader header;
@@ -41,63 +41,6 @@ bool LooksLikeDamagedHeader(ByteSource& source, std::uint64_t offset) {
   const int fits = (id[0] == '-') + isOneOf(id[1], "lp") + isOneOf(id[2], "hzm") +
                    isOneOf(id[3], "0123456789dsx") + (id[4] == '-');
   return fits >= 4;
-}
-
-// Where the image of a DOS, OS/2 or Windows program ends.
-std::uint64_t EndOfPe(ByteSource& source, std::uint64_t peOffset) {
-  const ByteSpan head = source.At(peOffset, 24);
-  const std::size_t sections = std::min<std::size_t>(ReadU16(head, 6), kMaxTableEntries);
-  const std::uint64_t table = peOffset + 24 + ReadU16(head, 20);
-  std::uint64_t end = 0;
-  for (std::size_t i = 0; i < sections; ++i) {
-    const ByteSpan section = source.At(table + 40 * i, 40);
-    if (section.size() < 40) break;
-    end = std::max<std::uint64_t>(end, std::uint64_t{ReadU32(section, 16)} + ReadU32(section, 20));
-  }
-  return end;
-}
-
-std::uint64_t EndOfMz(ByteSource& source) {
-  const ByteSpan head = source.At(0, 64);
-  if (head.size() < 64) return 0;
-  const std::uint64_t peOffset = ReadU32(head, 60);
-  const std::uint64_t pages = ReadU16(head, 4);
-  const std::uint64_t inLastPage = ReadU16(head, 2);
-  const ByteSpan signature = source.At(peOffset, 24);
-  if (signature.size() == 24 && ReadU32(signature, 0) == 0x4550) return EndOfPe(source, peOffset);
-  if (pages == 0 || inLastPage > 512) return 0;
-  return pages * 512 - (inLastPage == 0 ? 0 : 512 - inLastPage);
-}
-
-// The end of the section headers, which linkers put last, or of the last segment.
-std::uint64_t EndOfElf64(ByteSource& source) {
-  const ByteSpan head = source.At(0, 64);
-  if (head.size() < 64 || head[4] != 2 || head[5] != 1) return 0;
-  std::uint64_t end = ReadU64(head, 40) + std::uint64_t{ReadU16(head, 58)} * ReadU16(head, 60);
-  const std::uint64_t table = ReadU64(head, 32);
-  const std::size_t entryBytes = ReadU16(head, 54);
-  const std::size_t segments = std::min<std::size_t>(ReadU16(head, 56), kMaxTableEntries);
-  for (std::size_t i = 0; i < segments; ++i) {
-    const ByteSpan segment = source.At(table + i * entryBytes, 56);
-    if (segment.size() < 56) break;
-    end = std::max(end, ReadU64(segment, 8) + ReadU64(segment, 32));
-  }
-  return end;
-}
-
-// Where the program that the file begins with says that it ends; 0 when it is none or does not say.
-std::uint64_t EndOfProgram(ByteSource& source) {
-  const ByteSpan magic = source.At(0, 4);
-  if (magic.size() < 4) return 0;
-  std::uint64_t end = 0;
-  if (magic[0] == 'M' && magic[1] == 'Z') end = EndOfMz(source);
-  if (std::memcmp(magic.data(),
-                  "\x7F"
-                  "ELF",
-                  4) == 0) {
-    end = EndOfElf64(source);
-  }
-  return end < source.Size() ? end : 0;
 }
 
 // The first whole member from `begin` on, byte by byte.
@@ -127,11 +70,7 @@ std::uint64_t PassStubArchives(ByteSource& source, std::uint64_t offset) {
   for (;;) {
     MemberWalker walker(source, offset);
     MemberHeader header;
-    try {
-      while (walker.Next(header)) {
-      }
-    } catch (const Failure&) {
-      return offset;
+    while (walker.Next(header)) {
     }
     if (!walker.HasEndMark()) return offset;
     const std::uint64_t mark = walker.NextOffset();
@@ -143,15 +82,6 @@ std::uint64_t PassStubArchives(ByteSource& source, std::uint64_t offset) {
 }
 
 }  // namespace
-
-HeaderStatus ParseHeaderAt(ByteSource& source, std::uint64_t offset, MemberHeader& header) {
-  for (std::size_t wanted = kUsualHeaderBytes;; wanted *= 8) {
-    const ByteSpan bytes = source.At(offset, wanted);
-    const HeaderStatus status = ParseMemberHeader(bytes, header);
-    const bool canGrow = bytes.size() == wanted && wanted <= kMaxHeaderBytes;
-    if (status != HeaderStatus::incomplete || !canGrow) return status;
-  }
-}
 
 std::uint64_t FindFirstHeader(ByteSource& source) {
   MemberHeader header;

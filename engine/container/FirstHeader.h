@@ -5,12 +5,8 @@
 #pragma once
 
 #include "engine/container/ByteSource.h"
-#include "engine/container/MemberHeader.h"
 
 namespace kozor::container {
-
-// The header at `offset`, however long it is.
-HeaderStatus ParseHeaderAt(ByteSource& source, std::uint64_t offset, MemberHeader& header);
 
 // The offset of the first member's header, or of the end mark of an archive without members.
 // Throws Code::notAnArchive, or one of the header codes when the file begins with a header that is

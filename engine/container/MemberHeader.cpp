@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <numeric>
-#include <vector>
 
 #include "engine/codec/Codec.h"
 #include "engine/container/ExtensionChain.h"
@@ -26,14 +25,18 @@ bool BaseSumFits(ByteSpan bytes) {
   return std::accumulate(summed.begin(), summed.end(), 0U) % 256 == bytes[1];
 }
 
+// The CRC of a header in which the bytes from `begin` to `end`, at most three, count as zero.
+std::uint16_t CrcWithZeros(ByteSpan header, std::size_t begin, std::size_t end) {
+  constexpr std::uint8_t kZeros[3] = {};
+  std::uint16_t crc = codec::Crc16(header.first(begin));
+  crc = codec::Crc16(ByteSpan(kZeros).first(end - begin), crc);
+  return codec::Crc16(header.subspan(end), crc);
+}
+
 // The CRC covers the whole header, with the two bytes that hold it taken as zero.
 bool HeaderCrcFits(ByteSpan header, const ChainResult& chain) {
-  if (chain.crcPosition == 0) return true;
-  constexpr std::uint8_t kZeros[2] = {};
-  std::uint16_t crc = codec::Crc16(header.first(chain.crcPosition));
-  crc = codec::Crc16(kZeros, crc);
-  crc = codec::Crc16(header.subspan(chain.crcPosition + 2), crc);
-  return crc == chain.headerCrc;
+  const std::size_t begin = chain.crcPosition;
+  return begin == 0 || CrcWithZeros(header, begin, begin + 2) == chain.headerCrc;
 }
 
 HeaderStatus CheckHeaderCrc(ByteSpan bytes, const ChainResult& chain, const MemberHeader& header) {
@@ -50,12 +53,9 @@ bool HasLostItsCrc(ByteSpan header, const ChainBounds& bounds, const ChainResult
   if (chain.crcPosition != 0 || header[bounds.begin - bounds.width] != next - bounds.begin) {
     return false;
   }
-  std::vector<std::uint8_t> repaired(header.begin(), header.end());
-  repaired[bounds.begin] = 0x00;
-  ChainResult assumed;
-  assumed.crcPosition = bounds.begin + 1;
-  assumed.headerCrc = ReadU16(header, assumed.crcPosition);
-  return HeaderCrcFits(repaired, assumed);
+  const std::size_t crcPosition = bounds.begin + 1;  // behind the id, which would be zero
+  return CrcWithZeros(header, bounds.begin, crcPosition + kCrcBytes) ==
+         ReadU16(header, crcPosition);
 }
 
 void ReadDosTime(ByteSpan bytes, MemberHeader& header) {
@@ -183,7 +183,7 @@ HeaderStatus ParseByLevel(ByteSpan bytes, MemberHeader& header) {
 // Amiga archives store directories as stored members of size 0 with a directory and no name.
 bool IsAmigaDirectory(const MemberHeader& header) {
   const NameFields& name = header.name;
-  return header.method == kStoredMethod && header.packedBytes == 0 && header.originalBytes == 0 &&
+  return HasLetters(header.method, "lh0") && header.packedBytes == 0 && header.originalBytes == 0 &&
          name.base.empty() && (!name.file || name.file->empty()) && !name.unicodeFile &&
          name.directory && !name.directory->empty();
 }
@@ -202,8 +202,7 @@ HeaderStatus ParseMemberHeader(ByteSpan bytes, MemberHeader& header) {
   header.originalBytes = ReadU32(bytes, 11);
   header.level = bytes[20];
   const HeaderStatus status = ParseByLevel(bytes, header);
-  if (status == HeaderStatus::complete && IsAmigaDirectory(header))
-    header.method = kDirectoryMethod;
+  if (status == HeaderStatus::complete && IsAmigaDirectory(header)) header.method[3] = 'd';
   return status;
 }
 

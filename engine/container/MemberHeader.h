@@ -27,6 +27,13 @@ using MethodId = std::array<char, 5>;
 inline constexpr MethodId kStoredMethod = {'-', 'l', 'h', '0', '-'};
 inline constexpr MethodId kDirectoryMethod = {'-', 'l', 'h', 'd', '-'};
 
+// Whether these letters stand between an id's hyphens.  Code that reads compares so, and never with
+// a whole id: it is part of self-extracting programs, and a whole id in there looks to many a
+// program as if the archive began at it.
+constexpr bool HasLetters(const MethodId& id, const char (&letters)[4]) {
+  return id[1] == letters[0] && id[2] == letters[1] && id[3] == letters[2];
+}
+
 // The name fields as they stand in the header, not decoded.  What they mean together is decided in
 // MemberName.h, once the whole chain has been read.
 struct NameFields {
@@ -59,7 +66,13 @@ struct MemberHeader {
   std::uint16_t attribute = 0x20;
   std::uint32_t unixMode = 0;  // file type included; 0 when not recorded
 
-  bool IsDirectoryMethod() const { return method == kDirectoryMethod; }
+  bool IsDirectoryMethod() const { return HasLetters(method, "lhd"); }
+  // A symbolic link is a directory whose UNIX mode says so.
+  bool IsLink() const { return IsDirectoryMethod() && (unixMode & 0xF000) == 0xA000; }
+  // By the DOS attribute, or by a UNIX mode without any write bit.
+  bool IsReadOnly() const {
+    return (attribute & 1) != 0 || (unixMode != 0 && (unixMode & 0222) == 0);
+  }
 };
 
 enum class HeaderStatus {

@@ -89,6 +89,23 @@ std::u16string GatherPath(const NameFields& fields, bool& altered) {
   return path;
 }
 
+// Takes the first component, and the separator behind it, off a path.
+std::u16string_view TakeComponent(std::u16string_view& path) {
+  const std::u16string_view component(path.begin(),
+                                      std::find_if(path.begin(), path.end(), IsSeparator));
+  path.remove_prefix(std::min(path.size(), component.size() + 1));
+  return component;
+}
+
+// Whether a path has a drive letter, or a component that climbs.
+bool Strays(std::u16string_view path) {
+  if (IsDrive(path)) return true;
+  while (!path.empty()) {
+    if (TakeComponent(path) == u"..") return true;
+  }
+  return false;
+}
+
 // Drops what must not be in a path and puts '_' in the place of what cannot.  The result has no
 // separator at its end.
 std::u16string CleanPath(std::u16string_view path, bool& altered) {
@@ -96,9 +113,7 @@ std::u16string CleanPath(std::u16string_view path, bool& altered) {
   const bool isRooted = !path.empty() && IsSeparator(path.front());
   if (IsDrive(path)) path.remove_prefix(2);
   while (!path.empty()) {
-    const auto end = std::find_if(path.begin(), path.end(), IsSeparator);
-    std::u16string component(path.begin(), end);
-    path.remove_prefix(std::min(path.size(), component.size() + 1));
+    std::u16string component(TakeComponent(path));
     if (component.empty() || component == u"." || component == u"..") continue;
     for (char16_t& unit : component) {
       if (!IsForbidden(unit)) continue;
@@ -125,7 +140,9 @@ std::u16string_view CutRoot(std::u16string_view path) {
 
 ShownName DecodeName(const NameFields& fields, bool isDirectory, unsigned int workingPage) {
   ShownName shown;
-  std::u16string path = CleanPath(GatherPath(fields, shown.altered), shown.altered);
+  const std::u16string gathered = GatherPath(fields, shown.altered);
+  shown.strayed = Strays(gathered);
+  std::u16string path = CleanPath(gathered, shown.altered);
   if (path.empty()) return shown;
   if (isDirectory) path += u'\\';
   shown.text = EncodeTextLossy(workingPage, path, shown.altered);

@@ -21,6 +21,7 @@ struct ShownName {
   std::string text;      // in the working code page; empty when nothing of the name is left
   std::u16string key;    // the same with case folded: equal for names that differ in case alone
   bool altered = false;  // '_' stands for something else
+  bool strayed = false;  // a drive letter or a component ".." was dropped
 };
 
 // Decodes the name of a member.  Unicode names win, then the recorded code page; without either the

@@ -3,14 +3,12 @@
 
 #include <algorithm>
 
-#include "engine/container/Failure.h"
-#include "engine/container/FirstHeader.h"
-
 namespace kozor::container {
 namespace {
 
 constexpr std::uint8_t kPadding = 0x1A;  // CP/M and MSX fill the last sector with it
 constexpr std::size_t kPiece = 4 << 10;
+constexpr std::size_t kUsualHeaderBytes = 512;
 
 bool IsPaddingToTheEnd(ByteSource& source, std::uint64_t offset) {
   while (offset < source.Size()) {
@@ -25,6 +23,15 @@ bool IsPaddingToTheEnd(ByteSource& source, std::uint64_t offset) {
 
 }  // namespace
 
+HeaderStatus ParseHeaderAt(ByteSource& source, std::uint64_t offset, MemberHeader& header) {
+  for (std::size_t wanted = kUsualHeaderBytes;; wanted *= 8) {
+    const ByteSpan bytes = source.At(offset, wanted);
+    const HeaderStatus status = ParseMemberHeader(bytes, header);
+    const bool canGrow = bytes.size() == wanted && wanted <= kMaxHeaderBytes;
+    if (status != HeaderStatus::incomplete || !canGrow) return status;
+  }
+}
+
 bool MemberWalker::IsAtEnd() {
   const ByteSpan first = source.At(next, 1);
   hasEndMark = !first.empty() && first[0] == 0;
@@ -34,11 +41,12 @@ bool MemberWalker::IsAtEnd() {
 
 bool MemberWalker::Next(MemberHeader& header) {
   if (IsAtEnd()) return false;
-  const HeaderStatus status = ParseHeaderAt(source, next, header);
-  if (status == HeaderStatus::checksumWrong) throw Failure(Code::headerChecksum);
-  if (status != HeaderStatus::complete) throw Failure(Code::headerDamaged);
+  status = ParseHeaderAt(source, next, header);
+  if (status == HeaderStatus::incomplete) status = HeaderStatus::broken;
+  if (status != HeaderStatus::complete) return false;
   if (header.packedBytes > source.Size() - next - header.headerBytes) {
-    throw Failure(Code::headerDamaged);  // the file ends inside the packed data
+    status = HeaderStatus::broken;  // the file ends inside the packed data
+    return false;
   }
   current = next;
   next += header.headerBytes + header.packedBytes;

@@ -6,16 +6,21 @@
 
 namespace kozor::container {
 
+// The header at `offset`, however long it is.
+HeaderStatus ParseHeaderAt(ByteSource& source, std::uint64_t offset, MemberHeader& header);
+
 class MemberWalker {
  public:
   // `begin` is the offset of the first header or end mark.
   MemberWalker(ByteSource& archive, std::uint64_t begin) : source(archive), next(begin) {}
 
   // Reads the next header; false at the end of the archive, which is the end mark, the exact end of
-  // the file, or nothing but 0x1A up to it.  Anything else that is no whole member is damage:
-  // throws Code::headerChecksum or Code::headerDamaged, since the members behind it would be
-  // missed.
+  // the file, or nothing but 0x1A up to it.  Anything else that is no whole member is damage, and
+  // ends the walk, too: the members behind it cannot be found.
   bool Next(MemberHeader& header);
+
+  // HeaderStatus::complete unless the walk has ended at damage: checksumWrong or broken then.
+  HeaderStatus Status() const { return status; }
 
   // Of the member that Next has read.
   std::uint64_t HeaderOffset() const { return current; }
@@ -32,6 +37,7 @@ class MemberWalker {
   std::uint64_t current = 0;
   std::uint64_t next;
   bool hasEndMark = false;
+  HeaderStatus status = HeaderStatus::complete;
 };
 
 }  // namespace kozor::container

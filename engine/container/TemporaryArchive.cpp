@@ -28,6 +28,10 @@ std::string DirectoryOf(const std::string& path) {
   return {path.c_str(), end};
 }
 
+std::string AsDirectory(const std::string& path) {
+  return DirectoryOf(path) == path ? path : path + '\\';
+}
+
 void CopyBytes(File& from, std::uint64_t begin, std::uint64_t end,
                const std::function<void(ByteSpan)>& write, const CopyProgress& progress) {
   std::vector<std::uint8_t> piece(
