@@ -11,6 +11,8 @@ void Archiver::Run(std::string_view text, const ProgressListener& listener) {
     Add(line, listener);
   } else if (line.command == "d") {
     Delete(line, listener);
+  } else if (line.command == "s" && line.makesProgram) {
+    Convert(line, listener);
   } else {
     throw container::Failure(container::Code::unknownCommand);
   }

@@ -39,7 +39,7 @@ struct MemoryMember {
 // The index of an archive may be asked for on several threads; all else is for one at a time.
 class Archiver {
  public:
-  // Carries a command line out: `a` or `d`.  Throws Code::unknownCommand for others.
+  // Carries a command line out: `a`, `d` or `s -gw4`.  Throws Code::unknownCommand for others.
   void Run(std::string_view text, const ProgressListener& listener);
 
   // Unpacks the member that the line names.  What has been delivered stands in `result` also when
@@ -61,6 +61,7 @@ class Archiver {
  private:
   void Add(const CommandLine& line, const ProgressListener& listener);
   void Delete(const CommandLine& line, const ProgressListener& listener);
+  void Convert(const CommandLine& line, const ProgressListener& listener);
 
   container::IndexCache indexes;
   MemberPacker packer;

@@ -32,13 +32,13 @@ std::vector<std::string> SplitWords(std::string_view line) {
 // "-w0" and "-w" put temporaries beside the archive.
 std::string WorkDirectory(const std::string& value) {
   if (value.empty() || value == "0") return {};
-  const bool hasSeparator = container::DirectoryOf(value) == value;
-  return hasSeparator ? value : value + '\\';
+  return container::AsDirectory(value);
 }
 
 void ApplySwitch(const std::string& word, CommandLine& line) {
   if (word.starts_with("-w")) line.workDirectory = WorkDirectory(word.substr(2));
   if (word == "-d1") line.isDirectoryMode = true;
+  if (word == "-gw4") line.makesProgram = true;
   if (word == "-o5") line.method = NewMethod::lh5;
   if (word == "-o6") line.method = NewMethod::lh6;
   if (word == "-o7") line.method = NewMethod::lh7;

@@ -15,6 +15,7 @@ struct CommandLine {
       workDirectory;  // for temporaries, with a separator at its end; empty: beside the archive
   NewMethod method = NewMethod::lh5;
   bool isDirectoryMode = false;       // -d1
+  bool makesProgram = false;          // -gw4
   std::vector<std::string> operands;  // the archive first
 
   // Throws Code::noFileName when the line names no archive.

@@ -1,0 +1,88 @@
+// ConvertCommand.cpp - the command `s -gw4`: a self-extracting program is made of an archive.
+//
+// The program is the stub and, behind it, the archive up to its end mark.  Nothing in an archive
+// tells where it stands in its file, so no byte of it has to be changed.
+#include "engine/commands/Archiver.h"
+#include "engine/container/Failure.h"
+#include "engine/container/TemporaryArchive.h"
+#include "engine/sfx/Stub.h"
+#include "platform/win32/ProgramFile.h"
+#include "platform/win32/Win32.h"
+
+namespace kozor::commands {
+namespace {
+
+using container::Code;
+using container::Failure;
+using container::File;
+using container::TemporaryArchive;
+
+// "C:\x\notes.lzh" gives "notes".
+std::string BaseNameOf(const std::string& path) {
+  const std::string name = path.substr(container::DirectoryOf(path).size());
+  const std::size_t dot = name.rfind('.');
+  return name.substr(0, dot == 0 ? std::string::npos : dot);
+}
+
+// Into the directory that the second operand names.  It names the archive itself where that is
+// given without a directory, and may be missing: the program goes beside the archive then.
+std::string TargetOf(const CommandLine& line) {
+  const std::string& archive = line.Archive();
+  const bool isBeside =
+      line.operands.size() < 2 || line.operands[1].empty() || line.operands[1] == archive;
+  const std::string directory =
+      isBeside ? container::DirectoryOf(archive) : container::AsDirectory(line.operands[1]);
+  return directory + BaseNameOf(archive) + kProgramSuffix;
+}
+
+// Throws where the target cannot be replaced by a program, the archive itself above all.
+void CheckTarget(const std::string& target, const File& archive) {
+  File file;
+  if (!file.Open(target, File::Mode::facts)) return;
+  const container::FileFacts facts = file.Facts();
+  if (facts.stamp.IsSameFile(archive.Facts().stamp)) throw Failure(Code::sameName);
+  if ((facts.attributes & FILE_ATTRIBUTE_DIRECTORY) != 0) throw Failure(Code::sameName);
+  if ((facts.attributes & FILE_ATTRIBUTE_READONLY) != 0) throw Failure(Code::readOnlyFile);
+}
+
+void MakeProgram(const std::string& path, const std::string& archive) {
+  if (!KzMakeProgram(path.c_str(), archive.c_str())) throw Failure(container::WriteFailureCode());
+}
+
+}  // namespace
+
+void Archiver::Convert(const CommandLine& line, const ProgressListener& listener) {
+  const auto stub = sfx::Stub();
+  if (stub.empty()) throw Failure(Code::unknownCommand);
+  const std::string& path = line.Archive();
+  File archive;
+  const auto index = indexes.Open(path, archive);
+  if (index->PrefixBytes() != 0) throw Failure(Code::unknownKind);
+  if (index->Members().empty()) throw Failure(Code::notFound);
+  const std::string target = TargetOf(line);
+  CheckTarget(target, archive);
+
+  TemporaryArchive temporary(container::DirectoryOf(target));
+  MakeProgram(temporary.Path(), path);
+  Progress progress(listener);
+  progress.Begin(path, index->EndOffset());
+  File& output = temporary.Contents();
+  output.WriteAt(0, stub);
+  std::uint64_t done = 0;
+  container::CopyBytes(
+      archive, 0, index->EndOffset(),
+      [&](container::ByteSpan piece) {
+        output.WriteAt(stub.size() + done, piece);
+        done += piece.size();
+      },
+      [&](std::uint64_t) { progress.Report(done); });
+  constexpr std::uint8_t kEndMark[1] = {0};
+  output.WriteAt(stub.size() + done, kEndMark);
+  output.Flush();
+  progress.End(done);
+
+  temporary.TakePlaceOf(target, TemporaryArchive::Target::isThere);
+  MakeProgram(target, path);  // a file that was replaced has passed its mode on
+}
+
+}  // namespace kozor::commands

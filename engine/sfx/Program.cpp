@@ -1,0 +1,205 @@
+// Program.cpp - the command line of a self-extracting program, and its three tasks.
+#include "engine/sfx/Program.h"
+
+#include <string>
+#include <string_view>
+
+#include "engine/container/ByteSource.h"
+#include "engine/container/MemberWalker.h"
+#include "engine/container/ProgramEnd.h"
+#include "engine/sfx/Console.h"
+#include "engine/sfx/Destination.h"
+#include "engine/sfx/Entry.h"
+#include "engine/sfx/Extraction.h"
+#include "engine/sfx/Tally.h"
+#include "engine/sfx/Unpacking.h"
+#include "engine/sfx/linux/SystemCalls.h"
+
+namespace kozor::sfx {
+namespace {
+
+using container::ByteSpan;
+using container::MemberHeader;
+
+constexpr std::string_view kHelp =
+    R"([OPTION...] [DIRECTORY]
+
+This program carries an LZH archive and extracts it into DIRECTORY, or into the
+current directory.  It overwrites nothing, and writes nothing outside.
+
+  -l        list what the archive holds
+  -t        test it: unpack everything, write nothing
+  -o        overwrite files that exist already
+  -r        take names that begin at the root directory from DIRECTORY on;
+            without it such files are not extracted
+  --help    show this text
+
+It ends with 0 when all went well, 1 when anything failed, 2 when it doesn't
+understand its command line.)";
+
+enum class Task { extract, list, test, help };
+
+struct Options {
+  Task task = Task::extract;
+  ExtractionRules rules;
+  std::string_view directory = ".";
+};
+
+// False after a complaint.
+bool ReadOptions(std::span<const char* const> words, Options& options) {
+  bool isOption = true;
+  int directories = 0;
+  for (const std::string_view word : words) {
+    if (isOption && word == "--") {
+      isOption = false;
+    } else if (!isOption || !word.starts_with('-')) {
+      options.directory = word;
+      ++directories;
+    } else if (word == "-l") {
+      options.task = Task::list;
+    } else if (word == "-t") {
+      options.task = Task::test;
+    } else if (word == "-o") {
+      options.rules.existing = NewFile::Existing::isReplaced;
+    } else if (word == "-r") {
+      options.rules.takesRooted = true;
+    } else if (word == "--help") {
+      options.task = Task::help;
+      return true;
+    } else {
+      Complain({"unknown option ", Visible(word), " (see --help)"});
+      return false;
+    }
+  }
+  if (directories > 1) Complain({"more than one directory (see --help)"});
+  return directories <= 1;
+}
+
+void List(const Entry& entry, const MemberHeader& header, Tally& tally) {
+  Say({Decimal(header.originalBytes, 12), "  ", TimeText(entry.time), "  ", Visible(entry.name)});
+  tally.Count(entry, header);
+}
+
+void Test(const Entry& entry, const MemberHeader& header, ByteSpan packed, Tally& tally) {
+  if (!entry.isDirectory) {
+    if (const char* fault = TestData(header, packed)) return tally.Fail(entry, fault);
+  }
+  Say({"good  ", Visible(entry.name)});
+  tally.Count(entry, header);
+}
+
+// The file that this program was started from; it stays mapped.
+ByteSpan OwnFile() {
+  const int file = host::OpenAt(AT_FDCWD, "/proc/self/exe", O_RDONLY);
+  const long size = file < 0 ? file : host::SizeOf(file);
+  const long address =
+      size <= 0 ? size : host::Map(static_cast<std::uint64_t>(size), PROT_READ, MAP_PRIVATE, file);
+  if (address <= 0) {
+    Complain({"can't read the archive: ", Reason(address), " (is /proc mounted?)"});
+    return {};
+  }
+  host::Close(file);
+  return {reinterpret_cast<const std::uint8_t*>(address), static_cast<std::size_t>(size)};
+}
+
+// Calls `work` with each member's entry, header and packed data.  False after a complaint: the
+// archive is not whole.
+template <typename Work>
+bool ForEachMember(ByteSpan program, Work work) {
+  container::MemorySource source(program);
+  const std::uint64_t begin = container::EndOfProgram(source);
+  if (begin == 0) {
+    Complain({"no archive stands behind the program, or it was cut off"});
+    return false;
+  }
+  container::MemberWalker walker(source, begin);
+  MemberHeader header;
+  while (walker.Next(header)) {
+    const std::uint64_t dataBegin = walker.HeaderOffset() + header.headerBytes;
+    work(DescribeEntry(header), header,
+         program.subspan(static_cast<std::size_t>(dataBegin),
+                         static_cast<std::size_t>(header.packedBytes)));
+  }
+  if (walker.HasEndMark()) return true;
+  Complain({"the archive is damaged or cut off here; what follows is lost"});
+  return false;
+}
+
+bool ListAll(ByteSpan program, Tally& tally) {
+  Say({"        size  time (UTC)           name"});
+  return ForEachMember(program, [&](const Entry& entry, const MemberHeader& header, ByteSpan) {
+    List(entry, header, tally);
+  });
+}
+
+bool TestAll(ByteSpan program, Tally& tally) {
+  return ForEachMember(program, [&](const Entry& entry, const MemberHeader& header,
+                                    ByteSpan packed) { Test(entry, header, packed, tally); });
+}
+
+bool ExtractAll(ByteSpan program, const Options& options, Tally& tally) {
+  Destination destination;
+  if (const long error = destination.Open(options.directory); error < 0) {
+    Complain({Visible(options.directory), ": ", Reason(error)});
+    return false;
+  }
+  Extraction extraction(options.rules, destination, tally);
+  const bool isWhole =
+      ForEachMember(program, [&](const Entry& entry, const MemberHeader& header, ByteSpan packed) {
+        extraction.Extract(entry, header, packed);
+      });
+  extraction.SetDirectoryTimes();
+  return isWhole;
+}
+
+std::string Counted(std::uint64_t number, std::string_view one, std::string_view many) {
+  return Join({Decimal(number), " ", number == 1 ? one : many});
+}
+
+bool Perform(const Options& options, ByteSpan program) {
+  Tally tally;
+  bool isWhole = false;
+  std::string_view done;
+  switch (options.task) {
+    case Task::list:
+      isWhole = ListAll(program, tally);
+      done = "";
+      break;
+    case Task::test:
+      isWhole = TestAll(program, tally);
+      done = " good";
+      break;
+    default:
+      isWhole = ExtractAll(program, options, tally);
+      done = " extracted";
+  }
+  Say({Counted(tally.files, "file", "files"), ", ",
+       Counted(tally.directories, "directory", "directories"), ", ",
+       Counted(tally.bytes, "byte", "bytes"), done});
+  if (tally.failures != 0) Complain({Decimal(tally.failures), " failed"});
+  return isWhole && tally.failures == 0;
+}
+
+}  // namespace
+
+int RunProgram(std::span<const char* const> words) {
+  std::string_view name = words.empty() ? std::string_view() : words.front();
+  name.remove_prefix(name.rfind('/') + 1);
+  if (!name.empty()) SetProgramName(name);
+
+  Options options;
+  if (!ReadOptions(words.subspan(words.empty() ? 0 : 1), options)) return 2;
+  if (options.task == Task::help) {
+    Say({"Usage: ", Visible(name), " ", kHelp});
+    return FlushOutput() ? 0 : 1;
+  }
+  const ByteSpan program = OwnFile();
+  const bool isDone = !program.empty() && Perform(options, program);
+  if (!FlushOutput()) {
+    Complain({"the report could not be written"});
+    return 1;
+  }
+  return isDone ? 0 : 1;
+}
+
+}  // namespace kozor::sfx

@@ -1,0 +1,68 @@
+// Unpacking.cpp - see Unpacking.h.
+#include "engine/sfx/Unpacking.h"
+
+#include "engine/codec/Codec.h"
+#include "engine/container/MemberMethod.h"
+#include "engine/sfx/linux/SystemCalls.h"
+
+namespace kozor::sfx {
+namespace {
+
+// What may still be read of the data that has been unpacked: twice the largest window, and a match.
+constexpr std::size_t kReach = std::size_t{2} << 20;
+
+// Unpacks, and sums up what has been unpacked while it is still near.  `passed` is told up to where
+// that is.
+template <typename Passed>
+const char* Unpack(std::span<std::uint8_t> target, const container::MemberHeader& header,
+                   container::ByteSpan packed, Passed passed) {
+  const auto method = container::UnpackingMethod(header.method);
+  if (!method) return "its method is not supported";
+  std::uint16_t crc = 0;
+  std::size_t summed = 0;
+  const auto sumUpTo = [&](std::size_t done) {
+    crc = codec::Crc16(target.subspan(summed, done - summed), crc);
+    summed = done;
+    passed(done);
+    return true;
+  };
+  switch (codec::Decode(*method, packed, target, sumUpTo)) {
+    case codec::Status::ok:
+      break;
+    case codec::Status::truncated:
+      return "damaged: its data ends early";
+    default:
+      return "damaged: its packed data makes no sense";
+  }
+  sumUpTo(target.size());
+  return header.crc && *header.crc != crc ? "damaged: its checksum doesn't match" : nullptr;
+}
+
+}  // namespace
+
+const char* UnpackInto(std::span<std::uint8_t> target, const container::MemberHeader& header,
+                       container::ByteSpan packed) {
+  return Unpack(target, header, packed, [](std::size_t) {});
+}
+
+const char* TestData(const container::MemberHeader& header, container::ByteSpan packed) {
+  const std::uint64_t bytes = header.originalBytes;
+  if (bytes == 0) return UnpackInto({}, header, packed);
+  const long address =
+      host::Map(bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1);
+  if (address < 0) return "not enough memory";
+  auto* const memory = reinterpret_cast<std::uint8_t*>(address);
+  std::size_t dropped = 0;
+  const auto dropBehind = [&](std::size_t done) {
+    if (done < dropped + 2 * kReach) return;
+    const std::size_t end = (done - kReach) / kReach * kReach;
+    host::Drop(memory + dropped, end - dropped);
+    dropped = end;
+  };
+  const char* const fault =
+      Unpack({memory, static_cast<std::size_t>(bytes)}, header, packed, dropBehind);
+  host::Unmap(memory, bytes);
+  return fault;
+}
+
+}  // namespace kozor::sfx

@@ -1,0 +1,98 @@
+// SystemCalls.h - the kernel's calls for x86-64, without a C library: the program has to run on any
+// Linux, whatever is installed there, and to stay small.
+//
+// All of them return what the kernel returns: a negative error number on failure.
+#pragma once
+
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+
+#include <cstddef>
+#include <cstdint>
+
+namespace kozor::sfx::host {
+
+inline constexpr int kStandardOutput = 1;
+inline constexpr int kStandardError = 2;
+
+inline long Call(long number, long a, long b = 0, long c = 0, long d = 0, long e = 0, long f = 0) {
+  register long d4 asm("r10") = d;
+  register long e5 asm("r8") = e;
+  register long f6 asm("r9") = f;
+  long result;
+  asm volatile("syscall"
+               : "=a"(result)
+               : "a"(number), "D"(a), "S"(b), "d"(c), "r"(d4), "r"(e5), "r"(f6)
+               : "rcx", "r11", "memory");
+  return result;
+}
+
+inline long Address(const void* pointer) {
+  return reinterpret_cast<long>(pointer);
+}
+
+[[noreturn]] inline void Exit(int status) {
+  for (;;) Call(SYS_exit_group, status);
+}
+
+// Files are named relative to an open directory, or to the present one: AT_FDCWD.
+
+inline int OpenAt(int directory, const char* name, int flags, unsigned mode = 0) {
+  return static_cast<int>(
+      Call(SYS_openat, directory, Address(name), flags | O_CLOEXEC, static_cast<long>(mode)));
+}
+inline void Close(int file) {
+  Call(SYS_close, file);
+}
+inline long Write(int file, const void* bytes, std::size_t count) {
+  return Call(SYS_write, file, Address(bytes), static_cast<long>(count));
+}
+inline long MakeDirectoryAt(int directory, const char* name) {
+  return Call(SYS_mkdirat, directory, Address(name), 0777);
+}
+inline long UnlinkAt(int directory, const char* name) {
+  return Call(SYS_unlinkat, directory, Address(name));
+}
+// `flags` may be RENAME_NOREPLACE, which not every file system knows (EINVAL).
+inline long RenameAt(int directory, const char* from, const char* to, unsigned flags) {
+  return Call(SYS_renameat2, directory, Address(from), directory, Address(to), flags);
+}
+inline long LinkAt(int directory, const char* from, const char* to) {
+  return Call(SYS_linkat, directory, Address(from), directory, Address(to));
+}
+// Of a link itself, not of what it points to.
+inline long FactsAt(int directory, const char* name, unsigned wanted, struct statx& facts) {
+  return Call(SYS_statx, directory, Address(name), AT_SYMLINK_NOFOLLOW, wanted, Address(&facts));
+}
+// The size in bytes.
+inline long SizeOf(int file) {
+  return Call(SYS_lseek, file, 0, 2);
+}
+// `times` are those of last access and last write; a null name means `directory` itself.
+inline long SetTimesAt(int directory, const char* name, const struct timespec (&times)[2]) {
+  return Call(SYS_utimensat, directory, Address(name), Address(times),
+              name != nullptr ? AT_SYMLINK_NOFOLLOW : 0);
+}
+// Makes a file `bytes` long, with all its blocks; not every file system can (EOPNOTSUPP).
+inline long Allocate(int file, std::uint64_t bytes) {
+  return Call(SYS_fallocate, file, 0, 0, static_cast<long>(bytes));
+}
+
+// Returns an address, or a negative error number down to -4095.
+inline long Map(std::uint64_t bytes, int protection, int flags, int file) {
+  return Call(SYS_mmap, 0, static_cast<long>(bytes), protection, flags, file, 0);
+}
+inline void Unmap(const void* begin, std::uint64_t bytes) {
+  Call(SYS_munmap, Address(begin), static_cast<long>(bytes));
+}
+// Gives the memory of an anonymous mapping back; it reads as zeros from then on.
+inline void Drop(const void* begin, std::uint64_t bytes) {
+  Call(SYS_madvise, Address(begin), static_cast<long>(bytes), MADV_DONTNEED);
+}
+inline long ProcessId() {
+  return Call(SYS_getpid, 0);
+}
+
+}  // namespace kozor::sfx::host

@@ -1,0 +1,125 @@
+// ConvertTest.cpp - `s -gw4`: where the program goes, what it is made of, what stays as it was.
+#include <sys/stat.h>
+
+#include "tests/sfx/SfxFixture.h"
+
+namespace kozor::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+class ConvertTest : public SfxTest {
+ protected:
+  ConvertTest() { EXPECT_EQ(Compress("a.lzh", "notes.txt", TextBytes(600'000)), 0); }
+};
+
+// What stands behind the end mark stays out, and an end mark that is missing comes in.
+TEST_F(ConvertTest, PutsTheStubBeforeTheUnchangedArchive) {
+  const Bytes archive = folder.ReadFile("a.lzh");
+  const Bytes program = Join({{sfx::Stub().begin(), sfx::Stub().end()}, archive});
+  for (const Bytes& given :
+       {archive, Join({archive, archive}), Bytes(archive.begin(), archive.end() - 1)}) {
+    folder.WriteFile("a.lzh", given);
+    ASSERT_EQ(ConvertBeside("a.lzh"), 0);
+    EXPECT_TRUE(SameBytes(folder.ReadFile("a.run"), program));
+    EXPECT_TRUE(SameBytes(folder.ReadFile("a.lzh"), given));
+  }
+  EXPECT_EQ(folder.List(), (std::vector<std::string>{"a.lzh", "a.run", "out/"}));
+}
+
+TEST_F(ConvertTest, FindsItsTargetByTheSecondOperand) {
+  fs::create_directories(folder.Path("dir.d"));
+  for (const char* name : {"dir.d/plain", "dir.d/two.dots.lzh"}) {
+    fs::copy_file(folder.Path("a.lzh"), folder.Path(name));
+  }
+  const struct {
+    std::string operands;
+    const char* target;
+  } rows[] = {
+      {Quoted("a.lzh") + Quoted("out\\"), "out/a.run"},
+      {Quoted("a.lzh") + Quoted("a.lzh"), "a.run"},
+      {Quoted("a.lzh"), "a.run"},
+      {Quoted("dir.d\\plain"), "dir.d/plain.run"},
+      {Quoted("dir.d\\two.dots.lzh"), "dir.d/two.dots.run"},
+  };
+  for (const auto& row : rows) {
+    EXPECT_EQ(Convert(row.operands), 0) << row.operands;
+    EXPECT_TRUE(folder.Exists(row.target)) << row.operands;
+    fs::remove(folder.Path(row.target));
+  }
+}
+
+TEST_F(ConvertTest, MayBeRunByThoseWhoMayReadTheArchive) {
+  using fs::perms;
+  const mode_t before = ::umask(022);
+  fs::permissions(folder.Path("a.lzh"), perms(0644));
+  EXPECT_EQ(ConvertBeside("a.lzh"), 0);
+  ::umask(before);
+  EXPECT_EQ(fs::status(folder.Path("a.run")).permissions(), perms(0755));
+  fs::permissions(folder.Path("a.lzh"), perms(0600));
+  fs::permissions(folder.Path("a.run"), perms(0644));
+  ASSERT_EQ(ConvertBeside("a.lzh"), 0);
+  EXPECT_EQ(fs::status(folder.Path("a.run")).permissions(), perms(0700));
+}
+
+TEST_F(ConvertTest, FailsWithACodeAndLeavesEverythingAsItWas) {
+  ASSERT_EQ(ConvertBeside("a.lzh"), 0);
+  const Bytes archive = folder.ReadFile("a.lzh");
+  folder.WriteFile("cut.lzh", Bytes(archive.begin(), archive.end() - 100));
+  folder.WriteFile("text.lzh", "no archive at all");
+  folder.WriteFile("empty.lzh", Bytes{0});
+  folder.WriteFile("b.run", archive);
+  for (const char* name : {"kept.lzh", "hidden.lzh"}) folder.WriteFile(name, archive);
+  folder.WriteFile("kept.run", "precious");
+  fs::permissions(folder.Path("kept.run"), fs::perms::owner_read);
+  fs::create_directories(folder.Path("hidden.run"));
+  const std::vector<std::string> before = folder.List();
+  const struct {
+    std::string operands;
+    int code;
+  } rows[] = {
+      {Quoted("none.lzh"), 0x8029},
+      {Quoted("cut.lzh"), 0x8017},
+      {Quoted("text.lzh"), 0x8019},
+      {Quoted("empty.lzh"), 0x800F},
+      {Quoted("a.run"), 0x8008},
+      {Quoted("b.run"), 0x8028},
+      {Quoted("kept.lzh"), 0x8006},
+      {Quoted("hidden.lzh"), 0x8028},
+      {"", 0x802B},
+      {Quoted("a.lzh") + Quoted("nowhere\\"), 0x8025},
+  };
+  for (const auto& row : rows) EXPECT_EQ(Convert(row.operands), row.code) << row.operands;
+  EXPECT_EQ(engine.Command(nullptr, ("s -gw1" + Quoted("a.lzh")).c_str(), nullptr, 0), 0x801C);
+  EXPECT_EQ(folder.List(), before);
+  EXPECT_EQ(folder.ReadFile("kept.run").size(), 8U);
+}
+
+TEST_F(ConvertTest, CanBeStoppedAtEveryReport) {
+  folder.WriteFile("a.run", "what was there");
+  int stopAt = 1;
+  int reports = 0;
+  Listen([&](UINT, const UnlhaProgressRecord&) { return ++reports != stopAt ? 1 : 0; });
+  for (; ConvertBeside("a.lzh") != 0; ++stopAt, reports = 0) {
+    EXPECT_EQ(folder.ReadFile("a.run").size(), 14U);
+  }
+  EXPECT_GT(stopAt, 4);
+  EXPECT_EQ(Temporaries(), std::vector<std::string>());
+  EXPECT_EQ(Run("a.run", "$RUN -t").status, 0);
+}
+
+TEST_F(ConvertTest, MakesAnArchiveForEveryCall) {
+  ASSERT_EQ(ConvertBeside("a.lzh"), 0);
+  EXPECT_EQ(engine.CheckArchive(folder.Lib("a.run").c_str(), 0), 1);
+  EXPECT_EQ(Names("a.run"), std::vector<std::string>{"notes.txt"});
+  EXPECT_TRUE(SameBytes(Extract("a.run", "notes.txt").bytes, TextBytes(600'000)));
+  // It stays a program when members come and go.
+  ASSERT_EQ(Compress("a.run", "more.txt", TextBytes(10)), 0);
+  ASSERT_EQ(Delete("a.run", {"notes.txt"}), 0);
+  const CommandResult result = Run("a.run");
+  EXPECT_EQ(result.status, 0) << result.output;
+  EXPECT_EQ(folder.List("out"), std::vector<std::string>{"more.txt"});
+}
+
+}  // namespace
+}  // namespace kozor::test

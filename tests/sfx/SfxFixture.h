@@ -1,0 +1,41 @@
+// SfxFixture.h - archives made into self-extracting programs, and those run as a user would.
+#pragma once
+
+#include <gmock/gmock.h>
+
+#include "engine/sfx/Stub.h"
+#include "tests/engine/EngineFixture.h"
+#include "tests/engine/RawArchive.h"
+
+namespace kozor::test {
+
+class SfxTest : public EngineTest {
+ protected:
+  void SetUp() override {
+    if (sfx::Stub().empty()) GTEST_SKIP() << "no self-extracting programs on this system";
+    std::filesystem::create_directories(folder.Path("out"));
+  }
+
+  // `s -gw4` with any operands.
+  int Convert(const std::string& operands) {
+    return engine.Command(nullptr, ("s -gw4" + operands).c_str(), nullptr, 0);
+  }
+  int ConvertBeside(const std::string& archive) {
+    return Convert(Quoted(archive) + " \"" + folder.Lib() + "\\\"");
+  }
+
+  // Puts the program in front of any bytes.
+  void MakeProgram(const std::string& name, const Bytes& archive) const {
+    const auto stub = sfx::Stub();
+    folder.WriteFile(name, Join({Bytes(stub.begin(), stub.end()), archive}));
+    std::filesystem::permissions(folder.Path(name), std::filesystem::perms::owner_all);
+  }
+
+  // Runs a shell command in the folder "out"; $RUN is the program.
+  CommandResult Run(const std::string& program, const std::string& command = "$RUN") const {
+    return RunCommand("cd '" + folder.Path("out").string() + "' && RUN='" +
+                      folder.Path(program).string() + "' && " + command);
+  }
+};
+
+}  // namespace kozor::test
