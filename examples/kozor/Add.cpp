@@ -43,7 +43,7 @@ Options:
   --overwrite       replace files that the archive holds already; without it such
                     a name is an error and nothing is added
   --sfx             make a self-extracting program of the archive as well, beside
-                    it
+                    it: a.run of a.lzh (on Linux for x86-64; a.run --help)
   --work-dir DIR    put temporaries into DIR and not beside the archive
   --dir DIRECTORY   put the tree below DIRECTORY in, empty folders included, and
                     replace what the archive holds by the same names
@@ -140,6 +140,9 @@ void AddStandardInput(const Arguments& arguments) {
 }
 
 void Add(const Arguments& arguments) {
+  if (arguments.Has("--sfx") && (arguments.Has("--dir") || arguments.Has("--stdin"))) {
+    throw UsageError("--sfx goes with neither --dir nor --stdin");
+  }
   if (arguments.Has("--dir")) return AddDirectory(arguments);
   if (arguments.Has("--stdin")) return AddStandardInput(arguments);
   AddFiles(arguments);

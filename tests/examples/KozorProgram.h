@@ -12,29 +12,38 @@
 
 namespace kozor::test {
 
+// The words in which all these tests speak of output and of files.
+namespace fs = std::filesystem;
+using testing::AllOf;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+
+using Words = std::vector<std::string>;
+
 // One word of a shell command, whatever is in it.
 std::string Quoted(std::string_view word);
 
 class KozorProgram : public testing::Test {
  protected:
   // Runs "kozor words..." in the test's folder, with nothing on standard input.
-  CommandResult Kozor(const std::vector<std::string>& words) const;
+  CommandResult Kozor(const Words& words) const;
   // Runs any shell command there; $KOZOR is the program.
   CommandResult Shell(const std::string& command) const;
-  // The same, expected to succeed.
-  void MustRun(const std::vector<std::string>& words) const;
+  // Runs kozor, expected to succeed and to say nothing.
+  void MustRun(const Words& words) const;
+  // Runs kozor, expected to end with exit code 1; returns what it said.
+  std::string MustFail(const Words& words) const;
 
   // Names of the members, in the archive's order, as kozor prints them.
-  std::vector<std::string> Members(const std::string& archive) const;
+  Words Members(const std::string& archive) const;
   // Everything in the test's folder itself, hidden files too.
-  std::vector<std::string> TopNames() const;
+  Words TopNames() const;
+  // The files below a folder, without directories.
+  Words FilesIn(std::string_view name) const;
 
   TestFolder folder;
 };
-
-// A member stored as it is, under any name at all: a level 0 header, which has no other rules.
-Bytes StoredMember(std::string_view name, std::string_view contents);
-// An archive of such members.
-Bytes StoredArchive(const std::vector<Bytes>& members);
 
 }  // namespace kozor::test
