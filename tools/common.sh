@@ -79,7 +79,7 @@ run_tests() {
   say "Testing ($preset)"
   ctest --preset "$preset" --parallel "$(nproc)" > "$log" 2>&1 || status=$?
   if [ "$status" -ne 0 ]; then
-    grep -v -E '^ +(Start +[0-9]+:|[0-9]+/[0-9]+ Test +#.* (Passed|\*\*\*Skipped))' "$log" || true
+    grep -v -E '^ *(Start +[0-9]+:|[0-9]+/[0-9]+ Test +#.*( Passed |\*\*\*Skipped))' "$log" || true
     fail "tests failed; the whole log is $log"
   fi
   sed -n '/tests passed/,$p' "$log" | sed '/^Label Time/,$d'

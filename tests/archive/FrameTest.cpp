@@ -97,10 +97,11 @@ TEST_P(Frame, NeedsAnExistingArchiveUnlessItMakesOne) {
 TEST_P(Frame, StopsAtEveryReport) {
   EXPECT_EQ(Run(), ZorErrorNone);
   const std::string whole = TakePhases();
+  bool worked = false;
+  recording.during = [&] { worked = true; };
   for (std::size_t stop = 0; stop + 1 < whole.size(); ++stop) {
     SCOPED_TRACE(stop);
-    bool worked = false;
-    recording.during = [&] { worked = true; };
+    worked = false;
     archive.stopAt = static_cast<int>(stop);
     ExpectFailure(ZorErrorCanceled);
     EXPECT_EQ(worked, whole[stop] >= '2');
