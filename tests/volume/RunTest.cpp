@@ -208,7 +208,10 @@ TEST_F(VolumeRun, AVolumeThatCannotBeTakenIsAskedForAgainWithTheReason) {
   folder.WriteFile("file", "not a directory");
   folder.WriteFile("readonly", "an old volume");
   chmod(folder.Path("readonly").c_str(), 0444);
-  const std::pair<std::string, int> cases[] = {
+  const struct {
+    std::string path;
+    int reason;
+  } cases[] = {
       {"", ZorMultiVolume::VolumeNoSpace},  // the default OnMakeVolumeName
       {"set.vol", ZorMultiVolume::VolumeNoSpace},
       {"Q:\\set.vol", ZorMultiVolume::VolumeNoSpace},
@@ -217,15 +220,15 @@ TEST_F(VolumeRun, AVolumeThatCannotBeTakenIsAskedForAgainWithTheReason) {
       {folder.Lib("source"), ZorMultiVolume::VolumeNoCreate},
       {folder.Lib("readonly"), ZorMultiVolume::VolumeNoCreate},
   };
-  for (const auto& [path, reason] : cases) {
-    SCOPED_TRACE(path);
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.path);
     volumes.nameVolume = nullptr;
-    if (!path.empty()) volumes.nameVolume = [&](int) { return CString(path.c_str()); };
+    if (!c.path.empty()) volumes.nameVolume = [&](int) { return CString(c.path.c_str()); };
     EXPECT_EQ(BackupToMedia(), ZorErrorCanceled);
     ASSERT_EQ(volumes.reports.size(), 5U);
     EXPECT_EQ(volumes.reports[2].volumeResult, ZorMultiVolume::VolumeFirstAsk);
-    EXPECT_EQ(volumes.reports[3].volumeResult, reason);
-    EXPECT_EQ(volumes.reports[4].volumeResult, reason);
+    EXPECT_EQ(volumes.reports[3].volumeResult, c.reason);
+    EXPECT_EQ(volumes.reports[4].volumeResult, c.reason);
   }
 }
 
