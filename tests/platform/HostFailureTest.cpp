@@ -153,8 +153,10 @@ TEST_F(HostFailure, SharingHoldsBetweenProcesses) {
   folder.WriteFile("f", "x");
   folder.WriteFile("g", "y");
   {
+    const OtherProcess easy(folder.Lib("f"), GENERIC_READ, kShareAll);
     const OtherProcess reader(folder.Lib("f"), GENERIC_READ, FILE_SHARE_READ);
-    ASSERT_TRUE(reader.HasOpened());
+    const OtherProcess easier(folder.Lib("f"), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_DELETE);
+    ASSERT_TRUE(easy.HasOpened() && reader.HasOpened() && easier.HasOpened());
     EXPECT_TRUE(Opens(folder.Lib("f")));
     EXPECT_FAILS_WITH(ERROR_SHARING_VIOLATION, !Opens(folder.Lib("f"), GENERIC_WRITE));
     EXPECT_FAILS_WITH(ERROR_SHARING_VIOLATION, !DeleteFileA(folder.Lib("f").c_str()));

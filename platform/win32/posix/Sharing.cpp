@@ -5,7 +5,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <array>
 #include <cerrno>
 #include <mutex>
 #include <unordered_map>
@@ -25,8 +24,6 @@ enum Claim : unsigned {
   kDeniesWrite = 8,
   kDeniesDelete = 16,
 };
-constexpr std::array<Claim, 5> kClaims = {kReads, kWrites, kDeniesRead, kDeniesWrite,
-                                          kDeniesDelete};
 
 unsigned ClaimsOf(const ShareMode& mode) {
   unsigned claims = 0;
@@ -87,42 +84,48 @@ void RemoveFromTable(const FileId& id, unsigned claims) {
   if (all.empty()) files.claims.erase(found);
 }
 
-// Where the lock of a claim lies.  Bytes between them keep the host from joining two locks into
-// one.
+// A handle's claims are one lock of one byte, whose place tells the set.  Bytes between the places
+// keep the host from joining two locks into one.
 constexpr off_t kLockBase = 0x7FFF'FFFF'FFFF'0000;
+constexpr off_t kLockStep = 2;
+constexpr unsigned kClaimSets = 32;
 
-struct flock LockOf(Claim claim, short type) {
+struct LockRange {
+  off_t begin;
+  off_t end;
+};
+constexpr LockRange kAllLocks = {kLockBase, kLockBase + kLockStep* kClaimSets};
+
+struct flock LockOf(const LockRange& range, short type) {
   struct flock lock {};
   lock.l_type = type;
   lock.l_whence = SEEK_SET;
-  lock.l_start = kLockBase + 2 * static_cast<off_t>(claim);
-  lock.l_len = 1;
+  lock.l_start = range.begin;
+  lock.l_len = range.end - range.begin;
   return lock;
 }
 
-// Claims are locks that many can hold at a time, so that taking one never waits or fails for
-// another holder of the same claim.
+// The lock is one that many can hold at a time, so that taking it never waits or fails for another
+// holder of the same claims.
 bool LockClaims(int file, unsigned claims) {
-  for (const Claim claim : kClaims) {
-    if ((claims & claim) == 0) continue;
-    struct flock lock = LockOf(claim, F_RDLCK);
-    // EAGAIN: another program has locked the whole file for itself alone.
-    if (::fcntl(file, F_OFD_SETLK, &lock) != 0 && errno == EAGAIN) return false;
-  }
-  return true;
+  const off_t place = kLockBase + kLockStep * static_cast<off_t>(claims);
+  struct flock lock = LockOf({place, place + 1}, F_RDLCK);
+  // EAGAIN: another program has locked the whole file for itself alone.
+  return ::fcntl(file, F_OFD_SETLK, &lock) == 0 || errno != EAGAIN;
 }
 
 // Whether another open file holds one of these claims.  Only our own kind of lock counts, not one
-// of another program over a wider range.
-bool AnyLocked(int file, unsigned claims) {
-  for (const Claim claim : kClaims) {
-    if ((claims & claim) == 0) continue;
-    struct flock lock = LockOf(claim, F_WRLCK);
-    const off_t place = lock.l_start;
-    const bool asked = ::fcntl(file, F_OFD_GETLK, &lock) == 0;
-    if (asked && lock.l_type == F_RDLCK && lock.l_start == place && lock.l_len == 1) return true;
-  }
-  return false;
+// of another program over a wider range.  The host tells of one lock in a range, so what lies on
+// either side of it is asked for again.
+bool AnyLocked(int file, unsigned claims, const LockRange& range = kAllLocks) {
+  if (range.begin >= range.end) return false;
+  struct flock lock = LockOf(range, F_WRLCK);
+  if (::fcntl(file, F_OFD_GETLK, &lock) != 0 || lock.l_type != F_RDLCK) return false;
+  const off_t distance = lock.l_start - kLockBase;
+  if (lock.l_len != 1 || distance < 0 || distance % kLockStep != 0) return false;
+  if ((static_cast<unsigned>(distance / kLockStep) & claims) != 0) return true;
+  return AnyLocked(file, claims, {range.begin, lock.l_start}) ||
+         AnyLocked(file, claims, {lock.l_start + 1, range.end});
 }
 
 bool IsDeniedInTable(const FileId& id) {
