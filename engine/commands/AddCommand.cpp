@@ -33,14 +33,14 @@ container::FileFacts FactsOf(const Source& source) {
   return file.Facts();
 }
 
-// Marks what goes.  Drops directories that the archive has already, and the archive itself.
+// Marks what goes.  Drops directories that the archive has already.
 void PlanReplacements(ArchiveChange& change, std::vector<Source>& sources) {
   if (change.Index().Members().empty()) return;
   std::erase_if(sources, [&](const Source& source) {
     const auto replaced = ReplacedBy(source, change.Index());
     if (!replaced) return false;
-    if (source.isDirectory || change.IsArchiveItself(FactsOf(source).stamp)) return true;
-    change.Remove(*replaced);
+    if (source.isDirectory) return true;
+    if (!change.IsArchiveItself(FactsOf(source).stamp)) change.Remove(*replaced);
     return false;
   });
 }
@@ -65,22 +65,23 @@ void Archiver::Add(const CommandLine& line, const ProgressListener& listener) {
   std::vector<Source> sources = SelectSources(line);
   ArchiveChange change(indexes, line);
   PlanReplacements(change, sources);
+  if (sources.empty() && !change.IsNew()) return;
 
   Progress progress(listener);
   change.Apply([&](container::ArchiveUpdate& update) {
-    // Old members are copied while the first file counts as under way, so that the copying can be
-    // stopped as well.
-    bool isCopied = false;
-    const auto copyKept = [&](const container::CopyProgress& copied) {
-      if (!isCopied) update.CopyKept(copied);
-      isCopied = true;
+    // Headers of directories wait for the next file: old members are copied while the first one
+    // counts as under way, so that the copying can be stopped as well.
+    std::vector<std::uint8_t> directories;
+    const auto writeDirectories = [&] {
+      if (!directories.empty()) update.Output().Write(directories);
+      directories.clear();
     };
     bool isAnyAdded = sources.empty();
     for (const Source& source : sources) {
       if (source.isDirectory) {
-        copyKept({});
-        update.Output().Write(
-            container::BuildHeader(DescribeSource(source, FactsOf(source), change.Index())));
+        const auto header =
+            container::BuildHeader(DescribeSource(source, FactsOf(source), change.Index()));
+        directories.insert(directories.end(), header.begin(), header.end());
         isAnyAdded = true;
         continue;
       }
@@ -90,13 +91,15 @@ void Archiver::Add(const CommandLine& line, const ProgressListener& listener) {
       if (change.IsArchiveItself(facts.stamp)) continue;
       NewMember member = DescribeSource(source, facts, change.Index());
       progress.Begin(source.name, facts.stamp.size);
-      copyKept([&](std::uint64_t) { progress.Report(0); });
+      update.CopyKept([&](std::uint64_t) { progress.Report(0); });
+      writeDirectories();
       FileInput input(file, pieceBuffer);
       packer.Pack(input, line.method, member, update.Output(), progress);
       progress.End(member.originalBytes);
       isAnyAdded = true;
     }
     if (!isAnyAdded) throw Failure(Code::notFound);
+    writeDirectories();
   });
 }
 

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <array>
+#include <utility>
 
 #include "engine/container/Failure.h"
 
@@ -87,9 +88,13 @@ class Rewrite : public ArchiveUpdate {
         temporary(workDirectory.empty() ? DirectoryOf(changed.path) : workDirectory),
         output(temporary.Contents(), 0, MemberOutput::FirstByte::written) {}
 
-  MemberOutput& Output() override { return output; }
+  MemberOutput& Output() override {
+    CopyKept({});
+    return output;
+  }
 
   void CopyKept(const CopyProgress& progress) override {
+    if (std::exchange(isCopied, true)) return;
     for (const Range& range : kept) {
       CopyBytes(
           archive.file, range.begin, range.end, [&](ByteSpan piece) { output.Write(piece); },
@@ -98,6 +103,7 @@ class Rewrite : public ArchiveUpdate {
   }
 
   void Commit() override {
+    CopyKept({});
     output.Write(kEndMark);
     output.Finish();
     using Target = TemporaryArchive::Target;
@@ -111,6 +117,7 @@ class Rewrite : public ArchiveUpdate {
   const std::vector<Range> kept;
   TemporaryArchive temporary;
   MemberOutput output;
+  bool isCopied = false;
 };
 
 }  // namespace

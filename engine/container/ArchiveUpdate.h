@@ -31,8 +31,8 @@ class ArchiveUpdate {
   virtual ~ArchiveUpdate() = default;
 
   virtual MemberOutput& Output() = 0;
-  // Copies what stays of the old archive, if that has to be done; call it before anything is
-  // written.
+  // Copies what stays of the old archive, if that has to be done and has not been yet.  Whoever
+  // wants to hear of its progress calls it first; Output and Commit see to it otherwise.
   virtual void CopyKept(const CopyProgress& progress) = 0;
   // Writes the end mark and makes the change.  An update that wrote nothing changes nothing in
   // place.

@@ -83,6 +83,25 @@ TEST_F(AddTest, TreeTakenAgainIsReplaced) {
   EXPECT_EQ(AddTree("x.lzh", "nowhere"), 0x800F);
 }
 
+// It can't be appended to in place: what stays is copied, whatever else there is to do.
+TEST_F(AddTest, AnArchiveWithAnUnusualEndKeepsItsMembers) {
+  folder.WriteFile("src/x.lzh", "is a member, too");
+  for (const bool isPadded : {false, true}) {
+    ASSERT_EQ(AddTree("good.lzh", "src"), 0);
+    Bytes archive = folder.ReadFile("good.lzh");
+    archive.resize(isPadded ? archive.size() + 127 : archive.size() - 1);
+    for (const std::string name : {"src/x.lzh", "y.lzh"}) {
+      folder.WriteFile(name, archive);
+      std::filesystem::create_directories(folder.Path("dirs/sub/deep"));
+      EXPECT_EQ(AddTree(name, "dirs"), 0);
+      EXPECT_EQ(Names(name), Names("good.lzh"));
+      EXPECT_EQ(Add(name, "src", {"x.lzh"}), name == "y.lzh" ? 0 : 0x800F);
+      EXPECT_EQ(Names(name).size(), 5U);
+    }
+    folder.WriteFile("src/x.lzh", "is a member, too");
+  }
+}
+
 TEST_F(AddTest, ArchiveIsNeverPutIntoItself) {
   ASSERT_EQ(Add("src/x.lzh", "src", {"a.txt"}), 0);
   ASSERT_EQ(Add("src/x.lzh", "src", {"empty", "x.lzh"}), 0);
