@@ -11,6 +11,11 @@ CString ZorDirectoryOperand(const char* directory) {
   return operand;
 }
 
+bool ZorIsSoundOperand(const char* text) {
+  // A quote is no trail byte in any code page in use, so looking at bytes is right.
+  return std::strchr(text, '"') == nullptr;
+}
+
 ZorCommandLine::ZorCommandLine(const char* letter) : text(letter) {
   text += ZorEngineOptions;
 }
@@ -40,8 +45,7 @@ ZorCommandLine& ZorCommandLine::ResponseOperand(const char* path) {
 }
 
 ZorCommandLine& ZorCommandLine::Quoted(const char* prefix, const char* path) {
-  // A quote is no trail byte in any code page in use, so looking at bytes is right.
-  if (std::strchr(path, '"') != nullptr) sound = false;
+  if (!ZorIsSoundOperand(path)) sound = false;
   text += " \"";
   text += prefix;
   text += path;

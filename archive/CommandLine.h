@@ -18,6 +18,9 @@ constexpr char ZorEngineOptions[] = " -+ -gm1 -a1 -c1 -m1 -x1 -n";
 // A directory as it goes on a line: with its one trailing backslash, or empty.
 CString ZorDirectoryOperand(const char* directory);
 
+// Whether a line can carry the text: it holds no quote.
+bool ZorIsSoundOperand(const char* text);
+
 class ZorCommandLine {
  public:
   // The command letter and the options.  The lines of the memory calls have no letter: "".

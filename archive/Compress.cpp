@@ -19,6 +19,7 @@ class CompressOperation final : public ZorCompressOperation {
   bool Work() override {
     SelectFiles();
     if (FilesMeet()) return Fail(ZorErrorSameName);
+    if (!AcceptsOperand(find.GetCurrentDirectoryA())) return false;
     if (!PrepareArchive(append, files)) return false;
     if (files.IsEmpty() || !Begin(files.GetCount())) return false;
     BeginSweep();
@@ -46,7 +47,7 @@ class CompressOperation final : public ZorCompressOperation {
 
   // A response file stands in the work directory, never beside the archive.
   bool AddFiles() {
-    const CString work = ZorDirectoryOperand(WorkDirectory());
+    const CString work = ZorDirectoryOperand(workDirectory);
     return MayUseResponseFile() && !work.IsEmpty() ? AddByResponseFile(work) : AddOneByOne();
   }
 

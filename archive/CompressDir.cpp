@@ -11,6 +11,7 @@ class CompressDirOperation final : public ZorCompressOperation {
 
  private:
   bool Work() override {
+    if (!AcceptsOperand(directory)) return false;
     if (append == 0) RemoveOldArchive();
     if (!Begin(0)) return false;  // nobody knows the number of files
     BeginSweep();

@@ -20,6 +20,7 @@ class CompressMemOperation final : public ZorCompressOperation {
   bool Work() override {
     // Where `long` is wider than the archiver's count, a part of the data must not pass for it.
     if (size > std::numeric_limits<std::uint32_t>::max()) return Fail(ZorErrorFileFailure);
+    if (!AcceptsOperand(name)) return false;
     ZorFileList names;
     names.AddTail(name);
     if (!PrepareArchive(append, names) || !Begin(1)) return false;

@@ -15,6 +15,11 @@ const char* ZorNameBehindRoot(const char* name) {
   return rooted ? directory : nullptr;
 }
 
+bool ZorCompressOperation::AcceptsOperand(const char* text) {
+  const bool isSound = ZorIsSoundOperand(text) && ZorIsSoundOperand(WorkDirectory());
+  return isSound || Fail(ZorErrorFileOpen);
+}
+
 void ZorCompressOperation::RemoveOldArchive() {
   CFileStatus status;
   if (CFile::GetStatus(archive, status)) ZorRemoveFileIfPossible(archive);
@@ -48,7 +53,8 @@ bool ZorCompressOperation::RefuseStoredNames(const ZorFileList& names) {
 }
 
 void ZorCompressOperation::BeginSweep() {
-  CString directory = WorkDirectory();
+  workDirectory = WorkDirectory();
+  CString directory = workDirectory;
   if (directory.IsEmpty()) {
     const char* fileName = ZorGetFileName(archive);
     if (fileName != nullptr) directory = CString(archive, static_cast<int>(fileName - archive));
@@ -58,7 +64,7 @@ void ZorCompressOperation::BeginSweep() {
 
 ZorCommandLine ZorCompressOperation::ArchiveLine(const char* letter, const char* ownPiece) const {
   ZorCommandLine line(letter);
-  line.Piece(BackgroundPiece(" -jsb")).WorkDirectory(WorkDirectory()).Piece(ownPiece);
+  line.Piece(BackgroundPiece(" -jsb")).WorkDirectory(workDirectory).Piece(ownPiece);
   line.Operand(archive);
   return line;
 }

@@ -9,15 +9,21 @@ class ZorCompressOperation : public ZorOperation {
   ZorCompressOperation(ZorArchive& object, const char* archivePath)
       : ZorOperation(Family::kCompress, object, archivePath) {}
 
+  // Refuses what no line can carry, in `text` or in the work directory, while the old archive is
+  // still there.
+  bool AcceptsOperand(const char* text);
   // Removes an archive that stands there.  One that can't be removed is no failure: it is added to.
   void RemoveOldArchive();
   // For operations that don't replace members behind the caller's back: with `append` 0 removes the
   // old archive, else refuses, unless the overwrite mode allows them, names that it holds.
   bool PrepareArchive(int append, const ZorFileList& names);
-  // Notes the temporaries of others, so that the closing steps remove those of this run alone.
+  // Takes the work directory over for the whole run and notes the temporaries of others, so that
+  // the closing steps remove those of this run alone.
   void BeginSweep();
   // A line up to the archive: letter, options, the pieces of the modes, `ownPiece`, the archive.
   ZorCommandLine ArchiveLine(const char* letter, const char* ownPiece = "") const;
+
+  CString workDirectory;  // since BeginSweep
 
  private:
   bool RefuseStoredNames(const ZorFileList& names);

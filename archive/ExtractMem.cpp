@@ -20,9 +20,9 @@ class ExtractMemOperation final : public ZorExtractOperation {
 
  private:
   bool Work() override {
+    if (!Begin(1)) return false;
     const ZorCommandLine line = MemberLine(name);
-    return Begin(1) && FindMember(name) && BeginMember(name) && Accepts(line) && Unpack(line) &&
-           EndMember();
+    return FindMember(name) && BeginMember(name) && Accepts(line) && Unpack(line) && EndMember();
   }
 
   bool Unpack(const ZorCommandLine& line) {

@@ -52,7 +52,7 @@ void ZorOperation::Close() {
   if (progress.phase != ZorArchive::PhaseIdle) {
     Guarded([&] { Report(ZorArchive::PhaseEnd); });
   }
-  Guarded([&] { sweep.Sweep(); });
+  sweep.Sweep();
   if (callbackInstalled) engine.UnlhaKillOwnerWindowEx(nullptr);
   if (owner.error == ZorErrorNone && !finished) Fail(ZorErrorCanceled);
 }

@@ -1,6 +1,8 @@
 // ResponseFile.cpp - writes the list of names for the archiver, and takes it away again.
 #include "archive/ResponseFile.h"
 
+#include <new>
+
 #include "archive/Errors.h"
 #include "archive/RemoveFile.h"
 
@@ -24,6 +26,8 @@ ZorError ZorResponseFile::Write(const ZorFileList& names) {
     const ZorError error = ZorErrorFromException(*exception);
     exception->Delete();
     return error;
+  } catch (const std::bad_alloc&) {
+    return ZorErrorFileFailure;
   }
   complete = true;
   return ZorErrorNone;

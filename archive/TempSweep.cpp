@@ -1,6 +1,8 @@
 // TempSweep.cpp - compares the archiver's temporaries before and after a run.
 #include "archive/TempSweep.h"
 
+#include <new>
+
 #include "archive/RemoveFile.h"
 #include "files/NameSet.h"
 
@@ -26,6 +28,14 @@ void ZorTempSweep::Snapshot(ZorFileList& list) const {
 
 void ZorTempSweep::Sweep() {
   if (armed == 0) return;
+  armed = 0;
+  try {
+    RemoveNewcomers();
+  } catch (const std::bad_alloc&) {  // they stay, and the run's result is what it was
+  }
+}
+
+void ZorTempSweep::RemoveNewcomers() const {
   ZorFileList present;
   Snapshot(present);
   ZorNameSet before;
@@ -33,5 +43,4 @@ void ZorTempSweep::Sweep() {
   for (const CString& name : present) {
     if (!before.Contains(name)) ZorRemoveFileIfPossible(name);
   }
-  armed = 0;
 }

@@ -18,9 +18,12 @@ class ZorTempSweep {
   // Puts the full paths of the matching files in the place of what `list` held.
   void Snapshot(ZorFileList& list) const;
   // Removes what has come since Begin, as far as it can be removed; does nothing without a Begin.
+  // Throws nothing.
   void Sweep();
 
  private:
+  void RemoveNewcomers() const;
+
   CString directory;
   ZorFileList snapshot;
   int armed;  // 1 from Begin until Sweep

@@ -52,7 +52,8 @@ class ZOR_API ZorArchive {
     std::int32_t filesTotal;  // 0 in CompressDir, where the number isn't known
     std::uint32_t bytesDone;  // of the current file
     std::uint32_t bytesTotal;
-    const char* archive;       // as the caller gave it; null when the archive wasn't found
+    // As the caller gave it; null when there is no such archive, or no target directory.
+    const char* archive;
     const char* fileName;      // file or target path, empty for a member that is skipped
     const char* memberName;    // the archive's own name of the member
     std::uint32_t memberSize;  // unpacked, in bytes
