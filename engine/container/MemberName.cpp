@@ -18,8 +18,7 @@ bool IsSeparator(char16_t unit) {
 }
 
 bool IsForbidden(char16_t unit) {
-  return unit < 0x20 || unit == 0x7F ||
-         std::u16string_view(u"<>:\"|?*").find(unit) != std::u16string_view::npos;
+  return unit < 0x20 || std::u16string_view(u"<>:\"|?*").find(unit) != std::u16string_view::npos;
 }
 
 bool IsDrive(std::u16string_view text) {

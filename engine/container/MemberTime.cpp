@@ -35,7 +35,7 @@ std::uint64_t FileTimeOfDos(DosTime local) {
   moment.tm_sec = (local.time & 31) * 2;
   moment.tm_isdst = -1;
   const std::time_t seconds = std::mktime(&moment);
-  return seconds < 0 ? kFileTimeOf1980 : FileTimeOfUnix(static_cast<std::uint32_t>(seconds));
+  return seconds < 0 ? kFileTimeOf1980 : FileTimeOfUnix(static_cast<std::uint64_t>(seconds));
 }
 
 DosTime DosOfFileTime(std::uint64_t fileTime) {

@@ -11,7 +11,7 @@ namespace kozor::container {
 inline constexpr std::uint64_t kTicksPerSecond = 10'000'000;
 inline constexpr std::uint64_t kFileTimeOf1970 = 116'444'736'000'000'000;
 
-constexpr std::uint64_t FileTimeOfUnix(std::uint32_t seconds) {
+constexpr std::uint64_t FileTimeOfUnix(std::uint64_t seconds) {
   return kFileTimeOf1970 + seconds * kTicksPerSecond;
 }
 

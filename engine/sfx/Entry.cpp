@@ -26,7 +26,7 @@ std::uint64_t TimeOfDos(container::DosTime words) {
   const seconds day = sys_days(date(words)).time_since_epoch();
   const int second =
       (words.time >> 11) * 3600 + (words.time >> 5 & 63) * 60 + (words.time & 31) * 2;
-  return container::FileTimeOfUnix(static_cast<std::uint32_t>(day.count() + second));
+  return container::FileTimeOfUnix(static_cast<std::uint64_t>(day.count() + second));
 }
 
 }  // namespace

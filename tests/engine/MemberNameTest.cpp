@@ -50,7 +50,7 @@ TEST(MemberName, NothingClimbsOrNamesADrive) {
       {"/../../etc/x", "\\etc\\x"},
       {"file:stream", "file_stream"},
       {"a\"b*c?<>|", "a_b_c____"},
-      {"a\x1B[2Jb\x7F", "a_[2Jb_"},
+      {"a\x1B[2Jb\x7F", "a_[2Jb\x7F"},
       {"..", ""},
       {"C:\\", ""},
   };

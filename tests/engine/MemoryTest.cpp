@@ -77,8 +77,10 @@ TEST_F(MemoryTest, TimeAndAttributeAreThePresentOnesOrAsGiven) {
 TEST_F(MemoryTest, TimesStayInsideThe31Bits) {
   folder.WriteFile("x.lzh", RawArchive({{.name = "late", .time = 0xFFFFFFFF},
                                         {.level = 0, .name = "none", .time = 0},
-                                        {.level = 0, .name = "nonsense", .time = 0xFFFFFFFF}}));
+                                        {.level = 0, .name = "nonsense", .time = 0xFFFFFFFF},
+                                        {.level = 0, .name = "2107", .time = 0xFF9FBF7D}}));
   EXPECT_EQ(Extract("x.lzh", "late").time, 0x7FFFFFFF);
+  EXPECT_EQ(Extract("x.lzh", "2107").time, 0x7FFFFFFF);
   EXPECT_GT(Extract("x.lzh", "none").time, 0);
   EXPECT_GT(Extract("x.lzh", "nonsense").time, 0);
   EXPECT_EQ(Search("x.lzh", "n*")[1].date, 0x21);  // 1980-01-01
