@@ -3,6 +3,7 @@
 
 #include "Archive.h"
 #include "Commands.h"
+#include "Console.h"
 #include "Failure.h"
 #include "Host.h"
 #include "StandardStreams.h"
@@ -27,8 +28,12 @@ void Print(const Arguments& arguments) {
   Archive archive;
   unsigned long size = 0;
   const std::string label = name + ": " + arguments.Operand(1, "");
-  archive.Require(archive.GetFileInfo(path.c_str(), member.c_str(), &size, nullptr, nullptr),
-                  label);
+  const int found = archive.GetFileInfo(path.c_str(), member.c_str(), &size, nullptr, nullptr);
+  // The library has one error for this and for an archive that can't be read; listing tells which.
+  if (!found && ForEachMember(path, name, member, [](const Member&) {}) == 0) {
+    throw Failure(Visible(arguments.Operand(1, "")) + ": no such member in " + Visible(name));
+  }
+  archive.Require(found, label);
   const auto buffer = std::make_unique_for_overwrite<unsigned char[]>(size);
   archive.Require(archive.ExtractMem(path.c_str(), member.c_str(), buffer.get(), size), label);
   WriteStandardOutput(buffer.get(), size);
