@@ -54,7 +54,8 @@ ZOR_API int ZorGetFileAttribute(const char* name, unsigned int& attribute);
 class ZOR_API ZorTempDirectory {
  public:
   // A null `path` is an empty one.  `open` non-zero opens at once; IsOpen then tells the outcome.
-  explicit ZorTempDirectory(const char* path = nullptr, int open = 0);
+  explicit ZorTempDirectory(const char* path, int open = 0);
+  ZorTempDirectory();
   ZorTempDirectory(const ZorTempDirectory& other);
   ZorTempDirectory& operator=(const ZorTempDirectory& other);
   // Closes.

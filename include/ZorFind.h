@@ -47,7 +47,8 @@ class ZOR_API ZorFind : public ZorFileList {
 
   // The filter, of FILE_ATTRIBUTE_* bits: read-only 0x01, hidden 0x02, system 0x04, directory 0x10,
   // archive 0x20; other bits have no effect.  An entry is selected when it has at least one of the
-  // given attributes, or none of them at all, and a directory only with 0x10.  Default 0x37: all.
+  // given attributes, when it is temporary, compressed or offline, or when it has none of these
+  // eight; a directory only with 0x10.  Default 0x37: all.
   void SetAttribute(unsigned int value);
   unsigned int GetAttribute() const;
 

@@ -60,7 +60,9 @@ class ZOR_API ZorMultiVolume {
     std::uint32_t bytesTotal;
     std::int32_t volume;     // number of the volume in use, 0 before the first
     const char* volumePath;  // never null, possibly empty
-    const char* fileName;    // Backup: source path.  Restore: target path, empty when left out
+    // Backup: source path.  Restore: target path, empty when left out.  Null before the first file
+    // and in PhaseEnd.
+    const char* fileName;
   };
 
   ZorMultiVolume();

@@ -63,8 +63,7 @@ UINT DriveTypeOfDevice(std::uint64_t id) {
   // A partition's folder lies in that of its disk, which knows more.
   const bool partition = !ReadDeviceFact(device, "partition").empty();
   const std::string disk = partition ? device + "../" : device;
-  constexpr const char* kCdromDriver = "1";
-  if (ReadDeviceFact(disk, "removable") != kCdromDriver) return DRIVE_FIXED;
+  if (ReadDeviceFact(disk, "removable") != "1") return DRIVE_FIXED;
   // SCSI type 5 is an optical drive.
   return ReadDeviceFact(disk, "device/type") == "5" ? DRIVE_CDROM : DRIVE_REMOVABLE;
 }
