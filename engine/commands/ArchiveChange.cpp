@@ -21,12 +21,19 @@ Code OpenFailureCode(DWORD error, const std::string& path) {
   return isProtected && isFile ? Code::archiveReadOnly : Code::archiveNotOpened;
 }
 
+// A new archive takes the place of what a link points to, not of the link.
+bool IsLink(const std::string& path) {
+  const DWORD attributes = GetFileAttributesA(path.c_str());
+  return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
+}
+
 }  // namespace
 
 ArchiveChange::ArchiveChange(container::IndexCache& cache, const CommandLine& commandLine)
     : indexes(cache), line(commandLine) {
   archive.path = line.Archive();
   if (archive.file.Open(archive.path, container::File::Mode::update)) {
+    if (IsLink(archive.path)) archive.path = archive.file.FinalPath();
     archive.index = indexes.Get(archive.path, archive.file);
     stampOfArchive = archive.file.Facts().stamp;
     container::RefuseCodeBehindArchive(archive);

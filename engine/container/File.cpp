@@ -91,6 +91,17 @@ FileFacts File::Facts() const {
           .attributes = information.dwFileAttributes};
 }
 
+std::string File::FinalPath() const {
+  std::string path(MAX_PATH, '\0');
+  for (;;) {
+    const auto room = static_cast<DWORD>(path.size());
+    const DWORD length = GetFinalPathNameByHandleA(handle, path.data(), room, 0);
+    if (length == 0) throw Failure(Code::cannotRead);
+    path.resize(length);
+    if (length < room) return path;
+  }
+}
+
 bool File::Seek(std::uint64_t offset) {
   if (offset == position) return true;
   LARGE_INTEGER distance;

@@ -50,6 +50,8 @@ class File {
   // These throw Code::cannotRead.
   std::uint64_t Size() const;
   FileFacts Facts() const;
+  // The path without links on the way.
+  std::string FinalPath() const;
   // Returns how many bytes were read: fewer than asked for only at the end of the file.
   std::size_t ReadAt(std::uint64_t offset, std::span<std::uint8_t> buffer);
 

@@ -65,6 +65,14 @@ ZOR_PLATFORM_API BOOL WINAPI GetFileTime(HANDLE file, LPFILETIME creation, LPFIL
 ZOR_PLATFORM_API BOOL WINAPI GetFileInformationByHandle(HANDLE file,
                                                         LPBY_HANDLE_FILE_INFORMATION information);
 
+// The path of an open file, with a drive and without a link in its last place or above.  Returns
+// its length; the size that would do, terminator included, where `bytes` is too few; 0 on failure.
+// `flags` must be 0.
+//
+// Differs: nothing stands in front of the drive.
+ZOR_PLATFORM_API DWORD WINAPI GetFinalPathNameByHandleA(HANDLE file, LPSTR path, DWORD bytes,
+                                                        DWORD flags);
+
 // Deletes a file, or a link, never what a link points to.
 // ERROR_ACCESS_DENIED for a directory and for a read-only file; ERROR_SHARING_VIOLATION while
 // someone has it open without FILE_SHARE_DELETE.

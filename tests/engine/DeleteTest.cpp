@@ -109,5 +109,15 @@ TEST_F(DeleteTest, DirectoriesGoByNameOrMaskAndTheArchiveWithItsLastMember) {
   EXPECT_FALSE(folder.Exists("y.lzh"));
 }
 
+TEST_F(DeleteTest, GoesThroughALinkToTheArchive) {
+  folder.WriteFile("far/x.lzh", RawArchive({first, third, fourth}));
+  std::filesystem::create_symlink("far/x.lzh", folder.Path("link.lzh"));
+  ASSERT_EQ(Delete("link.lzh", {"*.txt"}), 0);
+  EXPECT_THAT(Names("far/x.lzh"), ElementsAre("fourth.doc"));
+  EXPECT_TRUE(std::filesystem::is_symlink(folder.Path("link.lzh")));
+  ASSERT_EQ(Delete("link.lzh", {"*.*"}), 0);
+  EXPECT_FALSE(folder.Exists("far/x.lzh"));
+}
+
 }  // namespace
 }  // namespace kozor::test

@@ -4,6 +4,7 @@
 
 #include <array>
 #include <atomic>
+#include <climits>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -13,6 +14,7 @@
 #include "platform/win32/PosixText.h"
 #include "platform/win32/posix/CodePage.h"
 #include "platform/win32/posix/Drives.h"
+#include "platform/win32/posix/File.h"
 #include "platform/win32/posix/HostNames.h"
 #include "platform/win32/posix/LastError.h"
 #include "platform/win32/posix/LookUp.h"
@@ -115,6 +117,20 @@ DWORD WINAPI GetTempPathA(DWORD bytes, LPSTR buffer) {
   std::optional<std::string> path = ToLibraryPath(TemporaryDirectory());
   if (path && !path->ends_with('\\')) *path += '\\';
   return GiveText(path, bytes, buffer);
+}
+
+DWORD WINAPI GetFinalPathNameByHandleA(HANDLE handle, LPSTR path, DWORD bytes, DWORD flags) {
+  if (flags != 0) return static_cast<DWORD>(Fail(ERROR_INVALID_PARAMETER));
+  const auto file = FindObject<File>(handle);
+  if (!file) return 0;
+  std::array<char, PATH_MAX> host{};
+  const std::string link = "/proc/self/fd/" + std::to_string(file->Descriptor());
+  const ssize_t length = ::readlink(link.c_str(), host.data(), host.size());
+  if (length < 0) return static_cast<DWORD>(FailErrno());
+  bool isWhole = false;
+  const auto found = ToLibraryPath({host.data(), static_cast<std::size_t>(length)}, &isWhole);
+  if (found && !isWhole) return static_cast<DWORD>(Fail(ERROR_PATH_NOT_FOUND));
+  return GiveText(found, bytes, path);
 }
 
 DWORD WINAPI GetCurrentDirectoryA(DWORD bytes, LPSTR buffer) {
