@@ -103,7 +103,8 @@ TEST_F(KozorExtract, ExtractsTheRestOfADamagedArchiveAndPrintsNothingOfTheMember
               HasSubstr("bad.txt: the member is damaged"));
   EXPECT_TRUE(folder.Exists("out/first.txt"));
   EXPECT_TRUE(folder.Exists("out/last.txt"));
-  EXPECT_THAT(MustFail({"print", "a.lzh", "none.txt"}), HasSubstr("none.txt: no such member in a.lzh"));
+  EXPECT_THAT(MustFail({"print", "a.lzh", "none.txt"}),
+              HasSubstr("none.txt: no such member in a.lzh"));
   EXPECT_THAT(MustFail({"print", "a.lzh", "bad.txt"}),
               AllOf(HasSubstr("is damaged"), Not(HasSubstr("secre"))));
 }
