@@ -1,6 +1,4 @@
 // Delete.cpp - kozor delete: members out of an archive.
-#include <filesystem>
-
 #include "Archive.h"
 #include "Commands.h"
 #include "Console.h"
@@ -24,8 +22,7 @@ is removed.
 void Delete(const Arguments& arguments) {
   const std::string& name = arguments.Operand(0, "the archive");
   arguments.Operand(1, "what to delete");
-  // What a link points to, so that a new archive takes the place of that, not of the link.
-  const std::string path = LibraryPath(std::filesystem::weakly_canonical(AbsolutePath(name)));
+  const std::string path = LibraryPath(name);
   RequireArchive(path, name);
   const std::vector<std::string> words = arguments.OperandsFrom(1);
   for (const std::string& word : words) {
