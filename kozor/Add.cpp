@@ -1,0 +1,155 @@
+// Add.cpp - kozor add: files, a directory or standard input into an archive.
+#include <vector>
+
+#include "Archive.h"
+#include "CaseBlind.h"
+#include "Commands.h"
+#include "Console.h"
+#include "Failure.h"
+#include "Host.h"
+#include "Output.h"
+#include "Selection.h"
+#include "StandardStreams.h"
+
+namespace kozor::program {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr std::string_view kHelp =
+    R"(Usage: kozor add [OPTION...] ARCHIVE [-C BASE] MASK-OR-PATH...
+       kozor add [OPTION...] --dir DIRECTORY ARCHIVE
+       kozor add [OPTION...] --stdin NAME ARCHIVE
+
+Puts files into an LZH archive, which is made if it doesn't exist.
+
+A MASK-OR-PATH is a file, a directory, which stands for everything below it, or
+a mask with * and ? in its last part, which is looked for in all folders below
+("quote it", or the shell takes it first).  It is taken from BASE on, and files
+are stored by their names relative to BASE.  Files that don't lie below BASE are
+stored by their names from the root directory on, without the leading slash:
+/usr/include/stdio.h as usr/include/stdio.h.  Links are followed.
+
+A file that can't be stored (a name with \ : * ? " < > |, no permission, 4 GiB
+or more, not a plain file) is named on standard error and left out, and the exit
+code is 1.
+
+Options:
+  -C BASE           take names from this directory on; the current one if absent
+  --exclude MASK    leave out files and folders of this name; may be repeated
+  --new             make a new archive in place of an existing one, which stays
+                    until the new one is complete
+  --overwrite       replace files that the archive holds already; without it such
+                    a name is an error and nothing is added
+  --sfx             make a self-extracting program of the archive as well, beside
+                    it: a.run of a.lzh (on Linux for x86-64; a.run --help)
+  --work-dir DIR    put temporaries into DIR and not beside the archive
+  --dir DIRECTORY   put the tree below DIRECTORY in, empty folders included, and
+                    replace what the archive holds by the same names
+  --stdin NAME      put standard input in, by the name NAME
+)";
+
+constexpr Option kOptions[] = {{"-C", true},           {"--exclude", true}, {"--new", false},
+                               {"--overwrite", false}, {"--sfx", false},    {"--work-dir", true},
+                               {"--dir", true},        {"--stdin", true}};
+
+// Complains of each selected file whose name the archive holds already.
+bool HasClashes(const std::vector<FileGroup>& groups, const Output& output,
+                const std::string& name) {
+  if (!Exists(HostPath(output.Path()))) return false;
+  CaseBlindSet members;
+  ForEachMember(output.Path(), name, "*.*",
+                [&](const Member& member) { members.insert(member.name.c_str()); });
+  const int before = Complaints();
+  for (const FileGroup& group : groups) {
+    for (const std::string& file : group.names) {
+      if (!members.contains(file.c_str())) continue;
+      Complain(VisibleLibraryName(file) + ": the archive holds a file of that name already");
+    }
+  }
+  return Complaints() > before;
+}
+
+void Prepare(Archive& archive, const Arguments& arguments, const Output& output) {
+  archive.SetWorkDirectory(output.WorkDirectory().c_str());
+  archive.SetOverwriteMode(arguments.Has("--overwrite") ? 1 : 0);
+}
+
+void AddFiles(const Arguments& arguments) {
+  const std::string& name = arguments.Operand(0, "the archive");
+  arguments.Operand(1, "what to add");
+  const fs::path own = fs::weakly_canonical(AbsolutePath(name));
+  const std::vector<FileGroup> groups =
+      Select({.base = arguments.Value("-C", "."),
+              .words = arguments.OperandsFrom(1),
+              .excludes = arguments.Values("--exclude"),
+              .isOwnFile = [&](const fs::path& path) { return path == own; }});
+  std::vector<ZorFind> finds;
+  for (const FileGroup& group : groups) {
+    for (ZorFind& find : group.Finds()) finds.push_back(find);
+  }
+
+  Output output(name, arguments.Has("--new"), arguments.Value("--work-dir"));
+  const auto refuseClashes = [&] {
+    if (arguments.Has("--overwrite") || arguments.Has("--new")) return;
+    if (HasClashes(groups, output, name)) throw Failure("nothing was added (see --overwrite)");
+  };
+  // The library looks for clashes itself, but in one run only.
+  if (finds.size() > 1) refuseClashes();
+  Archive archive;
+  Prepare(archive, arguments, output);
+  for (std::size_t i = 0; i < finds.size(); ++i) {
+    const bool last = i + 1 == finds.size();
+    const int done = archive.Compress(finds[i], output.Path().c_str(), i > 0 ? 1 : output.Append(),
+                                      last && arguments.Has("--sfx") ? 1 : 0);
+    if (!done && archive.GetError() == ZorErrorSameName) refuseClashes();
+    archive.Require(done, name);
+    archive.SetOverwriteMode(1);
+  }
+  output.Commit();
+}
+
+void AddDirectory(const Arguments& arguments) {
+  const std::string& name = arguments.Operand(0, "the archive");
+  arguments.AllowOperands(1);
+  const std::string directory = arguments.Value("--dir");
+  if (!fs::is_directory(directory)) throw Failure(Visible(directory) + ": no such directory");
+  if (!IsWholeTreeStorable(directory)) throw Failure("nothing was added");
+  Output output(name, arguments.Has("--new"), arguments.Value("--work-dir"));
+  Archive archive;
+  Prepare(archive, arguments, output);
+  archive.Require(
+      archive.CompressDir(LibraryPath(directory).c_str(), output.Path().c_str(), output.Append()),
+      name);
+  output.Commit();
+}
+
+void AddStandardInput(const Arguments& arguments) {
+  const std::string& name = arguments.Operand(0, "the archive");
+  arguments.AllowOperands(1);
+  const std::vector<unsigned char> data = ReadStandardInput();
+  Output output(name, arguments.Has("--new"), arguments.Value("--work-dir"));
+  Archive archive;
+  Prepare(archive, arguments, output);
+  archive.Require(
+      archive.CompressMem(output.Path().c_str(), MemberName(arguments.Value("--stdin")).c_str(),
+                          data.data(), data.size(), output.Append()),
+      name);
+  output.Commit();
+}
+
+void Add(const Arguments& arguments) {
+  if (arguments.Has("--sfx") && (arguments.Has("--dir") || arguments.Has("--stdin"))) {
+    throw UsageError("--sfx goes with neither --dir nor --stdin");
+  }
+  if (arguments.Has("--dir")) return AddDirectory(arguments);
+  if (arguments.Has("--stdin")) return AddStandardInput(arguments);
+  AddFiles(arguments);
+}
+
+}  // namespace
+
+const Command kAddCommand = {"add", "put files into an archive", kHelp, kOptions, Add};
+
+}  // namespace kozor::program

@@ -1,0 +1,178 @@
+// Backup.cpp - kozor backup: files over several volumes.
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cstdio>
+#include <random>
+
+#include "Commands.h"
+#include "Console.h"
+#include "Failure.h"
+#include "Host.h"
+#include "Selection.h"
+#include "VolumeReader.h"
+#include "Volumes.h"
+
+namespace kozor::program {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr std::string_view kHelp =
+    R"(Usage: kozor backup [OPTION...] VOLUME [-C BASE] MASK-OR-PATH...
+
+Stores files, uncompressed, in a backup set of one or more volumes.
+
+VOLUME is the path of every volume, each on a medium of its own: when one is full
+the program asks for the next.  With a # in its last part, which stands for the
+volume's number (set-#.vol), the program asks nothing.  Older volumes of these
+names are replaced, other files never.
+
+MASK-OR-PATH, BASE and --exclude are those of "kozor add"; here either all files
+or none must lie below BASE.
+
+Options:
+  -C BASE           take names from this directory on; the current one if absent
+  --exclude MASK    leave out files and folders of this name; may be repeated
+  --volume-size N   write N bytes on a volume at most; N may end in K, M or G
+  --id TEXT         identity of the set; one that no other set has if absent
+  --label TEXT      label of the set
+  --memo TEXT       memo of the set
+  --format N        version of the format: 101, or 100 for older programs
+)";
+
+constexpr Option kOptions[] = {{"-C", true},      {"--exclude", true}, {"--volume-size", true},
+                               {"--id", true},    {"--label", true},   {"--memo", true},
+                               {"--format", true}};
+
+// The identity and texts of a set.
+struct Areas {
+  std::string id;
+  std::string label;
+  std::string memo;
+};
+
+class BackupVolumes : public Volumes {
+ public:
+  BackupVolumes(const VolumeName& name, const Areas& setAreas, unsigned long maxVolumeBytes)
+      : Volumes(name), areas(setAreas), maxBytes(maxVolumeBytes) {
+    const auto set = [this](auto setter, const std::string& text) {
+      (this->*setter)(reinterpret_cast<const unsigned char*>(text.data()),
+                      static_cast<int>(text.size()));
+    };
+    set(&BackupVolumes::SetAppricationID, areas.id);
+    set(&BackupVolumes::SetVolume, areas.label);
+    set(&BackupVolumes::SetMemo, areas.memo);
+  }
+
+ protected:
+  // The room on the disk under the path at this moment, whichever disk the process's drives mean.
+  unsigned long OnQueryDiskSpace(const char* path) override {
+    const std::string onOwnDrive = PathOnOwnDrive(HostPath(path));
+    return std::min(maxBytes, ZorMultiVolume::OnQueryDiskSpace(onOwnDrive.c_str()));
+  }
+
+  // An older volume may be replaced, but neither another file nor a volume just written.
+  std::string ObjectionTo(const ONABORTPARAM& param) override {
+    const fs::path path = volumeName.Path(param.volume + 1);
+    if (!Exists(path)) return "";
+    try {
+      const VolumeHeader header = VolumeReader(path).Header();
+      const bool ours =
+          header.id == areas.id && header.label == areas.label && header.memo == areas.memo;
+      if (ours && header.number <= param.volume) {
+        return "this is volume " + std::to_string(header.number) + " of the same set";
+      }
+      return "";
+    } catch (const Failure&) {
+      return "a file that is no volume is in its place";
+    }
+  }
+
+ private:
+  const Areas& areas;
+  const unsigned long maxBytes;
+};
+
+// Bytes of "--volume-size"; 4 GiB less one is what a volume can have.
+unsigned long ReadSize(const std::string& text) {
+  constexpr std::uint64_t kMaxBytes = 0xFFFFFFFF;
+  if (text.empty()) return kMaxBytes;
+  std::uint64_t number = 0;
+  const auto [rest, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  const std::string_view unit(rest, static_cast<std::size_t>(text.data() + text.size() - rest));
+  const unsigned int shift = unit == "G" ? 30 : unit == "M" ? 20 : unit == "K" ? 10 : 0;
+  const bool unitKnown = shift > 0 || unit.empty();
+  if (error != std::errc() || !unitKnown || number == 0 || number > kMaxBytes >> shift) {
+    throw UsageError("--volume-size: not a number of bytes from 1 to 4G less 1: " + text);
+  }
+  return static_cast<unsigned long>(number << shift);
+}
+
+int ReadFormat(const std::string& text) {
+  if (text == "100") return 100;
+  if (text == "101") return 101;
+  throw UsageError("--format: only 100 and 101 are known, not " + text);
+}
+
+std::string UniqueIdentity() {
+  std::random_device random;
+  std::array<char, 32> text{};
+  std::snprintf(text.data(), text.size(), "kozor-%08x%08x", random(), random());
+  return text.data();
+}
+
+Areas ReadAreas(const Arguments& arguments, int format) {
+  Areas areas{arguments.Has("--id") ? arguments.Value("--id") : UniqueIdentity(),
+              arguments.Value("--label"), arguments.Value("--memo")};
+  // The last volume of a set of format 1.00 can get too short to be read again without these bytes.
+  constexpr std::size_t kLeastBytes = 7;
+  const std::size_t bytes = areas.id.size() + areas.label.size() + areas.memo.size();
+  if (format == 100 && bytes < kLeastBytes) areas.memo.append(kLeastBytes - bytes, ' ');
+  constexpr std::size_t kMostBytes = 0xFFFF;
+  if (std::max({areas.id.size(), areas.label.size(), areas.memo.size()}) > kMostBytes) {
+    throw UsageError("--id, --label and --memo take 65535 bytes at most");
+  }
+  return areas;
+}
+
+// One set is one selection of the library's.
+ZorFind SelectForSet(const SelectionRequest& request) {
+  const std::vector<FileGroup> groups = Select(request);
+  if (groups.size() > 1) {
+    throw Failure("some files lie below " + Visible(request.base.string()) +
+                  " and some don't; choose a base directory above them all (-C)");
+  }
+  const std::vector<ZorFind> finds = groups[0].Finds();
+  if (finds.size() > 1) {
+    const CString twin = finds[1].GetAt(finds[1].GetHeadPosition());
+    throw Failure(VisibleLibraryName(static_cast<const char*>(twin)) +
+                  ": another file's name differs in case alone; both can be stored only when one " +
+                  "directory or mask is given and nothing is left out");
+  }
+  return finds[0];
+}
+
+void Backup(const Arguments& arguments) {
+  const VolumeName name(arguments.Operand(0, "the volume"));
+  arguments.Operand(1, "what to back up");
+  const int format = ReadFormat(arguments.Value("--format", "101"));
+  const Areas areas = ReadAreas(arguments, format);
+  const unsigned long maxVolumeBytes = ReadSize(arguments.Value("--volume-size"));
+  const ZorFind find =
+      SelectForSet({.base = arguments.Value("-C", "."),
+                    .words = arguments.OperandsFrom(1),
+                    .excludes = arguments.Values("--exclude"),
+                    .isOwnFile = [&](const fs::path& path) { return name.Means(path); }});
+  BackupVolumes volumes(name, areas, maxVolumeBytes);
+  volumes.SetBackupVersion(format);
+  volumes.Require(volumes.Backup(find, nullptr));
+}
+
+}  // namespace
+
+const Command kBackupCommand = {"backup", "store files over several volumes", kHelp, kOptions,
+                                Backup};
+
+}  // namespace kozor::program

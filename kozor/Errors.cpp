@@ -1,0 +1,82 @@
+// Errors.cpp - see Errors.h.
+#include "Errors.h"
+
+#include <array>
+
+namespace kozor::program {
+
+namespace {
+
+// In the order of the numbers.
+constexpr std::array<std::string_view, 45> kTexts = {
+    "no error",
+    "the archiver UNLHA32.DLL can't be loaded",
+    "no directory to extract to",
+    "the file can't be read or written",
+    "the archiver reports an unknown error",
+    "the disk is full",
+    "a read-only file is in the way",
+    "the file was left out",
+    "the file is of a kind that can't be archived",
+    "the compression method isn't supported",
+    "the member is protected by a password",
+    "the version of the archive isn't supported",
+    "the member is damaged: its checksum doesn't match",
+    "the file can't be opened",
+    "an existing file is newer",
+    "no such file or member",
+    "the file exists already",
+    "too many files",
+    "the directory can't be made",
+    "can't write",
+    "the member is damaged: its compressed data make no sense",
+    "the comment in the archive is damaged",
+    "the archive is damaged: the checksum of a header doesn't match",
+    "the archive is damaged: a header makes no sense",
+    "the archive can't be opened, or is damaged",
+    "not an LZH archive",
+    "can't read",
+    "the file can't be taken as an LZH archive",
+    "the archiver doesn't know the command",
+    "not enough memory to work in",
+    "not enough memory",
+    "the archiver is busy",
+    "stopped",
+    "the archiver lost the archive",
+    "the archiver wasn't searching",
+    "the archiver doesn't support the function",
+    "a time isn't valid",
+    "a temporary file can't be made",
+    "the name is too long for an archive",
+    "the archive is read-only",
+    "the archive holds a file of that name already (--overwrite replaces it)",
+    "no such archive",
+    "the list of names can't be read",
+    "no name was given",
+    "the finished archive can't be put in its place",
+};
+
+}  // namespace
+
+std::string_view ErrorText(ZorError error) {
+  const auto number = static_cast<std::size_t>(error);
+  return kTexts[number < kTexts.size() ? number : std::size_t{ZorErrorEngineUnknown}];
+}
+
+bool ConcernsOneFile(ZorError error) {
+  switch (error) {
+    case ZorErrorFileFailure:
+    case ZorErrorEngine8009:
+    case ZorErrorEngine800A:
+    case ZorErrorEngine800B:
+    case ZorErrorEngine800C:
+    case ZorErrorMakeDirectory:
+    case ZorErrorEngine8014:
+    case ZorErrorEngine801A:
+      return true;
+    default:
+      return false;
+  }
+}
+
+}  // namespace kozor::program

@@ -1,0 +1,58 @@
+// Host.h - everything the program asks of the system it runs on: host paths, the state of files,
+// signals and the terminal.  The rest of the program is the same on every system.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <string>
+
+namespace kozor::program {
+
+// Prepares the process: names are UTF-8, files are looked up by their exact names, and the signals
+// that end a program only make StopSignal non-zero.
+void SetUpHost();
+
+// The number of the signal that asked the program to stop, 0 for none.
+int StopSignal();
+// Throws Interrupted once a signal has come.
+void StopIfAsked();
+
+// The library's name of a host path, complete from the drive on ("C:\home\me\a.txt").  Throws
+// Failure when the path holds a name that the library can't express.
+std::string LibraryPath(const std::filesystem::path& path);
+// The way back.  Throws Failure for what isn't on a mapped drive.
+std::filesystem::path HostPath(const std::string& libraryPath);
+
+// `path` from the root on, without "." and "..".  What ".." means is asked of the file system;
+// links elsewhere in the path are left as they are.
+std::filesystem::path AbsolutePath(const std::filesystem::path& path);
+
+// Whether anything stands at `path`, a dangling link included.
+bool Exists(const std::filesystem::path& path);
+// What stands at `path`, links followed.
+struct FileState {
+  std::string problem;  // why it can't be read, in words; empty when it can
+  bool isDirectory = false;
+  std::uintmax_t size = 0;  // of a file, in bytes
+};
+FileState Inspect(const std::filesystem::path& path);
+
+// Maps the file system that holds `path`, or would hold it, to a drive of its own, and returns the
+// library's path of `path` on that drive.  Asking for the room on it then asks the right disk.  The
+// drive stays mapped until the next call.
+std::string PathOnOwnDrive(const std::filesystem::path& path);
+
+bool InputIsTerminal();
+bool ErrorsGoToTerminal();
+int TerminalWidth();
+
+// While an object lives, a signal ends a waiting read of standard input.
+class InterruptibleInput {
+ public:
+  InterruptibleInput();
+  ~InterruptibleInput();
+  InterruptibleInput(const InterruptibleInput&) = delete;
+  InterruptibleInput& operator=(const InterruptibleInput&) = delete;
+};
+
+}  // namespace kozor::program

@@ -1,0 +1,152 @@
+// Info.cpp - kozor info: what a volume of a backup set says of itself.
+#include <array>
+#include <ctime>
+
+#include "Commands.h"
+#include "Console.h"
+#include "EntryLine.h"
+#include "Failure.h"
+#include "Host.h"
+#include "StandardStreams.h"
+#include "VolumeReader.h"
+#include "Volumes.h"
+
+namespace kozor::program {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr std::string_view kHelp =
+    R"(Usage: kozor info VOLUME
+
+Shows what a volume of a backup set says of itself, and the files that begin on
+it: size in bytes, last change, attributes, name.  VOLUME is a path, or a pattern
+with # for the number, which shows every volume of the set.
+
+A volume other than the first begins with the rest of a file, whose length only
+the volumes before it tell.  They are read, too, if they have the same name but
+for their number.
+)";
+
+std::string TimeText(std::int32_t seconds) {
+  const std::time_t time = seconds;
+  std::array<char, 32> text{};
+  std::strftime(text.data(), text.size(), "%Y-%m-%d %H:%M:%S", std::localtime(&time));
+  return text.data();
+}
+
+bool SameSet(const VolumeHeader& a, const VolumeHeader& b) {
+  return a.id == b.id && a.label == b.label && a.memo == b.memo;
+}
+
+void PrintHeader(const fs::path& path, const VolumeHeader& header) {
+  PrintLine("Volume:        " + Visible(path.string()));
+  PrintLine(std::string("Format:        ") + (header.formatVersion == 100 ? "1.00" : "1.01"));
+  PrintLine("Number:        " + std::to_string(header.number));
+  PrintLine("Files in set:  " + std::to_string(header.files));
+  PrintLine("Identity:      " + Visible(header.id));
+  PrintLine("Label:         " + Visible(header.label));
+  PrintLine("Memo:          " + Visible(header.memo));
+}
+
+// Prints the records that begin on the volume and returns how many there are.
+std::int64_t PrintRecords(VolumeReader& volume, std::int64_t recordsLeft) {
+  std::int64_t count = 0;
+  while (count < recordsLeft) {
+    const std::optional<VolumeRecord> record = volume.Next();
+    if (!record) break;
+    PrintLine(EntryLine(record->size, TimeText(record->time), record->attribute, record->name));
+    ++count;
+  }
+  return count;
+}
+
+// Follows a set from its first volume on, since only the heads of files tell where the next begins.
+class SetReader {
+ public:
+  explicit SetReader(const VolumeName& volumeName) : name(volumeName) {}
+
+  // Reads the next volume of the set; prints it if `number` is its number, or 0.
+  VolumeHeader Follow(int next, std::int64_t number) {
+    const fs::path path = name.Path(next);
+    VolumeReader volume(path);
+    if (volume.Header().number != next) {
+      throw Failure(Visible(path.string()) + ": another volume of the set");
+    }
+    if (next > 1 && !SameSet(first, volume.Header())) {
+      throw Failure(Visible(path.string()) + ": a volume of another set");
+    }
+    if (next == 1) first = volume.Header();
+    volume.Skip(carriedOver);
+    if (number == 0 || number == next) {
+      PrintHeader(path, volume.Header());
+      recordsRead += PrintRecords(volume, first.files - recordsRead);
+    } else {
+      while (recordsRead < first.files && volume.Next()) ++recordsRead;
+    }
+    carriedOver = volume.BytesCarriedOver();
+    return volume.Header();
+  }
+
+  bool AtEnd() const { return recordsRead >= first.files && carriedOver == 0; }
+
+ private:
+  const VolumeName& name;
+  VolumeHeader first;
+  std::int64_t recordsRead = 0;
+  std::uint64_t carriedOver = 0;
+};
+
+void ShowSet(const VolumeName& name) {
+  SetReader reader(name);
+  int number = 0;
+  do {
+    if (number > 0) PrintLine("");
+    reader.Follow(++number, 0);
+  } while (!reader.AtEnd());
+}
+
+// The name of all volumes of the set, when `path` holds its volume's number.
+std::string PatternOf(const fs::path& path, std::int64_t number) {
+  std::string file = path.filename().string();
+  const std::string digits = std::to_string(number);
+  const std::size_t found = file.rfind(digits);
+  if (found == std::string::npos) return "";
+  return (path.parent_path() / file.replace(found, digits.size(), "#")).string();
+}
+
+void ShowVolume(const fs::path& path) {
+  VolumeReader volume(path);
+  const VolumeHeader& header = volume.Header();
+  if (header.number == 1) {
+    PrintHeader(path, header);
+    PrintRecords(volume, header.files);
+    return;
+  }
+  const std::string pattern = PatternOf(path, header.number);
+  const VolumeName name(pattern);
+  if (pattern.empty() || !Exists(name.Path(1))) {
+    PrintHeader(path, header);
+    Complain(Visible(path.string()) + ": its files can be told with the volumes before it only");
+    return;
+  }
+  SetReader reader(name);
+  for (int next = 1; next <= header.number; ++next) reader.Follow(next, header.number);
+}
+
+void Info(const Arguments& arguments) {
+  const VolumeName name(arguments.Operand(0, "the volume"));
+  arguments.AllowOperands(1);
+  if (name.IsPattern()) {
+    ShowSet(name);
+  } else {
+    ShowVolume(name.Path(1));
+  }
+}
+
+}  // namespace
+
+const Command kInfoCommand = {"info", "show what a backup volume holds", kHelp, {}, Info};
+
+}  // namespace kozor::program

@@ -1,0 +1,78 @@
+// Output.cpp - see Output.h.
+#include "Output.h"
+
+#include <array>
+#include <cstdio>
+#include <random>
+
+#include "Archive.h"
+#include "Console.h"
+#include "Failure.h"
+#include "Host.h"
+
+namespace kozor::program {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+// A name that no other run has thought of.
+std::string UniqueName() {
+  std::random_device random;
+  std::array<char, 32> name{};
+  std::snprintf(name.data(), name.size(), ".kozor-%08x%08x", random(), random());
+  return name.data();
+}
+
+void RequireReplaceable(const fs::path& archive, const std::string& name) {
+  unsigned int attribute = 0;
+  const std::string libraryPath = LibraryPath(archive);
+  if (ZorGetFileAttribute(libraryPath.c_str(), attribute) &&
+      (attribute & FILE_ATTRIBUTE_READONLY) != 0) {
+    throw Failure(Visible(name) + ": the archive is read-only");
+  }
+  if (fs::is_regular_file(archive) && fs::is_empty(archive)) return;
+  RequireArchive(libraryPath, name);
+}
+
+}  // namespace
+
+Output::Output(const std::string& name, bool fresh, const std::string& givenWorkDirectory)
+    : archive(fs::weakly_canonical(AbsolutePath(name))), append(fresh ? 0 : 1) {
+  if (!fs::is_directory(archive.parent_path())) {
+    throw Failure(Visible(archive.parent_path().string()) + ": no such directory");
+  }
+  path = LibraryPath(archive);
+  const bool replace = fresh && Exists(archive);
+  if (replace) RequireReplaceable(archive, name);
+  if (givenWorkDirectory.empty() || replace) MakeOwnDirectory();
+  if (!givenWorkDirectory.empty()) {
+    workDirectory = LibraryPath(givenWorkDirectory);
+    if (!fs::is_directory(givenWorkDirectory)) {
+      throw Failure(Visible(givenWorkDirectory) + ": no such directory");
+    }
+  }
+  if (replace) {
+    staging = HostPath(static_cast<const char*>(ownDirectory)) / "new";
+    fs::create_directory(staging);
+    path = LibraryPath(staging / archive.filename());
+  }
+}
+
+void Output::MakeOwnDirectory() {
+  const fs::path directory = archive.parent_path() / UniqueName();
+  ownDirectory.SetPath(LibraryPath(directory).c_str());
+  if (!ownDirectory.Open()) {
+    throw Failure(Visible(archive.parent_path().string()) + ": no directory can be made here");
+  }
+  workDirectory = ownDirectory;
+}
+
+void Output::Commit() {
+  if (staging.empty()) return;
+  for (const fs::directory_entry& file : fs::directory_iterator(staging)) {
+    fs::rename(file.path(), archive.parent_path() / file.path().filename());
+  }
+}
+
+}  // namespace kozor::program

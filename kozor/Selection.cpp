@@ -1,0 +1,226 @@
+// Selection.cpp - see Selection.h.
+#include "Selection.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <unordered_set>
+
+#include "CaseBlind.h"
+#include "Console.h"
+#include "Failure.h"
+#include "Host.h"
+
+namespace kozor::program {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+// A member's header counts its bytes in 32 bits, and so does a record of a backup set.
+constexpr std::uintmax_t kMaxFileBytes = 0xFFFFFFFF;
+// Longest name that the archiver lists again, in bytes.
+constexpr std::size_t kMaxNameBytes = 512;
+
+constexpr const char* kUnnameable = "the name holds a character that can't be stored";
+
+// What one word asks to be searched: `mask` in `directory`, with all folders below or without.
+struct Search {
+  std::string directory;  // library path
+  std::string mask;
+  bool recursive;
+};
+
+// "C:\" for the root, else without a backslash at the end; the part of a name to cut off has one.
+std::string WithBackslash(std::string path) {
+  if (!path.ends_with('\\')) path += '\\';
+  return path;
+}
+
+Search ReadWord(const fs::path& base, const std::string& word) {
+  const fs::path path = AbsolutePath(base / word);
+  if (!word.empty() && Exists(path)) {
+    const FileState state = Inspect(path);
+    if (!state.problem.empty()) throw Failure(Visible(word) + ": " + state.problem);
+    const std::string libraryPath = LibraryPath(path);
+    if (state.isDirectory) return {libraryPath, "*.*", true};
+    const std::size_t cut = libraryPath.rfind('\\') + 1;
+    return {libraryPath.substr(0, cut), libraryPath.substr(cut), false};
+  }
+  if (!HasWildcards(word)) throw Failure(Visible(word) + ": no such file or directory");
+  const fs::path directory = AbsolutePath(base / fs::path(word).parent_path());
+  if (HasWildcards(directory.string())) {
+    throw Failure(Visible(word) + ": wild-cards are possible in the last part of a path only");
+  }
+  if (!fs::is_directory(directory)) {
+    throw Failure(Visible(directory.string()) + ": no such directory");
+  }
+  return {LibraryPath(directory), fs::path(word).filename().string(), true};
+}
+
+// Everything that the search finds, as complete library paths.  A search with the one mask drops
+// nothing.
+std::vector<std::string> Find(const Search& search, unsigned int attributes) {
+  ZorFind find;
+  find.SetCurrentDirectoryA(search.directory.c_str());
+  find.SetSubDirectory(search.recursive ? 1 : 0);
+  find.SetAttribute(attributes);
+  find.AddTail(search.mask.c_str());
+  ZorFileList list;
+  find.Find(list, 1);
+  std::vector<std::string> names;
+  names.reserve(static_cast<std::size_t>(list.GetCount()));
+  for (POSITION at = list.GetHeadPosition(); at != nullptr;) {
+    names.emplace_back(static_cast<const char*>(list.GetNext(at)));
+  }
+  return names;
+}
+
+// Collects the files of one group, word by word.
+class Collector {
+ public:
+  Collector(const SelectionRequest& wanted, const MaskList& leaveOut, const std::string& base)
+      : request(wanted), excludes(leaveOut), prefix(WithBackslash(base)) {
+    group.base = base;
+  }
+
+  bool Covers(const Search& search) const {
+    return WithBackslash(search.directory).starts_with(prefix);
+  }
+
+  // Returns how many files and directories the search found.
+  std::size_t Add(const Search& search) {
+    constexpr unsigned int kAll = 0x37;
+    const std::vector<std::string> paths = Find(search, kAll);
+    for (const std::string& path : paths) Take(path);
+    if (search.recursive && search.mask != "*.*") CheckDirectories(search);
+    const std::string folder = WithBackslash(search.directory).substr(prefix.size());
+    group.wholeMask = searches++ == 0 && search.recursive ? folder + search.mask : "";
+    StopIfAsked();
+    return paths.size();
+  }
+
+  std::size_t LeftOut() const { return leftOut; }
+
+  // The group as collected.
+  FileGroup Finish() {
+    if (leftOut > 0) group.wholeMask.clear();
+    return std::move(group);
+  }
+
+ private:
+  void Take(const std::string& path) {
+    const std::string name = path.substr(prefix.size());
+    if (!seen.insert(name).second) return;
+    if (excludes.Means(name)) {
+      ++leftOut;
+      return;
+    }
+    // The mark of a name that can't be written in the library's terms.
+    if (path.find('?') != std::string::npos) {
+      LeaveOut(path, kUnnameable);
+      return;
+    }
+    const fs::path host = HostPath(path);
+    const FileState state = Inspect(host);
+    if (!state.problem.empty()) {
+      LeaveOut(path, state.problem);
+    } else if (state.isDirectory) {
+      return;
+    } else if (request.isOwnFile && request.isOwnFile(host)) {
+      ++leftOut;
+    } else if (state.size > kMaxFileBytes) {
+      LeaveOut(path, "files of 4 GiB or more can't be stored");
+    } else if (name.size() > kMaxNameBytes) {
+      LeaveOut(path, "the name is too long");
+    } else {
+      group.names.push_back(name);
+    }
+  }
+
+  // The files in a directory that can't be read aren't found by any mask; complains of those
+  // directories, of which other masks than "*.*" tell nothing.
+  void CheckDirectories(const Search& search) {
+    for (const std::string& path : Find({search.directory, "*.*", true}, 0x10)) {
+      const std::string name = path.substr(prefix.size());
+      if (seen.contains(name) || excludes.Means(name)) continue;
+      if (path.find('?') != std::string::npos) {
+        LeaveOut(path, kUnnameable);
+        continue;
+      }
+      const FileState state = Inspect(HostPath(path));
+      if (state.isDirectory && !state.problem.empty()) LeaveOut(path, state.problem);
+    }
+  }
+
+  void LeaveOut(const std::string& path, const std::string& why) {
+    ++leftOut;
+    Complain(VisibleLibraryName(path.substr(2)) + ": left out: " + why);
+  }
+
+  const SelectionRequest& request;
+  const MaskList& excludes;
+  const std::string prefix;
+  FileGroup group;
+  std::unordered_set<std::string> seen;
+  std::size_t leftOut = 0;
+  std::size_t searches = 0;
+};
+
+void RefuseCommonNames(const FileGroup& first, const FileGroup& second) {
+  CaseBlindSet names;
+  for (const std::string& name : first.names) names.insert(name.c_str());
+  for (const std::string& name : second.names) {
+    if (!names.contains(name.c_str())) continue;
+    throw Failure(VisibleLibraryName(name) + ": two of the files would be stored by this name");
+  }
+}
+
+}  // namespace
+
+std::vector<ZorFind> FileGroup::Finds() const {
+  std::vector<ZorFind> finds;
+  const auto addMask = [&](std::size_t index, const std::string& mask, int subDirectory) {
+    if (index == finds.size()) {
+      finds.emplace_back().SetCurrentDirectoryA(base.c_str());
+      finds.back().SetSubDirectory(subDirectory);
+    }
+    finds[index].AddTail(mask.c_str());
+  };
+  if (!wholeMask.empty()) {
+    addMask(0, wholeMask, 1);
+    return finds;
+  }
+  // Where there are several masks, of names that differ in case alone a find selects the first.
+  CaseBlindMap<std::size_t> twins;
+  for (const std::string& name : names) addMask(twins[name.c_str()]++, name, 0);
+  return finds;
+}
+
+std::vector<FileGroup> Select(const SelectionRequest& request) {
+  const MaskList excludes(request.excludes);
+  Collector below(request, excludes, LibraryPath(request.base));
+  Collector elsewhere(request, excludes, "C:\\");
+  for (const std::string& word : request.words) {
+    const Search search = ReadWord(request.base, word);
+    Collector& collector = below.Covers(search) ? below : elsewhere;
+    if (collector.Add(search) == 0) throw Failure(Visible(word) + ": nothing found");
+  }
+  std::vector<FileGroup> groups;
+  for (Collector* collector : {&below, &elsewhere}) {
+    FileGroup group = collector->Finish();
+    if (!group.names.empty()) groups.push_back(std::move(group));
+  }
+  if (groups.empty()) throw Failure("there is nothing to store");
+  if (groups.size() == 2) RefuseCommonNames(groups[0], groups[1]);
+  return groups;
+}
+
+bool IsWholeTreeStorable(const fs::path& directory) {
+  const SelectionRequest request;
+  const MaskList noExcludes({});
+  Collector collector(request, noExcludes, LibraryPath(directory));
+  collector.Add({LibraryPath(directory), "*.*", true});
+  return collector.LeftOut() == 0;
+}
+
+}  // namespace kozor::program

@@ -1,0 +1,47 @@
+// Selection.h - from the words of a command line to files that the library can be given.
+//
+// The library drops what it can't read, and of names that differ in case alone all but one where
+// several masks are given.  A user wants neither to happen silently.  So the program looks first:
+// it searches with one mask at a time, compares names exactly, checks every file, and complains
+// about each one that has to be left out.
+#pragma once
+
+#include <filesystem>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "Mask.h"
+#include "ZorFind.h"
+
+namespace kozor::program {
+
+// Files with names relative to one base directory.
+struct FileGroup {
+  std::string base;                // library path without a trailing backslash, but "C:\"
+  std::vector<std::string> names;  // library names of the files, in the order found
+  // A mask that, with all folders below, selects exactly these files; empty when there is none.
+  std::string wholeMask;
+
+  // Selections that together are the group.  More than one only where names differ in case alone.
+  std::vector<ZorFind> Finds() const;
+};
+
+struct SelectionRequest {
+  std::filesystem::path base;      // what relative words are relative to
+  std::vector<std::string> words;  // masks and paths
+  std::vector<std::string> excludes;
+  // Files that are the run's own and left out without a word; host paths.
+  std::function<bool(const std::filesystem::path&)> isOwnFile;
+};
+
+// The groups, without empty ones: files below the base directory, with names relative to it, and
+// files elsewhere, with names relative to the root of the disk.  Throws Failure when a word means
+// nothing, when nothing is left, and when two files would get one name; complains about every file
+// that can't be stored.
+std::vector<FileGroup> Select(const SelectionRequest& request);
+
+// Complains of everything below `directory` that can't be stored; true when there is nothing.
+bool IsWholeTreeStorable(const std::filesystem::path& directory);
+
+}  // namespace kozor::program

@@ -1,0 +1,116 @@
+// Volumes.cpp - see Volumes.h.
+#include "Volumes.h"
+
+#include <algorithm>
+
+#include "Console.h"
+#include "Errors.h"
+#include "Failure.h"
+#include "Host.h"
+#include "StandardStreams.h"
+
+namespace kozor::program {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+std::string Reason(int volumeResult) {
+  switch (volumeResult) {
+    case ZorMultiVolume::VolumeNoSpace:
+      return "there is no disk, or too little room on it";
+    case ZorMultiVolume::VolumeNoDirectory:
+      return "its directory can't be made";
+    case ZorMultiVolume::VolumeNoCreate:
+      return "the file can't be made";
+    case ZorMultiVolume::VolumeNoOpen:
+      return "the file can't be opened, or is too short for a volume";
+    case ZorMultiVolume::VolumeBadIdentity:
+      return "it isn't a volume, or belongs to another set";
+    case ZorMultiVolume::VolumeWrongNumber:
+      return "it is another volume of the set";
+    default:
+      return "";
+  }
+}
+
+}  // namespace
+
+VolumeName::VolumeName(const std::string& pathOrPattern) : word(pathOrPattern) {
+  const fs::path path = AbsolutePath(word);
+  const std::string file = path.filename().string();
+  const std::size_t mark = file.find('#');
+  pattern = mark != std::string::npos;
+  directory = path.parent_path();
+  before = file.substr(0, mark);
+  if (pattern) behind = file.substr(mark + 1);
+}
+
+fs::path VolumeName::Path(int volumeNumber) const {
+  return directory / (before + (pattern ? std::to_string(volumeNumber) : "") + behind);
+}
+
+bool VolumeName::Means(const fs::path& path) const {
+  const std::string file = path.filename().string();
+  if (path.parent_path() != directory) return false;
+  if (!pattern) return file == before;
+  if (file.size() <= before.size() + behind.size()) return false;
+  if (!file.starts_with(before) || !file.ends_with(behind)) return false;
+  const std::string number =
+      file.substr(before.size(), file.size() - before.size() - behind.size());
+  return number.find_first_not_of("0123456789") == std::string::npos;
+}
+
+void Volumes::Require(int succeeded) const {
+  if (succeeded) return;
+  StopIfAsked();
+  if (!whyStopped.empty()) throw Failure(whyStopped);
+  const std::string at = currentName.empty() ? "" : VisibleLibraryName(currentName) + ": ";
+  throw Failure(Visible(volumeName.Word()) + ": " + at + std::string(ErrorText(GetError())));
+}
+
+CString Volumes::OnMakeVolumeName(int volumeNumber) {
+  return LibraryPath(volumeName.Path(volumeNumber)).c_str();
+}
+
+std::string Volumes::ObjectionTo(const ONABORTPARAM& /*param*/) {
+  return "";
+}
+
+int Volumes::OnAbort(const ONABORTPARAM& param) {
+  if (param.phase == PhaseEnd) {
+    HideProgress();
+    return 0;
+  }
+  if (StopSignal() != 0) return 1;
+  if (param.phase == PhaseVolume) return Ready(param) ? 0 : 1;
+  if (param.fileName != nullptr) currentName = param.fileName;
+  ShowProgress(FilesDone(param), param.filesTotal, currentName);
+  return 0;
+}
+
+// The first volume is taken as it stands, and so is every volume with a name of its own.  Otherwise
+// the user changes the medium.
+bool Volumes::Ready(const ONABORTPARAM& param) {
+  const bool asItStands =
+      param.volumeResult == VolumeFirstAsk && (param.volume == 0 || volumeName.IsPattern());
+  std::string objection = asItStands ? ObjectionTo(param) : Reason(param.volumeResult);
+  if (asItStands && objection.empty()) return true;
+  const int number = param.volume + 1;
+  const std::string wanted = Visible(volumeName.Path(number).string()) + ": volume " +
+                             std::to_string(number) + " is wanted";
+  do {
+    whyStopped = wanted + (objection.empty() ? "" : ", but " + objection);
+    if (volumeName.IsPattern()) return false;
+    if (!InputIsTerminal()) {
+      whyStopped += ", and there is no terminal to ask on";
+      return false;
+    }
+    if (!AskUser(whyStopped + ".\nInsert its medium and press Enter (q gives up):")) return false;
+    objection = ObjectionTo(param);
+  } while (!objection.empty());
+  whyStopped.clear();
+  return true;
+}
+
+}  // namespace kozor::program

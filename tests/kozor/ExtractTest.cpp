@@ -1,0 +1,159 @@
+// ExtractTest.cpp - kozor extract, list, print and delete: which members, where to, and what a
+// hostile or damaged archive can do.
+#include "tests/engine/RawArchive.h"
+#include "tests/kozor/KozorProgram.h"
+
+namespace kozor::test {
+namespace {
+
+// A stored member under any name at all: a level 0 header has no other rules.
+RawMember Member(const std::string& name, const std::string& contents) {
+  constexpr std::uint32_t kDosTime = 0x5A21'6000;  // 2025-01-01 12:00:00
+  return {.level = 0, .name = name, .contents = contents, .time = kDosTime};
+}
+
+class KozorExtract : public KozorProgram {
+ protected:
+  void MakeArchive() const {
+    MakeTree(folder, "tree",
+             {{"a.txt", 100}, {"b.c", 5000}, {"sub/a.txt", 700}, {"sub/deep/c.c", 20}});
+    MustRun({"add", "a.lzh", "-C", "tree", "."});
+  }
+
+  // The member "bad.txt" doesn't have the contents that its sum is of.
+  void MakeDamagedArchive() const {
+    Bytes archive = RawArchive(
+        {Member("first.txt", "1"), Member("last.txt", "2"), Member("bad.txt", "secret")});
+    archive[archive.size() - 2] ^= 1;
+    folder.WriteFile("a.lzh", archive);
+  }
+};
+
+TEST_F(KozorExtract, BringsOutTheMembersThatTheWordsMean) {
+  struct Row {
+    Words words;
+    Words files;
+  };
+  const Row rows[] = {
+      {{}, {"a.txt", "b.c", "sub/a.txt", "sub/deep/c.c"}},
+      {{"*.c"}, {"b.c", "sub/deep/c.c"}},
+      {{"sub/*.c"}, {"sub/deep/c.c"}},
+      {{"a.txt"}, {"a.txt"}},
+      {{"sub"}, {"sub/a.txt", "sub/deep/c.c"}},
+      {{"sub/deep/"}, {"sub/deep/c.c"}},
+      {{"b.c", "*.c", "sub/"}, {"b.c", "sub/a.txt", "sub/deep/c.c"}},
+      {{"--exclude", "a.txt"}, {"b.c", "sub/deep/c.c"}},
+  };
+  MakeArchive();
+  for (const Row& row : rows) {
+    fs::remove_all(folder.Path("out"));
+    Words words = {"extract", "a.lzh", "-d", "out"};
+    words.insert(words.end(), row.words.begin(), row.words.end());
+    MustRun(words);
+    EXPECT_EQ(FilesIn("out"), row.files);
+  }
+}
+
+TEST_F(KozorExtract, SaysWhichWordMeansNothingAndExtractsTheOthers) {
+  MakeArchive();
+  EXPECT_THAT(MustFail({"extract", "a.lzh", "-d", "out", "b.c", "*.none", "none"}),
+              AllOf(HasSubstr("*.none: no such member"), HasSubstr("none: no such"),
+                    Not(HasSubstr("b.c:"))));
+  EXPECT_THAT(folder.List("out"), ElementsAre("b.c"));
+}
+
+TEST_F(KozorExtract, RefusesTargetsOutsideTheDestinationUnlessToldTo) {
+  folder.WriteFile("hostile.lzh",
+                   RawArchive({Member("good.txt", "good"), Member("\\kozor-root.txt", "bad"),
+                               Member("link\\in.txt", "bad"), Member("file.txt", "bad"),
+                               Member("dangling.txt", "bad"), Member("inner\\in.txt", "good")}));
+  folder.WriteFile("elsewhere/file.txt", "untouched");
+  fs::create_directories(folder.Path("out/real"));
+  fs::create_symlink("../elsewhere", folder.Path("out/link"));
+  fs::create_symlink("../elsewhere/file.txt", folder.Path("out/file.txt"));
+  fs::create_symlink("../elsewhere/new.txt", folder.Path("out/dangling.txt"));
+  fs::create_symlink("real", folder.Path("out/inner"));
+  EXPECT_THAT(
+      MustFail({"extract", "hostile.lzh", "-d", "out"}),
+      AllOf(HasSubstr("/kozor-root.txt: refused: its name begins at the root"),
+            HasSubstr("link/in.txt: refused: the link"), HasSubstr("file.txt: refused: the link"),
+            HasSubstr("dangling.txt: refused: the link")));
+  EXPECT_THAT(folder.List("elsewhere"), ElementsAre("file.txt"));
+  EXPECT_EQ(folder.ReadFile("elsewhere/file.txt").size(), 9U);
+  EXPECT_TRUE(folder.Exists("out/good.txt"));
+  EXPECT_TRUE(folder.Exists("out/real/in.txt"));
+  EXPECT_FALSE(fs::exists("/kozor-root.txt"));
+  MustRun({"extract", "--allow-outside", "hostile.lzh", "-d", "out", "link/in.txt"});
+  EXPECT_TRUE(folder.Exists("elsewhere/in.txt"));
+}
+
+TEST_F(KozorExtract, StaysInsideWhateverNamesClimb) {
+  folder.WriteFile("hostile.lzh",
+                   RawArchive({Member("..\\..\\up.txt", "x"), Member("sub/../../up2.txt", "x"),
+                               Member("D:\\drive.txt", "x")}));
+  fs::create_directory(folder.Path("deep"));
+  Kozor({"extract", "hostile.lzh", "-d", "deep/out"});
+  EXPECT_THAT(TopNames(), ElementsAre("deep", "hostile.lzh"));
+  EXPECT_THAT(FilesIn("deep"), testing::Each(testing::StartsWith("out/")));
+}
+
+TEST_F(KozorExtract, ExtractsTheRestOfADamagedArchiveAndPrintsNothingOfTheMember) {
+  MakeDamagedArchive();
+  EXPECT_THAT(MustFail({"extract", "a.lzh", "-d", "out"}),
+              HasSubstr("bad.txt: the member is damaged"));
+  EXPECT_TRUE(folder.Exists("out/first.txt"));
+  EXPECT_TRUE(folder.Exists("out/last.txt"));
+  EXPECT_THAT(MustFail({"print", "a.lzh", "none.txt"}),
+              HasSubstr("none.txt: no such member in a.lzh"));
+  EXPECT_THAT(MustFail({"print", "a.lzh", "bad.txt"}),
+              AllOf(HasSubstr("is damaged"), Not(HasSubstr("secre"))));
+}
+
+TEST_F(KozorExtract, SaysWhatIsWrongWithAnArchive) {
+  folder.WriteFile("text.txt", "this is a text and not an archive at all");
+  folder.WriteFile("empty.lzh", "");
+  for (const std::string command : {"extract", "list", "print", "delete"}) {
+    EXPECT_THAT(MustFail({command, "missing.lzh", "member"}),
+                HasSubstr("missing.lzh: no such archive"));
+    for (const std::string archive : {"text.txt", "empty.lzh"}) {
+      EXPECT_THAT(MustFail({command, archive, "member"}),
+                  HasSubstr(archive + ": not an LZH archive"));
+    }
+  }
+}
+
+TEST_F(KozorExtract, ReplacesFilesButNoReadOnlyOnes) {
+  MakeArchive();
+  folder.WriteFile("out/a.txt", "older");
+  folder.WriteFile("out/b.c", "protected");
+  fs::permissions(folder.Path("out/b.c"), fs::perms::owner_read);
+  EXPECT_THAT(MustFail({"extract", "a.lzh", "-d", "out"}), HasSubstr("b.c: "));
+  EXPECT_EQ(folder.ReadFile("out/a.txt"), folder.ReadFile("tree/a.txt"));
+  EXPECT_EQ(folder.ReadFile("out/b.c").size(), 9U);
+  EXPECT_EQ(folder.ReadFile("out/sub/deep/c.c"), folder.ReadFile("tree/sub/deep/c.c"));
+}
+
+TEST_F(KozorExtract, ListsSizesTimesAttributesAndNames) {
+  folder.WriteFile("a.lzh", RawArchive({Member("dir\\a.txt", "12345"), Member("b.txt", "1")}));
+  EXPECT_EQ(Kozor({"list", "a.lzh"}).output,
+            "         5  2025-01-01 12:00:00  ---a  dir/a.txt\n"
+            "         1  2025-01-01 12:00:00  ---a  b.txt\n"
+            "6 bytes in 2 files\n");
+}
+
+TEST_F(KozorExtract, DeletesWhatIsNamedAndNothingElse) {
+  MakeArchive();
+  const Bytes before = folder.ReadFile("a.lzh");
+  EXPECT_THAT(MustFail({"delete", "a.lzh", "b.c", "none.txt"}),
+              HasSubstr("none.txt: no such member in a.lzh; nothing was deleted"));
+  EXPECT_EQ(folder.ReadFile("a.lzh"), before);
+  fs::create_symlink("a.lzh", folder.Path("link.lzh"));
+  MustRun({"delete", "link.lzh", "a.txt", "*.c"});
+  EXPECT_TRUE(fs::is_symlink(folder.Path("link.lzh")));
+  EXPECT_THAT(Members("a.lzh"), ElementsAre("sub/a.txt"));
+  MustRun({"delete", "a.lzh", "sub/"});
+  EXPECT_FALSE(folder.Exists("a.lzh"));
+}
+
+}  // namespace
+}  // namespace kozor::test

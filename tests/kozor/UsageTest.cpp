@@ -1,0 +1,165 @@
+// UsageTest.cpp - kozor's command line, exit codes, progress and what a signal leaves behind; and
+// the quickstart program.
+#include <chrono>
+#include <csignal>
+#include <thread>
+
+#include "tests/engine/RawArchive.h"
+#include "tests/kozor/KozorProgram.h"
+
+namespace kozor::test {
+namespace {
+
+using testing::StartsWith;
+
+class KozorUsage : public KozorProgram {};
+
+TEST_F(KozorUsage, HelpsWithEveryCommand) {
+  const CommandResult help = Kozor({"--help"});
+  EXPECT_EQ(help.status, 0);
+  for (const std::string command :
+       {"add", "extract", "list", "print", "delete", "backup", "restore", "info"}) {
+    EXPECT_THAT(help.output, HasSubstr("\n  " + command + " "));
+    for (const Words& words : {Words{command, "--help"}, {"help", command}}) {
+      const CommandResult result = Kozor(words);
+      EXPECT_EQ(result.status, 0);
+      EXPECT_THAT(result.output, StartsWith("Usage: kozor " + command));
+    }
+  }
+  EXPECT_EQ(Kozor({"--version"}).output, "kozor " KOZOR_VERSION "\n");
+}
+
+TEST_F(KozorUsage, RefusesCommandLinesThatMakeNoSense) {
+  const Words lines[] = {
+      {},
+      {"pack"},
+      {"add", "a.lzh"},
+      {"add", "--newer", "a.lzh", "x"},
+      {"add", "a.lzh", "x", "-C"},
+      {"add", "--new=yes", "a.lzh", "x"},
+      {"add", "--stdin", "x", "a.lzh", "y"},
+      {"extract"},
+      {"list", "-l", "a.lzh"},
+      {"print", "a.lzh", "x", "y"},
+      {"delete", "a.lzh"},
+      {"backup", "x.vol"},
+      {"backup", "--format", "102", "x.vol", "x"},
+      {"backup", "--volume-size", "0", "x.vol", "x"},
+      {"backup", "--volume-size", "4G", "x.vol", "x"},
+      {"backup", "--volume-size", "1T", "x.vol", "x"},
+      {"restore"},
+      {"info"},
+  };
+  for (const Words& line : lines) {
+    const CommandResult result = Kozor(line);
+    EXPECT_EQ(result.status, 2) << testing::PrintToString(line) << result.output;
+    EXPECT_THAT(result.output, AllOf(StartsWith("kozor: "), HasSubstr("kozor --help")));
+  }
+  EXPECT_THAT(TopNames(), IsEmpty());
+}
+
+TEST_F(KozorUsage, TakesNamesThatBeginWithAHyphenBehindTwoHyphens) {
+  folder.WriteFile("-n", "x");
+  MustRun({"add", "a.lzh", "--", "-n"});
+  EXPECT_THAT(Members("a.lzh"), ElementsAre("-n"));
+}
+
+TEST_F(KozorUsage, ShowsProgressOnATerminalOnly) {
+  if (!HaveProgram("script")) GTEST_SKIP() << "the program script isn't installed";
+  folder.WriteFile("tree/file", "contents");
+  const std::string command = "$KOZOR add --new a.lzh tree";
+  EXPECT_EQ(Shell(command).output, "");
+  const CommandResult shown = Shell("script -qec \"" + command + "\" /dev/null < /dev/null");
+  EXPECT_EQ(shown.status, 0);
+  EXPECT_THAT(shown.output, HasSubstr("%"));
+}
+
+TEST_F(KozorUsage, FailsWhenItsOutputIsntTaken) {
+  if (!fs::exists("/dev/full")) GTEST_SKIP() << "there is no /dev/full";
+  const CommandResult result = Shell("$KOZOR --help > /dev/full");
+  EXPECT_EQ(result.status, 1);
+  EXPECT_THAT(result.output, HasSubstr("standard output"));
+}
+
+TEST_F(KozorUsage, QuickstartBringsAFolderBack) {
+  MakeTree(folder, "tree", {{"a.txt", 100}, {"sub/b.txt", 5000}});
+  const auto quickstart = [&](const std::string& source) {
+    return RunCommand(Quoted(QUICKSTART_PROGRAM) + " " + Quoted(folder.Lib(source)) + " " +
+                      Quoted(folder.Lib("a.lzh")) + " " + Quoted(folder.Lib("out")));
+  };
+  EXPECT_EQ(quickstart("tree").status, 0);
+  EXPECT_EQ(CompareTrees(folder.Path("tree"), folder.Path("out")), "");
+  EXPECT_EQ(quickstart("missing").output, "error 32, see ZorError.h\n");
+}
+
+class KozorSignals : public KozorProgram {
+ protected:
+  // Starts a command, sends `signal` as soon as `ready` is true, and returns the exit status.
+  template <typename Condition>
+  int RunAndSignal(const std::string& command, const char* signal, Condition ready) const {
+    int status = -1;
+    std::thread runner([&] {
+      status = Shell("sh -c 'echo $$ > pid; exec \"$0\" \"$@\"' $KOZOR " + command).status;
+    });
+    while (!ready()) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    Shell("kill -" + std::string(signal) + " $(cat pid)");
+    runner.join();
+    fs::remove(folder.Path("pid"));
+    return status;
+  }
+
+  // Whether a directory of the run's own stands beside the archive.
+  bool OwnDirectoryExists() const {
+    return testing::Value(TopNames(), testing::Contains(StartsWith(".kozor-")));
+  }
+};
+
+TEST_F(KozorSignals, LeaveNothingBehindWhenAddingToNothing) {
+  folder.WriteFile("tree/big", RandomBytes(32 << 20));
+  const int status = RunAndSignal("add a.lzh tree", "INT", [&] { return OwnDirectoryExists(); });
+  EXPECT_EQ(status, 128 + SIGINT);
+  EXPECT_THAT(TopNames(), ElementsAre("tree"));
+}
+
+TEST_F(KozorSignals, KeepTheOldArchive) {
+  folder.WriteFile("small", "x");
+  MustRun({"add", "a.lzh", "small"});
+  const Bytes before = folder.ReadFile("a.lzh");
+  folder.WriteFile("tree/big", RandomBytes(32 << 20));
+  for (const char* option : {"--new", "--overwrite"}) {
+    const int status = RunAndSignal(std::string("add ") + option + " a.lzh tree", "TERM",
+                                    [&] { return OwnDirectoryExists(); });
+    EXPECT_EQ(status, 128 + SIGTERM);
+    EXPECT_EQ(folder.ReadFile("a.lzh"), before);
+    EXPECT_THAT(TopNames(), ElementsAre("a.lzh", "small", "tree"));
+  }
+}
+
+TEST_F(KozorSignals, LeaveWholeFilesOnlyWhenExtracting) {
+  const std::string large(32 << 20, 'x');
+  folder.WriteFile("a.lzh", RawArchive({{.level = 0, .name = "0", .contents = "whole"},
+                                        {.level = 0, .name = "1", .contents = large},
+                                        {.level = 0, .name = "2", .contents = large}}));
+  const int status =
+      RunAndSignal("extract a.lzh -d out", "INT", [&] { return folder.Exists("out/1"); });
+  EXPECT_EQ(status, 128 + SIGINT);
+  const Words files = folder.List("out");
+  EXPECT_THAT(files, testing::IsSubsetOf({"0", "1"}));
+  for (const std::string& file : files) {
+    EXPECT_TRUE(folder.ReadFile("out/" + file) == ToBytes(file == "0" ? "whole" : large)) << file;
+  }
+}
+
+TEST_F(KozorSignals, EndAWaitForStandardInput) {
+  ASSERT_EQ(Shell("mkfifo in").status, 0);
+  const auto start = std::chrono::steady_clock::now();
+  // Open for both, the pipe never ends.
+  const int status = RunAndSignal("add --stdin x a.lzh <> in", "INT", [&] {
+    return std::chrono::steady_clock::now() - start > std::chrono::milliseconds(500);
+  });
+  EXPECT_EQ(status, 128 + SIGINT);
+  EXPECT_THAT(TopNames(), ElementsAre("in"));
+}
+
+}  // namespace
+}  // namespace kozor::test

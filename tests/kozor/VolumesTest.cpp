@@ -1,0 +1,147 @@
+// VolumesTest.cpp - kozor backup, restore and info.
+#include "tests/kozor/KozorProgram.h"
+
+namespace kozor::test {
+namespace {
+
+class KozorVolumes : public KozorProgram {
+ protected:
+  KozorVolumes() {
+    MakeTree(folder, "tree",
+             {{"a.txt", 100}, {"big.bin", 150'000}, {"sub/c.txt", 7}, {"sub/empty", 0}, {"z", 1}});
+  }
+
+  void BackUp(const Words& options, const std::string& volume) const {
+    Words words = {"backup"};
+    words.insert(words.end(), options.begin(), options.end());
+    words.insert(words.end(), {volume, "-C", "tree", "."});
+    MustRun(words);
+  }
+
+  std::string Restored(const std::string& volume) const {
+    fs::remove_all(folder.Path("out"));
+    MustRun({"restore", volume, "-d", "out"});
+    return CompareTrees(folder.Path("tree"), folder.Path("out"));
+  }
+};
+
+TEST_F(KozorVolumes, BringATreeBackFromVolumesOfEitherFormat) {
+  for (const char* format : {"100", "101"}) {
+    BackUp({"--format", format, "--volume-size", "20K"}, "vol/set-#.vol");
+    EXPECT_EQ(fs::file_size(folder.Path("vol/set-1.vol")), 20U << 10);
+    EXPECT_TRUE(folder.Exists("vol/set-8.vol"));
+    EXPECT_EQ(Restored("vol/set-#.vol"), "");
+  }
+}
+
+TEST_F(KozorVolumes, KeepTheLastVolumeOfTheOldFormatReadable) {
+  folder.WriteFile("tree/z", "12");
+  // Without an identity the last byte would stand in a volume too short to be taken for one.
+  BackUp({"--format", "100", "--id", "", "--volume-size", "150300"}, "s#");
+  EXPECT_EQ(Restored("s#"), "");
+  const CommandResult info = Kozor({"info", "s1"});
+  EXPECT_THAT(info.output, HasSubstr("Memo:                 \n"));
+}
+
+TEST_F(KozorVolumes, RestoreNamedFilesOnly) {
+  BackUp({"--volume-size", "20K"}, "set-#.vol");
+  MustRun({"restore", "set-#.vol", "-d", "out", "*.txt"});
+  EXPECT_THAT(folder.List("out"), ElementsAre("a.txt", "sub/", "sub/c.txt"));
+  EXPECT_THAT(MustFail({"restore", "set-#.vol", "-d", "out2", "z", "none"}),
+              HasSubstr("none: no such file in the set"));
+  EXPECT_THAT(folder.List("out2"), ElementsAre("z"));
+}
+
+TEST_F(KozorVolumes, ShowWhatTheyHold) {
+  BackUp({"--volume-size", "100000", "--id", "demo", "--label", "my disk", "--memo", "hello"},
+         "set-#.vol");
+  const std::string first = Kozor({"info", "set-1.vol"}).output;
+  EXPECT_THAT(first, AllOf(HasSubstr("Format:        1.01\n"), HasSubstr("Number:        1\n"),
+                           HasSubstr("Files in set:  5\n"), HasSubstr("Identity:      demo\n"),
+                           HasSubstr("Label:         my disk\n"),
+                           HasSubstr("Memo:          hello\n"), HasSubstr("       100  2001-09-09"),
+                           HasSubstr("  ---a  big.bin\n"), Not(HasSubstr("sub/c.txt"))));
+  const std::string second = Kozor({"info", "set-2.vol"}).output;
+  EXPECT_THAT(second, AllOf(HasSubstr("Number:        2\n"), HasSubstr("  sub/c.txt\n"),
+                            HasSubstr("  z\n"), Not(HasSubstr("big.bin"))));
+  EXPECT_EQ(Kozor({"info", "set-#.vol"}).output, first + "\n" + second);
+  folder.WriteFile("text", std::string(200, 'x'));
+  EXPECT_THAT(MustFail({"info", "text"}), HasSubstr("text: not a volume of a backup set"));
+}
+
+TEST_F(KozorVolumes, CantTellTheTerminalWhatToDo) {
+  BackUp({"--label", "\x1b[2J\t\xC2\x9B \xE2\x80\xAE \xFF ok \xE3\x81\x82"}, "a.vol");
+  EXPECT_THAT(
+      Kozor({"info", "a.vol"}).output,
+      HasSubstr("Label:         \\x1B[2J\\x09\\xC2\\x9B \\xE2\\x80\\xAE \\xFF ok \xE3\x81\x82\n"));
+}
+
+TEST_F(KozorVolumes, OfAnotherSetAreRefused) {
+  BackUp({"--volume-size", "100000"}, "set-#.vol");
+  BackUp({"--volume-size", "100000"}, "other-#.vol");
+  fs::copy_file(folder.Path("other-2.vol"), folder.Path("set-2.vol"),
+                fs::copy_options::overwrite_existing);
+  EXPECT_THAT(MustFail({"restore", "set-#.vol", "-d", "out"}),
+              HasSubstr("set-2.vol: volume 2 is wanted, but it isn't a volume, or belongs to "
+                        "another set"));
+}
+
+TEST_F(KozorVolumes, NeverWaitForAUserWhoIsntThere) {
+  EXPECT_THAT(MustFail({"backup", "--volume-size", "20K", "disk.vol", "-C", "tree", "."}),
+              AllOf(HasSubstr("disk.vol: volume 2 is wanted"),
+                    HasSubstr("there is no terminal to ask on")));
+  EXPECT_THAT(MustFail({"restore", "disk.vol", "-d", "out"}),
+              HasSubstr("disk.vol: volume 2 is wanted"));
+}
+
+TEST_F(KozorVolumes, AskTheUserForTheNextMedium) {
+  if (!HaveProgram("script")) GTEST_SKIP() << "the program script isn't installed";
+  // The user changes nothing the first time, and then takes the medium away.
+  const CommandResult result = Shell(
+      "(sleep 1; echo; sleep 1; mv disk.vol first; echo; sleep 1) | script -qec \"$KOZOR "
+      "backup --volume-size 100000 disk.vol -C tree .\" /dev/null");
+  EXPECT_EQ(result.status, 0) << result.output;
+  EXPECT_THAT(result.output, AllOf(HasSubstr("disk.vol: volume 2 is wanted."),
+                                   HasSubstr("but this is volume 1 of the same set")));
+  fs::rename(folder.Path("first"), folder.Path("set-1.vol"));
+  fs::rename(folder.Path("disk.vol"), folder.Path("set-2.vol"));
+  EXPECT_EQ(Restored("set-#.vol"), "");
+}
+
+TEST_F(KozorVolumes, ReplaceNothingButVolumes) {
+  folder.WriteFile("notes.txt", "not a volume");
+  EXPECT_THAT(MustFail({"backup", "notes.txt", "tree"}),
+              HasSubstr("a file that is no volume is in its place"));
+  EXPECT_EQ(folder.ReadFile("notes.txt").size(), 12U);
+}
+
+TEST_F(KozorVolumes, LeaveTheirOwnFilesOut) {
+  BackUp({}, "tree/set-#.vol");
+  BackUp({}, "tree/set-#.vol");
+  EXPECT_THAT(Kozor({"info", "tree/set-1.vol"}).output,
+              AllOf(HasSubstr("Files in set:  5\n"), Not(HasSubstr("  set-1.vol"))));
+}
+
+TEST_F(KozorVolumes, SayWhenFilesCantBeInOneSet) {
+  MakeTree(folder, "tree", {{"Z", 1}});
+  BackUp({}, "set-#.vol");
+  EXPECT_EQ(Restored("set-#.vol"), "");
+  EXPECT_THAT(MustFail({"backup", "set-#.vol", "-C", "tree", "z", "Z"}),
+              HasSubstr("Z: another file's name differs in case alone"));
+  EXPECT_THAT(MustFail({"backup", "set-#.vol", "-C", "tree/sub", "c.txt", "../z"}),
+              HasSubstr("choose a base directory above them all"));
+}
+
+TEST_F(KozorVolumes, StayInsideTheDestination) {
+  BackUp({}, "set-#.vol");
+  fs::create_directory(folder.Path("elsewhere"));
+  fs::create_directory(folder.Path("out"));
+  fs::create_symlink("../elsewhere", folder.Path("out/sub"));
+  EXPECT_THAT(MustFail({"restore", "set-#.vol", "-d", "out"}),
+              HasSubstr("sub/c.txt: refused: the link"));
+  EXPECT_TRUE(fs::is_empty(folder.Path("elsewhere")));
+  EXPECT_TRUE(folder.Exists("out/z"));
+}
+
+}  // namespace
+}  // namespace kozor::test
