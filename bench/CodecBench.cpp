@@ -68,7 +68,7 @@ void BM_Decode(benchmark::State& state, Method method) {
   for (const Bytes& file : Corpus()) jobs.emplace_back(Encode(method, file), Bytes(file.size()));
   for (auto _ : state) {
     for (auto& [packed, target] : jobs) {
-      if (Decode(method, packed, target) != Status::ok) state.SkipWithError("does not decode");
+      if (Decode(method, packed, target) != Status::Ok) state.SkipWithError("does not decode");
     }
   }
   CountBytes(state, TotalSize(Corpus()));
@@ -79,7 +79,7 @@ void BM_EncodeSmallMembers(benchmark::State& state) {
   constexpr int kMembers = 1000;
   const auto memberSize = static_cast<std::size_t>(state.range(0));
   const Bytes data = TextData(kMembers + memberSize);
-  Encoder encoder(Method::lh5);
+  Encoder encoder(Method::Lh5);
   Bytes packed;
   for (auto _ : state) {
     for (std::size_t i = 0; i < std::size_t{kMembers}; ++i) {
@@ -103,16 +103,16 @@ void BM_Crc16(benchmark::State& state) {
 #define DECODE(method) \
   BENCHMARK_CAPTURE(BM_Decode, method, Method::method)->Unit(benchmark::kMillisecond)
 
-ENCODE(lh4, normal);
-ENCODE(lh5, fast);
-ENCODE(lh5, normal);
-ENCODE(lh5, best);
-ENCODE(lh6, normal);
-ENCODE(lh7, normal);
-DECODE(lh4);
-DECODE(lh5);
-DECODE(lh6);
-DECODE(lh7);
+ENCODE(Lh4, normal);
+ENCODE(Lh5, fast);
+ENCODE(Lh5, normal);
+ENCODE(Lh5, best);
+ENCODE(Lh6, normal);
+ENCODE(Lh7, normal);
+DECODE(Lh4);
+DECODE(Lh5);
+DECODE(Lh6);
+DECODE(Lh7);
 BENCHMARK(BM_EncodeSmallMembers)->Arg(100)->Arg(1000)->Arg(10000)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_Crc16)->Arg(64)->Arg(1 << 16)->Arg(16 << 20);
 

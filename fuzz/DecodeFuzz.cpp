@@ -16,10 +16,10 @@ using namespace kozor::codec;
 
 constexpr std::size_t kHeadBytes = 4;
 constexpr std::size_t kMaxSize = 20000;  // keeps the slow decoder from being too slow
-constexpr int kMethods = static_cast<int>(Method::lhd) + 1;
+constexpr int kMethods = static_cast<int>(Method::Lhd) + 1;
 
 bool HasSlowDecoder(Method method) {
-  return method >= Method::lh4 && method <= Method::lhx;
+  return method >= Method::Lh4 && method <= Method::Lhx;
 }
 
 }  // namespace
@@ -33,7 +33,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   std::vector<std::uint8_t> target(originalSize);
   std::size_t done = 0;
   const Status status = Decode(method, packed, target, {}, &done);
-  if (done > originalSize || (status == Status::ok && done != originalSize)) std::abort();
+  if (done > originalSize || (status == Status::Ok && done != originalSize)) std::abort();
   if (!HasSlowDecoder(method)) return 0;
 
   target.resize(done);

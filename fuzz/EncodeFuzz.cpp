@@ -26,7 +26,7 @@ Encoder& EncoderFor(Method method, Effort effort) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
   if (size < 2) return 0;
-  const auto method = static_cast<Method>(static_cast<int>(Method::lh4) + bytes[0] % 4);
+  const auto method = static_cast<Method>(static_cast<int>(Method::Lh4) + bytes[0] % 4);
   const auto effort = static_cast<Effort>(bytes[0] / 4 % 3);
   const std::size_t pieceSize = bytes[1] + std::size_t{1};
   const std::span data(bytes + 2, size - 2);
@@ -39,7 +39,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
   encoder.Finish(packed);
 
   const SlowResult slow = SlowDecode(method, packed, data.size());
-  if (slow.status != Status::ok || !slow.brokenRules.empty()) std::abort();
+  if (slow.status != Status::Ok || !slow.brokenRules.empty()) std::abort();
   if (!std::ranges::equal(slow.bytes, data)) std::abort();
   return 0;
 }

@@ -14,32 +14,33 @@
 
 namespace kozor::codec {
 
-// A method by the three letters of its id in a member header: "-lh5-" is Method::lh5.
+// A method by the three letters of its id in a member header: "-lh5-" is Method::Lh5.
 enum class Method {
-  lh0,
-  lh1,
-  lh2,
-  lh3,
-  lh4,
-  lh5,
-  lh6,
-  lh7,
-  lhx,
-  lzs,
-  lz4,
-  lz5,
-  pm0,
-  pm1,
-  pm2,
-  lhd
+  Lh0,
+  Lh1,
+  Lh2,
+  Lh3,
+  Lh4,
+  Lh5,
+  Lh6,
+  Lh7,
+  Lhx,
+  Lk7,  // the other scheme under the id "-lh7-"; only the header tells it apart
+  Lzs,
+  Lz4,
+  Lz5,
+  Pm0,
+  Pm1,
+  Pm2,
+  Lhd
 };
 
 enum class Status {
-  ok,
-  damaged,      // the packed data breaks a rule of its method
-  truncated,    // the packed data ends before the target is full
-  unsupported,  // no decoder, or no encoder, for this method
-  cancelled,    // the progress function asked to stop
+  Ok,
+  Damaged,      // the packed data breaks a rule of its method
+  Truncated,    // the packed data ends before the target is full
+  Unsupported,  // no decoder, or no encoder, for this method
+  Cancelled,    // the progress function asked to stop
 };
 
 // Told how many bytes of the original are done, at least every 256 KiB and first with 0, on the
@@ -70,7 +71,7 @@ enum class Effort { fast, normal, best };
 // Nothing is promised about the packed size: data that does not compress comes out a little larger
 // than it went in, and a caller then stores it as lh0.  No data gives no packed bytes.
 //
-//   Encoder encoder(Method::lh5);
+//   Encoder encoder(Method::Lh5);
 //   while (more) encoder.Append(piece, packed);   // appends finished bytes to `packed`
 //   encoder.Finish(packed);
 class Encoder {

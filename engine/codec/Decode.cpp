@@ -15,15 +15,15 @@ struct Row {
 };
 
 constexpr Row kDecoders[] = {
-    {Method::lh0, DecodeStored},
-    {Method::lh4, [](DecodeJob& job) { return DecodeLh(kLh4, job); }},
-    {Method::lh5, [](DecodeJob& job) { return DecodeLh(kLh5, job); }},
-    {Method::lh6, [](DecodeJob& job) { return DecodeLh(kLh6, job); }},
-    {Method::lh7, [](DecodeJob& job) { return DecodeLh(kLh7, job); }},
-    {Method::lhx, [](DecodeJob& job) { return DecodeLh(kLhx, job); }},
-    {Method::lz4, DecodeStored},
-    {Method::pm0, DecodeStored},
-    {Method::lhd, DecodeStored},
+    {Method::Lh0, DecodeStored},
+    {Method::Lh4, [](DecodeJob& job) { return DecodeLh(kLh4, job); }},
+    {Method::Lh5, [](DecodeJob& job) { return DecodeLh(kLh5, job); }},
+    {Method::Lh6, [](DecodeJob& job) { return DecodeLh(kLh6, job); }},
+    {Method::Lh7, [](DecodeJob& job) { return DecodeLh(kLh7, job); }},
+    {Method::Lhx, [](DecodeJob& job) { return DecodeLh(kLhx, job); }},
+    {Method::Lz4, DecodeStored},
+    {Method::Pm0, DecodeStored},
+    {Method::Lhd, DecodeStored},
 };
 
 const Row* FindDecoder(Method method) {
@@ -37,7 +37,7 @@ Status Decode(Method method, std::span<const std::uint8_t> packed, std::span<std
               const Progress& progress, std::size_t* bytesDone) {
   DecodeJob job{packed, target, progress};
   const Row* row = FindDecoder(method);
-  const Status status = row ? row->decode(job) : Status::unsupported;
+  const Status status = row ? row->decode(job) : Status::Unsupported;
   if (bytesDone) *bytesDone = job.done;
   return status;
 }

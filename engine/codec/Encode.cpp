@@ -23,13 +23,13 @@ constexpr std::size_t kChunkBytes = std::size_t{256} * 1024;
 
 const LhMethod* FindWritten(Method method) {
   switch (method) {
-    case Method::lh4:
+    case Method::Lh4:
       return &kLh4;
-    case Method::lh5:
+    case Method::Lh5:
       return &kLh5;
-    case Method::lh6:
+    case Method::Lh6:
       return &kLh6;
-    case Method::lh7:
+    case Method::Lh7:
       return &kLh7;
     default:
       return nullptr;

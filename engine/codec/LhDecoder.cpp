@@ -50,11 +50,11 @@ class LhDecoder {
 
 Status LhDecoder::Decode() {
   do {
-    if (!job.Report()) return Status::cancelled;
+    if (!job.Report()) return Status::Cancelled;
     const Status status = DecodeUpTo(job.NextReport());
-    if (status != Status::ok) return status;
+    if (status != Status::Ok) return status;
   } while (!job.IsFull());
-  return Status::ok;
+  return Status::Ok;
 }
 
 Status LhDecoder::DecodeUpTo(std::size_t limit) {
@@ -64,9 +64,9 @@ Status LhDecoder::DecodeUpTo(std::size_t limit) {
       DecodeInside(limit);
       good = DecodeAtEdge(limit);
     }
-    if (!good) return in.IsPastEnd() ? Status::truncated : Status::damaged;
+    if (!good) return in.IsPastEnd() ? Status::Truncated : Status::Damaged;
   }
-  return Status::ok;
+  return Status::Ok;
 }
 
 // The extra bits stand behind the distance symbol; together with the leading 1 that the symbol

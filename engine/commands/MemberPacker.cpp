@@ -15,18 +15,18 @@ using container::NewMember;
 codec::Method CodecMethodOf(NewMethod method) {
   switch (method) {
     case NewMethod::lh6:
-      return codec::Method::lh6;
+      return codec::Method::Lh6;
     case NewMethod::lh7:
-      return codec::Method::lh7;
+      return codec::Method::Lh7;
     case NewMethod::lh5:
     case NewMethod::stored:
       break;
   }
-  return codec::Method::lh5;
+  return codec::Method::Lh5;
 }
 
 container::MethodId IdOf(codec::Method method) {
-  const char digit = method == codec::Method::lh7 ? '7' : method == codec::Method::lh6 ? '6' : '5';
+  const char digit = method == codec::Method::Lh7 ? '7' : method == codec::Method::Lh6 ? '6' : '5';
   return {'-', 'l', 'h', digit, '-'};
 }
 

@@ -17,8 +17,8 @@ using container::Failure;
 using container::Member;
 
 bool IsStored(codec::Method method) {
-  return method == codec::Method::lh0 || method == codec::Method::lz4 ||
-         method == codec::Method::pm0;
+  return method == codec::Method::Lh0 || method == codec::Method::Lz4 ||
+         method == codec::Method::Pm0;
 }
 
 std::int32_t UnixTimeOf(const Member& member) {
@@ -70,8 +70,8 @@ class Extraction {
     const codec::Status status = codec::Decode(method, bytes, target, TellProgress(), &done);
     written = static_cast<std::uint32_t>(done);
     if (isCancelled) throw Failure(Code::cancelled);
-    if (status == codec::Status::unsupported) throw Failure(Code::methodNotSupported);
-    if (status != codec::Status::ok) throw Failure(Code::packedDataDamaged);
+    if (status == codec::Status::Unsupported) throw Failure(Code::methodNotSupported);
+    if (status != codec::Status::Ok) throw Failure(Code::packedDataDamaged);
   }
 
   // No exception goes through the decoder.

@@ -12,11 +12,11 @@ struct Row {
   codec::Method method;
 };
 constexpr Row kMethods[] = {
-    {"lh0", codec::Method::lh0}, {"lz4", codec::Method::lz4}, {"pm0", codec::Method::pm0},
-    {"lh1", codec::Method::lh1}, {"lh2", codec::Method::lh2}, {"lh3", codec::Method::lh3},
-    {"lh4", codec::Method::lh4}, {"lh5", codec::Method::lh5}, {"lh6", codec::Method::lh6},
-    {"lh7", codec::Method::lh7}, {"lhx", codec::Method::lhx}, {"lzs", codec::Method::lzs},
-    {"lz5", codec::Method::lz5}, {"pm1", codec::Method::pm1}, {"pm2", codec::Method::pm2},
+    {"lh0", codec::Method::Lh0}, {"lz4", codec::Method::Lz4}, {"pm0", codec::Method::Pm0},
+    {"lh1", codec::Method::Lh1}, {"lh2", codec::Method::Lh2}, {"lh3", codec::Method::Lh3},
+    {"lh4", codec::Method::Lh4}, {"lh5", codec::Method::Lh5}, {"lh6", codec::Method::Lh6},
+    {"lh7", codec::Method::Lh7}, {"lhx", codec::Method::Lhx}, {"lzs", codec::Method::Lzs},
+    {"lz5", codec::Method::Lz5}, {"pm1", codec::Method::Pm1}, {"pm2", codec::Method::Pm2},
 };
 
 }  // namespace

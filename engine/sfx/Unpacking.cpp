@@ -27,9 +27,9 @@ const char* Unpack(std::span<std::uint8_t> target, const container::MemberHeader
     return true;
   };
   switch (codec::Decode(*method, packed, target, sumUpTo)) {
-    case codec::Status::ok:
+    case codec::Status::Ok:
       break;
-    case codec::Status::truncated:
+    case codec::Status::Truncated:
       return "damaged: its data ends early";
     default:
       return "damaged: its packed data makes no sense";

@@ -83,37 +83,37 @@ TEST(DamagedData, IsRefusedForEachBrokenRule) {
     SCOPED_TRACE(block.name);
     BitComposer stream;
     stream.Picture(block.bits).Number(0, 64);
-    EXPECT_EQ(DecodeGuarded(Method::lh5, stream.Bytes(), 1).status, Status::damaged);
-    EXPECT_EQ(SlowDecode(Method::lh5, stream.Bytes(), 1).status, Status::damaged);
+    EXPECT_EQ(DecodeGuarded(Method::Lh5, stream.Bytes(), 1).status, Status::Damaged);
+    EXPECT_EQ(SlowDecode(Method::Lh5, stream.Bytes(), 1).status, Status::Damaged);
   }
 }
 
 // Then there is packed data left at the end of the target, and a match may reach beyond it.
 TEST(ShortTarget, TakesTheBeginningAndNothingBehindIt) {
   const Bytes data = MixedData(4000);
-  const Bytes packed = Encode(Method::lh5, data);
+  const Bytes packed = Encode(Method::Lh5, data);
   for (std::size_t size = 0; size < data.size() - 500; ++size) {
-    const Outcome outcome = DecodeGuarded(Method::lh5, packed, size);
-    ASSERT_EQ(outcome.status, Status::ok) << size;
+    const Outcome outcome = DecodeGuarded(Method::Lh5, packed, size);
+    ASSERT_EQ(outcome.status, Status::Ok) << size;
     ASSERT_TRUE(std::ranges::equal(outcome.bytes, std::span(data).first(size))) << size;
   }
 }
 
 TEST(DamagedData, CutAnywhereGivesTheBytesBeforeTheCut) {
   const Bytes data = TextData(2500);
-  for (const Method method : {Method::lh5, Method::lh7}) {
+  for (const Method method : {Method::Lh5, Method::Lh7}) {
     Bytes packed = Encode(method, data);
     while (!packed.empty()) {
       packed.pop_back();
       ASSERT_NO_FATAL_FAILURE(ExpectLikeSlowDecoder(method, packed, data.size())) << packed.size();
     }
-    EXPECT_EQ(DecodeGuarded(method, packed, data.size()).status, Status::truncated);
+    EXPECT_EQ(DecodeGuarded(method, packed, data.size()).status, Status::Truncated);
   }
 }
 
 TEST(DamagedData, ChangedInOneBitDoesNoHarm) {
   const Bytes data = MixedData(1500);
-  for (const Method method : {Method::lh5, Method::lh7}) {
+  for (const Method method : {Method::Lh5, Method::Lh7}) {
     Bytes packed = Encode(method, data);
     for (std::size_t bit = 0; bit < packed.size() * 8; ++bit) {
       const auto mask = static_cast<std::uint8_t>(1U << bit % 8);
@@ -130,7 +130,7 @@ TEST(DamagedData, OfAnyKindIsReadAsTheSlowDecoderDoes) {
     Bytes packed(noise.begin() + static_cast<std::ptrdiff_t>(i),
                  noise.begin() + static_cast<std::ptrdiff_t>(i + 100));
     packed[2] = static_cast<std::uint8_t>(packed[2] & 0x07);  // often a single tree symbol
-    ASSERT_NO_FATAL_FAILURE(ExpectLikeSlowDecoder(Method::lhx, packed, 5000)) << i;
+    ASSERT_NO_FATAL_FAILURE(ExpectLikeSlowDecoder(Method::Lhx, packed, 5000)) << i;
   }
 }
 

@@ -23,15 +23,15 @@ const std::string kWorkedText = "abcabcabcabcabc";
 
 std::string DecodeText(Method method, const Bytes& packed, std::size_t size) {
   Bytes target(size);
-  EXPECT_EQ(Decode(method, packed, target), Status::ok);
+  EXPECT_EQ(Decode(method, packed, target), Status::Ok);
   return {target.begin(), target.end()};
 }
 
 TEST(Decode, UnpacksTheWorkedExampleAlsoWithoutItsLastZeroByte) {
   Bytes packed = kWorkedExample;
-  EXPECT_EQ(DecodeText(Method::lh5, packed, 15), kWorkedText);
+  EXPECT_EQ(DecodeText(Method::Lh5, packed, 15), kWorkedText);
   packed.pop_back();
-  EXPECT_EQ(DecodeText(Method::lh5, packed, 15), kWorkedText);
+  EXPECT_EQ(DecodeText(Method::Lh5, packed, 15), kWorkedText);
 }
 
 struct HandMadeBlock {
@@ -59,18 +59,18 @@ TEST(Decode, UnpacksBlocksOfUnusualShape) {
   for (const HandMadeBlock& block : kHandMadeBlocks) {
     SCOPED_TRACE(block.name);
     const Bytes packed = BitComposer().Picture(block.bits).Bytes();
-    EXPECT_EQ(DecodeText(Method::lh5, packed, block.text.size()), block.text);
+    EXPECT_EQ(DecodeText(Method::Lh5, packed, block.text.size()), block.text);
   }
 }
 
 TEST(Decode, AgreesWithTheSlowDecoderOnRandomStreams) {
-  for (const Method method : {Method::lh4, Method::lh5, Method::lh6, Method::lh7, Method::lhx}) {
+  for (const Method method : {Method::Lh4, Method::Lh5, Method::Lh6, Method::Lh7, Method::Lhx}) {
     for (unsigned seed = 0; seed < 100; ++seed) {
       const RandomStream stream = MakeRandomStream(method, seed);
       const SlowResult slow = SlowDecode(method, stream.packed, stream.size);
-      ASSERT_EQ(slow.status, Status::ok) << seed;
+      ASSERT_EQ(slow.status, Status::Ok) << seed;
       Bytes target(stream.size);
-      ASSERT_EQ(Decode(method, stream.packed, target), Status::ok) << seed;
+      ASSERT_EQ(Decode(method, stream.packed, target), Status::Ok) << seed;
       ASSERT_TRUE(target == slow.bytes) << seed;
     }
   }
@@ -78,22 +78,22 @@ TEST(Decode, AgreesWithTheSlowDecoderOnRandomStreams) {
 
 TEST(Decode, CopiesStoredData) {
   const Bytes data = TextData(300000);
-  for (const Method method : {Method::lh0, Method::lz4, Method::pm0}) {
+  for (const Method method : {Method::Lh0, Method::Lz4, Method::Pm0}) {
     Bytes target(data.size());
-    EXPECT_EQ(Decode(method, data, target), Status::ok);
+    EXPECT_EQ(Decode(method, data, target), Status::Ok);
     EXPECT_TRUE(target == data);
     target.resize(data.size() + 1);
     std::size_t done = 0;
-    EXPECT_EQ(Decode(method, data, target, {}, &done), Status::truncated);
+    EXPECT_EQ(Decode(method, data, target, {}, &done), Status::Truncated);
     EXPECT_EQ(done, data.size());
   }
-  EXPECT_EQ(Decode(Method::lhd, {}, {}), Status::ok);
+  EXPECT_EQ(Decode(Method::Lhd, {}, {}), Status::Ok);
 }
 
 TEST(Decode, TellsItsProgressInSmallStepsAndStopsWhenToldTo) {
   const Bytes data = MixedData(1000000);
-  for (const Method method : {Method::lh0, Method::lh5}) {
-    const Bytes packed = method == Method::lh0 ? data : Encode(method, data, Effort::fast);
+  for (const Method method : {Method::Lh0, Method::Lh5}) {
+    const Bytes packed = method == Method::Lh0 ? data : Encode(method, data, Effort::fast);
     Bytes target(data.size());
     std::vector<std::size_t> told;
     std::size_t stopAt = data.size();
@@ -102,7 +102,7 @@ TEST(Decode, TellsItsProgressInSmallStepsAndStopsWhenToldTo) {
       told.push_back(done);
       return done < stopAt;
     };
-    EXPECT_EQ(Decode(method, packed, target, tell), Status::ok);
+    EXPECT_EQ(Decode(method, packed, target, tell), Status::Ok);
     told.push_back(data.size());
     EXPECT_EQ(told.front(), 0U);
     for (std::size_t i = 1; i < told.size(); ++i) {
@@ -112,7 +112,7 @@ TEST(Decode, TellsItsProgressInSmallStepsAndStopsWhenToldTo) {
 
     stopAt = 300000;
     std::size_t done = 0;
-    EXPECT_EQ(Decode(method, packed, target, tell, &done), Status::cancelled);
+    EXPECT_EQ(Decode(method, packed, target, tell, &done), Status::Cancelled);
     EXPECT_EQ(done, told.back());
     EXPECT_LT(done, stopAt + 256 * 1024);
   }

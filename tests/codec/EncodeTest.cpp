@@ -18,14 +18,14 @@ constexpr std::size_t kChunk = std::size_t{256} * 1024;  // what the encoder wor
 void ExpectRoundTrip(Method method, const Bytes& data, Effort effort) {
   const Bytes packed = Encode(method, data, effort);
   Bytes target(data.size());
-  ASSERT_EQ(Decode(method, packed, target), Status::ok);
+  ASSERT_EQ(Decode(method, packed, target), Status::Ok);
   ASSERT_TRUE(target == data);
 }
 
 // The slow decoder also looks for broken rules.
 void ExpectGoodStream(Method method, const Bytes& data, Effort effort) {
   const SlowResult slow = SlowDecode(method, Encode(method, data, effort), data.size());
-  ASSERT_EQ(slow.status, Status::ok);
+  ASSERT_EQ(slow.status, Status::Ok);
   ASSERT_TRUE(slow.bytes == data);
   ASSERT_THAT(slow.brokenRules, testing::IsEmpty());
 }
@@ -85,27 +85,27 @@ TEST_P(Encoding, DependsOnNeitherPiecesNorMembersBefore) {
 std::string NameOf(const testing::TestParamInfo<MethodAndEffort>& info) {
   constexpr const char* kMethods[] = {"lh4", "lh5", "lh6", "lh7"};
   constexpr const char* kEfforts[] = {"Fast", "Normal", "Best"};
-  const auto method = static_cast<int>(std::get<0>(info.param)) - static_cast<int>(Method::lh4);
+  const auto method = static_cast<int>(std::get<0>(info.param)) - static_cast<int>(Method::Lh4);
   return std::string(kMethods[method]) + kEfforts[static_cast<int>(std::get<1>(info.param))];
 }
 
 INSTANTIATE_TEST_SUITE_P(All, Encoding,
-                         testing::Values(MethodAndEffort{Method::lh4, Effort::normal},
-                                         MethodAndEffort{Method::lh5, Effort::fast},
-                                         MethodAndEffort{Method::lh5, Effort::normal},
-                                         MethodAndEffort{Method::lh5, Effort::best},
-                                         MethodAndEffort{Method::lh6, Effort::normal},
-                                         MethodAndEffort{Method::lh7, Effort::best}),
+                         testing::Values(MethodAndEffort{Method::Lh4, Effort::normal},
+                                         MethodAndEffort{Method::Lh5, Effort::fast},
+                                         MethodAndEffort{Method::Lh5, Effort::normal},
+                                         MethodAndEffort{Method::Lh5, Effort::best},
+                                         MethodAndEffort{Method::Lh6, Effort::normal},
+                                         MethodAndEffort{Method::Lh7, Effort::best}),
                          NameOf);
 
 // Bounds far from what is reached today, but near enough to notice a search or a code gone wrong.
 TEST(Encode, PacksAsWellAsTheMethodsCan) {
-  EXPECT_LT(Encode(Method::lh5, Bytes(1 << 20, std::uint8_t{0})).size(), 400U);
-  EXPECT_LT(Encode(Method::lh5, RandomData(1 << 18)).size(), (1U << 18) + 600);
+  EXPECT_LT(Encode(Method::Lh5, Bytes(1 << 20, std::uint8_t{0})).size(), 400U);
+  EXPECT_LT(Encode(Method::Lh5, RandomData(1 << 18)).size(), (1U << 18) + 600);
   const Bytes text = TextData(200000);
-  const std::size_t fast = Encode(Method::lh5, text, Effort::fast).size();
-  const std::size_t normal = Encode(Method::lh5, text, Effort::normal).size();
-  const std::size_t best = Encode(Method::lh5, text, Effort::best).size();
+  const std::size_t fast = Encode(Method::Lh5, text, Effort::fast).size();
+  const std::size_t normal = Encode(Method::Lh5, text, Effort::normal).size();
+  const std::size_t best = Encode(Method::Lh5, text, Effort::best).size();
   EXPECT_LT(fast, text.size() / 3);
   EXPECT_LT(normal, fast);
   EXPECT_LT(best, normal);
@@ -116,13 +116,13 @@ TEST(Encode, UsesTheWholeWindow) {
   const Bytes noise = RandomData(30000);
   Bytes data = noise;
   data.insert(data.end(), noise.begin(), noise.end());
-  EXPECT_GT(Encode(Method::lh5, data).size(), 59000U);
-  EXPECT_LT(Encode(Method::lh6, data).size(), 31000U);
-  EXPECT_LT(Encode(Method::lh7, data).size(), 31000U);
+  EXPECT_GT(Encode(Method::Lh5, data).size(), 59000U);
+  EXPECT_LT(Encode(Method::Lh6, data).size(), 31000U);
+  EXPECT_LT(Encode(Method::Lh7, data).size(), 31000U);
 }
 
 TEST(Encode, RefusesMethodsWithoutAnEncoder) {
-  for (const Method method : {Method::lh0, Method::lh1, Method::lhx, Method::lhd}) {
+  for (const Method method : {Method::Lh0, Method::Lh1, Method::Lhx, Method::Lhd}) {
     EXPECT_THROW(Encoder{method}, std::invalid_argument);
   }
 }

@@ -122,10 +122,10 @@ RandomStream MakeRandomStream(Method method, unsigned seed) {
   Random random(seed);
   BitComposer out;
   std::size_t size = 0;
-  const bool narrow = method == Method::lh4 || method == Method::lh5;
+  const bool narrow = method == Method::Lh4 || method == Method::Lh5;
   const std::size_t distanceSymbols = narrow                  ? 14
-                                      : method == Method::lh6 ? 16
-                                      : method == Method::lh7 ? 17
+                                      : method == Method::Lh6 ? 16
+                                      : method == Method::Lh7 ? 17
                                                               : 21;
   for (std::size_t blocks = Pick(random, 1, 4); blocks != 0; --blocks) {
     const RandomCode itemCode = MakeRandomCode(random, 510);

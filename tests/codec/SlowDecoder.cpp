@@ -18,13 +18,13 @@ struct Numbers {
 
 Numbers NumbersOf(Method method) {
   switch (method) {
-    case Method::lh4:
+    case Method::Lh4:
       return {4096, 4, 14};
-    case Method::lh5:
+    case Method::Lh5:
       return {8192, 4, 14};
-    case Method::lh6:
+    case Method::Lh6:
       return {32768, 5, 16};
-    case Method::lh7:
+    case Method::Lh7:
       return {65536, 5, 17};
     default:
       return {524288, 5, 21};
@@ -56,7 +56,7 @@ class SlowCode {
         ++code;
       }
     }
-    if (sum != 1) throw Failure{Status::damaged};
+    if (sum != 1) throw Failure{Status::Damaged};
   }
 
   void Clear() { levels = {}; }
@@ -95,7 +95,7 @@ class SlowDecoder {
       CheckEnd();
     } catch (const Failure& failure) {
       const bool pastEnd = bitsRead > packed.size() * 8;
-      result.status = pastEnd ? Status::truncated : failure.status;
+      result.status = pastEnd ? Status::Truncated : failure.status;
     }
     return std::move(result);
   }
@@ -111,7 +111,7 @@ class SlowDecoder {
     return value;
   }
   void Require(bool good) {
-    if (!good) throw Failure{Status::damaged};
+    if (!good) throw Failure{Status::Damaged};
   }
   void Rule(bool kept, const char* text) {
     if (!kept) result.brokenRules.emplace_back(text);
@@ -135,7 +135,7 @@ class SlowDecoder {
   }
 
   void RequireInput() {
-    if (bitsRead > packed.size() * 8 + 32) throw Failure{Status::truncated};
+    if (bitsRead > packed.size() * 8 + 32) throw Failure{Status::Truncated};
   }
 
   unsigned SmallLength() {

@@ -16,7 +16,7 @@ namespace kozor::codec {
 using Bytes = std::vector<std::uint8_t>;
 
 struct SlowResult {
-  Status status = Status::ok;
+  Status status = Status::Ok;
   Bytes bytes;                           // what was unpacked
   std::vector<std::string> brokenRules;  // of those for writers; only looked for if all went well
 };

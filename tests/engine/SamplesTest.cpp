@@ -56,8 +56,8 @@ std::vector<Sample> ReadManifest() {
 bool IsDecodable(const std::string& method) {
   if (method == "-") return true;  // no member is listed
   const std::vector<std::string> ids = {"-lh0-", "-lh1-", "-lh2-", "-lh3-", "-lh4-", "-lh5-",
-                                        "-lh6-", "-lh7-", "-lhx-", "-lzs-", "-lz4-", "-lz5-",
-                                        "-pm0-", "-pm1-", "-pm2-", "-lhd-"};
+                                        "-lh6-", "-lh7-", "-lhx-", "-lk7-", "-lzs-", "-lz4-",
+                                        "-lz5-", "-pm0-", "-pm1-", "-pm2-", "-lhd-"};
   const auto found = std::ranges::find(ids, method);  // in the order of codec::Method
   return found != ids.end() && codec::CanDecode(static_cast<codec::Method>(found - ids.begin()));
 }
