@@ -1,0 +1,246 @@
+// PowerLossTest.cpp - what is on the disk when the power goes in the middle of a change.
+//
+// The change runs once with its writes, truncations, flushes and renames recorded.  Then every
+// state is built that a disk could be in after a loss of power at any moment, and the archive in it
+// is read: it must hold the old members or the new ones.
+//
+// The model of the disk: what was flushed is there.  Of the later changes to a file's data any may
+// be there and any may be missing, and a write may be cut in half.  Changes of names reach the disk
+// in their order, at the latest when their directory is flushed.
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <map>
+#include <memory>
+#include <set>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "tests/support/TestFolder.h"
+
+namespace kozor::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+// One line of the log that FaultyCalls.cpp writes, with the bytes after it.
+struct Change {
+  std::string verb;
+  std::size_t number = 0;  // offset of a write, size after a truncation
+  std::string bytes;
+  std::string path;
+  std::string newPath;
+};
+
+std::vector<Change> ReadLog(const fs::path& path) {
+  std::ifstream log(path, std::ios::binary);
+  std::vector<Change> changes;
+  for (std::string line; std::getline(log, line);) {
+    std::istringstream fields(line);
+    Change change;
+    std::string number;
+    std::string count;
+    std::getline(fields, change.verb, '\t');
+    std::getline(fields, number, '\t');
+    std::getline(fields, count, '\t');
+    std::getline(fields, change.path, '\t');
+    std::getline(fields, change.newPath, '\t');
+    change.number = std::stoull(number);
+    change.bytes.resize(std::stoull(count));
+    log.read(change.bytes.data(), static_cast<std::streamsize>(change.bytes.size()));
+    changes.push_back(change);
+  }
+  return changes;
+}
+
+// A file as the disk knows it: what is surely there, and what may be.
+struct File {
+  std::string flushed;
+  std::vector<Change> pending;
+};
+
+void Apply(std::string& bytes, const Change& change) {
+  if (change.verb == "truncate") {
+    bytes.resize(change.number);
+    return;
+  }
+  bytes.resize(std::max(bytes.size(), change.number + change.bytes.size()));
+  bytes.replace(change.number, change.bytes.size(), change.bytes);
+}
+
+// Everything that a file can read as after a loss of power: no, all, one, all but one, and all up
+// to one of the pending changes, and each cut in half as the last.
+std::set<std::string> PossibleContents(const File& file) {
+  const std::size_t count = file.pending.size();
+  std::set<std::string> contents;
+  const auto add = [&](const auto& isThere) {
+    std::string bytes = file.flushed;
+    for (std::size_t i = 0; i < count; ++i) {
+      if (isThere(i)) Apply(bytes, file.pending[i]);
+    }
+    contents.insert(bytes);
+  };
+  add([](std::size_t) { return true; });
+  for (std::size_t one = 0; one < count; ++one) {
+    add([&](std::size_t i) { return i == one; });
+    add([&](std::size_t i) { return i != one; });
+    add([&](std::size_t i) { return i < one; });
+    std::string torn = file.flushed;
+    for (std::size_t i = 0; i < one; ++i) Apply(torn, file.pending[i]);
+    Change half = file.pending[one];
+    if (half.verb != "write") continue;
+    half.bytes.resize(half.bytes.size() / 2);
+    Apply(torn, half);
+    contents.insert(torn);
+  }
+  return contents;
+}
+
+using Names = std::map<std::string, std::shared_ptr<File>>;
+
+// A disk on which the recorded changes happen.
+class Disk {
+ public:
+  explicit Disk(const Names& names) : current(names), onDisk(names) {}
+
+  void Do(const Change& change) {
+    if (change.verb == "create" || change.verb == "rename" || change.verb == "link" ||
+        change.verb == "remove") {
+      ChangeNames(current, change, change.verb == "create" ? std::make_shared<File>() : nullptr);
+      return;
+    }
+    const auto found = current.find(change.path);
+    if (found == current.end()) {  // a directory, the only other thing that is flushed
+      if (change.verb == "flush") FlushDirectory();
+      return;
+    }
+    File& file = *found->second;
+    if (change.verb != "flush") {
+      file.pending.push_back(change);
+      return;
+    }
+    for (const Change& pending : file.pending) Apply(file.flushed, pending);
+    file.pending.clear();
+  }
+
+  // All that a path can lead to if the power goes now.  `missing` tells whether it can lead
+  // nowhere.
+  std::set<std::string> PossibleContentsOf(const std::string& path, bool& missing) const {
+    std::set<std::string> contents;
+    Names names = onDisk;
+    for (std::size_t done = 0;; ++done) {
+      const auto found = names.find(path);
+      if (found == names.end()) {
+        missing = true;
+      } else {
+        contents.merge(PossibleContents(*found->second));
+      }
+      if (done == pendingNames.size()) return contents;
+      names = pendingNames[done];
+    }
+  }
+
+ private:
+  void ChangeNames(Names& names, const Change& change, const std::shared_ptr<File>& made) {
+    if (change.verb == "create") {
+      names[change.path] = made;
+    } else {
+      const std::shared_ptr<File> file = names.contains(change.path) ? names[change.path] : nullptr;
+      if (change.verb != "link") names.erase(change.path);
+      if (change.verb != "remove" && file != nullptr) names[change.newPath] = file;
+    }
+    pendingNames.push_back(names);
+  }
+  void FlushDirectory() {
+    onDisk = current;
+    pendingNames.clear();
+  }
+
+  Names current;                    // as running programs see them
+  Names onDisk;                     // as they surely are after a loss of power
+  std::vector<Names> pendingNames;  // the states since, in their order
+};
+
+struct Row {
+  const char* name;
+  const char* words;
+};
+
+class PowerLoss : public testing::TestWithParam<Row> {
+ protected:
+  std::string InFolder(const std::string& command) const {
+    return "cd '" + folder.Path("now").string() + "' && " + command;
+  }
+  static std::string Kozor(const std::string& words) { return "'" KOZOR_PROGRAM "' " + words; }
+
+  // What an archive of these bytes holds, as the program extracts it; a reason if it is damaged.
+  std::string Reading(const std::string& bytes) {
+    const auto [known, isNew] = readings.try_emplace(bytes);
+    if (!isNew) return known->second;
+    folder.WriteFile("crashed/a.lzh", bytes);
+    const CommandResult result = RunCommand(
+        "cd '" + folder.Path("crashed").string() + "' && rm -rf out && mkdir out && " +
+        Kozor("extract a.lzh -d out") + " && find out -type f -exec cksum {} + | sort -k 3");
+    known->second = std::to_string(result.status) + "\n" + result.output;
+    return known->second;
+  }
+
+  std::string Slurp(const std::string& name) const {
+    const Bytes bytes = folder.ReadFile(name);
+    return {bytes.begin(), bytes.end()};
+  }
+
+  TestFolder folder;
+  std::map<std::string, std::string> readings;  // by the archive's bytes
+};
+
+TEST_P(PowerLoss, LeavesTheOldArchiveOrTheNew) {
+  MakeTree(folder, "now/src", {{"a.txt", 100}, {"b.bin", 150000}, {"c.txt", 3000}});
+  MakeTree(folder, "now/more", {{"a.txt", 70000}, {"d.txt", 5000}});
+  ASSERT_EQ(RunCommand(InFolder(Kozor("add a.lzh -C src ."))).status, 0);
+  const std::string before = Slurp("now/a.lzh");
+  const std::string log = folder.Path("log").string();
+  const CommandResult run = RunCommand(InFolder(
+      "KOZOR_DISK='" + log + "' LD_PRELOAD='" KOZOR_FAULTY_CALLS "' " + Kozor(GetParam().words)));
+  ASSERT_EQ(run.status, 0) << run.output;
+  const std::string oldReading = Reading(before);
+  const std::string newReading = Reading(Slurp("now/a.lzh"));
+  ASSERT_NE(oldReading, newReading);
+
+  const std::string path = folder.Path("now/a.lzh").string();
+  auto archive = std::make_shared<File>();
+  archive->flushed = before;
+  Disk disk({{path, archive}});
+  const std::vector<Change> changes = ReadLog(log);
+  ASSERT_GT(changes.size(), 3U);
+  bool canBeMissing = false;
+  for (std::size_t i = 0; i <= changes.size(); ++i) {
+    for (const std::string& bytes : disk.PossibleContentsOf(path, canBeMissing)) {
+      const std::string reading = Reading(bytes);
+      ASSERT_TRUE(reading == oldReading || reading == newReading)
+          << "after " << i << " of " << changes.size() << " changes:\n"
+          << reading;
+    }
+    ASSERT_FALSE(canBeMissing) << "after " << i << " of " << changes.size() << " changes";
+    if (i < changes.size()) disk.Do(changes[i]);
+  }
+  std::string last;
+  for (const std::string& bytes : disk.PossibleContentsOf(path, canBeMissing))
+    last = Reading(bytes);
+  EXPECT_EQ(last, newReading) << "the change is not on the disk when the program ends";
+  std::printf("%zu changes, %zu archives read\n", changes.size(), readings.size());
+}
+
+INSTANTIATE_TEST_SUITE_P(Program, PowerLoss,
+                         testing::Values(Row{"Append", "add a.lzh -C more d.txt"},
+                                         Row{"Replace", "add --overwrite a.lzh -C more ."},
+                                         Row{"New", "add --new a.lzh -C more ."},
+                                         Row{"FromMemory", "add a.lzh --stdin e < src/b.bin"},
+                                         Row{"InWorkDirectory",
+                                             "add --overwrite --work-dir /dev/shm a.lzh -C more ."},
+                                         Row{"Delete", "delete a.lzh b.bin"}),
+                         [](const auto& instance) { return std::string(instance.param.name); });
+
+}  // namespace
+}  // namespace kozor::test
