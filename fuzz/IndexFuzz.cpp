@@ -23,7 +23,7 @@ void Check(const ArchiveIndex& index, std::uint64_t fileBytes) {
     Require(member.offset >= end);
     end = member.EndOffset();
     Require(member.headerBytes > 0 && end <= fileBytes);
-    if (member.kind != MemberKind::hidden) Require(index.FindExactly(member.name).has_value());
+    if (member.kind != MemberKind::Unlisted) Require(index.FindExactly(member.name).has_value());
   }
   Require(index.EndOffset() == end);
 }

@@ -32,16 +32,16 @@ ArchiveHandles::Entry* ArchiveHandles::Lookup(HARC handle) {
 
 ArchiveHandles::Found ArchiveHandles::Advance(Entry& entry, UnlhaMemberRecord& record) {
   entry.current = entry.search ? entry.search->Next() : std::nullopt;
-  if (!entry.current) return Found::none;
+  if (!entry.current) return Found::None;
   FillMemberRecord(entry.index->Members()[*entry.current], record);
-  return Found::member;
+  return Found::Member;
 }
 
 ArchiveHandles::Found ArchiveHandles::FindFirst(HARC handle, std::string_view text,
                                                 UnlhaMemberRecord& record) {
   const std::scoped_lock lock(mutex);
   Entry* entry = Lookup(handle);
-  if (entry == nullptr) return Found::invalidHandle;
+  if (entry == nullptr) return Found::InvalidHandle;
   entry->search.emplace(*entry->index, text, entry->depth);
   return Advance(*entry, record);
 }
@@ -49,7 +49,7 @@ ArchiveHandles::Found ArchiveHandles::FindFirst(HARC handle, std::string_view te
 ArchiveHandles::Found ArchiveHandles::FindNext(HARC handle, UnlhaMemberRecord& record) {
   const std::scoped_lock lock(mutex);
   Entry* entry = Lookup(handle);
-  return entry == nullptr ? Found::invalidHandle : Advance(*entry, record);
+  return entry == nullptr ? Found::InvalidHandle : Advance(*entry, record);
 }
 
 std::optional<std::uint16_t> ArchiveHandles::Attribute(HARC handle) {

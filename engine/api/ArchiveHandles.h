@@ -23,7 +23,7 @@ class ArchiveHandles {
   HARC Add(std::shared_ptr<const container::ArchiveIndex> index, Depth depth);
   bool Remove(HARC handle);
 
-  enum class Found { member, none, invalidHandle };
+  enum class Found { Member, None, InvalidHandle };
   Found FindFirst(HARC handle, std::string_view text, UnlhaMemberRecord& record);
   // Finds nothing before FindFirst.
   Found FindNext(HARC handle, UnlhaMemberRecord& record);

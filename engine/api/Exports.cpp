@@ -15,11 +15,11 @@
 namespace {
 
 using kozor::api::ArchiveHandles;
-using kozor::container::Code;
 using kozor::container::Failure;
+using kozor::container::ResultCode;
 
 constexpr int kNoMember = -1;
-constexpr int kInvalidHandle = static_cast<int>(Code::invalidHandle);
+constexpr int kInvalidHandle = static_cast<int>(ResultCode::InvalidHandle);
 constexpr std::uint32_t kSearchBelow = 0x200;  // mode bit of UnlhaOpenArchive
 
 // What the module keeps while it is loaded.
@@ -36,7 +36,7 @@ ProcessState state;
 class Run {
  public:
   Run() {
-    if (state.isRunning.exchange(true)) throw Failure(Code::alreadyRunning);
+    if (state.isRunning.exchange(true)) throw Failure(ResultCode::AlreadyRunning);
   }
   ~Run() { state.isRunning = false; }
   Run(const Run&) = delete;
@@ -48,13 +48,13 @@ template <typename Work>
 int CodeOf(Work work) noexcept {
   try {
     work();
-    return static_cast<int>(Code::ok);
+    return static_cast<int>(ResultCode::Ok);
   } catch (const Failure& failure) {
     return static_cast<int>(failure.code);
   } catch (const std::exception&) {  // std::bad_alloc, or a size that no container can have
-    return static_cast<int>(Code::notEnoughMemory);
+    return static_cast<int>(ResultCode::NotEnoughMemory);
   } catch (...) {  // only a callback throws anything else
-    return static_cast<int>(Code::cancelled);
+    return static_cast<int>(ResultCode::Cancelled);
   }
 }
 
@@ -69,11 +69,11 @@ kozor::commands::ProgressListener Listener() {
 
 int ResultOf(ArchiveHandles::Found found) {
   switch (found) {
-    case ArchiveHandles::Found::member:
+    case ArchiveHandles::Found::Member:
       return 0;
-    case ArchiveHandles::Found::none:
+    case ArchiveHandles::Found::None:
       return kNoMember;
-    case ArchiveHandles::Found::invalidHandle:
+    case ArchiveHandles::Found::InvalidHandle:
       break;
   }
   return kInvalidHandle;
@@ -95,8 +95,8 @@ int WINAPI Unlha(HWND, const char* command, char*, std::uint32_t) {
 int WINAPI UnlhaCheckArchive(const char* path, int) {
   const int code = CodeOf([&] {
     kozor::container::File file;
-    if (path == nullptr || !file.Open(path, kozor::container::File::Mode::read)) {
-      throw Failure(Code::archiveNotOpened);
+    if (path == nullptr || !file.Open(path, kozor::container::File::Mode::Read)) {
+      throw Failure(ResultCode::ArchiveNotOpened);
     }
     kozor::container::BufferedFile source(file);
     kozor::container::FindFirstHeader(source);
@@ -122,8 +122,8 @@ int WINAPI UnlhaSetCursorMode(int mode) {
 HARC WINAPI UnlhaOpenArchive(HWND, const char* path, std::uint32_t mode) {
   HARC handle = nullptr;
   CodeOf([&] {
-    const auto depth = (mode & kSearchBelow) != 0 ? ArchiveHandles::Depth::andBelow
-                                                  : ArchiveHandles::Depth::thisDirectory;
+    const auto depth = (mode & kSearchBelow) != 0 ? ArchiveHandles::Depth::AndBelow
+                                                  : ArchiveHandles::Depth::ThisDirectory;
     if (path != nullptr) handle = state.handles.Add(state.archiver.IndexOf(path), depth);
   });
   return handle;
@@ -135,14 +135,14 @@ int WINAPI UnlhaCloseArchive(HARC archive) {
 
 int WINAPI UnlhaFindFirst(HARC archive, const char* text, UnlhaMemberRecord* record) {
   if (text == nullptr || record == nullptr) return kNoMember;
-  auto found = ArchiveHandles::Found::none;
+  auto found = ArchiveHandles::Found::None;
   const int code = CodeOf([&] { found = state.handles.FindFirst(archive, text, *record); });
   return code != 0 ? code : ResultOf(found);
 }
 
 int WINAPI UnlhaFindNext(HARC archive, UnlhaMemberRecord* record) {
   if (record == nullptr) return kNoMember;
-  auto found = ArchiveHandles::Found::none;
+  auto found = ArchiveHandles::Found::None;
   const int code = CodeOf([&] { found = state.handles.FindNext(archive, *record); });
   return code != 0 ? code : ResultOf(found);
 }
@@ -175,7 +175,7 @@ int WINAPI UnlhaCompressMem(HWND, const char* command, const std::uint8_t* data,
   std::uint32_t packedBytes = 0;
   const int code = CodeOf([&] {
     const Run run;
-    if (data == nullptr && size != 0) throw Failure(Code::cannotRead);
+    if (data == nullptr && size != 0) throw Failure(ResultCode::CannotRead);
     if (size != 0) member.data = {data, size};
     packedBytes =
         state.archiver.CompressFromMemory(command != nullptr ? command : "", member, Listener());

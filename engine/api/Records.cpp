@@ -38,11 +38,11 @@ void PutName(const std::string& name, char* field, std::size_t limit, std::size_
 
 UINT StateNumber(commands::ProgressEvent::State state) {
   switch (state) {
-    case commands::ProgressEvent::State::fileBegins:
+    case commands::ProgressEvent::State::FileBegins:
       return 0;
-    case commands::ProgressEvent::State::underWay:
+    case commands::ProgressEvent::State::UnderWay:
       return 1;
-    case commands::ProgressEvent::State::fileEnds:
+    case commands::ProgressEvent::State::FileEnds:
       break;
   }
   return 6;

@@ -9,10 +9,10 @@
 namespace kozor::commands {
 namespace {
 
-using container::Code;
 using container::Failure;
 using container::File;
 using container::NewMember;
+using container::ResultCode;
 
 constexpr std::uint16_t kFileAttributes = 0x27;  // read-only, hidden, system, archive
 constexpr std::uint16_t kDirectoryAttribute = 0x10;
@@ -29,7 +29,7 @@ std::optional<std::size_t> ReplacedBy(const Source& source, const container::Arc
 
 container::FileFacts FactsOf(const Source& source) {
   File file;
-  if (!file.Open(source.path, File::Mode::facts)) throw Failure(Code::fileNotOpened);
+  if (!file.Open(source.path, File::Mode::Facts)) throw Failure(ResultCode::FileNotOpened);
   return file.Facts();
 }
 
@@ -86,7 +86,7 @@ void Archiver::Add(const CommandLine& line, const ProgressListener& listener) {
         continue;
       }
       File file;
-      if (!file.Open(source.path, File::Mode::read)) throw Failure(Code::fileNotOpened);
+      if (!file.Open(source.path, File::Mode::Read)) throw Failure(ResultCode::FileNotOpened);
       const container::FileFacts facts = file.Facts();
       if (change.IsArchiveItself(facts.stamp)) continue;
       NewMember member = DescribeSource(source, facts, change.Index());
@@ -98,7 +98,7 @@ void Archiver::Add(const CommandLine& line, const ProgressListener& listener) {
       progress.End(member.originalBytes);
       isAnyAdded = true;
     }
-    if (!isAnyAdded) throw Failure(Code::notFound);
+    if (!isAnyAdded) throw Failure(ResultCode::NotFound);
     writeDirectories();
   });
 }

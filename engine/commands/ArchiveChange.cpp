@@ -9,16 +9,16 @@
 namespace kozor::commands {
 namespace {
 
-using container::Code;
 using container::Failure;
+using container::ResultCode;
 
 // Why an archive that is there could not be opened for writing.
-Code OpenFailureCode(DWORD error, const std::string& path) {
+ResultCode OpenFailureCode(DWORD error, const std::string& path) {
   const DWORD attributes = GetFileAttributesA(path.c_str());
   const bool isFile =
       attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) == 0;
   const bool isProtected = error == ERROR_ACCESS_DENIED || error == ERROR_WRITE_PROTECT;
-  return isProtected && isFile ? Code::archiveReadOnly : Code::archiveNotOpened;
+  return isProtected && isFile ? ResultCode::ArchiveReadOnly : ResultCode::ArchiveNotOpened;
 }
 
 // A new archive takes the place of what a link points to, not of the link.
@@ -32,7 +32,7 @@ bool IsLink(const std::string& path) {
 ArchiveChange::ArchiveChange(container::IndexCache& cache, const CommandLine& commandLine)
     : indexes(cache), line(commandLine) {
   archive.path = line.Archive();
-  if (archive.file.Open(archive.path, container::File::Mode::update)) {
+  if (archive.file.Open(archive.path, container::File::Mode::Update)) {
     if (IsLink(archive.path)) archive.path = archive.file.FinalPath();
     archive.index = indexes.Get(archive.path, archive.file);
     stampOfArchive = archive.file.Facts().stamp;

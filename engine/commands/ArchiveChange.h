@@ -15,8 +15,8 @@ namespace kozor::commands {
 class ArchiveChange {
  public:
   // Opens the archive of the line; one that does not exist counts as empty.  Throws
-  // Code::archiveNotOpened, Code::archiveReadOnly, Code::unknownKind for a program that goes on
-  // behind its archive, and what the reading of the index throws.
+  // ResultCode::ArchiveNotOpened, ResultCode::ArchiveReadOnly, ResultCode::UnknownKind for a
+  // program that goes on behind its archive, and what the reading of the index throws.
   ArchiveChange(container::IndexCache& cache, const CommandLine& commandLine);
 
   bool IsNew() const { return !archive.file.IsOpen(); }

@@ -6,7 +6,7 @@
 namespace kozor::commands {
 
 void Archiver::Run(std::string_view text, const ProgressListener& listener) {
-  const CommandLine line = ParseCommandLine(text, LineKind::withCommand);
+  const CommandLine line = ParseCommandLine(text, LineKind::WithCommand);
   if (line.command == "a") {
     Add(line, listener);
   } else if (line.command == "d") {
@@ -14,7 +14,7 @@ void Archiver::Run(std::string_view text, const ProgressListener& listener) {
   } else if (line.command == "s" && line.makesProgram) {
     Convert(line, listener);
   } else {
-    throw container::Failure(container::Code::unknownCommand);
+    throw container::Failure(container::ResultCode::UnknownCommand);
   }
 }
 

@@ -39,13 +39,15 @@ struct MemoryMember {
 // The index of an archive may be asked for on several threads; all else is for one at a time.
 class Archiver {
  public:
-  // Carries a command line out: `a`, `d` or `s -gw4`.  Throws Code::unknownCommand for others.
+  // Carries a command line out: `a`, `d` or `s -gw4`.  Throws ResultCode::UnknownCommand for
+  // others.
   void Run(std::string_view text, const ProgressListener& listener);
 
   // Unpacks the member that the line names.  What has been delivered stands in `result` also when
-  // this throws: Code::notFound, Code::notEnoughMemory when the buffer is too small for the member,
-  // Code::crcMismatch, Code::packedDataDamaged, Code::methodNotSupported, Code::cancelled, and what
-  // the reading of the archive throws.
+  // this throws: ResultCode::NotFound, ResultCode::NotEnoughMemory when the buffer is too small for
+  // the member, ResultCode::CrcMismatch, ResultCode::PackedDataDamaged,
+  // ResultCode::MethodNotSupported, ResultCode::Cancelled, and what the reading of the archive
+  // throws.
   void ExtractToMemory(std::string_view text, std::span<std::uint8_t> buffer,
                        const ProgressListener& listener, ExtractedMember& result);
 

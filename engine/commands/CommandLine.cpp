@@ -39,17 +39,17 @@ void ApplySwitch(const std::string& word, CommandLine& line) {
   if (word.starts_with("-w")) line.workDirectory = WorkDirectory(word.substr(2));
   if (word == "-d1") line.isDirectoryMode = true;
   if (word == "-gw4") line.makesProgram = true;
-  if (word == "-o5") line.method = NewMethod::lh5;
-  if (word == "-o6") line.method = NewMethod::lh6;
-  if (word == "-o7") line.method = NewMethod::lh7;
-  if (word == "-z1") line.method = NewMethod::stored;
+  if (word == "-o5") line.method = NewMethod::Lh5;
+  if (word == "-o6") line.method = NewMethod::Lh6;
+  if (word == "-o7") line.method = NewMethod::Lh7;
+  if (word == "-z1") line.method = NewMethod::Stored;
 }
 
 }  // namespace
 
 const std::string& CommandLine::Archive() const {
   if (operands.empty() || operands.front().empty()) {
-    throw container::Failure(container::Code::noFileName);
+    throw container::Failure(container::ResultCode::NoFileName);
   }
   return operands.front();
 }
@@ -58,7 +58,7 @@ CommandLine ParseCommandLine(std::string_view text, LineKind kind) {
   CommandLine line;
   std::vector<std::string> words = SplitWords(text);
   auto word = words.begin();
-  if (kind == LineKind::withCommand && word != words.end()) line.command = *word++;
+  if (kind == LineKind::WithCommand && word != words.end()) line.command = *word++;
   for (; word != words.end() && word->starts_with('-'); ++word) ApplySwitch(*word, line);
   line.operands.assign(std::make_move_iterator(word), std::make_move_iterator(words.end()));
   return line;

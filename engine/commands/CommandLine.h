@@ -7,22 +7,22 @@
 
 namespace kozor::commands {
 
-enum class NewMethod { lh5, lh6, lh7, stored };
+enum class NewMethod { Lh5, Lh6, Lh7, Stored };
 
 struct CommandLine {
   std::string command;  // "a", "d", "s"; empty in the lines of the memory calls
   std::string
       workDirectory;  // for temporaries, with a separator at its end; empty: beside the archive
-  NewMethod method = NewMethod::lh5;
+  NewMethod method = NewMethod::Lh5;
   bool isDirectoryMode = false;       // -d1
   bool makesProgram = false;          // -gw4
   std::vector<std::string> operands;  // the archive first
 
-  // Throws Code::noFileName when the line names no archive.
+  // Throws ResultCode::NoFileName when the line names no archive.
   const std::string& Archive() const;
 };
 
-enum class LineKind { withCommand, withoutCommand };
+enum class LineKind { WithCommand, WithoutCommand };
 
 // Words are separated by blanks; double quotes enclose, and are never part of, a word.  Words that
 // begin with '-' are switches up to the first operand, which is the archive; unknown ones are

@@ -12,9 +12,9 @@
 namespace kozor::commands {
 namespace {
 
-using container::Code;
 using container::Failure;
 using container::File;
+using container::ResultCode;
 using container::TemporaryArchive;
 
 // "C:\x\notes.lzh" gives "notes".
@@ -38,11 +38,11 @@ std::string TargetOf(const CommandLine& line) {
 // Throws where the target cannot be replaced by a program, the archive itself above all.
 void CheckTarget(const std::string& target, const File& archive) {
   File file;
-  if (!file.Open(target, File::Mode::facts)) return;
+  if (!file.Open(target, File::Mode::Facts)) return;
   const container::FileFacts facts = file.Facts();
-  if (facts.stamp.IsSameFile(archive.Facts().stamp)) throw Failure(Code::sameName);
-  if ((facts.attributes & FILE_ATTRIBUTE_DIRECTORY) != 0) throw Failure(Code::sameName);
-  if ((facts.attributes & FILE_ATTRIBUTE_READONLY) != 0) throw Failure(Code::readOnlyFile);
+  if (facts.stamp.IsSameFile(archive.Facts().stamp)) throw Failure(ResultCode::SameName);
+  if ((facts.attributes & FILE_ATTRIBUTE_DIRECTORY) != 0) throw Failure(ResultCode::SameName);
+  if ((facts.attributes & FILE_ATTRIBUTE_READONLY) != 0) throw Failure(ResultCode::ReadOnlyFile);
 }
 
 void MakeProgram(const std::string& path, const std::string& archive) {
@@ -53,12 +53,12 @@ void MakeProgram(const std::string& path, const std::string& archive) {
 
 void Archiver::Convert(const CommandLine& line, const ProgressListener& listener) {
   const auto stub = sfx::Stub();
-  if (stub.empty()) throw Failure(Code::unknownCommand);
+  if (stub.empty()) throw Failure(ResultCode::UnknownCommand);
   const std::string& path = line.Archive();
   File archive;
   const auto index = indexes.Open(path, archive);
-  if (index->PrefixBytes() != 0) throw Failure(Code::unknownKind);
-  if (index->Members().empty()) throw Failure(Code::notFound);
+  if (index->PrefixBytes() != 0) throw Failure(ResultCode::UnknownKind);
+  if (index->Members().empty()) throw Failure(ResultCode::NotFound);
   const std::string target = TargetOf(line);
   CheckTarget(target, archive);
 
@@ -81,7 +81,7 @@ void Archiver::Convert(const CommandLine& line, const ProgressListener& listener
   output.Flush();
   progress.End(done);
 
-  temporary.TakePlaceOf(target, TemporaryArchive::Target::isThere);
+  temporary.TakePlaceOf(target, TemporaryArchive::Target::IsThere);
   MakeProgram(target, path);  // a file that was replaced has passed its mode on
 }
 

@@ -10,17 +10,17 @@
 namespace kozor::commands {
 namespace {
 
-using container::Code;
 using container::Failure;
 using container::MemberSearch;
+using container::ResultCode;
 
 // Selects by one word: the member of that name, a directory with or without its '\', or all that a
 // mask means.
 void SelectByWord(const std::string& word, ArchiveChange& change) {
   const container::ArchiveIndex& index = change.Index();
   if (word.find_first_of("*?") != std::string::npos) {
-    MemberSearch search(index, word, MemberSearch::Depth::andBelow,
-                        MemberSearch::Kinds::filesAndDirectories);
+    MemberSearch search(index, word, MemberSearch::Depth::AndBelow,
+                        MemberSearch::Kinds::FilesAndDirectories);
     while (const auto position = search.Next()) change.Remove(*position);
     return;
   }
@@ -39,15 +39,15 @@ void SelectOlderOnes(ArchiveChange& change) {
   for (std::size_t i = 0; i < members.size(); ++i) {
     if (names.contains(members[i].name)) change.Remove(i);
   }
-  if (names.empty()) throw Failure(Code::notFound);
+  if (names.empty()) throw Failure(ResultCode::NotFound);
 }
 
 }  // namespace
 
 void Archiver::Delete(const CommandLine& line, const ProgressListener& listener) {
-  if (line.Archive().empty() || line.operands.size() < 2) throw Failure(Code::noFileName);
+  if (line.Archive().empty() || line.operands.size() < 2) throw Failure(ResultCode::NoFileName);
   ArchiveChange change(indexes, line);
-  if (change.IsNew()) throw Failure(Code::archiveNotFound);
+  if (change.IsNew()) throw Failure(ResultCode::ArchiveNotFound);
   std::for_each(line.operands.begin() + 1, line.operands.end(),
                 [&](const std::string& word) { SelectByWord(word, change); });
   SelectOlderOnes(change);

@@ -7,19 +7,19 @@ namespace kozor::commands {
 namespace {
 
 using container::ByteSpan;
-using container::Code;
 using container::Failure;
 using container::MemberOutput;
 using container::NewMember;
+using container::ResultCode;
 
 codec::Method CodecMethodOf(NewMethod method) {
   switch (method) {
-    case NewMethod::lh6:
+    case NewMethod::Lh6:
       return codec::Method::Lh6;
-    case NewMethod::lh7:
+    case NewMethod::Lh7:
       return codec::Method::Lh7;
-    case NewMethod::lh5:
-    case NewMethod::stored:
+    case NewMethod::Lh5:
+    case NewMethod::Stored:
       break;
   }
   return codec::Method::Lh5;
@@ -37,7 +37,7 @@ void ReadAll(PackInput& input, NewMember& member, Progress& progress, Take take)
   member.crc = 0;
   for (ByteSpan piece = input.Next(); !piece.empty(); piece = input.Next()) {
     member.originalBytes += piece.size();
-    if (member.originalBytes > kMaxMemberBytes) throw Failure(Code::unknownKind);
+    if (member.originalBytes > kMaxMemberBytes) throw Failure(ResultCode::UnknownKind);
     member.crc = codec::Crc16(piece, member.crc);
     take(piece);
     progress.Report(member.originalBytes);
@@ -76,7 +76,7 @@ void MemberPacker::Pack(PackInput& input, NewMethod method, NewMember& member, M
   const std::uint64_t headerOffset = output.Position();
   output.Write(container::BuildHeader(member));  // keeps the place
   const std::uint64_t dataOffset = output.Position();
-  if (method == NewMethod::stored) {
+  if (method == NewMethod::Stored) {
     Store(input, member, output, progress);
   } else {
     PackWith(CodecMethodOf(method), input, member, output, progress);

@@ -21,8 +21,8 @@ class MemberPacker {
  public:
   // Writes header and data of a member; `member` holds its name, time and attribute, and gets the
   // sizes and the CRC.  Packed data that came out no smaller than the original is replaced by the
-  // original, which is read a second time.  Throws Code::unknownKind when the input turns out to be
-  // 4 GiB or more, and what input, output and progress throw.
+  // original, which is read a second time.  Throws ResultCode::UnknownKind when the input turns out
+  // to be 4 GiB or more, and what input, output and progress throw.
   void Pack(PackInput& input, NewMethod method, container::NewMember& member,
             container::MemberOutput& output, Progress& progress);
 

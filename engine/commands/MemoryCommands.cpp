@@ -12,9 +12,9 @@
 namespace kozor::commands {
 namespace {
 
-using container::Code;
 using container::Failure;
 using container::Member;
+using container::ResultCode;
 
 bool IsStored(codec::Method method) {
   return method == codec::Method::Lh0 || method == codec::Method::Lz4 ||
@@ -36,7 +36,7 @@ class Extraction {
   // Returns the number of bytes delivered so far in `written` whatever happens.
   void Run(std::uint32_t& written) {
     const auto method = container::UnpackingMethod(member.method);
-    if (!method) throw Failure(Code::methodNotSupported);
+    if (!method) throw Failure(ResultCode::MethodNotSupported);
     if (IsStored(*method)) {
       ReadStored(written);
     } else if (!target.empty()) {
@@ -52,26 +52,27 @@ class Extraction {
       const std::size_t wanted = std::min(available - written, kProgressStep);
       const auto piece = target.subspan(written, wanted);
       if (file.ReadAt(member.DataOffset() + written, piece) != wanted) {
-        throw Failure(Code::cannotRead);
+        throw Failure(ResultCode::CannotRead);
       }
       written += static_cast<std::uint32_t>(wanted);
       progress.Report(written);
     }
-    if (available < target.size()) throw Failure(Code::packedDataDamaged);
+    if (available < target.size()) throw Failure(ResultCode::PackedDataDamaged);
   }
 
   void Unpack(codec::Method method, std::uint32_t& written) {
     const auto packedBytes = static_cast<std::size_t>(member.packedBytes);
     const auto packed = std::make_unique_for_overwrite<std::uint8_t[]>(packedBytes);
     const std::span<std::uint8_t> bytes(packed.get(), packedBytes);
-    if (file.ReadAt(member.DataOffset(), bytes) != packedBytes) throw Failure(Code::cannotRead);
+    if (file.ReadAt(member.DataOffset(), bytes) != packedBytes)
+      throw Failure(ResultCode::CannotRead);
 
     std::size_t done = 0;
     const codec::Status status = codec::Decode(method, bytes, target, TellProgress(), &done);
     written = static_cast<std::uint32_t>(done);
-    if (isCancelled) throw Failure(Code::cancelled);
-    if (status == codec::Status::Unsupported) throw Failure(Code::methodNotSupported);
-    if (status != codec::Status::Ok) throw Failure(Code::packedDataDamaged);
+    if (isCancelled) throw Failure(ResultCode::Cancelled);
+    if (status == codec::Status::Unsupported) throw Failure(ResultCode::MethodNotSupported);
+    if (status != codec::Status::Ok) throw Failure(ResultCode::PackedDataDamaged);
   }
 
   // No exception goes through the decoder.
@@ -95,7 +96,7 @@ class Extraction {
 
 // The name operand of the memory calls' lines.
 const std::string& NameOperand(const CommandLine& line) {
-  if (line.Archive().empty() || line.operands.size() < 2) throw Failure(Code::noFileName);
+  if (line.Archive().empty() || line.operands.size() < 2) throw Failure(ResultCode::NoFileName);
   return line.operands[1];
 }
 
@@ -103,13 +104,13 @@ const std::string& NameOperand(const CommandLine& line) {
 
 void Archiver::ExtractToMemory(std::string_view text, std::span<std::uint8_t> buffer,
                                const ProgressListener& listener, ExtractedMember& result) {
-  const CommandLine line = ParseCommandLine(text, LineKind::withoutCommand);
+  const CommandLine line = ParseCommandLine(text, LineKind::WithoutCommand);
   const std::string& name = NameOperand(line);
   container::File file;
   const auto index = indexes.Open(line.Archive(), file);
   const auto position = index->Find(name);
-  if (!position || index->Members()[*position].kind != container::MemberKind::file) {
-    throw Failure(Code::notFound);
+  if (!position || index->Members()[*position].kind != container::MemberKind::File) {
+    throw Failure(ResultCode::NotFound);
   }
   const Member& member = index->Members()[*position];
   result.unixTime = UnixTimeOf(member);
@@ -120,20 +121,20 @@ void Archiver::ExtractToMemory(std::string_view text, std::span<std::uint8_t> bu
   Progress progress(listener);
   progress.Begin(member.name, member.originalBytes);
   Extraction(file, member, target, progress).Run(result.written);
-  if (target.size() < member.originalBytes) throw Failure(Code::notEnoughMemory);
-  if (member.crc && codec::Crc16(target) != *member.crc) throw Failure(Code::crcMismatch);
+  if (target.size() < member.originalBytes) throw Failure(ResultCode::NotEnoughMemory);
+  if (member.crc && codec::Crc16(target) != *member.crc) throw Failure(ResultCode::CrcMismatch);
   progress.End(member.originalBytes);
 }
 
 std::uint32_t Archiver::CompressFromMemory(std::string_view text, const MemoryMember& memory,
                                            const ProgressListener& listener) {
-  const CommandLine line = ParseCommandLine(text, LineKind::withoutCommand);
+  const CommandLine line = ParseCommandLine(text, LineKind::WithoutCommand);
   const std::string& given = NameOperand(line);
   ArchiveChange change(indexes, line);
   const unsigned int workingPage = change.Index().WorkingPage();
   const std::string name = container::StoredNameOf(given, workingPage);
-  if (name.empty()) throw Failure(Code::fileNotOpened);
-  if (name.size() > container::kMaxShownBytes) throw Failure(Code::nameTooLong);
+  if (name.empty()) throw Failure(ResultCode::FileNotOpened);
+  if (name.size() > container::kMaxShownBytes) throw Failure(ResultCode::NameTooLong);
   if (const auto replaced = change.Index().Find(name)) change.Remove(*replaced);
 
   container::NewMember member;

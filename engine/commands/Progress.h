@@ -14,7 +14,7 @@ namespace kozor::commands {
 inline constexpr std::size_t kProgressStep = 256 << 10;
 
 struct ProgressEvent {
-  enum class State { fileBegins, underWay, fileEnds };
+  enum class State { FileBegins, UnderWay, FileEnds };
   State state;
   std::string_view name;  // in the working code page; holds good during the call
   std::uint64_t size;     // of the file, in bytes
@@ -24,7 +24,7 @@ struct ProgressEvent {
 // Returns false to stop the command.  May be empty.
 using ProgressListener = std::function<bool(const ProgressEvent&)>;
 
-// The reports of one file after the other.  All of them throw Code::cancelled as soon as the
+// The reports of one file after the other.  All of them throw ResultCode::Cancelled as soon as the
 // listener asks to stop.
 class Progress {
  public:
@@ -34,22 +34,22 @@ class Progress {
   void Begin(std::string_view fileName, std::uint64_t fileSize) {
     name = fileName;
     size = fileSize;
-    Tell(ProgressEvent::State::fileBegins, 0);
+    Tell(ProgressEvent::State::FileBegins, 0);
     Report(0);
   }
 
-  void Report(std::uint64_t done) { Tell(ProgressEvent::State::underWay, done); }
+  void Report(std::uint64_t done) { Tell(ProgressEvent::State::UnderWay, done); }
 
   // `finalSize` counts what was really read, which may differ from what the file had at first.
   void End(std::uint64_t finalSize) {
     size = finalSize;
-    Tell(ProgressEvent::State::fileEnds, finalSize);
+    Tell(ProgressEvent::State::FileEnds, finalSize);
   }
 
  private:
   void Tell(ProgressEvent::State state, std::uint64_t done) {
     if (listener && !listener({state, name, size, done})) {
-      throw container::Failure(container::Code::cancelled);
+      throw container::Failure(container::ResultCode::Cancelled);
     }
   }
 

@@ -14,8 +14,8 @@ constexpr std::string_view kLineEnds = "\r\n\x1A";  // 0x1A ended text files onc
 
 std::string ReadAll(const std::string& path) {
   container::File file;
-  if (!file.Open(path, container::File::Mode::read)) {
-    throw container::Failure(container::Code::responseFileNotRead);
+  if (!file.Open(path, container::File::Mode::Read)) {
+    throw container::Failure(container::ResultCode::ResponseFileNotRead);
   }
   std::string text(static_cast<std::size_t>(file.Size()), '\0');
   text.resize(file.ReadAt(0, {reinterpret_cast<std::uint8_t*>(text.data()), text.size()}));

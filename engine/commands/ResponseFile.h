@@ -7,7 +7,7 @@
 namespace kozor::commands {
 
 // One name a line, whatever the line ends are; blanks around a name and double quotes are no part
-// of it.  Empty lines say nothing.  Throws Code::responseFileNotRead.
+// of it.  Empty lines say nothing.  Throws ResultCode::ResponseFileNotRead.
 std::vector<std::string> ReadResponseFile(const std::string& path);
 
 }  // namespace kozor::commands

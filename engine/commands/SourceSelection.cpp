@@ -16,10 +16,10 @@
 namespace kozor::commands {
 namespace {
 
-using container::Code;
 using container::Failure;
 using container::File;
 using container::FileStamp;
+using container::ResultCode;
 
 bool EndsInSeparator(const std::string& path) {
   return !path.empty() && container::DirectoryOf(path) == path;
@@ -61,7 +61,7 @@ bool IsDirectory(const WIN32_FIND_DATAA& entry) {
 
 FileStamp StampOf(const std::string& path) {
   File file;
-  if (!file.Open(path, File::Mode::facts)) throw Failure(Code::fileNotOpened);
+  if (!file.Open(path, File::Mode::Facts)) throw Failure(ResultCode::FileNotOpened);
   return file.Facts().stamp;
 }
 
@@ -77,10 +77,10 @@ class Selection {
     }
     WIN32_FILE_ATTRIBUTE_DATA facts;
     if (!GetFileAttributesExA(path.c_str(), GetFileExInfoStandard, &facts)) {
-      throw Failure(Code::fileNotOpened);
+      throw Failure(ResultCode::FileNotOpened);
     }
     const bool isDirectory = (facts.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
-    if (isDirectory || facts.nFileSizeHigh != 0) throw Failure(Code::unknownKind);
+    if (isDirectory || facts.nFileSizeHigh != 0) throw Failure(ResultCode::UnknownKind);
     AddFile(base, name, path);
   }
 
@@ -100,7 +100,7 @@ class Selection {
         sources.push_back({top, top + name, StoredName(name) + '\\', true});
         AddTree(top, name + '\\');
       } else {
-        if (entry.nFileSizeHigh != 0) throw Failure(Code::unknownKind);
+        if (entry.nFileSizeHigh != 0) throw Failure(ResultCode::UnknownKind);
         AddFile(top, name, top + name);
       }
     });
@@ -118,13 +118,13 @@ class Selection {
     const bool found = ForEachEntry(path, [&](const WIN32_FIND_DATAA& entry) {
       if (!IsDirectory(entry)) AddName(base, directory + entry.cFileName);
     });
-    if (!found) throw Failure(Code::fileNotOpened);
+    if (!found) throw Failure(ResultCode::FileNotOpened);
   }
 
   std::string StoredName(const std::string& given) const {
     std::string name = container::StoredNameOf(given, workingPage);
-    if (name.empty()) throw Failure(Code::fileNotOpened);
-    if (name.size() > container::kMaxShownBytes) throw Failure(Code::nameTooLong);
+    if (name.empty()) throw Failure(ResultCode::FileNotOpened);
+    if (name.size() > container::kMaxShownBytes) throw Failure(ResultCode::NameTooLong);
     return name;
   }
 
@@ -154,7 +154,7 @@ class Selection {
 
   static bool IsRepeated(const Source& source, const Source& other) {
     if (source.path == other.path || !IsAnotherFile(source.path, other)) return true;
-    if (source.name == other.name) throw Failure(Code::sameName);
+    if (source.name == other.name) throw Failure(ResultCode::SameName);
     return false;
   }
 
@@ -179,7 +179,7 @@ void AddNames(const std::string& base, const std::string& word, Selection& selec
 bool IsAnotherFile(const std::string& path, const Source& source) {
   File file;
   if (GetFileAttributesA(path.c_str()) == INVALID_FILE_ATTRIBUTES) return false;
-  if (!file.Open(path, File::Mode::facts)) return true;
+  if (!file.Open(path, File::Mode::Facts)) return true;
   return !file.Facts().stamp.IsSameFile(StampOf(source.path));
 }
 
@@ -191,7 +191,7 @@ std::vector<Source> SelectSources(const CommandLine& line) {
     words.erase(words.begin());
   }
   std::erase(words, std::string());
-  if (words.empty()) throw Failure(Code::noFileName);
+  if (words.empty()) throw Failure(ResultCode::NoFileName);
 
   Selection selection(GetACP());
   for (const std::string& word : words) {
@@ -202,7 +202,7 @@ std::vector<Source> SelectSources(const CommandLine& line) {
     const DWORD attributes = GetFileAttributesA(word.c_str());
     const bool isThere =
         attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
-    if (!isThere) throw Failure(Code::notFound);
+    if (!isThere) throw Failure(ResultCode::NotFound);
     selection.AddTree(EndsInSeparator(word) ? word : word + '\\');
   }
   return selection.Finish();

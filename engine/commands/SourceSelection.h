@@ -16,11 +16,11 @@ struct Source {
   bool isDirectory = false;
 };
 
-// In the order of the line.  A file that is given twice comes once.  Throws Code::noFileName when
-// the line names no file, Code::fileNotOpened for a name that no file has or can have,
-// Code::unknownKind for a directory (without -d1) and for files of 4 GiB and more,
-// Code::nameTooLong, Code::sameName when two files would get one name, Code::notFound when a
-// directory for -d1 is not there, Code::responseFileNotRead.
+// In the order of the line.  A file that is given twice comes once.  Throws ResultCode::NoFileName
+// when the line names no file, ResultCode::FileNotOpened for a name that no file has or can have,
+// ResultCode::UnknownKind for a directory (without -d1) and for files of 4 GiB and more,
+// ResultCode::NameTooLong, ResultCode::SameName when two files would get one name,
+// ResultCode::NotFound when a directory for -d1 is not there, ResultCode::ResponseFileNotRead.
 std::vector<Source> SelectSources(const CommandLine& line);
 
 // Whether `path` names a file of its own, and not the one that `source` names.

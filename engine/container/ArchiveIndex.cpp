@@ -16,8 +16,8 @@ constexpr std::uint16_t kDirectory = 0x10;
 constexpr std::uint16_t kFileAttributes = 0x27;  // read-only, hidden, system, archive
 
 MemberKind KindOf(const MemberHeader& header) {
-  if (!header.IsDirectoryMethod()) return MemberKind::file;
-  return header.IsLink() ? MemberKind::hidden : MemberKind::directory;
+  if (!header.IsDirectoryMethod()) return MemberKind::File;
+  return header.IsLink() ? MemberKind::Unlisted : MemberKind::Directory;
 }
 
 std::uint16_t AttributeOf(const MemberHeader& header) {
@@ -84,7 +84,7 @@ std::vector<std::size_t> ArchiveIndex::Walk(ByteSource& source) {
   while (walker.Next(header)) {
     Member member = Describe(header, walker.HeaderOffset());
     ShownName name = DecodeName(header.name, header.IsDirectoryMethod(), workingPage);
-    if (name.text.empty()) member.kind = MemberKind::hidden;
+    if (name.text.empty()) member.kind = MemberKind::Unlisted;
     member.name = std::move(name.text);
     member.key = std::move(name.key);
     members.push_back(std::move(member));
@@ -94,8 +94,8 @@ std::vector<std::size_t> ArchiveIndex::Walk(ByteSource& source) {
       EnterName(members.size() - 1);
     }
   }
-  if (walker.Status() == HeaderStatus::checksumWrong) throw Failure(Code::headerChecksum);
-  if (walker.Status() != HeaderStatus::complete) throw Failure(Code::headerDamaged);
+  if (walker.Status() == HeaderStatus::ChecksumWrong) throw Failure(ResultCode::HeaderChecksum);
+  if (walker.Status() != HeaderStatus::Complete) throw Failure(ResultCode::HeaderDamaged);
   endOffset = walker.NextOffset();
   hasEndMark = walker.HasEndMark();
   return altered;
@@ -103,7 +103,7 @@ std::vector<std::size_t> ArchiveIndex::Walk(ByteSource& source) {
 
 void ArchiveIndex::EnterName(std::size_t position) {
   const Member& member = members[position];
-  if (member.kind == MemberKind::hidden) return;
+  if (member.kind == MemberKind::Unlisted) return;
   byName.insert_or_assign(member.name, position);
   byKey.try_emplace(member.key, position);
 }
@@ -112,7 +112,7 @@ void ArchiveIndex::EnterName(std::size_t position) {
 // gets its place in the archive behind it: "__.txt", "__.txt~2".
 void ArchiveIndex::MakeNameUnique(std::size_t position) {
   Member& member = members[position];
-  if (member.kind != MemberKind::file) return;
+  if (member.kind != MemberKind::File) return;
   while (byKey.contains(member.key)) {
     member.name += "~" + std::to_string(position + 1);
     member.key = KeyOf(member.name, workingPage);

@@ -16,13 +16,13 @@
 namespace kozor::container {
 
 enum class MemberKind {
-  file,
-  directory,
-  hidden,  // a symbolic link, or a member whose name says nothing: kept, but never shown
+  File,
+  Directory,
+  Unlisted,  // a symbolic link, or a member whose name says nothing: kept, but never shown
 };
 
 struct Member {
-  MemberKind kind = MemberKind::file;
+  MemberKind kind = MemberKind::File;
   MethodId method{};
   std::string name;    // as it is shown (MemberName.h); a directory's ends in '\'
   std::u16string key;  // the name with case folded
@@ -46,8 +46,8 @@ class ArchiveIndex {
  public:
   // The index of an archive without members, at the start of its file.
   explicit ArchiveIndex(unsigned int codePage) : workingPage(codePage) {}
-  // Reads an archive; names are decoded for the working code page.  Throws Code::notAnArchive or
-  // one of the header codes: an index is complete or not there.
+  // Reads an archive; names are decoded for the working code page.  Throws ResultCode::NotAnArchive
+  // or one of the header codes: an index is complete or not there.
   ArchiveIndex(ByteSource& source, unsigned int codePage);
   ArchiveIndex(const ArchiveIndex& other);
   ArchiveIndex& operator=(const ArchiveIndex&) = delete;

@@ -46,7 +46,7 @@ class InPlaceAppend : public ArchiveUpdate {
   explicit InPlaceAppend(OpenArchive& changed)
       : archive(changed),
         endMark(changed.index->EndOffset()),
-        output(changed.file, endMark, MemberOutput::FirstByte::keptBack) {}
+        output(changed.file, endMark, MemberOutput::FirstByte::KeptBack) {}
 
   ~InPlaceAppend() override {
     if (!isCommitted) TakeBack();
@@ -86,7 +86,7 @@ class Rewrite : public ArchiveUpdate {
       : archive(changed),
         kept(changed.file.IsOpen() ? KeptRanges(*changed.index, removed) : std::vector<Range>()),
         temporary(workDirectory.empty() ? DirectoryOf(changed.path) : workDirectory),
-        output(temporary.Contents(), 0, MemberOutput::FirstByte::written) {}
+        output(temporary.Contents(), 0, MemberOutput::FirstByte::Written) {}
 
   MemberOutput& Output() override {
     CopyKept({});
@@ -107,7 +107,7 @@ class Rewrite : public ArchiveUpdate {
     output.Write(kEndMark);
     output.Finish();
     using Target = TemporaryArchive::Target;
-    const Target target = archive.file.IsOpen() ? Target::isThere : Target::isNew;
+    const Target target = archive.file.IsOpen() ? Target::IsThere : Target::IsNew;
     archive.file.Close();  // an open file cannot be replaced everywhere
     temporary.TakePlaceOf(archive.path, target);
   }
@@ -133,7 +133,7 @@ void RefuseCodeBehindArchive(OpenArchive& archive) {
   if (!archive.file.IsOpen() || archive.index->PrefixBytes() == 0) return;
   const std::uint64_t end = archive.index->EndOffset() + (archive.index->HasEndMark() ? 1 : 0);
   if (archive.file.Size() == end || CanAppendInPlace(archive)) return;
-  throw Failure(Code::unknownKind);
+  throw Failure(ResultCode::UnknownKind);
 }
 
 std::unique_ptr<ArchiveUpdate> AppendInPlace(OpenArchive& archive) {

@@ -43,8 +43,8 @@ class ArchiveUpdate {
 // committed, stands behind the last member.
 bool CanAppendInPlace(OpenArchive& archive);
 
-// Throws Code::unknownKind for a self-extracting program that goes on behind its archive, which no
-// change could keep whole.
+// Throws ResultCode::UnknownKind for a self-extracting program that goes on behind its archive,
+// which no change could keep whole.
 void RefuseCodeBehindArchive(OpenArchive& archive);
 
 // The archive stays open in `archive` after the commit.

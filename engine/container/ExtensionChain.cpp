@@ -88,9 +88,9 @@ HeaderStatus ReadExtensionChain(ByteSpan bytes, const ChainBounds& bounds, Membe
   ChainTimes times;
   std::size_t position = bounds.begin;
   while (const std::size_t size = sizeBefore(position)) {
-    if (size < 1 + width || size > bounds.limit - position) return HeaderStatus::broken;
-    if (position + size > kMaxHeaderBytes) return HeaderStatus::broken;
-    if (position + size > bytes.size()) return HeaderStatus::incomplete;
+    if (size < 1 + width || size > bounds.limit - position) return HeaderStatus::Broken;
+    if (position + size > kMaxHeaderBytes) return HeaderStatus::Broken;
+    if (position + size > bytes.size()) return HeaderStatus::Incomplete;
     const std::uint8_t id = bytes[position];
     const ByteSpan payload = bytes.subspan(position + 1, size - 1 - width);
     if (id == 0x00 && payload.size() >= 2) {
@@ -103,7 +103,7 @@ HeaderStatus ReadExtensionChain(ByteSpan bytes, const ChainBounds& bounds, Membe
   }
   result.end = position;
   if (times.Best() != 0) header.utcTime = times.Best();
-  return HeaderStatus::complete;
+  return HeaderStatus::Complete;
 }
 
 }  // namespace kozor::container

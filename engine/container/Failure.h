@@ -10,43 +10,43 @@
 
 namespace kozor::container {
 
-enum class Code : std::int32_t {
-  ok = 0,
-  noDiskSpace = 0x8005,
-  readOnlyFile = 0x8006,
-  unknownKind = 0x8008,  // not a file that can go in: too large, or of a kind that has no contents
-  methodNotSupported = 0x8009,
-  crcMismatch = 0x800C,
-  fileNotOpened = 0x800D,
-  notFound = 0x800F,
-  cannotWrite = 0x8013,
-  packedDataDamaged = 0x8014,
-  headerChecksum = 0x8016,
-  headerDamaged = 0x8017,
-  archiveNotOpened = 0x8018,
-  notAnArchive = 0x8019,
-  cannotRead = 0x801A,
-  unknownCommand = 0x801C,
-  notEnoughMemory = 0x801E,
-  alreadyRunning = 0x801F,
-  cancelled = 0x8020,
-  invalidHandle = 0x8021,
-  temporaryNotOpened = 0x8025,
-  nameTooLong = 0x8026,
-  archiveReadOnly = 0x8027,
-  sameName = 0x8028,
-  archiveNotFound = 0x8029,
-  responseFileNotRead = 0x802A,
-  noFileName = 0x802B,
-  temporaryNotCopied = 0x802C,
+enum class ResultCode : std::int32_t {
+  Ok = 0,
+  NoDiskSpace = 0x8005,
+  ReadOnlyFile = 0x8006,
+  UnknownKind = 0x8008,  // not a file that can go in: too large, or of a kind that has no contents
+  MethodNotSupported = 0x8009,
+  CrcMismatch = 0x800C,
+  FileNotOpened = 0x800D,
+  NotFound = 0x800F,
+  CannotWrite = 0x8013,
+  PackedDataDamaged = 0x8014,
+  HeaderChecksum = 0x8016,
+  HeaderDamaged = 0x8017,
+  ArchiveNotOpened = 0x8018,
+  NotAnArchive = 0x8019,
+  CannotRead = 0x801A,
+  UnknownCommand = 0x801C,
+  NotEnoughMemory = 0x801E,
+  AlreadyRunning = 0x801F,
+  Cancelled = 0x8020,
+  InvalidHandle = 0x8021,
+  TemporaryNotOpened = 0x8025,
+  NameTooLong = 0x8026,
+  ArchiveReadOnly = 0x8027,
+  SameName = 0x8028,
+  ArchiveNotFound = 0x8029,
+  ResponseFileNotRead = 0x802A,
+  NoFileName = 0x802B,
+  TemporaryNotCopied = 0x802C,
 };
 
 class Failure : public std::exception {
  public:
-  explicit Failure(Code cause) : code(cause) {}
+  explicit Failure(ResultCode cause) : code(cause) {}
   const char* what() const noexcept override { return "archiver result code"; }
 
-  const Code code;
+  const ResultCode code;
 };
 
 }  // namespace kozor::container

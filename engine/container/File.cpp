@@ -26,13 +26,13 @@ struct OpenArguments {
 
 OpenArguments ArgumentsOf(File::Mode mode) {
   switch (mode) {
-    case File::Mode::read:
+    case File::Mode::Read:
       return {GENERIC_READ, kShareAll, OPEN_EXISTING};
-    case File::Mode::facts:
+    case File::Mode::Facts:
       return {0, kShareAll, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS};
-    case File::Mode::update:
+    case File::Mode::Update:
       return {GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ, OPEN_EXISTING};
-    case File::Mode::createNew:
+    case File::Mode::CreateNew:
       break;
   }
   return {GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ, CREATE_NEW};
@@ -44,10 +44,10 @@ std::uint64_t Join(DWORD high, DWORD low) {
 
 }  // namespace
 
-Code WriteFailureCode() {
+ResultCode WriteFailureCode() {
   const DWORD error = GetLastError();
   const bool isFull = error == ERROR_DISK_FULL || error == ERROR_HANDLE_DISK_FULL;
-  return isFull ? Code::noDiskSpace : Code::cannotWrite;
+  return isFull ? ResultCode::NoDiskSpace : ResultCode::CannotWrite;
 }
 
 File::File(File&& other) noexcept
@@ -76,13 +76,13 @@ void File::Close() {
 
 std::uint64_t File::Size() const {
   LARGE_INTEGER size;
-  if (!GetFileSizeEx(handle, &size)) throw Failure(Code::cannotRead);
+  if (!GetFileSizeEx(handle, &size)) throw Failure(ResultCode::CannotRead);
   return static_cast<std::uint64_t>(size.QuadPart);
 }
 
 FileFacts File::Facts() const {
   BY_HANDLE_FILE_INFORMATION information;
-  if (!GetFileInformationByHandle(handle, &information)) throw Failure(Code::cannotRead);
+  if (!GetFileInformationByHandle(handle, &information)) throw Failure(ResultCode::CannotRead);
   const FILETIME& written = information.ftLastWriteTime;
   return {.stamp = {.identity = Join(information.nFileIndexHigh, information.nFileIndexLow),
                     .volume = information.dwVolumeSerialNumber,
@@ -96,7 +96,7 @@ std::string File::FinalPath() const {
   for (;;) {
     const auto room = static_cast<DWORD>(path.size());
     const DWORD length = GetFinalPathNameByHandleA(handle, path.data(), room, 0);
-    if (length == 0) throw Failure(Code::cannotRead);
+    if (length == 0) throw Failure(ResultCode::CannotRead);
     path.resize(length);
     if (length < room) return path;
   }
@@ -112,13 +112,13 @@ bool File::Seek(std::uint64_t offset) {
 }
 
 std::size_t File::ReadAt(std::uint64_t offset, std::span<std::uint8_t> buffer) {
-  if (!Seek(offset)) throw Failure(Code::cannotRead);
+  if (!Seek(offset)) throw Failure(ResultCode::CannotRead);
   std::size_t done = 0;
   while (done < buffer.size()) {
     const auto wanted = static_cast<DWORD>(std::min(buffer.size() - done, kMaxTransfer));
     DWORD read = 0;
     if (!ReadFile(handle, buffer.data() + done, wanted, &read, nullptr)) {
-      throw Failure(Code::cannotRead);
+      throw Failure(ResultCode::CannotRead);
     }
     done += read;
     position += read;

@@ -31,10 +31,10 @@ struct FileFacts {
 class File {
  public:
   enum class Mode {
-    read,       // others may do with the file what they like meanwhile
-    update,     // read and write; others may read meanwhile, but not write
-    createNew,  // as update, and fails where a file is already
-    facts,      // neither read nor written; opens directories, too
+    Read,       // others may do with the file what they like meanwhile
+    Update,     // read and write; others may read meanwhile, but not write
+    CreateNew,  // as update, and fails where a file is already
+    Facts,      // neither read nor written; opens directories, too
   };
 
   File() = default;
@@ -47,7 +47,7 @@ class File {
   void Close();
   bool IsOpen() const { return handle != nullptr; }
 
-  // These throw Code::cannotRead.
+  // These throw ResultCode::CannotRead.
   std::uint64_t Size() const;
   FileFacts Facts() const;
   // The path without links on the way.
@@ -55,7 +55,7 @@ class File {
   // Returns how many bytes were read: fewer than asked for only at the end of the file.
   std::size_t ReadAt(std::uint64_t offset, std::span<std::uint8_t> buffer);
 
-  // These throw Code::noDiskSpace or Code::cannotWrite.
+  // These throw ResultCode::NoDiskSpace or ResultCode::CannotWrite.
   void WriteAt(std::uint64_t offset, ByteSpan bytes);
   void SetSize(std::uint64_t size);
   void Flush();  // returns when the data is on the medium
@@ -86,7 +86,7 @@ class BufferedFile : public ByteSource {
 };
 
 // The code for a call that could not write, by GetLastError.
-enum class Code : std::int32_t;
-Code WriteFailureCode();
+enum class ResultCode : std::int32_t;
+ResultCode WriteFailureCode();
 
 }  // namespace kozor::container

@@ -23,7 +23,7 @@ constexpr std::size_t kScanPiece = 64 << 10;
 
 bool IsWholeMember(ByteSource& source, std::uint64_t offset) {
   MemberHeader header;
-  return ParseHeaderAt(source, offset, header) == HeaderStatus::complete &&
+  return ParseHeaderAt(source, offset, header) == HeaderStatus::Complete &&
          IsArchiveMethod(header.method) &&
          header.packedBytes <= source.Size() - offset - header.headerBytes;
 }
@@ -86,18 +86,18 @@ std::uint64_t PassStubArchives(ByteSource& source, std::uint64_t offset) {
 std::uint64_t FindFirstHeader(ByteSource& source) {
   MemberHeader header;
   const HeaderStatus atStart = ParseHeaderAt(source, 0, header);
-  if (atStart == HeaderStatus::complete && IsArchiveMethod(header.method)) return 0;
+  if (atStart == HeaderStatus::Complete && IsArchiveMethod(header.method)) return 0;
   const ByteSpan start = source.At(0, 1);
   if (source.Size() == 1 && !start.empty() && start[0] == 0) return 0;
 
   const std::uint64_t programEnd = EndOfProgram(source);
   if (LooksLikeDamagedHeader(source, programEnd) && !IsWholeMember(source, programEnd)) {
-    throw Failure(atStart == HeaderStatus::checksumWrong ? Code::headerChecksum
-                                                         : Code::headerDamaged);
+    throw Failure(atStart == HeaderStatus::ChecksumWrong ? ResultCode::HeaderChecksum
+                                                         : ResultCode::HeaderDamaged);
   }
   std::optional<std::uint64_t> found = Scan(source, programEnd, programEnd + kMaxScan);
   if (!found && programEnd != 0) found = Scan(source, 0, kMaxScan);
-  if (!found) throw Failure(Code::notAnArchive);
+  if (!found) throw Failure(ResultCode::NotAnArchive);
   return PassStubArchives(source, *found);
 }
 

@@ -9,8 +9,8 @@
 namespace kozor::container {
 
 // The offset of the first member's header, or of the end mark of an archive without members.
-// Throws Code::notAnArchive, or one of the header codes when the file begins with a header that is
-// damaged.
+// Throws ResultCode::NotAnArchive, or one of the header codes when the file begins with a header
+// that is damaged.
 std::uint64_t FindFirstHeader(ByteSource& source);
 
 }  // namespace kozor::container

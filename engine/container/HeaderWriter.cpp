@@ -27,7 +27,7 @@ class ChainWriter {
   // Returns where the payload stands.
   std::size_t Add(std::uint8_t id, ByteSpan payload) {
     const std::size_t size = payload.size() + kExtensionOverhead;
-    if (size > kMaxExtensionBytes) throw Failure(Code::nameTooLong);
+    if (size > kMaxExtensionBytes) throw Failure(ResultCode::NameTooLong);
     WriteNumber(bytes.data() + bytes.size() - 2, size, 2);
     bytes.push_back(id);
     const std::size_t position = bytes.size();

@@ -22,7 +22,7 @@ struct NewMember {
 
 // The header's bytes.  Their number depends on the name, the attribute and the time alone, so a
 // header may be written first and replaced once the packed size is known.  Throws
-// Code::nameTooLong when a directory or file name takes more than 4093 bytes.
+// ResultCode::NameTooLong when a directory or file name takes more than 4093 bytes.
 std::vector<std::uint8_t> BuildHeader(const NewMember& member);
 
 }  // namespace kozor::container

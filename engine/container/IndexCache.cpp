@@ -53,10 +53,10 @@ std::shared_ptr<const ArchiveIndex> IndexCache::Get(const std::string& path, Fil
 }
 
 std::shared_ptr<const ArchiveIndex> IndexCache::Open(const std::string& path, File& file) {
-  if (!file.Open(path, File::Mode::read)) {
+  if (!file.Open(path, File::Mode::Read)) {
     const DWORD error = GetLastError();
     const bool isMissing = error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND;
-    throw Failure(isMissing ? Code::archiveNotFound : Code::archiveNotOpened);
+    throw Failure(isMissing ? ResultCode::ArchiveNotFound : ResultCode::ArchiveNotOpened);
   }
   return Get(path, file);
 }

@@ -19,7 +19,8 @@ class IndexCache {
   // The index of an archive that is open as `file`.  Throws as ArchiveIndex does.
   std::shared_ptr<const ArchiveIndex> Get(const std::string& path, File& file);
 
-  // Opens an archive for reading as well; throws Code::archiveNotFound and Code::archiveNotOpened.
+  // Opens an archive for reading as well; throws ResultCode::ArchiveNotFound and
+  // ResultCode::ArchiveNotOpened.
   std::shared_ptr<const ArchiveIndex> Open(const std::string& path, File& file);
 
   // Reads on after members have been appended to an archive whose index was good before.  `file` is

@@ -40,9 +40,9 @@ bool HeaderCrcFits(ByteSpan header, const ChainResult& chain) {
 }
 
 HeaderStatus CheckHeaderCrc(ByteSpan bytes, const ChainResult& chain, const MemberHeader& header) {
-  if (bytes.size() < header.headerBytes) return HeaderStatus::incomplete;
-  return HeaderCrcFits(bytes.first(header.headerBytes), chain) ? HeaderStatus::complete
-                                                               : HeaderStatus::checksumWrong;
+  if (bytes.size() < header.headerBytes) return HeaderStatus::Incomplete;
+  return HeaderCrcFits(bytes.first(header.headerBytes), chain) ? HeaderStatus::Complete
+                                                               : HeaderStatus::ChecksumWrong;
 }
 
 // A few writers give no header CRC.  But if the first extension is one of its size and would hold
@@ -75,12 +75,12 @@ void ReadLevel0Extra(ByteSpan extra, MemberHeader& header) {
 
 HeaderStatus ParseLevel0(ByteSpan bytes, MemberHeader& header) {
   const std::size_t total = bytes[0] + 2U;
-  if (total < 22) return HeaderStatus::broken;
-  if (bytes.size() < total) return HeaderStatus::incomplete;
+  if (total < 22) return HeaderStatus::Broken;
+  if (bytes.size() < total) return HeaderStatus::Incomplete;
   const std::size_t crcPosition = 22U + bytes[21];
   const bool hasCrc = crcPosition + 2 <= total;
-  if (!hasCrc && crcPosition != total) return HeaderStatus::broken;
-  if (!BaseSumFits(bytes)) return HeaderStatus::checksumWrong;
+  if (!hasCrc && crcPosition != total) return HeaderStatus::Broken;
+  if (!BaseSumFits(bytes)) return HeaderStatus::ChecksumWrong;
 
   header.headerBytes = static_cast<std::uint32_t>(total);
   header.attribute = bytes[19];
@@ -91,16 +91,16 @@ HeaderStatus ParseLevel0(ByteSpan bytes, MemberHeader& header) {
     header.crc = ReadU16(bytes, crcPosition);
     ReadLevel0Extra(bytes.subspan(crcPosition + 2, total - crcPosition - 2), header);
   }
-  return HeaderStatus::complete;
+  return HeaderStatus::Complete;
 }
 
 HeaderStatus ParseLevel1(ByteSpan bytes, MemberHeader& header) {
   const std::size_t baseBytes = bytes[0] + 2U;
-  if (baseBytes < 27) return HeaderStatus::broken;
-  if (bytes.size() < baseBytes) return HeaderStatus::incomplete;
+  if (baseBytes < 27) return HeaderStatus::Broken;
+  if (bytes.size() < baseBytes) return HeaderStatus::Incomplete;
   const std::size_t crcPosition = 22U + bytes[21];
-  if (crcPosition + 5 > baseBytes) return HeaderStatus::broken;
-  if (!BaseSumFits(bytes)) return HeaderStatus::checksumWrong;
+  if (crcPosition + 5 > baseBytes) return HeaderStatus::Broken;
+  if (!BaseSumFits(bytes)) return HeaderStatus::ChecksumWrong;
 
   header.name.base.assign(bytes.begin() + 22,
                           bytes.begin() + static_cast<std::ptrdiff_t>(crcPosition));
@@ -114,7 +114,7 @@ HeaderStatus ParseLevel1(ByteSpan bytes, MemberHeader& header) {
       baseBytes + static_cast<std::size_t>(std::min<std::uint64_t>(skipBytes, kMaxHeaderBytes));
   ChainResult chain;
   const HeaderStatus status = ReadExtensionChain(bytes, {baseBytes, limit, 2}, header, chain);
-  if (status != HeaderStatus::complete) return status;
+  if (status != HeaderStatus::Complete) return status;
   header.headerBytes = static_cast<std::uint32_t>(chain.end);
   header.packedBytes = skipBytes - (chain.end - baseBytes);
   return CheckHeaderCrc(bytes, chain, header);
@@ -139,29 +139,29 @@ HeaderStatus ParseLevel2Or3(ByteSpan bytes, std::size_t total, std::size_t chain
   const ChainBounds bounds = {chainBegin, mayEndLate ? total + 2 : total, width};
   ChainResult chain;
   const HeaderStatus status = ReadExtensionChain(bytes, bounds, header, chain);
-  if (status != HeaderStatus::complete) return status;
-  if (chain.end > total && chain.end != total + 2) return HeaderStatus::broken;
+  if (status != HeaderStatus::Complete) return status;
+  if (chain.end > total && chain.end != total + 2) return HeaderStatus::Broken;
   header.headerBytes = static_cast<std::uint32_t>(std::max(total, chain.end));
-  if (!IsPadding(bytes, chain.end, total)) return HeaderStatus::broken;
+  if (!IsPadding(bytes, chain.end, total)) return HeaderStatus::Broken;
   if (HasLostItsCrc(bytes.first(header.headerBytes), bounds, chain)) {
-    return HeaderStatus::checksumWrong;
+    return HeaderStatus::ChecksumWrong;
   }
   return CheckHeaderCrc(bytes, chain, header);
 }
 
 HeaderStatus ParseLevel2(ByteSpan bytes, MemberHeader& header) {
   const std::size_t total = ReadU16(bytes, 0);
-  if (total < 26 || bytes[0] == 0) return HeaderStatus::broken;
-  if (bytes.size() < total) return HeaderStatus::incomplete;
+  if (total < 26 || bytes[0] == 0) return HeaderStatus::Broken;
+  if (bytes.size() < total) return HeaderStatus::Incomplete;
   return ParseLevel2Or3(bytes, total, 26, 2, header);
 }
 
 HeaderStatus ParseLevel3(ByteSpan bytes, MemberHeader& header) {
-  if (ReadU16(bytes, 0) != 4) return HeaderStatus::broken;
-  if (bytes.size() < 32) return HeaderStatus::incomplete;
+  if (ReadU16(bytes, 0) != 4) return HeaderStatus::Broken;
+  if (bytes.size() < 32) return HeaderStatus::Incomplete;
   const std::size_t total = ReadU32(bytes, 24);
-  if (total < 32 || total > kMaxHeaderBytes) return HeaderStatus::broken;
-  if (bytes.size() < total) return HeaderStatus::incomplete;
+  if (total < 32 || total > kMaxHeaderBytes) return HeaderStatus::Broken;
+  if (bytes.size() < total) return HeaderStatus::Incomplete;
   return ParseLevel2Or3(bytes, total, 32, 4, header);
 }
 
@@ -176,7 +176,7 @@ HeaderStatus ParseByLevel(ByteSpan bytes, MemberHeader& header) {
     case 3:
       return ParseLevel3(bytes, header);
     default:
-      return HeaderStatus::broken;
+      return HeaderStatus::Broken;
   }
 }
 
@@ -192,17 +192,17 @@ bool IsAmigaDirectory(const MemberHeader& header) {
 
 HeaderStatus ParseMemberHeader(ByteSpan bytes, MemberHeader& header) {
   header = {};
-  if (bytes.size() < kCommonHeaderBytes + 1) return HeaderStatus::incomplete;
+  if (bytes.size() < kCommonHeaderBytes + 1) return HeaderStatus::Incomplete;
   std::copy_n(bytes.begin() + 2, header.method.size(), header.method.begin());
   const MethodId& id = header.method;
   if (id[0] != '-' || id[4] != '-' || !std::all_of(id.begin() + 1, id.end() - 1, IsLetterOrDigit)) {
-    return HeaderStatus::broken;
+    return HeaderStatus::Broken;
   }
   header.packedBytes = ReadU32(bytes, 7);
   header.originalBytes = ReadU32(bytes, 11);
   header.level = bytes[20];
   const HeaderStatus status = ParseByLevel(bytes, header);
-  if (status == HeaderStatus::complete && IsAmigaDirectory(header)) header.method[3] = 'd';
+  if (status == HeaderStatus::Complete && IsAmigaDirectory(header)) header.method[3] = 'd';
   return status;
 }
 

@@ -76,10 +76,10 @@ struct MemberHeader {
 };
 
 enum class HeaderStatus {
-  complete,
-  incomplete,     // the header goes on behind the bytes given
-  checksumWrong,  // the sum of the base header, or the header CRC
-  broken,         // breaks a rule of its level, or is no header at all
+  Complete,
+  Incomplete,     // the header goes on behind the bytes given
+  ChecksumWrong,  // the sum of the base header, or the header CRC
+  Broken,         // breaks a rule of its level, or is no header at all
 };
 
 // Reads the header that begins at the first of `bytes`.  Checks every sum that the header has,

@@ -54,7 +54,7 @@ void MemberOutput::EmptyBuffer() {
 
 void MemberOutput::WriteThrough(std::uint64_t offset, ByteSpan bytes) {
   if (bytes.empty()) return;
-  if (offset != begin || firstByte == FirstByte::written) {
+  if (offset != begin || firstByte == FirstByte::Written) {
     file.WriteAt(offset, bytes);
     return;
   }

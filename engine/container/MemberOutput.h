@@ -15,14 +15,14 @@ namespace kozor::container {
 // until it is released.
 class MemberOutput {
  public:
-  enum class FirstByte { written, keptBack };
+  enum class FirstByte { Written, KeptBack };
 
   MemberOutput(File& target, std::uint64_t beginOffset, FirstByte first);
 
   std::uint64_t Position() const { return bufferBegin + buffer.size(); }
   bool IsEmpty() const { return Position() == begin; }
 
-  // All of these may throw Code::noDiskSpace or Code::cannotWrite.
+  // All of these may throw ResultCode::NoDiskSpace or ResultCode::CannotWrite.
   void Write(ByteSpan bytes);
   // Replaces bytes that have been written.
   void Overwrite(std::uint64_t offset, ByteSpan bytes);

@@ -43,8 +43,8 @@ std::optional<std::size_t> MemberSearch::FindWholeName(std::string_view text) co
 }
 
 bool MemberSearch::IsOfKind(const Member& member) const {
-  return member.kind == MemberKind::file ||
-         (member.kind == MemberKind::directory && kinds == Kinds::filesAndDirectories);
+  return member.kind == MemberKind::File ||
+         (member.kind == MemberKind::Directory && kinds == Kinds::FilesAndDirectories);
 }
 
 std::optional<std::size_t> MemberSearch::Next() {
@@ -59,9 +59,9 @@ std::optional<std::size_t> MemberSearch::Next() {
 bool MemberSearch::Matches(const Member& member) const {
   if (!IsOfKind(member)) return false;
   std::u16string_view key = member.key;
-  if (member.kind == MemberKind::directory) key.remove_suffix(1);
+  if (member.kind == MemberKind::Directory) key.remove_suffix(1);
   const auto [memberDirectory, fileName] = SplitPath(key);
-  const bool isThere = depth == Depth::andBelow ? memberDirectory.starts_with(directory)
+  const bool isThere = depth == Depth::AndBelow ? memberDirectory.starts_with(directory)
                                                 : memberDirectory == directory;
   return isThere && mask.Matches(fileName);
 }

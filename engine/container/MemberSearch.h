@@ -15,14 +15,14 @@ namespace kozor::container {
 class MemberSearch {
  public:
   enum class Depth {
-    thisDirectory,  // members of the directory part itself
-    andBelow,       // and of all directories below it
+    ThisDirectory,  // members of the directory part itself
+    AndBelow,       // and of all directories below it
   };
-  enum class Kinds { files, filesAndDirectories };
+  enum class Kinds { Files, FilesAndDirectories };
 
   // The index must outlive the search.
   MemberSearch(const ArchiveIndex& searched, std::string_view text, Depth searchDepth,
-               Kinds searchKinds = Kinds::files);
+               Kinds searchKinds = Kinds::Files);
 
   // The position of the next member, in the order of the archive.
   std::optional<std::size_t> Next();

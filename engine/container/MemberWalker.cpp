@@ -28,7 +28,7 @@ HeaderStatus ParseHeaderAt(ByteSource& source, std::uint64_t offset, MemberHeade
     const ByteSpan bytes = source.At(offset, wanted);
     const HeaderStatus status = ParseMemberHeader(bytes, header);
     const bool canGrow = bytes.size() == wanted && wanted <= kMaxHeaderBytes;
-    if (status != HeaderStatus::incomplete || !canGrow) return status;
+    if (status != HeaderStatus::Incomplete || !canGrow) return status;
   }
 }
 
@@ -42,10 +42,10 @@ bool MemberWalker::IsAtEnd() {
 bool MemberWalker::Next(MemberHeader& header) {
   if (IsAtEnd()) return false;
   status = ParseHeaderAt(source, next, header);
-  if (status == HeaderStatus::incomplete) status = HeaderStatus::broken;
-  if (status != HeaderStatus::complete) return false;
+  if (status == HeaderStatus::Incomplete) status = HeaderStatus::Broken;
+  if (status != HeaderStatus::Complete) return false;
   if (header.packedBytes > source.Size() - next - header.headerBytes) {
-    status = HeaderStatus::broken;  // the file ends inside the packed data
+    status = HeaderStatus::Broken;  // the file ends inside the packed data
     return false;
   }
   current = next;

@@ -19,7 +19,7 @@ class MemberWalker {
   // ends the walk, too: the members behind it cannot be found.
   bool Next(MemberHeader& header);
 
-  // HeaderStatus::complete unless the walk has ended at damage: checksumWrong or broken then.
+  // HeaderStatus::Complete unless the walk has ended at damage: checksumWrong or broken then.
   HeaderStatus Status() const { return status; }
 
   // Of the member that Next has read.
@@ -37,7 +37,7 @@ class MemberWalker {
   std::uint64_t current = 0;
   std::uint64_t next;
   bool hasEndMark = false;
-  HeaderStatus status = HeaderStatus::complete;
+  HeaderStatus status = HeaderStatus::Complete;
 };
 
 }  // namespace kozor::container

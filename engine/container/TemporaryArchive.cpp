@@ -39,7 +39,7 @@ void CopyBytes(File& from, std::uint64_t begin, std::uint64_t end,
   while (begin < end) {
     const auto wanted = static_cast<std::size_t>(std::min<std::uint64_t>(end - begin, kCopyPiece));
     if (from.ReadAt(begin, std::span(piece).first(wanted)) != wanted) {
-      throw Failure(Code::cannotRead);
+      throw Failure(ResultCode::CannotRead);
     }
     write(ByteSpan(piece).first(wanted));
     begin += wanted;
@@ -51,11 +51,11 @@ TemporaryArchive::TemporaryArchive(const std::string& directory) {
   const auto start = static_cast<unsigned int>(GetTickCount64() % kNameCount);
   for (unsigned int i = 0; i < kNameCount; ++i) {
     path = directory + "lhtmp" + NameSuffix(start + i) + ".lzh";
-    if (file.Open(path, File::Mode::createNew)) return;
+    if (file.Open(path, File::Mode::CreateNew)) return;
     const DWORD error = GetLastError();
     if (error != ERROR_FILE_EXISTS && error != ERROR_ALREADY_EXISTS) break;
   }
-  throw Failure(Code::temporaryNotOpened);
+  throw Failure(ResultCode::TemporaryNotOpened);
 }
 
 TemporaryArchive::~TemporaryArchive() {
@@ -66,7 +66,7 @@ TemporaryArchive::~TemporaryArchive() {
 void TemporaryArchive::TakePlaceOf(const std::string& archivePath, Target target) {
   file.Close();
   DWORD flags = MOVEFILE_WRITE_THROUGH;
-  if (target == Target::isThere) {
+  if (target == Target::IsThere) {
     const DWORD attributes = GetFileAttributesA(archivePath.c_str());
     if (attributes != INVALID_FILE_ATTRIBUTES) SetFileAttributesA(path.c_str(), attributes);
     flags |= MOVEFILE_REPLACE_EXISTING;
@@ -76,12 +76,12 @@ void TemporaryArchive::TakePlaceOf(const std::string& archivePath, Target target
   } else if (GetLastError() == ERROR_NOT_SAME_DEVICE) {
     CopyBeside(archivePath, target);
   } else {
-    throw Failure(Code::temporaryNotCopied);
+    throw Failure(ResultCode::TemporaryNotCopied);
   }
 }
 
 void TemporaryArchive::CopyBeside(const std::string& archivePath, Target target) {
-  if (!file.Open(path, File::Mode::read)) throw Failure(Code::temporaryNotCopied);
+  if (!file.Open(path, File::Mode::Read)) throw Failure(ResultCode::TemporaryNotCopied);
   TemporaryArchive beside(DirectoryOf(archivePath));
   std::uint64_t done = 0;
   CopyBytes(file, 0, file.Size(), [&](ByteSpan piece) {

@@ -20,7 +20,7 @@ void CopyBytes(File& from, std::uint64_t begin, std::uint64_t end,
 class TemporaryArchive {
  public:
   // Makes a new empty file in the directory, which is empty or ends in a separator.  Throws
-  // Code::temporaryNotOpened.
+  // ResultCode::TemporaryNotOpened.
   explicit TemporaryArchive(const std::string& directory);
   ~TemporaryArchive();
   TemporaryArchive(const TemporaryArchive&) = delete;
@@ -29,11 +29,11 @@ class TemporaryArchive {
   File& Contents() { return file; }
   const std::string& Path() const { return path; }
 
-  enum class Target { isThere, isNew };
+  enum class Target { IsThere, IsNew };
   // Closes the file, which is complete and flushed, and gives it the name of the archive in one
   // step; an archive that is there is replaced and passes its attributes on.  On another file
   // system the bytes are first copied to a second temporary beside the archive.  Throws
-  // Code::temporaryNotCopied, or Code::noDiskSpace; the archive is as it was then.
+  // ResultCode::TemporaryNotCopied, or ResultCode::NoDiskSpace; the archive is as it was then.
   void TakePlaceOf(const std::string& archivePath, Target target);
 
  private:

@@ -25,18 +25,18 @@ std::vector<std::string> NamesIn(const Bytes& bytes, unsigned int codePage = 932
   const ArchiveIndex index = IndexOf(bytes, codePage);
   std::vector<std::string> names;
   for (const Member& member : index.Members()) {
-    if (member.kind == MemberKind::file) names.push_back(member.name);
+    if (member.kind == MemberKind::File) names.push_back(member.name);
   }
   return names;
 }
 
-Code CodeOf(const Bytes& bytes) {
+ResultCode CodeOf(const Bytes& bytes) {
   try {
     IndexOf(bytes);
   } catch (const Failure& failure) {
     return failure.code;
   }
-  return Code::ok;
+  return ResultCode::Ok;
 }
 
 Bytes TwoMembers() {
@@ -62,15 +62,16 @@ TEST(ArchiveIndex, EndsThatAreNoDamage) {
 }
 
 TEST(ArchiveIndex, WhatIsNoArchiveOrEndsInDamageIsRefused) {
-  EXPECT_EQ(CodeOf({}), Code::notAnArchive);
+  EXPECT_EQ(CodeOf({}), ResultCode::NotAnArchive);
   EXPECT_EQ(CodeOf(ToBytes("a text about -lh5- and nothing else, long enough to be scanned")),
-            Code::notAnArchive);
-  EXPECT_EQ(CodeOf(test::RandomBytes(100000)), Code::notAnArchive);
-  EXPECT_EQ(CodeOf(Join({WithoutEndMark(), ToBytes("x")})), Code::headerDamaged);
-  EXPECT_EQ(CodeOf(Join({WithoutEndMark(), Bytes(40, 0x1A), ToBytes("x")})), Code::headerDamaged);
+            ResultCode::NotAnArchive);
+  EXPECT_EQ(CodeOf(test::RandomBytes(100000)), ResultCode::NotAnArchive);
+  EXPECT_EQ(CodeOf(Join({WithoutEndMark(), ToBytes("x")})), ResultCode::HeaderDamaged);
+  EXPECT_EQ(CodeOf(Join({WithoutEndMark(), Bytes(40, 0x1A), ToBytes("x")})),
+            ResultCode::HeaderDamaged);
   Bytes bytes = RawArchive({{.level = 0, .name = "a"}, {.level = 0, .name = "b"}});
   bytes[bytes.size() - 4] ^= 1;  // the second name, in front of a CRC and the end mark
-  EXPECT_EQ(CodeOf(bytes), Code::headerChecksum);
+  EXPECT_EQ(CodeOf(bytes), ResultCode::HeaderChecksum);
 }
 
 TEST(ArchiveIndex, FindsTheArchiveBehindAPrefix) {
@@ -109,7 +110,7 @@ TEST(ArchiveIndex, EndOfTheProgramIsBelievedBeforeTheScan) {
   Bytes bytes = Join({program, TwoMembers()});
   EXPECT_THAT(NamesIn(bytes), ElementsAre("a", "bb"));
   bytes[program.size() + 30] ^= 1;
-  EXPECT_EQ(CodeOf(bytes), Code::headerDamaged);
+  EXPECT_EQ(CodeOf(bytes), ResultCode::HeaderDamaged);
 }
 
 TEST(ArchiveIndex, LinksAndNamelessMembersAreKeptButNotShown) {
@@ -126,9 +127,9 @@ TEST(ArchiveIndex, LinksAndNamelessMembersAreKeptButNotShown) {
                                                   .extensions = {{0x02, "d\xFF"}},
                                                   .method = "-lhd-"}}));
   ASSERT_EQ(index.Members().size(), 3U);
-  EXPECT_EQ(index.Members()[0].kind, MemberKind::hidden);
-  EXPECT_EQ(index.Members()[1].kind, MemberKind::hidden);
-  EXPECT_EQ(index.Members()[2].kind, MemberKind::directory);
+  EXPECT_EQ(index.Members()[0].kind, MemberKind::Unlisted);
+  EXPECT_EQ(index.Members()[1].kind, MemberKind::Unlisted);
+  EXPECT_EQ(index.Members()[2].kind, MemberKind::Directory);
   EXPECT_EQ(index.Members()[2].name, "d\\");
 }
 

@@ -54,10 +54,10 @@ class MemberSearchTest : public testing::Test {
     return names;
   }
   std::vector<std::string> Below(const char* text) {
-    return Find(text, MemberSearch::Depth::andBelow);
+    return Find(text, MemberSearch::Depth::AndBelow);
   }
   std::vector<std::string> Here(const char* text) {
-    return Find(text, MemberSearch::Depth::thisDirectory);
+    return Find(text, MemberSearch::Depth::ThisDirectory);
   }
 
   const test::Bytes bytes = test::RawArchive({{.level = 0, .name = "a.txt"},

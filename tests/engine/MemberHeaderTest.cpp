@@ -37,7 +37,7 @@ HeaderStatus Parse(const Bytes& bytes) {
 
 MemberHeader Parsed(const Bytes& bytes) {
   MemberHeader header;
-  EXPECT_EQ(ParseMemberHeader(bytes, header), HeaderStatus::complete);
+  EXPECT_EQ(ParseMemberHeader(bytes, header), HeaderStatus::Complete);
   return header;
 }
 
@@ -69,7 +69,7 @@ TEST(MemberHeader, NoticesEveryChangedByteThatASumCovers) {
     const std::size_t covered = level == 1 ? 32 : bytes.size();
     for (std::size_t i = 0; i < covered; ++i) {
       bytes[i] ^= 0x04;
-      EXPECT_NE(Parse(bytes), HeaderStatus::complete) << "level " << level << ", byte " << i;
+      EXPECT_NE(Parse(bytes), HeaderStatus::Complete) << "level " << level << ", byte " << i;
       bytes[i] ^= 0x04;
     }
   }
@@ -79,7 +79,7 @@ TEST(MemberHeader, AsksForMoreBytesWhereverItIsCut) {
   for (const char* hex : kExamples) {
     for (Bytes bytes = FromHex(hex); !bytes.empty();) {
       bytes.pop_back();
-      EXPECT_EQ(Parse(bytes), HeaderStatus::incomplete) << hex << " cut at " << bytes.size();
+      EXPECT_EQ(Parse(bytes), HeaderStatus::Incomplete) << hex << " cut at " << bytes.size();
     }
   }
 }
@@ -108,7 +108,7 @@ TEST(MemberHeader, RefusesSizesThatContradictEachOther) {
     Bytes bytes = FromHex(kExamples[row.level]);
     bytes[row.offset] = row.value;
     bytes.resize(bytes.size() + 300);
-    EXPECT_THAT(Parse(bytes), testing::AnyOf(HeaderStatus::broken, HeaderStatus::checksumWrong))
+    EXPECT_THAT(Parse(bytes), testing::AnyOf(HeaderStatus::Broken, HeaderStatus::ChecksumWrong))
         << row.what;
   }
 }
@@ -165,7 +165,7 @@ TEST(MemberHeader, Os9HeaderMayCountTwoBytesTooFew) {
   bytes[0] = static_cast<std::uint8_t>(size - 2);
   EXPECT_EQ(Parsed(bytes).headerBytes, size);
   bytes[23] = 'M';
-  EXPECT_EQ(Parse(bytes), HeaderStatus::broken);
+  EXPECT_EQ(Parse(bytes), HeaderStatus::Broken);
 }
 
 TEST(MemberHeader, StoredMemberWithADirectoryAndNoNameIsADirectory) {

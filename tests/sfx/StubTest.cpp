@@ -34,7 +34,7 @@ TEST_F(StubTest, HoldsNothingThatLooksLikeAHeader) {
   for (std::size_t at = 0; at < stub.size(); ++at) {
     const container::ByteSpan bytes = container::ByteSpan(whole).subspan(at);
     container::MemberHeader header;
-    ASSERT_NE(container::ParseMemberHeader(bytes, header), container::HeaderStatus::complete) << at;
+    ASSERT_NE(container::ParseMemberHeader(bytes, header), container::HeaderStatus::Complete) << at;
     container::MethodId id;
     std::copy_n(bytes.begin() + 2, id.size(), id.begin());
     ASSERT_FALSE(container::IsArchiveMethod(id)) << at;
