@@ -63,3 +63,10 @@ function(kozor_test name)
   endif()
   gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 300)
 endfunction()
+
+# Sources of the present folder that the self-extracting stub takes over, where they are compiled a
+# second time, with the stub's own flags.
+function(kozor_stub_sources)
+  list(TRANSFORM ARGN PREPEND ${CMAKE_CURRENT_SOURCE_DIR}/)
+  set_property(GLOBAL APPEND PROPERTY KOZOR_STUB_SOURCES ${ARGN})
+endfunction()

@@ -1,10 +1,10 @@
 #!/usr/bin/env python3
-"""Writes platform/win32/posix/TextTables.cpp: code pages and upper case as compact static tables.
+"""Writes platform/text/TextTables.cpp: code pages and upper case as compact static tables.
 
 The tables are part of the source, so that neither building nor running needs any converter of the
 host.  Run this again only to change their form:
 
-    tools/make_text_tables.py > platform/win32/posix/TextTables.cpp
+    tools/make_text_tables.py > platform/text/TextTables.cpp
 """
 
 import unicodedata
@@ -16,16 +16,16 @@ LEADS = [l for l in [*range(0x81, 0xA0), *range(0xE0, 0xFD)] if l not in USER_LE
 
 HEADER = """\
 // TextTables.cpp - code pages and upper case as data.  Written by tools/make_text_tables.py.
-#include "platform/win32/posix/TextTables.h"
+#include "platform/text/TextTables.h"
 
-namespace kozor::posix {
+namespace kozor::text {
 
 // clang-format off
 """
 FOOTER = """\
 // clang-format on
 
-}  // namespace kozor::posix
+}  // namespace kozor::text
 """
 
 

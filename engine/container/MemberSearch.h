@@ -6,7 +6,7 @@
 #include <string_view>
 
 #include "engine/container/ArchiveIndex.h"
-#include "engine/container/Mask.h"
+#include "platform/text/WildCard.h"
 
 namespace kozor::container {
 
@@ -38,7 +38,7 @@ class MemberSearch {
   std::optional<std::size_t> wholeName;  // not handed out yet
   const bool isWholeName;
   std::u16string directory;  // folded, with a '\' at its end, or empty
-  Mask mask;
+  text::WildCard mask;
   std::size_t next = 0;
 };
 

@@ -1,18 +1,22 @@
 // Text.h - names between code pages and UTF-16, and the folding of case.
+//
+// An unknown code page is read as ASCII.
 #pragma once
 
 #include <string>
 #include <string_view>
 
+#include "platform/text/CodePage.h"
+
 namespace kozor::container {
 
-inline constexpr unsigned int kShiftJis = 932;
-inline constexpr unsigned int kUtf8 = 65001;
+inline constexpr unsigned int kShiftJis = text::kCodePage932;
+using text::kUtf8;
 
 bool IsAscii(std::string_view bytes);
 
-// Decodes text that is valid in the code page as a whole.  False when it is not, or when the system
-// does not know the code page; `text` is unspecified then.
+// Decodes text that is valid in the code page as a whole.  False when it is not; `text` is
+// unspecified then.
 bool DecodeText(unsigned int codePage, std::string_view bytes, std::u16string& text);
 
 // Decodes what it can; '_' stands for each byte that is no character there, and `altered` is set.

@@ -5,7 +5,7 @@
 #include <cerrno>
 
 #include "engine/sfx/linux/SystemCalls.h"
-#include "platform/win32/posix/CodePage.h"
+#include "platform/text/CodePage.h"
 
 namespace kozor::sfx {
 namespace {
@@ -32,7 +32,7 @@ bool IsShowable(char32_t character) {
   const bool turnsDirection = character == 0x200E || character == 0x200F ||
                               (character >= 0x202A && character <= 0x202E) ||
                               (character >= 0x2066 && character <= 0x2069);
-  return !isControl && !turnsDirection && character != posix::kNoCharacter;
+  return !isControl && !turnsDirection && character != text::kNoCharacter;
 }
 
 }  // namespace
@@ -76,7 +76,7 @@ void Die(std::string_view reason) {
 std::string Visible(std::string_view text) {
   std::string visible;
   while (!text.empty()) {
-    const posix::Decoded next = posix::DecodeUtf8(text);
+    const text::Decoded next = text::DecodeUtf8(text);
     if (IsShowable(next.character)) {
       visible += text.substr(0, next.bytes);
     } else {

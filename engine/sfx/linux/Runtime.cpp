@@ -12,7 +12,6 @@
 
 #include "engine/sfx/Console.h"
 #include "engine/sfx/linux/SystemCalls.h"
-#include "platform/win32/posix/LastError.h"
 
 namespace {
 
@@ -180,8 +179,3 @@ void __throw_bad_function_call() {
 }
 
 }  // namespace std
-
-// The conversions of names set the thread's last error, which nobody asks for here.
-BOOL kozor::posix::Fail(DWORD) {
-  return FALSE;
-}

@@ -3,10 +3,13 @@
 
 #include <algorithm>
 
-#include "platform/win32/posix/CodePage.h"
+#include "platform/text/Case.h"
+#include "platform/win32/posix/ActiveCodePage.h"
 #include "platform/win32/posix/LastError.h"
 
 namespace kozor::posix {
+
+using namespace text;
 
 namespace {
 
@@ -42,7 +45,7 @@ bool IsPlain(std::string_view name) {
 // Cuts at a character of the code page, with room for the '?' that tells of it.
 void CutToFit(std::string& libraryName) {
   std::size_t fits = 0;
-  const CodePage& page = *FindCodePage(CP_ACP);
+  const CodePage& page = ActivePage();
   for (std::size_t next = 0; next < kMaxNameBytes;) {
     fits = next;
     next += page.decode(std::string_view(libraryName).substr(next)).bytes;
@@ -51,31 +54,10 @@ void CutToFit(std::string& libraryName) {
   libraryName += '?';
 }
 
-void AppendKey(std::u16string& key, char32_t character) {
-  if (character >= 0x10000) {
-    key += static_cast<char16_t>(0xD800 + ((character - 0x10000) >> 10));
-    character = 0xDC00 + (character & 0x3FF);
-  }
-  key += static_cast<char16_t>(character);
-}
-
 template <typename Map>
 std::u16string MakeKey(std::string_view hostName, Map map) {
-  std::u16string key;
-  key.reserve(hostName.size());
-  const bool fewerCharacters = ActiveCodePage() == kCodePage932;
-  while (!hostName.empty()) {
-    const Decoded next = DecodeUtf8(hostName);
-    if (next.character == kNoCharacter) {
-      // Bytes that are no character keep apart from each other and from all characters, as halves
-      // of surrogate pairs.
-      key += static_cast<char16_t>(0xDC00 + static_cast<unsigned char>(hostName[0]));
-    } else {
-      AppendKey(key, map(fewerCharacters ? ToCp932Reading(next.character) : next.character));
-    }
-    hostName.remove_prefix(next.bytes);
-  }
-  return key;
+  if (ActiveCodePage() != kCodePage932) return MapToUtf16(hostName, map);
+  return MapToUtf16(hostName, [&](char32_t character) { return map(ToCp932Reading(character)); });
 }
 
 bool IsWildCard(char32_t character) {
@@ -85,7 +67,7 @@ bool IsWildCard(char32_t character) {
 // From the code page to UTF-8.  False where a character can't be in a name, or in a mask.
 bool DecodeName(std::string_view libraryName, bool mask, std::string& hostName) {
   hostName.clear();
-  const CodePage& page = *FindCodePage(CP_ACP);
+  const CodePage& page = ActivePage();
   while (!libraryName.empty()) {
     const Decoded next = page.decode(libraryName);
     if (next.character == kNoCharacter) return false;
@@ -102,7 +84,7 @@ bool EncodeName(std::string_view hostName, bool strict, std::string& libraryName
   bool whole = true;
   if (!IsPlain(hostName)) {
     libraryName.clear();
-    const CodePage& page = *FindCodePage(CP_ACP);
+    const CodePage& page = ActivePage();
     while (!hostName.empty()) {
       const Decoded next = DecodeUtf8(hostName);
       const bool good = next.character != kNoCharacter && !IsForbidden(next.character) &&

@@ -10,8 +10,9 @@
 #include <memory>
 #include <unordered_map>
 
+#include "platform/text/Case.h"
 #include "platform/win32/PosixAdmin.h"
-#include "platform/win32/posix/CodePage.h"
+#include "platform/win32/posix/ActiveCodePage.h"
 #include "platform/win32/posix/HostNames.h"
 
 namespace kozor::posix {
@@ -42,7 +43,7 @@ class Wanted {
 
   // Whether any other name can count as this one.
   bool MayHaveOtherSpelling() const {
-    return !caseSensitive || (ActiveCodePage() == kCodePage932 && !ascii);
+    return !caseSensitive || (ActiveCodePage() == text::kCodePage932 && !ascii);
   }
 
   // No character beyond ASCII counts as one of ASCII, so that most names can be told by their
@@ -51,7 +52,7 @@ class Wanted {
     if (ascii && candidate.size() != length) return false;
     if (!ascii) return !IsAscii(candidate) && SearchKey(candidate) == key;
     for (std::size_t i = 0; i < length; ++i) {
-      if (ToUpper(static_cast<unsigned char>(candidate[i])) != key[i]) return false;
+      if (text::ToUpper(static_cast<unsigned char>(candidate[i])) != key[i]) return false;
     }
     return true;
   }

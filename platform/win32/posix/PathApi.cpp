@@ -12,7 +12,7 @@
 #include "platform/win32/PosixAdmin.h"
 #include "platform/win32/PosixSystem.h"
 #include "platform/win32/PosixText.h"
-#include "platform/win32/posix/CodePage.h"
+#include "platform/win32/posix/ActiveCodePage.h"
 #include "platform/win32/posix/Drives.h"
 #include "platform/win32/posix/File.h"
 #include "platform/win32/posix/HostNames.h"

@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <cctype>
 
-#include "platform/win32/posix/CodePage.h"
+#include "platform/win32/posix/ActiveCodePage.h"
 #include "platform/win32/posix/Drives.h"
 #include "platform/win32/posix/HostNames.h"
 #include "platform/win32/posix/LastError.h"

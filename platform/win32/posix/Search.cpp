@@ -11,17 +11,18 @@
 #include <optional>
 #include <vector>
 
+#include "platform/text/WildCard.h"
 #include "platform/win32/posix/Attributes.h"
 #include "platform/win32/posix/FillRecords.h"
 #include "platform/win32/posix/HandleTable.h"
 #include "platform/win32/posix/HostNames.h"
 #include "platform/win32/posix/LastError.h"
 #include "platform/win32/posix/LookUp.h"
-#include "platform/win32/posix/WildCard.h"
 
 namespace {
 
 using namespace kozor::posix;
+using kozor::text::WildCard;
 
 struct Entry {
   std::string hostName;

@@ -3,7 +3,7 @@
 
 #include <cstddef>
 
-namespace kozor::posix {
+namespace kozor::text {
 
 // The 188 characters of one lead byte, trail bytes 0x40 to 0x7E and 0x80 to 0xFC.  A blank or a
 // zero is a hole.
@@ -30,4 +30,4 @@ struct UpperRun {
 extern const UpperRun kUpperRuns[];  // in ascending order
 extern const std::size_t kUpperRunCount;
 
-}  // namespace kozor::posix
+}  // namespace kozor::text

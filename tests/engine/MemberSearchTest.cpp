@@ -1,49 +1,14 @@
-// MaskTest.cpp - the rules of file masks, and searches in an index.
-#include "engine/container/Mask.h"
+// MemberSearchTest.cpp - searches in an index.
+#include "engine/container/MemberSearch.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "engine/container/ArchiveIndex.h"
-#include "engine/container/MemberSearch.h"
 #include "tests/engine/RawArchive.h"
 
 namespace kozor::container {
 namespace {
-
-TEST(Mask, FollowsTheRulesOfWindows) {
-  struct Row {
-    std::u16string mask;
-    std::vector<std::u16string> matches;
-    std::vector<std::u16string> others;
-  };
-  const Row rows[] = {
-      {u"*.*", {u"readme", u"a.b"}, {}},
-      {u"*.", {u"readme"}, {u"a.b"}},
-      {u"*.txt", {u"a.txt", u"a.b.txt"}, {u"a.txt2", u"txt"}},
-      {u"a*.txt", {u"abc.txt"}, {u"bac.txt"}},
-      {u"a??", {u"a", u"abc"}, {u"abcd"}},
-      {u"?a", {}, {u"a"}},
-      {u"a?.txt", {u"a.txt", u"ab.txt"}, {u"abc.txt"}},
-      {u"a.?", {u"a", u"a.b"}, {u"a.bc"}},
-      {u"a.*", {u"a", u"a.b.c"}, {}},
-      {u"*a*b*", {u"xaxxbx"}, {u"xbxxax"}},
-      {u"abc", {u"abc"}, {u"abcd"}},
-      {u"", {}, {u"a"}},
-  };
-  for (const Row& row : rows) {
-    SCOPED_TRACE(testing::PrintToString(row.mask));
-    for (const auto& name : row.matches) EXPECT_TRUE(Mask(row.mask).Matches(name));
-    for (const auto& name : row.others) EXPECT_FALSE(Mask(row.mask).Matches(name));
-  }
-}
-
-TEST(Mask, ManyStarsCostNoMoreThanLengthTimesLength) {
-  const std::u16string name(1000, u'a');
-  std::u16string mask;
-  for (int i = 0; i < 250; ++i) mask += u"*a";
-  EXPECT_FALSE(Mask(mask + u"b").Matches(name));
-}
 
 class MemberSearchTest : public testing::Test {
  protected:

@@ -1,7 +1,7 @@
 // TextTables.cpp - code pages and upper case as data.  Written by tools/make_text_tables.py.
-#include "platform/win32/posix/TextTables.h"
+#include "platform/text/TextTables.h"
 
-namespace kozor::posix {
+namespace kozor::text {
 
 // clang-format off
 
@@ -306,4 +306,4 @@ const std::size_t kUpperRunCount = 197;
 
 // clang-format on
 
-}  // namespace kozor::posix
+}  // namespace kozor::text

@@ -1,20 +1,15 @@
-// CodePage.cpp - see CodePage.h.  The tables stand in TextTables.cpp.
-#include "platform/win32/posix/CodePage.h"
+// CodePage.cpp - see CodePage.h.  The tables are in TextTables.cpp.
+#include "platform/text/CodePage.h"
 
 #include <algorithm>
 #include <array>
-#include <atomic>
 #include <memory>
 
-#include "platform/win32/PosixAdmin.h"
-#include "platform/win32/posix/LastError.h"
-#include "platform/win32/posix/TextTables.h"
+#include "platform/text/TextTables.h"
 
-namespace kozor::posix {
+namespace kozor::text {
 
 namespace {
-
-std::atomic<UINT> activeCodePage{kCodePage932};
 
 constexpr std::size_t kTrails = 188;
 constexpr unsigned kFirstUserLead = 0xF0;
@@ -24,10 +19,6 @@ constexpr char32_t kFirstUserCharacter = 0xE000;
 constexpr char32_t kPrivateA0 = 0xF8F0;
 constexpr char32_t kPrivateFd = 0xF8F1;
 constexpr char32_t kHalfWidthKana = 0xFF61;  // byte 0xA1
-
-constexpr bool IsLead932(unsigned byte) {
-  return (byte >= 0x81 && byte <= 0x9F) || (byte >= 0xE0 && byte <= 0xFC);
-}
 
 // Position of a trail byte in its row, or kTrails.
 constexpr std::size_t TrailIndex(unsigned trail) {
@@ -65,7 +56,7 @@ char32_t DecodeSingle932(unsigned byte) {
 
 Decoded Decode932(std::string_view text) {
   const auto first = static_cast<unsigned char>(text[0]);
-  if (!IsLead932(first)) return {DecodeSingle932(first), 1};
+  if (!IsLeadByte932(first)) return {DecodeSingle932(first), 1};
   if (text.size() < 2) return {kNoCharacter, 1};
   const auto second = static_cast<unsigned char>(text[1]);
   const char32_t character = DecodePair932(first, second);
@@ -81,7 +72,7 @@ using EncodeTable = std::array<std::uint16_t, 0x10000>;
 std::unique_ptr<EncodeTable> MakeEncodeTable932() {
   auto table = std::make_unique<EncodeTable>();
   for (unsigned byte = 0; byte < 0x100; ++byte) {
-    if (!IsLead932(byte)) (*table)[DecodeSingle932(byte)] = static_cast<std::uint16_t>(byte);
+    if (!IsLeadByte932(byte)) (*table)[DecodeSingle932(byte)] = static_cast<std::uint16_t>(byte);
   }
   const auto addRow = [&](unsigned lead) {
     for (std::size_t index = 0; index < kTrails; ++index) {
@@ -90,10 +81,10 @@ std::unique_ptr<EncodeTable> MakeEncodeTable932() {
       (*table)[character] = static_cast<std::uint16_t>(lead << 8 | TrailByte(index));
     }
   };
-  // Some 390 characters have two or three codes.  The first row wins, with rows 0xED and 0xEE, a
-  // maker's copy of 0xFA to 0xFC, behind all others.
+  // Some 390 characters have two or three codes.  The first row wins; rows 0xED and 0xEE, which
+  // repeat 0xFA to 0xFC, come last.
   for (unsigned lead = 0x81; lead <= 0xFC; ++lead) {
-    if (IsLead932(lead) && lead != 0xED && lead != 0xEE) addRow(lead);
+    if (IsLeadByte932(lead) && lead != 0xED && lead != 0xEE) addRow(lead);
   }
   addRow(0xED);
   addRow(0xEE);
@@ -203,56 +194,44 @@ char32_t ToCp932Reading(char32_t character) {
   }
 }
 
-char32_t ToUpper(char32_t character) {
-  if (character < 0x80) return character >= 'a' && character <= 'z' ? character - 0x20 : character;
-  // Kana, ideographs and Hangul have no case; they are most of the rest.
-  if (character >= 0x2E80 && character < 0xA640) return character;
-  const UpperRun* const end = kUpperRuns + kUpperRunCount;
-  const UpperRun* const run =
-      std::lower_bound(kUpperRuns, end, character,
-                       [](const UpperRun& r, char32_t wanted) { return r.last < wanted; });
-  if (run == end || character < run->first) return character;
-  if ((character - run->first) % static_cast<char32_t>(run->step) != 0) return character;
-  return static_cast<char32_t>(static_cast<std::int32_t>(character) + run->distance);
+bool AppendExactly(const CodePage& page, std::string& text, char32_t character) {
+  const std::size_t before = text.size();
+  if (!page.append(text, character)) return false;
+  if (page.decode(std::string_view(text).substr(before)).character == character) return true;
+  text.resize(before);
+  return false;
 }
 
-UINT ActiveCodePage() {
-  return activeCodePage.load(std::memory_order_relaxed);
+Decoded DecodeUtf16(std::u16string_view text) {
+  const char32_t first = text[0];
+  if (first < 0xD800 || first > 0xDFFF) return {first, 1};
+  if (first > 0xDBFF || text.size() < 2) return {kNoCharacter, 1};
+  const char32_t second = text[1];
+  if (second < 0xDC00 || second > 0xDFFF) return {kNoCharacter, 1};
+  return {0x10000 + ((first - 0xD800) << 10) + (second - 0xDC00), 2};
 }
 
-bool IsLeadByte(unsigned char byte) {
-  return ActiveCodePage() == kCodePage932 && IsLead932(byte);
-}
-
-const CodePage* FindCodePage(UINT number) {
-  static constexpr CodePage kPage932 = {Decode932, Append932, 0x30FB};  // katakana middle dot
-  static constexpr CodePage kUtf8 = {DecodeUtf8, AppendUtf8, 0xFFFD};
-  static constexpr CodePage kPage1252 = {DecodeSingleByte<kCp1252High>,
-                                         AppendSingleByte<kCp1252High>, '?'};
-  static constexpr CodePage kPage437 = {DecodeSingleByte<kCp437High>, AppendSingleByte<kCp437High>,
-                                        '?'};
-  static constexpr CodePage kAscii = {DecodeAscii, AppendAscii, '?'};
-  switch (number == CP_ACP ? ActiveCodePage() : number) {
-    case kCodePage932:
-      return &kPage932;
-    case CP_UTF8:
-      return &kUtf8;
-    case 1252:
-      return &kPage1252;
-    case 437:
-      return &kPage437;
-    case 20127:
-      return &kAscii;
-    default:
-      return nullptr;
+void AppendUtf16(std::u16string& text, char32_t character) {
+  if (character < 0x10000) {
+    text += static_cast<char16_t>(character);
+    return;
   }
+  text += static_cast<char16_t>(0xD800 + ((character - 0x10000) >> 10));
+  text += static_cast<char16_t>(0xDC00 + (character & 0x3FF));
 }
 
-}  // namespace kozor::posix
-
-int KzSetActiveCodePage(unsigned int codePage) {
-  using namespace kozor::posix;
-  if (codePage != kCodePage932 && codePage != CP_UTF8) return Fail(ERROR_INVALID_PARAMETER);
-  activeCodePage.store(codePage);
-  return 1;
+const CodePage* FindCodePage(unsigned number) {
+  static constexpr CodePage kPages[] = {
+      {kCodePage932, Decode932, Append932, 0x30FB},  // katakana middle dot
+      {kUtf8, DecodeUtf8, AppendUtf8, 0xFFFD},
+      {1252, DecodeSingleByte<kCp1252High>, AppendSingleByte<kCp1252High>, '?'},
+      {437, DecodeSingleByte<kCp437High>, AppendSingleByte<kCp437High>, '?'},
+      {20127, DecodeAscii, AppendAscii, '?'},
+  };
+  const auto* const found =
+      std::find_if(std::begin(kPages), std::end(kPages),
+                   [&](const CodePage& page) { return page.number == number; });
+  return found == std::end(kPages) ? nullptr : found;
 }
+
+}  // namespace kozor::text

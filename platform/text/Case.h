@@ -1,0 +1,49 @@
+// Case.h - two rules of case.  Names on disk are equal by Unicode's simple upper case; names in
+// archives, and the comparisons of the C run-time library, fold Latin letters only.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "platform/text/CodePage.h"
+
+namespace kozor::text {
+
+// Upper case by Unicode's simple mapping, one character to one.
+char32_t ToUpper(char32_t character);
+
+// Lower case for A to Z, plain and full-width.
+constexpr char32_t ToLowerLatin(char32_t character) {
+  const bool plain = character >= 'A' && character <= 'Z';
+  const bool fullWidth = character >= 0xFF21 && character <= 0xFF3A;
+  return plain || fullWidth ? character + 0x20 : character;
+}
+
+// The same for a character of code page 932 as a number, lead * 256 + trail.
+constexpr unsigned ToLowerLatin932(unsigned character) {
+  if (character >= 'A' && character <= 'Z') return character + 0x20;
+  return character >= 0x8260 && character <= 0x8279 ? character + 0x21 : character;
+}
+
+// UTF-8 text as UTF-16, each character put through `map`.  Bytes that are no character become
+// halves of surrogate pairs: they differ from each other and from all characters.
+template <typename Map>
+std::u16string MapToUtf16(std::string_view utf8, Map map) {
+  std::u16string mapped;
+  mapped.reserve(utf8.size());
+  while (!utf8.empty()) {
+    const Decoded next = DecodeUtf8(utf8);
+    AppendUtf16(mapped, next.character != kNoCharacter
+                            ? map(next.character)
+                            : 0xDC00 + static_cast<unsigned char>(utf8[0]));
+    utf8.remove_prefix(next.bytes);
+  }
+  return mapped;
+}
+
+// Upper case in UTF-16: equal for names that differ in case alone.
+inline std::u16string UpperKey(std::string_view utf8) {
+  return MapToUtf16(utf8, ToUpper);
+}
+
+}  // namespace kozor::text

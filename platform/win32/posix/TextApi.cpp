@@ -1,0 +1,204 @@
+// TextApi.cpp - the active code page, and the Win32 and C run-time functions that walk, compare and
+// convert text.
+#include <atomic>
+#include <string>
+#include <string_view>
+
+#include "platform/text/Case.h"
+#include "platform/text/CodePage.h"
+#include "platform/win32/PosixAdmin.h"
+#include "platform/win32/PosixText.h"
+#include "platform/win32/posix/ActiveCodePage.h"
+#include "platform/win32/posix/LastError.h"
+
+namespace kozor::posix {
+
+namespace {
+
+std::atomic<const text::CodePage*> activePage{text::FindCodePage(text::kCodePage932)};
+
+}  // namespace
+
+const text::CodePage& ActivePage() {
+  return *activePage.load(std::memory_order_relaxed);
+}
+
+unsigned ActiveCodePage() {
+  return ActivePage().number;
+}
+
+bool IsLeadByte(unsigned char byte) {
+  return ActiveCodePage() == text::kCodePage932 && text::IsLeadByte932(byte);
+}
+
+}  // namespace kozor::posix
+
+namespace {
+
+using namespace kozor::posix;
+using namespace kozor::text;
+
+struct Character {
+  unsigned value;     // lead * 256 + trail for two bytes
+  std::size_t bytes;  // 1 or 2; 1 at the terminator
+};
+
+// The first character of text that has at least one byte left, the terminator included.
+Character FirstCharacter(const unsigned char* text) {
+  if (IsLeadByte(text[0]) && text[1] != 0) return {text[0] * 256U + text[1], 2};
+  return {text[0], 1};
+}
+
+int Sign(unsigned a, unsigned b) {
+  return a < b ? -1 : a > b ? 1 : 0;
+}
+
+int CompareText(const unsigned char* a, const unsigned char* b, bool foldCase) {
+  for (;;) {
+    const Character left = FirstCharacter(a);
+    const Character right = FirstCharacter(b);
+    const unsigned leftValue = foldCase ? _mbctolower(left.value) : left.value;
+    const unsigned rightValue = foldCase ? _mbctolower(right.value) : right.value;
+    if (leftValue != rightValue || leftValue == 0) return Sign(leftValue, rightValue);
+    a += left.bytes;
+    b += right.bytes;
+  }
+}
+
+// Copies a converted text out by the rules that both calls share: a capacity of 0 asks for the
+// size.
+template <typename Text, typename Unit>
+int GiveResult(const Text& converted, Unit* target, int capacity) {
+  if (capacity == 0) return static_cast<int>(converted.size());
+  if (converted.size() > static_cast<std::size_t>(capacity)) {
+    return Fail(ERROR_INSUFFICIENT_BUFFER);
+  }
+  converted.copy(target, converted.size());
+  return static_cast<int>(converted.size());
+}
+
+// The source as a view: its length is given, or -1 for up to and with the terminator.
+template <typename Unit>
+std::basic_string_view<Unit> SourceView(const Unit* text, int length) {
+  if (length >= 0) return {text, static_cast<std::size_t>(length)};
+  return {text, std::char_traits<Unit>::length(text) + 1};
+}
+
+bool GoodArguments(const void* source, int sourceLength, const void* target, int capacity) {
+  return source != nullptr && sourceLength != 0 && sourceLength >= -1 && capacity >= 0 &&
+         (capacity == 0 || (target != nullptr && target != source));
+}
+
+const CodePage* PageByNumber(UINT codePage) {
+  return codePage == CP_ACP ? &ActivePage() : FindCodePage(codePage);
+}
+
+}  // namespace
+
+int KzSetActiveCodePage(unsigned int codePage) {
+  if (codePage != kCodePage932 && codePage != kUtf8) return Fail(ERROR_INVALID_PARAMETER);
+  activePage.store(FindCodePage(codePage));
+  return TRUE;
+}
+
+UINT WINAPI GetACP() {
+  return ActiveCodePage();
+}
+
+BOOL WINAPI IsDBCSLeadByte(BYTE byte) {
+  return IsLeadByte(byte) ? TRUE : FALSE;
+}
+
+LPSTR WINAPI CharNextA(LPCSTR text) {
+  const auto* const bytes = reinterpret_cast<const unsigned char*>(text);
+  if (*bytes != 0) text += FirstCharacter(bytes).bytes;
+  return const_cast<LPSTR>(text);
+}
+
+LPSTR WINAPI CharPrevA(LPCSTR start, LPCSTR current) {
+  // Whether a byte is a lead or a trail byte shows only from the beginning.
+  LPCSTR previous = start;
+  for (LPCSTR next = start; next < current && *previous != 0; next = CharNextA(next)) {
+    previous = next;
+  }
+  return const_cast<LPSTR>(previous);
+}
+
+unsigned int _mbctolower(unsigned int character) {
+  // Beyond ASCII there are characters of two bytes only where lead bytes are.
+  return character < 0x100 || IsLeadByte(0x82) ? ToLowerLatin932(character) : character;
+}
+
+int _mbscmp(const unsigned char* a, const unsigned char* b) {
+  return CompareText(a, b, false);
+}
+
+int _mbsicmp(const unsigned char* a, const unsigned char* b) {
+  return CompareText(a, b, true);
+}
+
+int _mbsnbcmp(const unsigned char* a, const unsigned char* b, std::size_t bytes) {
+  // A character cut in two by the limit counts by its first byte.
+  for (std::size_t done = 0; done < bytes;) {
+    Character left = FirstCharacter(a + done);
+    Character right = FirstCharacter(b + done);
+    if (left.bytes > bytes - done) left = {a[done], 1};
+    if (right.bytes > bytes - done) right = {b[done], 1};
+    if (left.value != right.value || left.value == 0) return Sign(left.value, right.value);
+    done += left.bytes;
+  }
+  return 0;
+}
+
+int WINAPI MultiByteToWideChar(UINT codePage, DWORD flags, LPCCH text, int bytes, LPWSTR wide,
+                               int units) {
+  const CodePage* const page = PageByNumber(codePage);
+  if (page == nullptr || !GoodArguments(text, bytes, wide, units)) {
+    return Fail(ERROR_INVALID_PARAMETER);
+  }
+  if ((flags & ~(MB_PRECOMPOSED | MB_ERR_INVALID_CHARS)) != 0) return Fail(ERROR_INVALID_FLAGS);
+  std::u16string converted;
+  for (std::string_view rest = SourceView(text, bytes); !rest.empty();) {
+    const Decoded next = page->decode(rest);
+    rest.remove_prefix(next.bytes);
+    if (next.character != kNoCharacter) {
+      AppendUtf16(converted, next.character);
+    } else if ((flags & MB_ERR_INVALID_CHARS) != 0) {
+      return Fail(ERROR_NO_UNICODE_TRANSLATION);
+    } else {
+      AppendUtf16(converted, page->replacement);
+    }
+  }
+  return GiveResult(converted, wide, units);
+}
+
+int WINAPI WideCharToMultiByte(UINT codePage, DWORD flags, LPCWCH wide, int units, LPSTR text,
+                               int bytes, LPCCH defaultChar, LPBOOL usedDefaultChar) {
+  const CodePage* const page = PageByNumber(codePage);
+  if (page == nullptr || !GoodArguments(wide, units, text, bytes)) {
+    return Fail(ERROR_INVALID_PARAMETER);
+  }
+  const bool utf8 = page->number == kUtf8;
+  if (utf8 && (defaultChar != nullptr || usedDefaultChar != nullptr)) {
+    return Fail(ERROR_INVALID_PARAMETER);
+  }
+  const DWORD known = utf8 ? WC_ERR_INVALID_CHARS : WC_NO_BEST_FIT_CHARS;
+  if ((flags & ~known) != 0) return Fail(ERROR_INVALID_FLAGS);
+
+  std::string converted;
+  bool usedDefault = false;
+  for (std::u16string_view rest = SourceView(wide, units); !rest.empty();) {
+    const Decoded next = DecodeUtf16(rest);
+    rest.remove_prefix(next.bytes);
+    if (next.character != kNoCharacter && page->append(converted, next.character)) continue;
+    if ((flags & WC_ERR_INVALID_CHARS) != 0) return Fail(ERROR_NO_UNICODE_TRANSLATION);
+    usedDefault = true;
+    if (utf8) {
+      AppendUtf8(converted, page->replacement);
+    } else {
+      converted += defaultChar != nullptr ? *defaultChar : '?';
+    }
+  }
+  if (usedDefaultChar != nullptr) *usedDefaultChar = usedDefault ? TRUE : FALSE;
+  return GiveResult(converted, text, bytes);
+}
