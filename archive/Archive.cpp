@@ -3,6 +3,7 @@
 
 #include "ZorArchive.h"
 #include "archive/Engine.h"
+#include "files/Path.h"
 
 // The one way from the archiver's callbacks to an object.
 ZorArchive* ZorArchive::ths = nullptr;
@@ -40,7 +41,7 @@ int ZorArchive::IsArchive(const char* path) {
     return 0;
   }
   engine.UnlhaSetCursorMode(0);
-  return engine.UnlhaCheckArchive(path, 1);
+  return engine.UnlhaCheckArchive(ZorText(path), 1);
 }
 
 ZorError ZorArchive::GetError() const {

@@ -1,5 +1,6 @@
 // CompressDir.cpp - ZorArchive::CompressDir: the archiver walks a directory by itself.
 #include "archive/CompressOperation.h"
+#include "files/Path.h"
 
 namespace {
 
@@ -7,7 +8,7 @@ class CompressDirOperation final : public ZorCompressOperation {
  public:
   CompressDirOperation(ZorArchive& object, const char* source, const char* archivePath,
                        int appendMode)
-      : ZorCompressOperation(object, archivePath), directory(source), append(appendMode) {}
+      : ZorCompressOperation(object, archivePath), directory(ZorText(source)), append(appendMode) {}
 
  private:
   bool Work() override {

@@ -3,6 +3,7 @@
 #include <limits>
 
 #include "archive/CompressOperation.h"
+#include "files/Path.h"
 
 namespace {
 
@@ -11,7 +12,7 @@ class CompressMemOperation final : public ZorCompressOperation {
   CompressMemOperation(ZorArchive& object, const char* archivePath, const char* memberName,
                        const unsigned char* bytes, unsigned long byteCount, int appendMode)
       : ZorCompressOperation(object, archivePath),
-        name(memberName),
+        name(ZorText(memberName)),
         data(bytes),
         size(byteCount),
         append(appendMode) {}

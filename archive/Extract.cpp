@@ -106,6 +106,7 @@ int ZorArchive::Extract(const char* archive, const char* directory, const char* 
 }
 
 CString ZorArchive::OnMakeFileName(const char* directory, const char* name) {
+  name = ZorText(name);
   if (*name != '\\') return CString(directory) + name;
   const char* root = nullptr;
   const char* behindRoot = nullptr;

@@ -4,6 +4,7 @@
 #include <limits>
 
 #include "archive/ExtractOperation.h"
+#include "files/Path.h"
 
 namespace {
 
@@ -12,7 +13,7 @@ class ExtractMemOperation final : public ZorExtractOperation {
   ExtractMemOperation(ZorArchive& object, const char* archivePath, const char* memberName,
                       unsigned char* target, unsigned long capacity)
       : ZorExtractOperation(object, archivePath),
-        name(memberName),
+        name(ZorText(memberName)),
         buffer(target),
         // No member is larger than what the archiver can count, so no more is needed.
         size(static_cast<std::uint32_t>(

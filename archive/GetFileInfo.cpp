@@ -4,6 +4,7 @@
 #include "ZorArchive.h"
 #include "archive/Engine.h"
 #include "archive/MemberSearch.h"
+#include "files/Path.h"
 
 namespace {
 
@@ -47,6 +48,6 @@ ZorError LookUp(const char* archive, const char* name, int background, unsigned 
 
 int ZorArchive::GetFileInfo(const char* archive, const char* name, unsigned long* size,
                             FILETIME* time, unsigned long* attribute) {
-  error = LookUp(archive, name, backgroundMode, size, time, attribute);
+  error = LookUp(ZorText(archive), ZorText(name), backgroundMode, size, time, attribute);
   return IsError();
 }

@@ -2,9 +2,10 @@
 #include "archive/Operation.h"
 
 #include "archive/Errors.h"
+#include "files/Path.h"
 
 ZorOperation::ZorOperation(Family operationFamily, ZorArchive& object, const char* archivePath)
-    : family(operationFamily), owner(object), archive(archivePath) {}
+    : family(operationFamily), owner(object), archive(ZorText(archivePath)) {}
 
 int ZorOperation::Run() {
   owner.error = ZorErrorNone;

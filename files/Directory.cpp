@@ -1,4 +1,5 @@
 // Directory.cpp - makes and removes whole directory trees, rooted ones only.
+#include <cstring>
 #include <vector>
 
 #include "ZorFileServices.h"
@@ -18,6 +19,19 @@ const char* RootedDirectory(const char* path, const char** fileName = nullptr) {
 
 bool HasAttribute(DWORD attributes, DWORD wanted) {
   return attributes != INVALID_FILE_ATTRIBUTES && (attributes & wanted) != 0;
+}
+
+// A root is none here: there is no entry of it, and so no way up from it.
+bool IsDirectory(const char* path) {
+  CFileStatus status;
+  return CFile::GetStatus(path, status) && (status.m_attribute & CFile::directory) != 0;
+}
+
+// The common case at the cost of one look: where the last level is a directory, so are all above
+// it, unless the path goes up again and so needs a level that isn't above the last.
+bool AllLevelsExist(const char* path, int length) {
+  const CString last(path, length);
+  return std::strstr(last, "..") == nullptr && IsDirectory(last);
 }
 
 // Whether there is no more to `path` than its root, however that is written: "C:\", "C:\a\..".
@@ -64,20 +78,15 @@ int ZorCreateDirectory(const char* path, int hasFileName, CString* firstCreated)
   if (firstCreated != nullptr) firstCreated->Empty();
   const std::vector<int> levels =
       ZorDirectoryLevels(path, directory, hasFileName ? fileName : nullptr);
+  if (levels.empty() || AllLevelsExist(path, levels.back())) return 1;
 
-  // In most calls everything exists already, so what is missing is looked for from the end.
-  auto missing = levels.end();
-  for (; missing != levels.begin(); --missing) {
-    const DWORD attributes = GetFileAttributesA(CString(path, missing[-1]));
-    if (HasAttribute(attributes, FILE_ATTRIBUTE_DIRECTORY)) break;
-    if (attributes != INVALID_FILE_ATTRIBUTES) return 0;
-  }
-  for (; missing != levels.end(); ++missing) {
-    const CString level(path, *missing);
+  for (const int length : levels) {
+    const CString level(path, length);
+    if (IsDirectory(level)) continue;
     if (CreateDirectoryA(level, nullptr)) {
       if (firstCreated != nullptr && firstCreated->IsEmpty()) *firstCreated = level;
-    } else if (!HasAttribute(GetFileAttributesA(level), FILE_ATTRIBUTE_DIRECTORY)) {
-      return 0;  // and not because someone else was quicker
+    } else if (!IsDirectory(level)) {  // someone else may have been quicker
+      return 0;
     }
   }
   return 1;

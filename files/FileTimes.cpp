@@ -4,6 +4,7 @@
 #include <optional>
 
 #include "ZorFileServices.h"
+#include "files/Path.h"
 
 namespace {
 
@@ -36,7 +37,7 @@ std::optional<long> SecondsOf(const FILETIME& fileTime) {
 // The directory entry of `name`, or of the first that a mask matches.
 std::optional<WIN32_FIND_DATAA> EntryOf(const char* name) {
   WIN32_FIND_DATAA entry;
-  HANDLE search = FindFirstFileA(name, &entry);
+  HANDLE search = FindFirstFileA(ZorText(name), &entry);
   if (search == INVALID_HANDLE_VALUE) return std::nullopt;
   FindClose(search);
   return entry;
@@ -46,7 +47,7 @@ std::optional<WIN32_FIND_DATAA> EntryOf(const char* name) {
 
 int ZorSetFileTimeStamp(const char* name, long time) {
   if (time < 0 || time > kLastTime) return 0;
-  HANDLE file = CreateFileA(name, GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ, nullptr,
+  HANDLE file = CreateFileA(ZorText(name), GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ, nullptr,
                             OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
   if (file == INVALID_HANDLE_VALUE) return 0;
   const FILETIME lastWrite = FileTimeOf(time);
@@ -65,7 +66,7 @@ int ZorGetFileTimeStamp(const char* name, long& time) {
 }
 
 int ZorSetFileAttribute(const char* name, unsigned int attribute) {
-  return SetFileAttributesA(name, attribute != 0 ? attribute : FILE_ATTRIBUTE_NORMAL);
+  return SetFileAttributesA(ZorText(name), attribute != 0 ? attribute : FILE_ATTRIBUTE_NORMAL);
 }
 
 int ZorGetFileAttribute(const char* name, unsigned int& attribute) {

@@ -31,6 +31,7 @@ void Report(const char** piece, const char* value) {
 
 void ZorSplitPath(const char* path, const char** root, const char** directory,
                   const char** fileName) {
+  path = ZorText(path);
   const char* rest = SkipRoot(path);
   const char* name = rest;
   const char* end = rest;
@@ -49,6 +50,7 @@ const char* ZorGetFileName(const char* path) {
 }
 
 CString ZorRootDirectory(const char* path) {
+  path = ZorText(path);
   const char* end = SkipRoot(path);
   return end != path ? CString(path, static_cast<int>(end - path)) + '\\' : CString();
 }

@@ -1,13 +1,18 @@
 // Path.h - taking paths apart, by looking at the text only.
 //
-// Paths are byte strings in the active ANSI code page and must not be null.  The backslash is the
-// only separator, and every walk goes by whole characters, so the trail byte 0x5C of a double-byte
-// character never separates.  Wild-cards are ordinary text here.
+// Paths are byte strings in the active ANSI code page; a null one reads as the empty text.  The
+// backslash is the only separator, and every walk goes by whole characters, so the trail byte 0x5C
+// of a double-byte character never separates.  Wild-cards are ordinary text here.
 #pragma once
 
 #include <vector>
 
 #include "platform/classlib/CString.h"
+
+// How every text argument is read: null as the empty text.
+inline const char* ZorText(const char* text) {
+  return text != nullptr ? text : "";
+}
 
 // Cuts `path` into root, directory and file name.  Each pointer points into `path`, where its piece
 // begins, or is null when the piece is absent; a piece ends where the next one begins, or at the

@@ -6,8 +6,6 @@ ZorTempDirectory::ZorTempDirectory(const char* directory, int open) : path(direc
   if (open) Open();
 }
 
-ZorTempDirectory::ZorTempDirectory() : ZorTempDirectory(nullptr) {}
-
 ZorTempDirectory::ZorTempDirectory(const ZorTempDirectory& other) = default;
 
 ZorTempDirectory& ZorTempDirectory::operator=(const ZorTempDirectory& other) = default;

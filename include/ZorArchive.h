@@ -20,8 +20,9 @@
 // One object may be active in a process at a time, on one thread: the archiver's callbacks know the
 // object that was default-constructed last, and none once any ZorArchive has been destroyed.
 //
-// Paths are byte strings in the active ANSI code page.  No name may hold a double quote: it would
-// change what a line for the archiver says, so such a line isn't given (ZorErrorFileOpen).
+// Paths are byte strings in the active ANSI code page, and a null one reads as the empty text
+// unless an operation gives it another meaning.  A name with a double quote is refused
+// (ZorErrorFileOpen): the quote would change what the command line for the archiver says.
 #pragma once
 
 #include <cstdint>

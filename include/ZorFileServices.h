@@ -1,8 +1,8 @@
 // ZorFileServices.h - services round files, directories and disks.
 //
 // Free functions return non-zero on success and 0 on failure and report no reason; the platform's
-// last error may tell more.  Paths are byte strings in the active ANSI code page; no path may be
-// null.
+// last error may tell more.  Paths are byte strings in the active ANSI code page; a null path reads
+// as the empty one.
 #pragma once
 
 #include "platform/Export.h"
@@ -12,16 +12,22 @@
 // backslash, for "C:" and for the empty text.  Looks at the text only.
 ZOR_API const char* ZorGetFileName(const char* path);
 
-// Makes all missing directories of `path`, which must have a root and a rooted directory.  With
-// `hasFileName` non-zero the last part is a file's name and isn't made.  `firstCreated`, if not
-// null, receives the topmost directory that the call really made, without a trailing backslash; it
-// is empty when everything existed.  Returns 0 when the path is of another form (`firstCreated` is
-// then left alone), when a level is a file or can't be made; directories made before that stay.
+// Makes all missing directories of `path`, which must have a root and a rooted directory, from the
+// top level down: "C:\a\x\..\b" makes C:\a\x as well, and "C:\..\x" fails, as nothing is above a
+// root.  With `hasFileName` non-zero the last part is a file's name and isn't made. `firstCreated`,
+// if not null, receives the topmost directory that the call really made, without a trailing
+// backslash; it is empty when everything existed.  Returns 0 when the path is of another form
+// (`firstCreated` is then left alone), when a level is a file or can't be made; directories made
+// before that stay.  A directory that somebody else makes meanwhile counts as one that existed.
 ZOR_API int ZorCreateDirectory(const char* path, int hasFileName, CString* firstCreated);
 
 // Deletes the directory `path` with everything in it, or, with `contentsOnly` non-zero, what is in
 // it.  Attributes are respected: a read-only file stops the call, and what went before it is gone.
-// A relative path and a bare root are refused: nothing is deleted, and the result is 1.
+// A relative path and a root, however it is spelt ("C:\", "C:\a\.."), are refused: nothing is
+// deleted, and the result is 1.
+//
+// Nothing is deleted through a link: the link itself goes.  With `contentsOnly` a `path` that is a
+// link to a directory is followed, and that directory is emptied.
 ZOR_API int ZorRemoveDirectory(const char* path, int contentsOnly);
 
 // Bytes free (`freeSpace` non-zero) or in all (zero) on the volume on which `path` lies; 0 on
@@ -33,7 +39,8 @@ ZOR_API unsigned long ZorGetDiskSpace(const char* path, int freeSpace, unsigned 
 ZOR_API unsigned int ZorGetDriveType(const char* path);
 
 // Last-write times as seconds since 1970-01-01 00:00:00 UTC, in 0 to 0x7FFFFFFF whatever the width
-// of `long`; times outside that range fail.  Setting opens the file for writing, so it fails on a
+// of `long`; times outside that range fail.  The arithmetic is UTC throughout: neither the time
+// zone nor daylight saving plays a part.  Setting opens the file for writing, so it fails on a
 // read-only file and on a directory.  Reading accepts directories, and of a name with wild-cards
 // takes the first match; on failure `time` isn't written.
 ZOR_API int ZorSetFileTimeStamp(const char* name, long time);
@@ -54,8 +61,7 @@ ZOR_API int ZorGetFileAttribute(const char* name, unsigned int& attribute);
 class ZOR_API ZorTempDirectory {
  public:
   // A null `path` is an empty one.  `open` non-zero opens at once; IsOpen then tells the outcome.
-  explicit ZorTempDirectory(const char* path, int open = 0);
-  ZorTempDirectory();
+  explicit ZorTempDirectory(const char* path = nullptr, int open = 0);
   ZorTempDirectory(const ZorTempDirectory& other);
   ZorTempDirectory& operator=(const ZorTempDirectory& other);
   // Closes.

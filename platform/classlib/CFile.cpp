@@ -47,6 +47,10 @@ DWORD DispositionOf(unsigned int openFlags) {
   return (openFlags & CFile::modeNoTruncate) != 0 ? OPEN_ALWAYS : CREATE_ALWAYS;
 }
 
+const char* TextOf(const char* path) {
+  return path != nullptr ? path : "";
+}
+
 // The name of an entry in a directory: what a search can find has no backslash behind it, unless
 // that is a part of a root.
 CString WithoutTrailingBackslash(const char* path) {
@@ -77,7 +81,7 @@ int CFile::Open(const char* fileName, unsigned int openFlags, CFileException* er
     Report(error, ERROR_OPEN_FAILED);
     return 0;
   }
-  file = CreateFileA(fileName, AccessOf(openFlags), SharingOf(openFlags), nullptr,
+  file = CreateFileA(TextOf(fileName), AccessOf(openFlags), SharingOf(openFlags), nullptr,
                      DispositionOf(openFlags), FILE_ATTRIBUTE_NORMAL, nullptr);
   if (IsOpen()) return 1;
   Report(error, static_cast<LONG>(GetLastError()));
@@ -125,6 +129,7 @@ void CFile::Abort() {
 }
 
 int CFile::GetStatus(const char* path, CFileStatus& status) {
+  path = TextOf(path);
   if (std::strpbrk(path, "*?") != nullptr) return 0;
   WIN32_FIND_DATAA entry;
   HANDLE search = FindFirstFileA(WithoutTrailingBackslash(path), &entry);
@@ -140,5 +145,5 @@ int CFile::GetStatus(const char* path, CFileStatus& status) {
 }
 
 void CFile::Remove(const char* fileName) {
-  if (!DeleteFileA(fileName)) ThrowLastError();
+  if (!DeleteFileA(TextOf(fileName))) ThrowLastError();
 }

@@ -1,5 +1,6 @@
 // CFile.h - a file opened for reading and writing, unbuffered; and what can be asked of a path.
 //
+// A null path reads as the empty one, which names no file.
 // Operations throw CFileException* on failure unless they say otherwise.  Positions and sizes are
 // bytes, 64 bits wide.
 #pragma once

@@ -103,6 +103,7 @@ void CStdioFile::Abort() {
 }
 
 void CStdioFile::WriteString(const char* text) {
+  if (text == nullptr) return;
   for (std::size_t left = std::strlen(text); left > 0;) {
     const auto piece = static_cast<unsigned int>(std::min<std::size_t>(left, kBufferBytes));
     Write(text, piece);

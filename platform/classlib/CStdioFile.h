@@ -28,7 +28,7 @@ class ZOR_PLATFORM_API CStdioFile : public CFile {
   void Close() override;
   void Abort() override;
 
-  // Writes `text` without its terminator and adds nothing.
+  // Writes `text` without its terminator and adds nothing.  A null `text` is an empty one.
   void WriteString(const char* text);
   // Reads up to the next "\n", which is taken off.  Returns 0 at the end of the file, when nothing
   // was left to read; `line` is then empty.

@@ -184,6 +184,24 @@ TEST_F(RecordedArchiveTest, EveryOperationRefusesANameWithAQuote) {
   expectRefused(archive.Delete(Selection("", {"*.txt", "*.*"}), path.c_str()));
 }
 
+TEST_F(RecordedArchiveTest, EveryOperationReadsNullAsTheEmptyText) {
+  const auto expect = [&](int result, ZorError error) { EXPECT_EQ(ErrorOf(result), error); };
+  const ZorFind find = Selection(Lib("."), {"a.lzh"});
+  unsigned char buffer[8] = {};
+  recording.checkResult = 0;
+  EXPECT_EQ(archive.IsArchive(nullptr), 0);
+  archive.SetOverwriteMode(1);
+  expect(archive.Compress(find, nullptr, 1, 1), ZorErrorNone);
+  expect(archive.CompressMem(nullptr, nullptr, nullptr, 0, 1), ZorErrorNone);
+  expect(archive.CompressDir(nullptr, nullptr, 1), ZorErrorNone);
+  EXPECT_EQ(TakeCalls("Unlha: a" + kOptions).back(), " -w0 -d1 \"\" \"\"");
+  expect(archive.Extract(nullptr, Lib("out").c_str(), nullptr), ZorErrorArchiveNotFound);
+  expect(archive.ExtractMem(path.c_str(), nullptr, buffer, sizeof buffer), ZorErrorArchiveOpen);
+  expect(archive.GetFileInfo(path.c_str(), nullptr, nullptr, nullptr, nullptr),
+         ZorErrorArchiveOpen);
+  expect(archive.Delete(find, nullptr), ZorErrorArchiveNotFound);
+}
+
 // The archiver's states.
 constexpr unsigned int kStart = 0;
 constexpr unsigned int kRun = 1;

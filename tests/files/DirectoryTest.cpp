@@ -58,7 +58,8 @@ TEST_F(Directory, MakesMissingLevelsAndNamesTheTopmost) {
       {"a\\file", 0, 0, "", {}},
       {"a\\file\\sub", 1, 0, "", {}},
       {"a\\b\\c*\\d", 0, 0, "a\\b", {"b/"}},
-      {"a\\x\\..\\b", 0, 1, "a\\x\\..\\b", {"b/"}},
+      {"a\\x\\..\\b", 0, 1, "a\\x", {"b/", "x/"}},
+      {"a\\x\\..\\x\\..", 0, 1, "a\\x", {"x/"}},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.path);
@@ -67,14 +68,17 @@ TEST_F(Directory, MakesMissingLevelsAndNamesTheTopmost) {
     Names made = folder.List("a");
     std::erase(made, "file");
     EXPECT_EQ(made, row.made);
-    EXPECT_EQ(Remove("a\\b"), row.made.empty() ? 0 : 1);
+    for (const std::string& name : row.made) Remove("a/" + name);
   }
 }
 
 TEST_F(Directory, MakesNothingWithoutARootedPath) {
-  for (const char* path : {"C:dir", "C:", "dir\\sub", "\\dir\\sub", "", "\\\\srv\\share"}) {
+  ASSERT_TRUE(DefineDosDeviceA(0, "R:", folder.Path().c_str()));
+  for (const char* path : {"C:dir", "C:", "dir\\sub", "\\dir\\sub", "", "\\\\srv\\share",
+                           "R:\\..\\x", "R:\\a\\..\\..\\x"}) {
     EXPECT_EQ(ZorCreateDirectory(path, 0, &first), 0) << path;
   }
+  DefineDosDeviceA(DDD_REMOVE_DEFINITION, "R:", nullptr);
   EXPECT_TRUE(IsAsBefore());
   EXPECT_EQ(ZorCreateDirectory("C:\\file.txt", 1, &first), 1);
   EXPECT_STREQ(first, "");

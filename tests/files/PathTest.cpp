@@ -95,4 +95,24 @@ TEST(Path, SetsOneTrailingBackslash) {
   }
 }
 
+TEST(Path, NullReadsAsTheEmptyText) {
+  long time = 0;
+  unsigned int attribute = 0;
+  EXPECT_EQ(ZorGetFileName(nullptr), nullptr);
+  EXPECT_EQ(ZorIsFullPath(nullptr), 0);
+  EXPECT_EQ(ZorCreateDirectory(nullptr, 0, nullptr), 0);
+  EXPECT_EQ(ZorRemoveDirectory(nullptr, 0), 1);
+  EXPECT_EQ(ZorGetDiskSpace(nullptr, 1, nullptr), 0U);
+  EXPECT_EQ(ZorGetDriveType(nullptr), DRIVE_UNKNOWN);
+  EXPECT_EQ(ZorSetFileTimeStamp(nullptr, 0), 0);
+  EXPECT_EQ(ZorGetFileTimeStamp(nullptr, time), 0);
+  EXPECT_EQ(ZorSetFileAttribute(nullptr, 0), 0);
+  EXPECT_EQ(ZorGetFileAttribute(nullptr, attribute), 0);
+  EXPECT_STREQ(ZorTempDirectory(nullptr, 1), "");
+  CFile file;
+  CFileStatus status;
+  EXPECT_EQ(file.Open(nullptr, CFile::modeRead), 0);
+  EXPECT_EQ(CFile::GetStatus(nullptr, status), 0);
+}
+
 }  // namespace
