@@ -17,31 +17,18 @@ using container::ResultCode;
 constexpr std::uint16_t kFileAttributes = 0x27;  // read-only, hidden, system, archive
 constexpr std::uint16_t kDirectoryAttribute = 0x10;
 
-// The member that a source takes the place of: the one of exactly its name, or else one whose name
-// differs in case alone, unless that is the name of another file at the source.
-std::optional<std::size_t> ReplacedBy(const Source& source, const container::ArchiveIndex& index) {
-  if (const auto exact = index.FindExactly(source.name)) return exact;
-  const auto twin = index.Find(source.name);
-  if (!twin) return std::nullopt;
-  const std::string twinPath = source.root + index.Members()[*twin].name;
-  return IsAnotherFile(twinPath, source) ? std::nullopt : twin;
-}
-
-container::FileFacts FactsOf(const Source& source) {
-  File file;
-  if (!file.Open(source.path, File::Mode::Facts)) throw Failure(ResultCode::FileNotOpened);
-  return file.Facts();
+void OpenSource(const Source& source, File::Mode mode, File& file) {
+  if (!file.Open(source.path, mode)) throw Failure(SourceFailureCode());
 }
 
 // Marks what goes.  Drops directories that the archive has already.
 void PlanReplacements(ArchiveChange& change, std::vector<Source>& sources) {
   if (change.Index().Members().empty()) return;
   std::erase_if(sources, [&](const Source& source) {
-    const auto replaced = ReplacedBy(source, change.Index());
+    const auto replaced = change.ReplacedBy(source.name);
     if (!replaced) return false;
-    if (source.isDirectory) return true;
-    if (!change.IsArchiveItself(FactsOf(source).stamp)) change.Remove(*replaced);
-    return false;
+    if (!source.isDirectory) change.Remove(*replaced);
+    return source.isDirectory;
   });
 }
 
@@ -61,8 +48,8 @@ NewMember DescribeSource(const Source& source, const container::FileFacts& facts
 }  // namespace
 
 void Archiver::Add(const CommandLine& line, const ProgressListener& listener) {
-  line.Archive();
   std::vector<Source> sources = SelectSources(line);
+  if (sources.empty() && !line.isDirectoryMode) return;  // nothing but the archive itself
   ArchiveChange change(indexes, line);
   PlanReplacements(change, sources);
   if (sources.empty() && !change.IsNew()) return;
@@ -76,19 +63,17 @@ void Archiver::Add(const CommandLine& line, const ProgressListener& listener) {
       if (!directories.empty()) update.Output().Write(directories);
       directories.clear();
     };
-    bool isAnyAdded = sources.empty();
     for (const Source& source : sources) {
+      File file;
+      OpenSource(source, source.isDirectory ? File::Mode::Facts : File::Mode::Read, file);
+      const container::FileFacts facts = file.Facts();
       if (source.isDirectory) {
-        const auto header =
-            container::BuildHeader(DescribeSource(source, FactsOf(source), change.Index()));
+        const auto header = container::BuildHeader(DescribeSource(source, facts, change.Index()));
         directories.insert(directories.end(), header.begin(), header.end());
-        isAnyAdded = true;
         continue;
       }
-      File file;
-      if (!file.Open(source.path, File::Mode::Read)) throw Failure(ResultCode::FileNotOpened);
-      const container::FileFacts facts = file.Facts();
-      if (change.IsArchiveItself(facts.stamp)) continue;
+      // It was another file when it was selected.  Packing it would never end.
+      if (change.IsArchiveItself(facts.stamp)) throw Failure(ResultCode::FileNotOpened);
       NewMember member = DescribeSource(source, facts, change.Index());
       progress.Begin(source.name, facts.stamp.size);
       update.CopyKept([&](std::uint64_t) { progress.Report(0); });
@@ -96,9 +81,7 @@ void Archiver::Add(const CommandLine& line, const ProgressListener& listener) {
       FileInput input(file, pieceBuffer);
       packer.Pack(input, line.method, member, update.Output(), progress);
       progress.End(member.originalBytes);
-      isAnyAdded = true;
     }
-    if (!isAnyAdded) throw Failure(ResultCode::NotFound);
     writeDirectories();
   });
 }

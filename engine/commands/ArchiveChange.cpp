@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "engine/container/Failure.h"
+#include "platform/win32/HostRules.h"
 #include "platform/win32/Win32.h"
 
 namespace kozor::commands {
@@ -31,7 +32,7 @@ bool IsLink(const std::string& path) {
 
 ArchiveChange::ArchiveChange(container::IndexCache& cache, const CommandLine& commandLine)
     : indexes(cache), line(commandLine) {
-  archive.path = line.Archive();
+  archive.path = line.archive;
   if (archive.file.Open(archive.path, container::File::Mode::Update)) {
     if (IsLink(archive.path)) archive.path = archive.file.FinalPath();
     archive.index = indexes.Get(archive.path, archive.file);
@@ -47,6 +48,10 @@ ArchiveChange::ArchiveChange(container::IndexCache& cache, const CommandLine& co
 
 bool ArchiveChange::IsArchiveItself(const container::FileStamp& stamp) const {
   return !IsNew() && stamp.IsSameFile(stampOfArchive);
+}
+
+std::optional<std::size_t> ArchiveChange::ReplacedBy(const std::string& name) const {
+  return KzCreatesExactly() ? Index().FindExactly(name) : Index().Find(name);
 }
 
 bool ArchiveChange::LeavesMembers() const {

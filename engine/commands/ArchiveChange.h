@@ -3,6 +3,7 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -22,6 +23,10 @@ class ArchiveChange {
   bool IsNew() const { return !archive.file.IsOpen(); }
   const container::ArchiveIndex& Index() const { return *archive.index; }
   bool IsArchiveItself(const container::FileStamp& stamp) const;
+
+  // The member that a new one of this name takes the place of: the one of exactly its name where
+  // the host's file names are exact, else also one whose name differs in case alone.
+  std::optional<std::size_t> ReplacedBy(const std::string& name) const;
 
   // By position in the index.
   void Remove(std::size_t position) { removed[position] = true; }

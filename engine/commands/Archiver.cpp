@@ -1,20 +1,17 @@
 // Archiver.cpp - the choice of the command; see Archiver.h.
 #include "engine/commands/Archiver.h"
 
-#include "engine/container/Failure.h"
-
 namespace kozor::commands {
 
 void Archiver::Run(std::string_view text, const ProgressListener& listener) {
-  const CommandLine line = ParseCommandLine(text, LineKind::WithCommand);
-  if (line.command == "a") {
-    Add(line, listener);
-  } else if (line.command == "d") {
-    Delete(line, listener);
-  } else if (line.command == "s" && line.makesProgram) {
-    Convert(line, listener);
-  } else {
-    throw container::Failure(container::ResultCode::UnknownCommand);
+  const CommandLine line = ParseCommand(text);
+  switch (*line.command) {
+    case Command::Add:
+      return Add(line, listener);
+    case Command::Delete:
+      return Delete(line, listener);
+    case Command::MakeProgram:
+      return Convert(line, listener);
   }
 }
 

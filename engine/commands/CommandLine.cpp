@@ -1,29 +1,35 @@
 // CommandLine.cpp - see CommandLine.h.
 #include "engine/commands/CommandLine.h"
 
+#include <utility>
+
 #include "engine/container/Failure.h"
 #include "engine/container/TemporaryArchive.h"
 
 namespace kozor::commands {
 namespace {
 
+using container::Failure;
+using container::ResultCode;
+
 // Blanks and quotes are no trail bytes in any code page.
-std::vector<std::string> SplitWords(std::string_view line) {
-  std::vector<std::string> words;
+std::vector<Operand> SplitWords(std::string_view line) {
+  std::vector<Operand> words;
   bool isInWord = false;
-  bool isQuoted = false;
+  bool isInQuotes = false;
   for (const char c : line) {
     const bool isBlank = c == ' ' || c == '\t';
-    if (isBlank && !isQuoted) {
+    if (isBlank && !isInQuotes) {
       isInWord = false;
       continue;
     }
     if (!isInWord) words.emplace_back();
     isInWord = true;
     if (c == '"') {
-      isQuoted = !isQuoted;
+      isInQuotes = !isInQuotes;
+      words.back().isQuoted = true;
     } else {
-      words.back() += c;
+      words.back().text += c;
     }
   }
   return words;
@@ -45,22 +51,45 @@ void ApplySwitch(const std::string& word, CommandLine& line) {
   if (word == "-z1") line.method = NewMethod::Stored;
 }
 
-}  // namespace
+using WordIterator = std::vector<Operand>::iterator;
 
-const std::string& CommandLine::Archive() const {
-  if (operands.empty() || operands.front().empty()) {
-    throw container::Failure(container::ResultCode::NoFileName);
-  }
-  return operands.front();
+// Switches, the archive and its operands.
+CommandLine ParseArguments(WordIterator word, WordIterator end) {
+  CommandLine line;
+  for (; word != end && word->text.starts_with('-'); ++word) ApplySwitch(word->text, line);
+  if (word != end) line.archive = std::move(word++->text);
+  line.operands.assign(std::make_move_iterator(word), std::make_move_iterator(end));
+  return line;
 }
 
-CommandLine ParseCommandLine(std::string_view text, LineKind kind) {
-  CommandLine line;
-  std::vector<std::string> words = SplitWords(text);
-  auto word = words.begin();
-  if (kind == LineKind::WithCommand && word != words.end()) line.command = *word++;
-  for (; word != words.end() && word->starts_with('-'); ++word) ApplySwitch(*word, line);
-  line.operands.assign(std::make_move_iterator(word), std::make_move_iterator(words.end()));
+void RequireNames(const CommandLine& line, std::size_t operandCount) {
+  if (line.archive.empty() || line.operands.size() < operandCount) {
+    throw Failure(ResultCode::NoFileName);
+  }
+}
+
+Command CommandOf(const std::string& letter, const CommandLine& line) {
+  if (letter == "a") return Command::Add;
+  if (letter == "d") return Command::Delete;
+  if (letter == "s" && line.makesProgram) return Command::MakeProgram;
+  throw Failure(ResultCode::UnknownCommand);
+}
+
+}  // namespace
+
+CommandLine ParseCommand(std::string_view text) {
+  std::vector<Operand> words = SplitWords(text);
+  if (words.empty()) throw Failure(ResultCode::UnknownCommand);
+  CommandLine line = ParseArguments(words.begin() + 1, words.end());
+  line.command = CommandOf(words.front().text, line);
+  RequireNames(line, line.command == Command::MakeProgram ? 0 : 1);
+  return line;
+}
+
+CommandLine ParseMemoryCall(std::string_view text) {
+  std::vector<Operand> words = SplitWords(text);
+  CommandLine line = ParseArguments(words.begin(), words.end());
+  RequireNames(line, 1);
   return line;
 }
 

@@ -1,32 +1,43 @@
 // CommandLine.h - the archiver's command lines: words, switches, operands.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace kozor::commands {
 
+enum class Command { Add, Delete, MakeProgram };
+
 enum class NewMethod { Lh5, Lh6, Lh7, Stored };
 
-struct CommandLine {
-  std::string command;  // "a", "d", "s"; empty in the lines of the memory calls
-  std::string
-      workDirectory;  // for temporaries, with a separator at its end; empty: beside the archive
-  NewMethod method = NewMethod::Lh5;
-  bool isDirectoryMode = false;       // -d1
-  bool makesProgram = false;          // -gw4
-  std::vector<std::string> operands;  // the archive first
-
-  // Throws ResultCode::NoFileName when the line names no archive.
-  const std::string& Archive() const;
+struct Operand {
+  std::string text;
+  // Whether some of it stood in quotes.  A quoted text is a name, whatever characters it holds.
+  bool isQuoted = false;
 };
 
-enum class LineKind { WithCommand, WithoutCommand };
+struct CommandLine {
+  std::optional<Command> command;  // none in lines of the memory calls
+  std::string archive;
+  std::vector<Operand> operands;  // what follows the archive
+  std::string workDirectory;      // for temporaries, ends in a separator; empty: beside the archive
+  NewMethod method = NewMethod::Lh5;
+  bool isDirectoryMode = false;  // -d1
+  bool makesProgram = false;     // -gw4
+};
 
 // Words are separated by blanks; double quotes enclose, and are never part of, a word.  Words that
 // begin with '-' are switches up to the first operand, which is the archive; unknown ones are
-// accepted.  Behind the archive every word is an operand.
-CommandLine ParseCommandLine(std::string_view line, LineKind kind);
+// accepted.  After the archive every word is an operand.
+
+// A line of Unlha, with a command.  Throws ResultCode::UnknownCommand, and ResultCode::NoFileName
+// when the line names no archive, or none of the files that the command needs.
+CommandLine ParseCommand(std::string_view line);
+
+// A line of the memory calls, which names an archive and one member.  Throws
+// ResultCode::NoFileName.
+CommandLine ParseMemoryCall(std::string_view line);
 
 }  // namespace kozor::commands

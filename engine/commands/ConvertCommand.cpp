@@ -27,11 +27,11 @@ std::string BaseNameOf(const std::string& path) {
 // Into the directory that the second operand names.  It names the archive itself where that is
 // given without a directory, and may be missing: the program goes beside the archive then.
 std::string TargetOf(const CommandLine& line) {
-  const std::string& archive = line.Archive();
+  const std::string& archive = line.archive;
   const bool isBeside =
-      line.operands.size() < 2 || line.operands[1].empty() || line.operands[1] == archive;
+      line.operands.empty() || line.operands[0].text.empty() || line.operands[0].text == archive;
   const std::string directory =
-      isBeside ? container::DirectoryOf(archive) : container::AsDirectory(line.operands[1]);
+      isBeside ? container::DirectoryOf(archive) : container::AsDirectory(line.operands[0].text);
   return directory + BaseNameOf(archive) + kProgramSuffix;
 }
 
@@ -54,7 +54,7 @@ void MakeProgram(const std::string& path, const std::string& archive) {
 void Archiver::Convert(const CommandLine& line, const ProgressListener& listener) {
   const auto stub = sfx::Stub();
   if (stub.empty()) throw Failure(ResultCode::UnknownCommand);
-  const std::string& path = line.Archive();
+  const std::string& path = line.archive;
   File archive;
   const auto index = indexes.Open(path, archive);
   if (index->PrefixBytes() != 0) throw Failure(ResultCode::UnknownKind);

@@ -45,11 +45,9 @@ void SelectOlderOnes(ArchiveChange& change) {
 }  // namespace
 
 void Archiver::Delete(const CommandLine& line, const ProgressListener& listener) {
-  if (line.Archive().empty() || line.operands.size() < 2) throw Failure(ResultCode::NoFileName);
   ArchiveChange change(indexes, line);
   if (change.IsNew()) throw Failure(ResultCode::ArchiveNotFound);
-  std::for_each(line.operands.begin() + 1, line.operands.end(),
-                [&](const std::string& word) { SelectByWord(word, change); });
+  for (const Operand& operand : line.operands) SelectByWord(operand.text, change);
   SelectOlderOnes(change);
 
   if (!change.LeavesMembers()) {
@@ -60,7 +58,7 @@ void Archiver::Delete(const CommandLine& line, const ProgressListener& listener)
   change.Apply([&](container::ArchiveUpdate& update) {
     const std::uint64_t total = change.KeptBytes();
     std::uint64_t done = 0;
-    progress.Begin(line.Archive(), total);
+    progress.Begin(line.archive, total);
     update.CopyKept([&](std::uint64_t bytes) { progress.Report(done += bytes); });
     progress.End(total);
   });

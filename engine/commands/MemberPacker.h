@@ -14,8 +14,9 @@
 
 namespace kozor::commands {
 
-// The largest file that the 32-bit sizes of a header can hold.
-inline constexpr std::uint64_t kMaxMemberBytes = 0xFFFFFFFF;
+// The largest file that can be added.  The sizes of a header have 32 bits, and those who unpack a
+// member into a mapped file reserve up to 1 KiB more than its size.
+inline constexpr std::uint64_t kMaxMemberBytes = 0xFFFFFFFF - 1024;
 
 class MemberPacker {
  public:

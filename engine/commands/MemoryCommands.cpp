@@ -94,20 +94,14 @@ class Extraction {
   bool isCancelled = false;
 };
 
-// The name operand of the memory calls' lines.
-const std::string& NameOperand(const CommandLine& line) {
-  if (line.Archive().empty() || line.operands.size() < 2) throw Failure(ResultCode::NoFileName);
-  return line.operands[1];
-}
-
 }  // namespace
 
 void Archiver::ExtractToMemory(std::string_view text, std::span<std::uint8_t> buffer,
                                const ProgressListener& listener, ExtractedMember& result) {
-  const CommandLine line = ParseCommandLine(text, LineKind::WithoutCommand);
-  const std::string& name = NameOperand(line);
+  const CommandLine line = ParseMemoryCall(text);
+  const std::string& name = line.operands.front().text;
   container::File file;
-  const auto index = indexes.Open(line.Archive(), file);
+  const auto index = indexes.Open(line.archive, file);
   const auto position = index->Find(name);
   if (!position || index->Members()[*position].kind != container::MemberKind::File) {
     throw Failure(ResultCode::NotFound);
@@ -128,14 +122,14 @@ void Archiver::ExtractToMemory(std::string_view text, std::span<std::uint8_t> bu
 
 std::uint32_t Archiver::CompressFromMemory(std::string_view text, const MemoryMember& memory,
                                            const ProgressListener& listener) {
-  const CommandLine line = ParseCommandLine(text, LineKind::WithoutCommand);
-  const std::string& given = NameOperand(line);
+  const CommandLine line = ParseMemoryCall(text);
+  const std::string& given = line.operands.front().text;
   ArchiveChange change(indexes, line);
   const unsigned int workingPage = change.Index().WorkingPage();
   const std::string name = container::StoredNameOf(given, workingPage);
   if (name.empty()) throw Failure(ResultCode::FileNotOpened);
   if (name.size() > container::kMaxShownBytes) throw Failure(ResultCode::NameTooLong);
-  if (const auto replaced = change.Index().Find(name)) change.Remove(*replaced);
+  if (const auto replaced = change.ReplacedBy(name)) change.Remove(*replaced);
 
   container::NewMember member;
   member.name = container::EncodeName(name, workingPage);

@@ -3,7 +3,10 @@
 
 #include <algorithm>
 #include <functional>
+#include <optional>
+#include <set>
 #include <unordered_map>
+#include <utility>
 
 #include "engine/commands/MemberPacker.h"
 #include "engine/commands/ResponseFile.h"
@@ -37,55 +40,120 @@ bool HasWildCard(const std::string& name) {
   return name.find_first_of("*?") != std::string::npos;
 }
 
-// Calls `take` for each entry that a search gives, but for "." and "..".  False when there is none
-// at all.
-bool ForEachEntry(const std::string& mask,
-                  const std::function<void(const WIN32_FIND_DATAA& entry)>& take) {
+// Closes a search of a directory with its object.
+class DirectorySearch {
+ public:
+  explicit DirectorySearch(const std::string& mask) : find(FindFirstFileA(mask.c_str(), &entry)) {}
+  ~DirectorySearch() {
+    if (find != INVALID_HANDLE_VALUE) FindClose(find);
+  }
+  DirectorySearch(const DirectorySearch&) = delete;
+  DirectorySearch& operator=(const DirectorySearch&) = delete;
+
+  // Calls `take` for each entry but "." and "..".  False when there is none at all.
+  bool ForEach(const std::function<void(const WIN32_FIND_DATAA& entry)>& take) {
+    if (find == INVALID_HANDLE_VALUE) {
+      const DWORD error = GetLastError();
+      if (error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND) return false;
+      throw Failure(ResultCode::CannotRead);
+    }
+    do {
+      const std::string_view name = entry.cFileName;
+      if (name != "." && name != "..") take(entry);
+    } while (FindNextFileA(find, &entry));
+    if (GetLastError() != ERROR_NO_MORE_FILES) throw Failure(ResultCode::CannotRead);
+    return true;
+  }
+
+ private:
   WIN32_FIND_DATAA entry;
-  HANDLE find = FindFirstFileA(mask.c_str(), &entry);
-  if (find == INVALID_HANDLE_VALUE) return false;
-  struct Closer {
-    HANDLE handle;
-    ~Closer() { FindClose(handle); }
-  } closer{find};
-  do {
-    const std::string_view name = entry.cFileName;
-    if (name != "." && name != "..") take(entry);
-  } while (FindNextFileA(find, &entry));
-  return true;
+  const HANDLE find;
+};
+
+bool IsDirectory(DWORD attributes) {
+  return (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
 }
 
-bool IsDirectory(const WIN32_FIND_DATAA& entry) {
-  return (entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+// WIN32_FIND_DATAA and WIN32_FILE_ATTRIBUTE_DATA.
+template <typename Data>
+std::uint64_t SizeOf(const Data& data) {
+  return static_cast<std::uint64_t>(data.nFileSizeHigh) << 32 | data.nFileSizeLow;
 }
 
-FileStamp StampOf(const std::string& path) {
+std::optional<FileStamp> FindStamp(const std::string& path) {
   File file;
-  if (!file.Open(path, File::Mode::Facts)) throw Failure(ResultCode::FileNotOpened);
+  if (!file.Open(path, File::Mode::Facts)) return std::nullopt;
   return file.Facts().stamp;
 }
 
+FileStamp StampOf(const std::string& path) {
+  const auto stamp = FindStamp(path);
+  if (!stamp) throw Failure(SourceFailureCode());
+  return *stamp;
+}
+
+// The archive of the line, which is never put into itself.
+class ArchiveItself {
+ public:
+  ArchiveItself(const std::string& archivePath, unsigned int codePage)
+      : path(archivePath), workingPage(codePage), stamp(FindStamp(archivePath)) {}
+
+  // The size spares almost every file the look at its identity.
+  bool Is(const std::string& file, std::uint64_t size) const {
+    return stamp && stamp->size == size && stamp->IsSameFile(StampOf(file));
+  }
+
+  // Of a path where no file is: whether it was the archive's before that was removed.
+  bool WasAt(const std::string& file) const {
+    if (NameKey(file) != NameKey(path)) return false;
+    const auto directory = FindStamp(DirectoryPath(path));
+    const auto other = FindStamp(DirectoryPath(file));
+    return directory && other && directory->IsSameFile(*other);
+  }
+
+ private:
+  std::u16string NameKey(const std::string& file) const {
+    return container::KeyOf(file.substr(container::DirectoryOf(file).size()), workingPage);
+  }
+  static std::string DirectoryPath(const std::string& file) {
+    const std::string directory = container::DirectoryOf(file);
+    return directory.empty() ? "." : directory;
+  }
+
+  const std::string path;
+  const unsigned int workingPage;
+  const std::optional<FileStamp> stamp;
+};
+
 class Selection {
  public:
-  explicit Selection(unsigned int codePage) : workingPage(codePage) {}
+  Selection(const std::string& archive, unsigned int codePage)
+      : workingPage(codePage), archiveItself(archive, codePage) {}
 
   void AddName(const std::string& base, const std::string& name) {
-    const std::string path = HasRoot(name) ? name : base + name;
-    if (HasWildCard(name)) {
-      AddMatches(base, name, path);
-      return;
-    }
+    if (HasWildCard(name)) throw Failure(ResultCode::FileNotOpened);
+    const std::string path = PathOf(base, name);
     WIN32_FILE_ATTRIBUTE_DATA facts;
     if (!GetFileAttributesExA(path.c_str(), GetFileExInfoStandard, &facts)) {
-      throw Failure(ResultCode::FileNotOpened);
+      const ResultCode code = SourceFailureCode();
+      if (code == ResultCode::NotFound && archiveItself.WasAt(path)) return;
+      throw Failure(code);
     }
-    const bool isDirectory = (facts.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
-    if (isDirectory || facts.nFileSizeHigh != 0) throw Failure(ResultCode::UnknownKind);
-    AddFile(base, name, path);
+    if (IsDirectory(facts.dwFileAttributes)) throw Failure(ResultCode::UnknownKind);
+    AddFile(name, path, SizeOf(facts));
+  }
+
+  void AddMatches(const std::string& base, const std::string& mask) {
+    const std::string directory = container::DirectoryOf(mask);
+    const bool isAnyFound =
+        DirectorySearch(PathOf(base, mask)).ForEach([&](const WIN32_FIND_DATAA& entry) {
+          if (!IsDirectory(entry.dwFileAttributes)) AddName(base, directory + entry.cFileName);
+        });
+    if (!isAnyFound) throw Failure(ResultCode::NotFound);
   }
 
   // The files of a directory and of all below it, and the directories themselves; names are
-  // relative to `top`.
+  // relative to `top`.  The depth is bounded by the length of a name.
   void AddTree(const std::string& top, const std::string& below = {}) {
     const std::string directory = top + below;
     const FileStamp stamp = StampOf(directory);
@@ -94,14 +162,13 @@ class Selection {
     });
     if (isCycle) return;
     walked.push_back(stamp);
-    ForEachEntry(directory + '*', [&](const WIN32_FIND_DATAA& entry) {
+    DirectorySearch(directory + '*').ForEach([&](const WIN32_FIND_DATAA& entry) {
       const std::string name = below + entry.cFileName;
-      if (IsDirectory(entry)) {
-        sources.push_back({top, top + name, StoredName(name) + '\\', true});
+      if (IsDirectory(entry.dwFileAttributes)) {
+        sources.push_back({top + name, StoredName(name) + '\\', true});
         AddTree(top, name + '\\');
       } else {
-        if (entry.nFileSizeHigh != 0) throw Failure(ResultCode::UnknownKind);
-        AddFile(top, name, top + name);
+        AddFile(name, top + name, SizeOf(entry));
       }
     });
     walked.pop_back();
@@ -113,12 +180,8 @@ class Selection {
   }
 
  private:
-  void AddMatches(const std::string& base, const std::string& mask, const std::string& path) {
-    const std::string directory = container::DirectoryOf(mask);
-    const bool found = ForEachEntry(path, [&](const WIN32_FIND_DATAA& entry) {
-      if (!IsDirectory(entry)) AddName(base, directory + entry.cFileName);
-    });
-    if (!found) throw Failure(ResultCode::FileNotOpened);
+  static std::string PathOf(const std::string& base, const std::string& name) {
+    return HasRoot(name) ? name : base + name;
   }
 
   std::string StoredName(const std::string& given) const {
@@ -128,82 +191,116 @@ class Selection {
     return name;
   }
 
-  void AddFile(const std::string& base, const std::string& given, const std::string& path) {
+  void AddFile(const std::string& given, const std::string& path, std::uint64_t size) {
     std::string name = StoredName(given);
-    const bool endsAlike = path.ends_with(name);
-    std::string root = endsAlike ? path.substr(0, path.size() - name.size()) : base;
-    sources.push_back({std::move(root), path, std::move(name), false});
+    if (archiveItself.Is(path, size)) return;
+    if (size > kMaxMemberBytes) throw Failure(ResultCode::UnknownKind);
+    sources.push_back({path, std::move(name), false});
   }
 
-  // Of the names that differ in case alone, each must mean a file of its own.
+  // Names that differ in case alone, which may mean one file.
+  struct Alike {
+    std::set<std::pair<std::uint32_t, std::uint64_t>> files;  // by volume and identity
+    std::set<std::string_view> names;
+
+    // False for a file that is there already.
+    bool Enter(const Source& source) {
+      const FileStamp stamp = StampOf(source.path);
+      if (!files.emplace(stamp.volume, stamp.identity).second) return false;
+      if (!names.insert(source.name).second) throw Failure(ResultCode::SameName);
+      return true;
+    }
+  };
+
+  // Files are looked at only where names are alike.
   void DropRepeated() {
-    std::unordered_map<std::u16string, std::vector<const Source*>> byKey;
+    std::unordered_map<std::u16string, const Source*> firstByKey;
+    std::unordered_map<const Source*, Alike> alikeByFirst;
     std::vector<Source> once;
     once.reserve(sources.size());  // pointers into it stay good
     for (Source& source : sources) {
-      auto& alike = byKey[container::KeyOf(source.name, workingPage)];
-      if (std::any_of(alike.begin(), alike.end(),
-                      [&](const Source* other) { return IsRepeated(source, *other); })) {
+      const auto [first, isFirst] =
+          firstByKey.try_emplace(container::KeyOf(source.name, workingPage), &source);
+      once.push_back(std::move(source));
+      if (isFirst) {
+        first->second = &once.back();
         continue;
       }
-      once.push_back(std::move(source));
-      alike.push_back(&once.back());
+      Alike& alike = alikeByFirst[first->second];
+      if (alike.files.empty()) alike.Enter(*first->second);
+      if (!alike.Enter(once.back())) once.pop_back();
     }
     sources = std::move(once);
   }
 
-  static bool IsRepeated(const Source& source, const Source& other) {
-    if (source.path == other.path || !IsAnotherFile(source.path, other)) return true;
-    if (source.name == other.name) throw Failure(ResultCode::SameName);
-    return false;
-  }
-
   const unsigned int workingPage;
+  const ArchiveItself archiveItself;
   std::vector<Source> sources;
   std::vector<FileStamp> walked;  // the directories from the top of a tree down to the present one
 };
 
-void AddNames(const std::string& base, const std::string& word, Selection& selection) {
+// A word that begins with '@' is a response file, unless a file of that very name is there.
+bool IsResponseFile(const std::string& base, const std::string& word) {
   const std::string asFile = HasRoot(word) ? word : base + word;
-  const bool isResponse =
-      word.starts_with('@') && GetFileAttributesA(asFile.c_str()) == INVALID_FILE_ATTRIBUTES;
-  if (!isResponse) {
-    selection.AddName(base, word);
-    return;
+  return word.starts_with('@') && GetFileAttributesA(asFile.c_str()) == INVALID_FILE_ATTRIBUTES;
+}
+
+// Puts the names of response files in the place of the words that name the files.
+std::vector<Operand> ExpandResponseFiles(const std::string& base, std::vector<Operand> words) {
+  std::vector<Operand> names;
+  for (Operand& word : words) {
+    if (!IsResponseFile(base, word.text)) {
+      names.push_back(std::move(word));
+      continue;
+    }
+    for (std::string& name : ReadResponseFile(word.text.substr(1))) {
+      names.push_back({std::move(name), true});
+    }
   }
-  for (const std::string& name : ReadResponseFile(word.substr(1))) selection.AddName(base, name);
+  return names;
+}
+
+void SelectNames(std::vector<Operand> words, Selection& selection) {
+  std::string base;
+  if (!words.empty() && EndsInSeparator(words.front().text)) {
+    base = words.front().text;
+    words.erase(words.begin());
+  }
+  const std::vector<Operand> names = ExpandResponseFiles(base, std::move(words));
+  if (names.empty()) throw Failure(ResultCode::NoFileName);
+  for (const Operand& name : names) {
+    const bool isMask = !name.isQuoted && HasWildCard(name.text);
+    isMask ? selection.AddMatches(base, name.text) : selection.AddName(base, name.text);
+  }
+}
+
+void SelectTrees(const std::vector<Operand>& directories, Selection& selection) {
+  for (const Operand& operand : directories) {
+    const std::string& directory = operand.text;
+    const DWORD attributes = GetFileAttributesA(directory.c_str());
+    const bool isThere = attributes != INVALID_FILE_ATTRIBUTES && IsDirectory(attributes);
+    if (!isThere) throw Failure(ResultCode::NotFound);
+    selection.AddTree(EndsInSeparator(directory) ? directory : directory + '\\');
+  }
 }
 
 }  // namespace
 
-bool IsAnotherFile(const std::string& path, const Source& source) {
-  File file;
-  if (GetFileAttributesA(path.c_str()) == INVALID_FILE_ATTRIBUTES) return false;
-  if (!file.Open(path, File::Mode::Facts)) return true;
-  return !file.Facts().stamp.IsSameFile(StampOf(source.path));
+ResultCode SourceFailureCode() {
+  const DWORD error = GetLastError();
+  const bool isGone = error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND;
+  return isGone ? ResultCode::NotFound : ResultCode::FileNotOpened;
 }
 
 std::vector<Source> SelectSources(const CommandLine& line) {
-  std::vector<std::string> words(line.operands.begin() + 1, line.operands.end());
-  std::string base;
-  if (!line.isDirectoryMode && !words.empty() && EndsInSeparator(words.front())) {
-    base = words.front();
-    words.erase(words.begin());
-  }
-  std::erase(words, std::string());
+  std::vector<Operand> words = line.operands;
+  std::erase_if(words, [](const Operand& word) { return word.text.empty(); });
   if (words.empty()) throw Failure(ResultCode::NoFileName);
-
-  Selection selection(GetACP());
-  for (const std::string& word : words) {
-    if (!line.isDirectoryMode) {
-      AddNames(base, word, selection);
-      continue;
-    }
-    const DWORD attributes = GetFileAttributesA(word.c_str());
-    const bool isThere =
-        attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
-    if (!isThere) throw Failure(ResultCode::NotFound);
-    selection.AddTree(EndsInSeparator(word) ? word : word + '\\');
+  Selection selection(line.archive, GetACP());
+  if (line.isDirectoryMode) {
+    SelectTrees(words, selection);
+  } else {
+    SelectNames(std::move(words), selection);
   }
   return selection.Finish();
 }

@@ -6,24 +6,34 @@
 #include <vector>
 
 #include "engine/commands/CommandLine.h"
+#include "engine/container/Failure.h"
 
 namespace kozor::commands {
 
 struct Source {
-  std::string root;  // base directory, drive or share in front of the name as it was given
-  std::string path;  // of the file
+  std::string path;
   std::string name;  // in the archive; a directory's ends in '\'
   bool isDirectory = false;
 };
 
-// In the order of the line.  A file that is given twice comes once.  Throws ResultCode::NoFileName
-// when the line names no file, ResultCode::FileNotOpened for a name that no file has or can have,
-// ResultCode::UnknownKind for a directory (without -d1) and for files of 4 GiB and more,
-// ResultCode::NameTooLong, ResultCode::SameName when two files would get one name,
-// ResultCode::NotFound when a directory for -d1 is not there, ResultCode::ResponseFileNotRead.
+// In the order of the line.  A file that is given twice comes once, and the archive itself not at
+// all, whether its file is still there or not.  So the result may be empty.
+//
+// A name in quotes, or in a response file, is a name: with a wild-card in it, it names a file that
+// cannot be opened.  Searches give such names to files that the code page cannot express.
+//
+// Throws
+//   ResultCode::NoFileName           the line names no file
+//   ResultCode::NotFound             a file, or a directory for -d1, is not there
+//   ResultCode::FileNotOpened        no file can have the name
+//   ResultCode::UnknownKind          a directory without -d1, a file that is too large
+//   ResultCode::NameTooLong
+//   ResultCode::SameName             two files would get one name
+//   ResultCode::CannotRead           a directory cannot be listed
+//   ResultCode::ResponseFileNotRead
 std::vector<Source> SelectSources(const CommandLine& line);
 
-// Whether `path` names a file of its own, and not the one that `source` names.
-bool IsAnotherFile(const std::string& path, const Source& source);
+// The code for a source that cannot be opened, by GetLastError.
+container::ResultCode SourceFailureCode();
 
 }  // namespace kozor::commands

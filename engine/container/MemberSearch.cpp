@@ -32,13 +32,13 @@ MemberSearch::MemberSearch(const ArchiveIndex& searched, std::string_view text, 
     : index(searched),
       depth(searchDepth),
       kinds(searchKinds),
-      wholeName(FindWholeName(WithoutQuotes(text))),
-      isWholeName(wholeName.has_value()),
+      isWholeName(text.find('"') != std::string_view::npos),
+      wholeName(isWholeName ? FindWholeName(WithoutQuotes(text)) : std::nullopt),
       directory(SplitPath(SearchKey(text, searched.WorkingPage())).first),
       mask(SplitPath(SearchKey(text, searched.WorkingPage())).second) {}
 
-std::optional<std::size_t> MemberSearch::FindWholeName(std::string_view text) const {
-  const auto found = index.Find(text);
+std::optional<std::size_t> MemberSearch::FindWholeName(std::string_view name) const {
+  const auto found = index.Find(name);
   return found && IsOfKind(index.Members()[*found]) ? found : std::nullopt;
 }
 

@@ -10,8 +10,8 @@
 
 namespace kozor::container {
 
-// The text, without its quotes, is either the whole name of a file in the archive, which is then
-// found alone, or a directory part and a mask for file names.
+// A text in quotes is a name: the member of that whole name is found, and it alone.  Other text is
+// a directory part and a mask for file names, also when it holds no wild-card.
 class MemberSearch {
  public:
   enum class Depth {
@@ -28,16 +28,16 @@ class MemberSearch {
   std::optional<std::size_t> Next();
 
  private:
-  std::optional<std::size_t> FindWholeName(std::string_view text) const;
+  std::optional<std::size_t> FindWholeName(std::string_view name) const;
   bool IsOfKind(const Member& member) const;
   bool Matches(const Member& member) const;
 
   const ArchiveIndex& index;
   const Depth depth;
   const Kinds kinds;
-  std::optional<std::size_t> wholeName;  // not handed out yet
   const bool isWholeName;
-  std::u16string directory;  // folded, with a '\' at its end, or empty
+  std::optional<std::size_t> wholeName;  // not handed out yet
+  std::u16string directory;              // folded, with a '\' at its end, or empty
   text::WildCard mask;
   std::size_t next = 0;
 };

@@ -49,9 +49,11 @@ TEST_F(MemberSearchTest, DirectoryPartAndDepthDecide) {
   EXPECT_THAT(Below("sub"), IsEmpty());
 }
 
-TEST_F(MemberSearchTest, WholeNameIsFoundAloneAndIsAMaskOtherwise) {
+TEST_F(MemberSearchTest, QuotedNameIsFoundAloneAndOtherTextIsAMask) {
   EXPECT_THAT(Below("\"A.TXT\""), ElementsAre("A.TXT"));
-  EXPECT_THAT(Below("a.txt"), ElementsAre("a.txt"));
+  EXPECT_THAT(Below("a.txt"), ElementsAre("a.txt", "A.TXT"));
+  EXPECT_THAT(Below("\"*.txt\""), IsEmpty());
+  EXPECT_THAT(Below("\"c.txt\""), IsEmpty());
   EXPECT_THAT(Below("\"Sub/Deep/c.txt\""), ElementsAre("sub\\deep\\C.TXT"));
   EXPECT_THAT(Below("sub\\"), IsEmpty());
   EXPECT_THAT(Below("c.txt"), ElementsAre("sub\\deep\\C.TXT"));

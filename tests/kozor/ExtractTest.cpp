@@ -38,7 +38,7 @@ TEST_F(KozorExtract, BringsOutTheMembersThatTheWordsMean) {
       {{}, {"a.txt", "b.c", "sub/a.txt", "sub/deep/c.c"}},
       {{"*.c"}, {"b.c", "sub/deep/c.c"}},
       {{"sub/*.c"}, {"sub/deep/c.c"}},
-      {{"a.txt"}, {"a.txt"}},
+      {{"a.txt"}, {"a.txt", "sub/a.txt"}},
       {{"sub"}, {"sub/a.txt", "sub/deep/c.c"}},
       {{"sub/deep/"}, {"sub/deep/c.c"}},
       {{"b.c", "*.c", "sub/"}, {"b.c", "sub/a.txt", "sub/deep/c.c"}},
