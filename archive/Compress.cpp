@@ -1,30 +1,31 @@
 // Compress.cpp - ZorArchive::Compress: a selection on disk goes into an archive.
-#include "archive/CompressOperation.h"
-#include "archive/ResponseFile.h"
+#include "archive/AddOperation.h"
 #include "files/NameSet.h"
 #include "files/Path.h"
 
 namespace {
 
-class CompressOperation final : public ZorCompressOperation {
+class CompressOperation final : public ZorAddOperation {
  public:
   CompressOperation(ZorArchive& object, const ZorFind& selection, const char* archivePath,
                     int appendMode, int convert)
-      : ZorCompressOperation(object, archivePath),
+      : ZorAddOperation(object, archivePath),
         find(selection),
         append(appendMode),
         selfExtracting(convert) {}
 
  private:
-  bool Work() override {
+  void Work() override {
     SelectFiles();
-    if (FilesMeet()) return Fail(ZorErrorSameName);
-    if (!AcceptsOperand(find.GetCurrentDirectoryA())) return false;
-    if (!PrepareArchive(append, files)) return false;
-    if (files.IsEmpty() || !Begin(files.GetCount())) return false;
+    if (FilesMeet()) throw ZorFailure{ZorErrorSameName};
+    RequireSoundOperand(find.GetCurrentDirectoryA());
+    PrepareArchive(append, files);
+    if (files.IsEmpty()) throw ZorStopped{};
+    Begin(files.GetCount());
     BeginSweep();
-    baseDirectory = ZorDirectoryOperand(find.GetCurrentDirectoryA());
-    return AddFiles() && (selfExtracting == 0 || Convert());
+    baseDirectory = ZorDirectoryText(find.GetCurrentDirectoryA());
+    AddFiles();
+    if (selfExtracting != 0) Convert();
   }
 
   // Names under the base directory come relative to it.
@@ -46,34 +47,36 @@ class CompressOperation final : public ZorCompressOperation {
   }
 
   // A response file stands in the work directory, never beside the archive.
-  bool AddFiles() {
-    const CString work = ZorDirectoryOperand(workDirectory);
-    return MayUseResponseFile() && !work.IsEmpty() ? AddByResponseFile(work) : AddOneByOne();
+  void AddFiles() {
+    const CString work = ZorDirectoryText(workDirectory);
+    if (MayUseResponseFile() && !work.IsEmpty()) {
+      AddByResponseFile(work);
+    } else {
+      AddOneByOne();
+    }
   }
 
-  bool AddByResponseFile(const CString& work) {
-    ZorResponseFile names(work);
-    const ZorError error = names.Write(files);
-    if (error != ZorErrorNone) return Fail(error);
-    ZorCommandLine line = ArchiveLine("a");
+  void AddByResponseFile(const CString& work) {
+    ZorResponseWriter names(work);
+    names.Write(files);
+    ZorLineBuilder line = ArchiveLine("a");
     if (!baseDirectory.IsEmpty()) line.Operand(baseDirectory);
-    return RunCommand(line.ResponseOperand(names.Path()));
+    RunCommand(line.ResponseOperand(names.Path()));
   }
 
   // What went in before a failure stays in the archive.
-  bool AddOneByOne() {
+  void AddOneByOne() {
     for (const CString& name : files) {
-      ZorCommandLine line = ArchiveLine("a");
+      ZorLineBuilder line = ArchiveLine("a");
       if (!baseDirectory.IsEmpty() && ZorIsFullPath(name) == 0) line.Operand(baseDirectory);
-      if (!RunCommand(line.Operand(name))) return false;
+      RunCommand(line.Operand(name));
     }
-    return true;
   }
 
   // The archive is complete by now, and stays so if this fails.
-  bool Convert() {
-    ZorCommandLine line = ZorCommandLine::Conversion();
-    return RunSilently(line.Operand(archive).Operand(ArchiveFolder()));
+  void Convert() {
+    ZorLineBuilder line = ZorLineBuilder::Conversion();
+    RunSilently(line.Operand(archive).Operand(ArchiveFolder()));
   }
 
   // The archive's path up to its last backslash, or all of it when it has none.

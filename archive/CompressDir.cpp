@@ -1,23 +1,23 @@
 // CompressDir.cpp - ZorArchive::CompressDir: the archiver walks a directory by itself.
-#include "archive/CompressOperation.h"
+#include "archive/AddOperation.h"
 #include "files/Path.h"
 
 namespace {
 
-class CompressDirOperation final : public ZorCompressOperation {
+class CompressDirOperation final : public ZorAddOperation {
  public:
   CompressDirOperation(ZorArchive& object, const char* source, const char* archivePath,
                        int appendMode)
-      : ZorCompressOperation(object, archivePath), directory(ZorText(source)), append(appendMode) {}
+      : ZorAddOperation(object, archivePath), directory(ZorText(source)), append(appendMode) {}
 
  private:
-  bool Work() override {
-    if (!AcceptsOperand(directory)) return false;
+  void Work() override {
+    RequireSoundOperand(directory);
     if (append == 0) RemoveOldArchive();
-    if (!Begin(0)) return false;  // nobody knows the number of files
+    Begin(0);  // nobody knows the number of files
     BeginSweep();
-    ZorCommandLine line = ArchiveLine("a", " -d1");
-    return RunCommand(line.Operand(ZorDirectoryOperand(directory)));
+    ZorLineBuilder line = ArchiveLine("a", " -d1");
+    RunCommand(line.Operand(ZorDirectoryText(directory)));
   }
 
   const char* const directory;

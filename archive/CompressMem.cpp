@@ -2,40 +2,41 @@
 #include <cstdint>
 #include <limits>
 
-#include "archive/CompressOperation.h"
+#include "archive/AddOperation.h"
 #include "files/Path.h"
 
 namespace {
 
-class CompressMemOperation final : public ZorCompressOperation {
+class CompressMemOperation final : public ZorAddOperation {
  public:
   CompressMemOperation(ZorArchive& object, const char* archivePath, const char* memberName,
                        const unsigned char* bytes, unsigned long byteCount, int appendMode)
-      : ZorCompressOperation(object, archivePath),
+      : ZorAddOperation(object, archivePath),
         name(ZorText(memberName)),
         data(bytes),
         size(byteCount),
         append(appendMode) {}
 
  private:
-  bool Work() override {
+  void Work() override {
     // Where `long` is wider than the archiver's count, a part of the data must not pass for it.
-    if (size > std::numeric_limits<std::uint32_t>::max()) return Fail(ZorErrorFileFailure);
-    if (!AcceptsOperand(name)) return false;
+    if (size > std::numeric_limits<std::uint32_t>::max()) throw ZorFailure{ZorErrorFileFailure};
+    RequireSoundOperand(name);
     ZorFileList names;
     names.AddTail(name);
-    if (!PrepareArchive(append, names) || !Begin(1)) return false;
+    PrepareArchive(append, names);
+    Begin(1);
     BeginSweep();
-    return Pack();
+    Pack();
   }
 
-  bool Pack() {
-    ZorCommandLine line = ArchiveLine("");
-    return Accepts(line.Operand(name)) && CallArchiver([&] {
-             return engine.UnlhaCompressMem(nullptr, line.Text(), data,
-                                            static_cast<std::uint32_t>(size), nullptr, nullptr,
-                                            nullptr);
-           });
+  void Pack() {
+    ZorLineBuilder line = ArchiveLine("");
+    RequireSound(line.Operand(name));
+    CallArchiver([&] {
+      return engine.UnlhaCompressMem(nullptr, line.Text(), data, static_cast<std::uint32_t>(size),
+                                     nullptr, nullptr, nullptr);
+    });
   }
 
   const char* const name;

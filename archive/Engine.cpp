@@ -36,3 +36,12 @@ ZorEngine::ZorEngine() : module(LoadLibraryA("UNLHA32.DLL")), ready(0) {
 ZorEngine::~ZorEngine() {
   if (module != nullptr) FreeLibrary(module);
 }
+
+ZorError ZorErrorFromEngine(int code) {
+  constexpr int kBase = 0x8000;
+  if (code == 0) return ZorErrorNone;
+  if (code < kBase + ZorErrorDiskFull || code > kBase + ZorErrorEngine802C) {
+    return ZorErrorEngineUnknown;
+  }
+  return static_cast<ZorError>(code - kBase);
+}

@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "ZorError.h"
 #include "platform/win32/Win32.h"
 
 // One member, as the archiver's search calls report it.
@@ -39,6 +40,10 @@ constexpr std::uint32_t kZorOpenMode = 0x801002;         // always
 constexpr std::uint32_t kZorOpenNotBackground = 4;       // the background mode is 0
 constexpr std::uint32_t kZorOpenThisDirectory = 0x100;   // searches don't look below a directory
 constexpr std::uint32_t kZorOpenSubDirectories = 0x200;  // searches do
+
+// The value of an archiver's code: 0 for 0, the code less 0x8000 for those of the list, and
+// ZorErrorEngineUnknown for any other, negative ones included.
+ZorError ZorErrorFromEngine(int code);
 
 class ZorEngine {
  public:

@@ -3,21 +3,21 @@
 // The archiver isn't told to extract files.  Each member is unpacked straight into a mapped file
 // whose path OnMakeFileName has chosen, so that an application can place, rename or skip each one.
 #include "ZorFileServices.h"
-#include "archive/ExtractOperation.h"
 #include "archive/MappedFile.h"
 #include "archive/MemberListing.h"
+#include "archive/MemberOperation.h"
 #include "files/Path.h"
 
 namespace {
 
-ZorError ErrorOfMapping(std::uint32_t systemError) {
-  switch (systemError) {
+ZorFailure FailureOf(const ZorMappedFile& file) {
+  switch (file.SystemError()) {
     case ERROR_NOT_ENOUGH_MEMORY:
-      return ZorErrorOutOfMemory;
+      return {ZorErrorOutOfMemory};
     case ERROR_DISK_FULL:
-      return ZorErrorDiskFull;
+      return {ZorErrorDiskFull};
     default:
-      return ZorErrorFileFailure;
+      return {ZorErrorFileFailure};
   }
 }
 
@@ -28,63 +28,61 @@ const char* ShortName(const char* member) {
   return directory != nullptr ? directory : member;
 }
 
-class ExtractOperation final : public ZorExtractOperation {
+class ExtractOperation final : public ZorUnpackOperation {
  public:
   // Without `directory` the base directory of the selection is the destination.
   ExtractOperation(ZorArchive& object, const ZorFind& selection, const char* archivePath,
                    const char* directory)
-      : ZorExtractOperation(object, archivePath),
+      : ZorUnpackOperation(object, archivePath),
         find(selection),
         destination(directory != nullptr ? directory : selection.GetCurrentDirectoryA()) {}
 
  private:
-  bool TestArguments() override {
-    if (destination.IsEmpty()) return Fail(ZorErrorNoDirectory);
+  void TestArguments() override {
+    if (destination.IsEmpty()) throw ZorFailure{ZorErrorNoDirectory};
     ZorSetTrailingBackslash(destination, 1);
-    return ZorExtractOperation::TestArguments();
+    ZorUnpackOperation::TestArguments();
   }
 
-  bool Work() override {
-    const ZorError error = ZorListArchiveMembers(archive, find, names, owner.GetBackgroundMode());
-    if (error != ZorErrorNone) return Fail(error);
-    if (names.IsEmpty() || !Begin(names.GetCount())) return false;
-    for (const CString& name : names) {
-      if (!ExtractMember(name)) return false;
-    }
-    return true;
+  void Work() override {
+    ZorRequire(ZorListArchiveMembers(archive, find, names, owner.GetBackgroundMode()));
+    if (names.IsEmpty()) throw ZorStopped{};
+    Begin(names.GetCount());
+    for (const CString& name : names) ExtractMember(name);
   }
 
   // `name` is an element of `names`, and so outlives the record that refers to it.
-  bool ExtractMember(const CString& name) {
-    const ZorCommandLine line = MemberLine(name);
+  void ExtractMember(const CString& name) {
+    const ZorLineBuilder line = MemberLine(name);
     const CString path = MakeFileName(destination, ShortName(name));
-    if (!FindMember(name)) return false;
+    FindMember(name);
     target = path;  // not earlier: till now the record has referred to the last member's
-    if (!BeginMember(target)) return false;
-    const bool skipped = target.IsEmpty();
-    return (skipped || (Accepts(line) && Unpack(line))) && EndMember();
+    BeginMember(target);
+    if (!target.IsEmpty()) Unpack(line);
+    EndMember();
   }
 
-  bool Unpack(const ZorCommandLine& line) {
-    if (ZorCreateDirectory(target, 1, nullptr) == 0) return Fail(ZorErrorMakeDirectory);
+  void Unpack(const ZorLineBuilder& line) {
+    RequireSound(line);
+    if (ZorCreateDirectory(target, 1, nullptr) == 0) throw ZorFailure{ZorErrorMakeDirectory};
     std::int32_t time = 0;
     std::uint16_t attribute = 0;
-    if (!UnpackInto(line, time, attribute)) return false;
-    // The file is closed by now; setting its time earlier would be undone.  Neither is vital.
+    UnpackInto(line, time, attribute);
+    // The file is closed by now; setting its time earlier would be undone.  Both are best effort.
     ZorSetFileTimeStamp(target, time);
     if (owner.GetExtractFileAttibuteMode() != 0) ZorSetFileAttribute(target, attribute);
-    return true;
   }
 
-  bool UnpackInto(const ZorCommandLine& line, std::int32_t& time, std::uint16_t& attribute) {
+  void UnpackInto(const ZorLineBuilder& line, std::int32_t& time, std::uint16_t& attribute) {
     ZorMappedFile file(target, progress.memberSize);
     unsigned char* view = file.Map();
-    if (view == nullptr) return Fail(ErrorOfMapping(file.SystemError()));
+    if (view == nullptr) throw FailureOf(file);
     std::uint32_t written = 0;  // the archiver's result says all that counts
-    return CallArchiver([&] {
+    CallArchiver([&] {
       return engine.UnlhaExtractMem(nullptr, line.Text(), view, file.Capacity(), &time, &attribute,
                                     &written);
     });
+    if (!file.Finish()) throw FailureOf(file);
   }
 
   const ZorFind& find;

@@ -3,16 +3,16 @@
 #include <cstdint>
 #include <limits>
 
-#include "archive/ExtractOperation.h"
+#include "archive/MemberOperation.h"
 #include "files/Path.h"
 
 namespace {
 
-class ExtractMemOperation final : public ZorExtractOperation {
+class ExtractMemOperation final : public ZorUnpackOperation {
  public:
   ExtractMemOperation(ZorArchive& object, const char* archivePath, const char* memberName,
                       unsigned char* target, unsigned long capacity)
-      : ZorExtractOperation(object, archivePath),
+      : ZorUnpackOperation(object, archivePath),
         name(ZorText(memberName)),
         buffer(target),
         // No member is larger than what the archiver can count, so no more is needed.
@@ -20,17 +20,17 @@ class ExtractMemOperation final : public ZorExtractOperation {
             std::min<std::uint64_t>(capacity, std::numeric_limits<std::uint32_t>::max()))) {}
 
  private:
-  bool Work() override {
-    if (!Begin(1)) return false;
-    const ZorCommandLine line = MemberLine(name);
-    return FindMember(name) && BeginMember(name) && Accepts(line) && Unpack(line) && EndMember();
-  }
-
-  bool Unpack(const ZorCommandLine& line) {
+  void Work() override {
+    Begin(1);
+    const ZorLineBuilder line = MemberLine(name);
+    FindMember(name);
+    BeginMember(name);
+    RequireSound(line);
     std::uint32_t written = 0;  // the archiver's result says all that counts
-    return CallArchiver([&] {
+    CallArchiver([&] {
       return engine.UnlhaExtractMem(nullptr, line.Text(), buffer, size, nullptr, nullptr, &written);
     });
+    EndMember();
   }
 
   const char* const name;

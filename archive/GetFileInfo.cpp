@@ -2,13 +2,14 @@
 //
 // It reports nothing, so it does without the frame of the other operations.
 #include "ZorArchive.h"
+#include "archive/ArchiveSearch.h"
 #include "archive/Engine.h"
-#include "archive/MemberSearch.h"
+#include "files/Failure.h"
 #include "files/Path.h"
 
 namespace {
 
-// The member's time, which is local, as the system keeps times.
+// A member's time is local; neither conversion's result is tested.
 void StoreTime(const ZorMemberRecord& member, FILETIME* time) {
   FILETIME local{};
   DosDateTimeToFileTime(member.date, member.time, &local);
@@ -24,30 +25,31 @@ unsigned long FileAttribute(int memberAttribute) {
   return known != 0 ? known : static_cast<unsigned int>(FILE_ATTRIBUTE_NORMAL);
 }
 
-ZorError LookUp(const char* archive, const char* name, int background, unsigned long* size,
-                FILETIME* time, unsigned long* attribute) {
+void LookUp(const char* archive, const char* name, int background, unsigned long* size,
+            FILETIME* time, unsigned long* attribute) {
   const ZorEngine engine;
   CFileStatus status;
-  if (!CFile::GetStatus(archive, status)) return ZorErrorArchiveNotFound;
-  if (!engine.IsReady()) return ZorErrorEngineUnavailable;
-  if (engine.UnlhaGetRunning() != 0) return ZorErrorEngineBusy;
+  if (!CFile::GetStatus(archive, status)) throw ZorFailure{ZorErrorArchiveNotFound};
+  if (!engine.IsReady()) throw ZorFailure{ZorErrorEngineUnavailable};
+  if (engine.UnlhaGetRunning() != 0) throw ZorFailure{ZorErrorEngineBusy};
   engine.UnlhaSetCursorMode(0);
 
-  ZorMemberSearch search(engine, archive, background);
-  if (!search.IsOpen() || !search.Find(name)) return ZorErrorArchiveOpen;
+  ZorArchiveSearch search(engine, archive, background);
+  if (!search.IsOpen() || !search.Find(name)) throw ZorFailure{ZorErrorArchiveOpen};
   if (size != nullptr) *size = search.Member().size;
   if (time != nullptr) StoreTime(search.Member(), time);
   if (attribute != nullptr) {
     const int bits = search.Attribute();
     if (bits != -1) *attribute = FileAttribute(bits);
   }
-  return ZorErrorNone;
 }
 
 }  // namespace
 
 int ZorArchive::GetFileInfo(const char* archive, const char* name, unsigned long* size,
                             FILETIME* time, unsigned long* attribute) {
-  error = LookUp(ZorText(archive), ZorText(name), backgroundMode, size, time, attribute);
+  error = ZorGuard([&] {
+            LookUp(ZorText(archive), ZorText(name), backgroundMode, size, time, attribute);
+          }).error;
   return IsError();
 }

@@ -2,6 +2,7 @@
 #include "archive/MappedFile.h"
 
 #include <limits>
+#include <utility>
 
 ZorMappedFile::ZorMappedFile(const char* target, std::uint32_t finalSize)
     : path(target),
@@ -35,21 +36,29 @@ bool ZorMappedFile::Open() {
   return view != nullptr;
 }
 
-void ZorMappedFile::Close() {
-  if (mapping != nullptr) CloseHandle(mapping);
-  if (file != INVALID_HANDLE_VALUE) CloseHandle(file);
-  mapping = nullptr;
-  file = INVALID_HANDLE_VALUE;
+ZorMappedFile::~ZorMappedFile() {
+  Finish();
 }
 
 // A file can be trimmed only once nothing of it is mapped.
-ZorMappedFile::~ZorMappedFile() {
+bool ZorMappedFile::Finish() {
   if (view != nullptr) UnmapViewOfFile(view);
+  view = nullptr;
   if (mapping != nullptr) CloseHandle(mapping);
   mapping = nullptr;
-  if (file != INVALID_HANDLE_VALUE) {
-    const LONG back = -static_cast<LONG>(kSlack);
-    if (SetFilePointer(file, back, nullptr, FILE_END) == size) SetEndOfFile(file);
-  }
-  Close();
+  const bool trimmed = file == INVALID_HANDLE_VALUE || Trim();
+  if (!trimmed) systemError = GetLastError();
+  const bool closed = Close();
+  if (trimmed && !closed) systemError = GetLastError();
+  return trimmed && closed;
+}
+
+bool ZorMappedFile::Trim() {
+  const LONG back = -static_cast<LONG>(kSlack);
+  return SetFilePointer(file, back, nullptr, FILE_END) == size && SetEndOfFile(file);
+}
+
+bool ZorMappedFile::Close() {
+  if (mapping != nullptr) CloseHandle(std::exchange(mapping, nullptr));
+  return file == INVALID_HANDLE_VALUE || CloseHandle(std::exchange(file, INVALID_HANDLE_VALUE));
 }

@@ -4,8 +4,8 @@
 // decided here.  Duplicates and exclusions go by sets of names, so the cost is near linear.
 #include "archive/MemberListing.h"
 
+#include "archive/ArchiveSearch.h"
 #include "archive/Engine.h"
-#include "archive/MemberSearch.h"
 #include "files/NameSet.h"
 #include "files/Path.h"
 
@@ -57,7 +57,7 @@ ZorError ZorListArchiveMembers(const char* archive, const ZorFind& find, ZorFile
     const char* text = mask;
     const bool excludes = *text == '>';
     if (excludes) ++text;
-    ZorMemberSearch search(engine, archive, background, scope);
+    ZorArchiveSearch search(engine, archive, background, scope);
     if (!search.IsOpen()) return ZorErrorArchiveOpen;
     ZorFileList& found = excludes ? excluded : list;
     for (bool more = search.First(SearchText(text)); more; more = search.Next()) {

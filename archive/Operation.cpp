@@ -1,7 +1,6 @@
 // Operation.cpp - opening and closing steps of the archive operations, and what they do alike.
 #include "archive/Operation.h"
 
-#include "archive/Errors.h"
 #include "files/Path.h"
 
 ZorOperation::ZorOperation(Family operationFamily, ZorArchive& object, const char* archivePath)
@@ -9,87 +8,73 @@ ZorOperation::ZorOperation(Family operationFamily, ZorArchive& object, const cha
 
 int ZorOperation::Run() {
   owner.error = ZorErrorNone;
-  Guarded([&] { finished = Open() && Work(); });
+  finished = Guarded([&] {
+    Open();
+    Work();
+  });
   Close();
-  if (thrown) std::rethrow_exception(thrown);
+  if (foreign) std::rethrow_exception(foreign);
   return owner.IsError();
 }
 
-// Runs a step in such a way that the closing steps come afterwards, whatever it throws.
-template <typename Step>
-void ZorOperation::Guarded(Step step) {
-  try {
-    step();
-  } catch (CException* exception) {
-    const ZorError error = ZorErrorFromException(*exception);
-    exception->Delete();
-    if (owner.error == ZorErrorNone) Fail(error);
-  } catch (...) {
-    if (!thrown) thrown = std::current_exception();
-  }
+// Runs a stretch so that the closing steps follow, whatever it throws.  The first failure counts.
+bool ZorOperation::Guarded(const std::function<void()>& stretch) {
+  const ZorOutcome outcome = ZorGuard(stretch);
+  if (owner.error == ZorErrorNone) owner.error = outcome.error;
+  if (!foreign) foreign = outcome.foreign;
+  return outcome.complete;
 }
 
-bool ZorOperation::Open() {
-  if (!TestArguments()) return false;
-  const bool compresses = family == Family::kCompress;
+void ZorOperation::Open() {
+  TestArguments();
+  const bool compresses = family == Family::Compress;
   progress.kind = compresses ? 0 : 1;
   progress.phase = ZorArchive::PhaseIdle;
   progress.archive = archive;
-  if (!engine.IsReady()) return Fail(ZorErrorEngineUnavailable);
-  if (engine.UnlhaGetRunning() != 0) return Fail(ZorErrorEngineBusy);
+  if (!engine.IsReady()) throw ZorFailure{ZorErrorEngineUnavailable};
+  if (engine.UnlhaGetRunning() != 0) throw ZorFailure{ZorErrorEngineBusy};
 
   if (!compresses) engine.UnlhaSetCursorMode(0);
   const ZorEngineCallback callback =
       compresses ? ZorArchive::OnAbortProc1 : ZorArchive::OnAbortProc2;
   callbackInstalled = engine.UnlhaSetOwnerWindowEx(nullptr, callback) != 0;
-  if (!callbackInstalled) return Fail(ZorErrorEngineBusy);
+  if (!callbackInstalled) throw ZorFailure{ZorErrorEngineBusy};
   if (compresses) engine.UnlhaSetCursorMode(0);
-  return true;
 }
 
 void ZorOperation::Close() {
   owner.progress = nullptr;
-  // A failed argument test leaves the phase at its zero, and so OnAbort hears of it, too.
+  // The interface's own oddity: a failed argument test leaves the phase at its zero, so OnAbort
+  // hears of the end of an operation that never began.
   if (progress.phase != ZorArchive::PhaseIdle) {
-    Guarded([&] { Report(ZorArchive::PhaseEnd); });
+    progress.phase = ZorArchive::PhaseEnd;
+    Guarded([&] { owner.OnAbort(progress); });
   }
   sweep.Sweep();
   if (callbackInstalled) engine.UnlhaKillOwnerWindowEx(nullptr);
-  if (owner.error == ZorErrorNone && !finished) Fail(ZorErrorCanceled);
+  if (owner.error == ZorErrorNone && !finished) owner.error = ZorErrorCanceled;
 }
 
-bool ZorOperation::Fail(ZorError error) {
-  owner.error = error;
-  return false;
-}
-
-bool ZorOperation::Report(ZorArchive::Phase phase) {
+void ZorOperation::Report(ZorArchive::Phase phase) {
   progress.phase = phase;
-  return owner.OnAbort(progress) == 0;
+  if (owner.OnAbort(progress) != 0) throw ZorStopped{};
 }
 
-bool ZorOperation::Begin(int filesTotal) {
+void ZorOperation::Begin(int filesTotal) {
   progress.filesTotal = filesTotal;
-  return Report(ZorArchive::PhaseBegin);
+  Report(ZorArchive::PhaseBegin);
 }
 
-bool ZorOperation::StopListening(int code) {
-  owner.progress = nullptr;
-  if (progress.thrown) std::rethrow_exception(progress.thrown);
-  return code == 0 || Fail(ZorErrorFromEngine(code));
+void ZorOperation::RunCommand(const ZorLineBuilder& line) {
+  RequireSound(line);
+  CallArchiver([&] { return engine.Unlha(nullptr, line.Text(), nullptr, 0); });
 }
 
-bool ZorOperation::RunCommand(const ZorCommandLine& line) {
-  return Accepts(line) &&
-         CallArchiver([&] { return engine.Unlha(nullptr, line.Text(), nullptr, 0); });
+void ZorOperation::RunSilently(const ZorLineBuilder& line) {
+  RequireSound(line);
+  ZorRequire(ZorErrorFromEngine(engine.Unlha(nullptr, line.Text(), nullptr, 0)));
 }
 
-bool ZorOperation::RunSilently(const ZorCommandLine& line) {
-  if (!Accepts(line)) return false;
-  const int code = engine.Unlha(nullptr, line.Text(), nullptr, 0);
-  return code == 0 || Fail(ZorErrorFromEngine(code));
-}
-
-bool ZorOperation::Accepts(const ZorCommandLine& line) {
-  return line.IsSound() || Fail(ZorErrorFileOpen);
+void ZorOperation::RequireSound(const ZorLineBuilder& line) {
+  if (!line.IsSound()) throw ZorFailure{ZorErrorFileOpen};
 }

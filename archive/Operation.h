@@ -4,64 +4,66 @@
 // out: report the end, sweep, take the callback back, free the archiver, turn the outcome into a
 // result.  An operation derives from the class of its family and says in Work what lies between:
 //
-//   bool Work() override {
-//     return Begin(1) && CallArchiver([&] { return engine.Unlha(...); });
+//   void Work() override {
+//     Begin(1);
+//     CallArchiver([&] { return engine.Unlha(...); });
 //   }
 //
-// A step returns whether to go on.  One that returns false ends the operation, with the error that
-// it has set, or as cancelled when it has set none.
+// A step that fails, or that OnAbort stops, throws (files/Failure.h), and so ends the operation.
 #pragma once
 
 #include <exception>
+#include <functional>
 
 #include "ZorArchive.h"
-#include "archive/CommandLine.h"
 #include "archive/Engine.h"
-#include "archive/Progress.h"
-#include "archive/TempSweep.h"
+#include "archive/LineBuilder.h"
+#include "archive/Reports.h"
+#include "archive/RunFiles.h"
+#include "files/Failure.h"
 
 class ZorOperation {
  public:
   ZorOperation(const ZorOperation&) = delete;
   ZorOperation& operator=(const ZorOperation&) = delete;
 
-  // The whole operation.  Returns 1, or 0 with the cause in the object's error.  A CException of a
-  // hook becomes an error; what else a hook throws is thrown on after the closing steps.
+  // The whole operation.  Returns 1, or 0 with the cause in the object's error.  An exception that
+  // a hook throws and that isn't of the class library is thrown on after the closing steps.
   int Run();
 
  protected:
   // What differs between writing an archive and the rest: the `kind` of the progress record, the
   // callback, and whether the cursor mode is set before or after installing it.
-  enum class Family { kCompress, kExtract };
+  enum class Family { Compress, Extract };
 
-  // `archivePath` and `owner` outlive the operation.
+  // `archivePath` and `owner` outlive the operation; a null path is an empty one.
   ZorOperation(Family family, ZorArchive& owner, const char* archivePath);
   virtual ~ZorOperation() = default;
 
   // The operation's own tests, before anything else; the record is still all zeros then.
-  virtual bool TestArguments() { return true; }
-  virtual bool Work() = 0;
+  virtual void TestArguments() {}
+  virtual void Work() = 0;
 
-  // Sets the error; returns false, so that a step can end with it.
-  bool Fail(ZorError error);
-  // Calls OnAbort with the record in this phase; false when it wants to stop.
-  bool Report(ZorArchive::Phase phase);
+  // Calls OnAbort with the record in this phase, and stops the operation if it says so.
+  void Report(ZorArchive::Phase phase);
   // Reports the begin of work on so many files.
-  bool Begin(int filesTotal);
+  void Begin(int filesTotal);
 
   // Makes a call that may take long and returns an archiver's code; meanwhile the archiver's own
-  // reports reach OnAbort.  A code other than 0 becomes the error.
+  // reports reach OnAbort.  A code other than 0 is a failure.
   template <typename Call>
-  bool CallArchiver(Call call) {
-    StartListening();
+  void CallArchiver(Call call) {
+    owner.progress = &progress;
     const int code = call();
-    return StopListening(code);
+    owner.progress = nullptr;
+    if (progress.thrown) std::rethrow_exception(progress.thrown);
+    ZorRequire(ZorErrorFromEngine(code));
   }
   // Runs a line through Unlha, in that way or without any report.
-  bool RunCommand(const ZorCommandLine& line);
-  bool RunSilently(const ZorCommandLine& line);
-  // A line is refused when a quote in one of its paths would change its meaning.
-  bool Accepts(const ZorCommandLine& line);
+  void RunCommand(const ZorLineBuilder& line);
+  void RunSilently(const ZorLineBuilder& line);
+  // A quote in one of its paths would change the meaning of a line: such a line is refused.
+  static void RequireSound(const ZorLineBuilder& line);
 
   // What operations may know and ask of their object, whose friend this class alone is.
   const char* WorkDirectory() const { return owner.workDirectory; }
@@ -82,14 +84,11 @@ class ZorOperation {
   ZorTempSweep sweep;  // begun by the compress family alone
 
  private:
-  bool Open();
+  void Open();
   void Close();
-  void StartListening() { owner.progress = &progress; }
-  bool StopListening(int code);
-  template <typename Step>
-  void Guarded(Step step);
+  bool Guarded(const std::function<void()>& stretch);
 
   bool finished = false;
   bool callbackInstalled = false;
-  std::exception_ptr thrown;
+  std::exception_ptr foreign;
 };

@@ -75,8 +75,7 @@ const ZorFind& ZorFind::operator=(const ZorFind& other) {
 ZorFind::~ZorFind() = default;
 
 ZorError ZorFind::Find(ZorFileList& list, int fullPath) const {
-  CString base = currentDirectory;
-  if (!base.IsEmpty()) ZorSetTrailingBackslash(base, 1);
+  const CString base = ZorDirectoryText(currentDirectory);
 
   ZorFileList excluded;
   for (const CString& mask : *this) {

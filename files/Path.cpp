@@ -77,6 +77,12 @@ void ZorSetTrailingBackslash(CString& path, int add) {
   if (!endsInBackslash && add) path += '\\';
 }
 
+CString ZorDirectoryText(const char* directory) {
+  CString text(directory);
+  if (!text.IsEmpty()) ZorSetTrailingBackslash(text, 1);
+  return text;
+}
+
 int ZorIsFullPath(const char* path) {
   const char* root;
   const char* directory;

@@ -41,6 +41,10 @@ std::vector<int> ZorDirectoryLevels(const char* path, const char* directory, con
 // form in which a file name can follow.  An empty path becomes "\".
 void ZorSetTrailingBackslash(CString& path, int add);
 
+// A directory's path as a file name can follow it: with one trailing backslash.  An empty or null
+// one is the empty text.
+CString ZorDirectoryText(const char* directory);
+
 // 1 if `path` names a file with its complete location: a root, a directory that begins with a
 // backslash, and a file name.  Else 0.
 int ZorIsFullPath(const char* path);

@@ -170,6 +170,13 @@ TEST_F(Extract, NamesWhyATargetCannotBeMapped) {
   EXPECT_EQ(Run(), ZorErrorOutOfMemory);
 }
 
+// Else the file would keep bytes that aren't the member's, and nobody would know.
+TEST_F(Extract, FailsWhenATargetCannotBeTrimmed) {
+  const FailCall<&posix::SystemCalls::ftruncate> failing(1, EIO);
+  EXPECT_EQ(Run(), ZorErrorFileFailure);
+  EXPECT_FALSE(folder.Exists("out/g.txt"));
+}
+
 // A size that can't be counted together with the slack is refused before anything is touched.
 TEST_F(Extract, MapsNoFileOfNearlyFourGigabytes) {
   ZorMappedFile file(path.c_str(), 0xFFFFFFFF - 1023);

@@ -5,7 +5,7 @@
 #include <stdexcept>
 
 #include "RecordedArchive.h"
-#include "archive/Errors.h"
+#include "archive/Engine.h"
 
 namespace kozor::test {
 namespace {
@@ -142,6 +142,10 @@ TEST_P(Frame, ClosesAndServesAgainWhenAHookHasThrown) {
       if (phase == throwing) throw new CFileException(CFileException::diskFull);
     };
     ExpectFailure(ZorErrorDiskFull);
+    archive.inPhase = [&](int phase) {
+      if (phase == throwing) throw std::bad_alloc();
+    };
+    ExpectFailure(ZorErrorFileFailure);
     archive.inPhase = [&](int phase) {
       if (phase == throwing) throw std::runtime_error("no exception of the class library");
     };

@@ -60,5 +60,25 @@ TEST_P(RoundTrip, GivesTheSameTreeWithDirectoriesByCompressDir) {
   EXPECT_THAT(Members(), testing::UnorderedElementsAreArray(before));
 }
 
+// Into an archive that stands in the base directory goes everything but the archive.
+TEST_F(RealArchiveTest, AnArchiveInItsBaseDirectoryTakesEveryOtherFile) {
+  MakeTree(folder, "base", {{"a.txt", 10}, {"m", 70'000}, {"sub/z", 30}});
+  folder.WriteFile("work/keep", "");
+  archive.SetOverwriteMode(1);
+  const std::string inside = Lib("base/m.lzh");
+  for (const std::string& work : {std::string(), Lib("work")}) {
+    archive.SetWorkDirectory(work.c_str());
+    for (const int append : {0, 1, 1, 0}) {
+      SCOPED_TRACE(work + " " + std::to_string(append));
+      EXPECT_EQ(archive.Compress(Selection(Lib("base"), {"*.*"}), inside.c_str(), append, 0), 1)
+          << archive.GetError();
+      std::filesystem::remove_all(folder.Path("out"));
+      EXPECT_EQ(archive.Extract(inside.c_str(), Lib("out").c_str(), nullptr), 1);
+      EXPECT_EQ(folder.List("out"), (std::vector<std::string>{"a.txt", "m", "sub/", "sub/z"}));
+    }
+    std::filesystem::remove(folder.Path("base/m.lzh"));
+  }
+}
+
 }  // namespace
 }  // namespace kozor::test

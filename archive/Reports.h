@@ -1,4 +1,4 @@
-// Progress.h - the progress record of a running operation, and the archiver's share in it.
+// Reports.h - the progress record of a running operation, and the archiver's share in it.
 #pragma once
 
 #include <exception>

@@ -1,9 +1,8 @@
-// CompressOperation.cpp - the old archive, names that are in it, temporaries, the line's head.
-#include "archive/CompressOperation.h"
+// AddOperation.cpp - the old archive, names that are in it, temporaries, the line's head.
+#include "archive/AddOperation.h"
 
 #include "ZorFileServices.h"
 #include "archive/MemberListing.h"
-#include "archive/RemoveFile.h"
 #include "files/NameSet.h"
 #include "files/Path.h"
 
@@ -15,44 +14,44 @@ const char* ZorNameBehindRoot(const char* name) {
   return rooted ? directory : nullptr;
 }
 
-bool ZorCompressOperation::AcceptsOperand(const char* text) {
-  const bool isSound = ZorIsSoundOperand(text) && ZorIsSoundOperand(WorkDirectory());
-  return isSound || Fail(ZorErrorFileOpen);
+void ZorAddOperation::RequireSoundOperand(const char* text) const {
+  if (!ZorIsSoundOperand(text) || !ZorIsSoundOperand(WorkDirectory())) {
+    throw ZorFailure{ZorErrorFileOpen};
+  }
 }
 
-void ZorCompressOperation::RemoveOldArchive() {
-  CFileStatus status;
-  if (CFile::GetStatus(archive, status)) ZorRemoveFileIfPossible(archive);
+void ZorAddOperation::RemoveOldArchive() {
+  DeleteFileA(archive);
 }
 
-bool ZorCompressOperation::PrepareArchive(int append, const ZorFileList& names) {
+void ZorAddOperation::PrepareArchive(int append, const ZorFileList& names) {
   if (append == 0) {
     RemoveOldArchive();
-    return true;
+  } else if (owner.GetOverwriteMode() == 0) {
+    RefuseStoredNames(names);
   }
-  return owner.GetOverwriteMode() != 0 || RefuseStoredNames(names);
 }
 
-bool ZorCompressOperation::RefuseStoredNames(const ZorFileList& names) {
+void ZorAddOperation::RefuseStoredNames(const ZorFileList& names) {
   ZorFind everything;
   everything.AddTail("*.*");
   ZorFileList members;
   const ZorError error =
       ZorListArchiveMembers(archive, everything, members, owner.GetBackgroundMode());
-  if (error == ZorErrorArchiveNotFound) return true;  // nothing is stored yet
-  if (error != ZorErrorNone) return Fail(error);
+  if (error == ZorErrorArchiveNotFound) return;  // nothing is stored yet
+  ZorRequire(error);
 
   ZorNameSet stored;
   for (const CString& member : members) stored.Add(member);
   for (const CString& name : names) {
     const char* behindRoot = ZorNameBehindRoot(name);
-    if (stored.Contains(behindRoot != nullptr ? CString(behindRoot) : name))
-      return Fail(ZorErrorSameName);
+    if (stored.Contains(behindRoot != nullptr ? CString(behindRoot) : name)) {
+      throw ZorFailure{ZorErrorSameName};
+    }
   }
-  return true;
 }
 
-void ZorCompressOperation::BeginSweep() {
+void ZorAddOperation::BeginSweep() {
   workDirectory = WorkDirectory();
   CString directory = workDirectory;
   if (directory.IsEmpty()) {
@@ -62,8 +61,8 @@ void ZorCompressOperation::BeginSweep() {
   sweep.Begin(directory);
 }
 
-ZorCommandLine ZorCompressOperation::ArchiveLine(const char* letter, const char* ownPiece) const {
-  ZorCommandLine line(letter);
+ZorLineBuilder ZorAddOperation::ArchiveLine(const char* letter, const char* ownPiece) const {
+  ZorLineBuilder line(letter);
   line.Piece(BackgroundPiece(" -jsb")).WorkDirectory(workDirectory).Piece(ownPiece);
   line.Operand(archive);
   return line;

@@ -1,4 +1,4 @@
-// MemberSearch.h - one search through an archive, by the archiver's find calls.
+// ArchiveSearch.h - one search through an archive, by the archiver's find calls.
 #pragma once
 
 #include <cstdint>
@@ -8,15 +8,15 @@
 
 // An archive opened for searching; closed again with the object.  Uses `engine`, which must be
 // ready and outlive it.
-class ZorMemberSearch {
+class ZorArchiveSearch {
  public:
   // `background` is the background mode of the object.  `scope` says where masks are looked for,
   // kZorOpenThisDirectory or kZorOpenSubDirectories; a search for one name needs none.
-  ZorMemberSearch(const ZorEngine& boundEngine, const char* archive, int background,
-                  std::uint32_t scope = 0);
-  ~ZorMemberSearch();
-  ZorMemberSearch(const ZorMemberSearch&) = delete;
-  ZorMemberSearch& operator=(const ZorMemberSearch&) = delete;
+  ZorArchiveSearch(const ZorEngine& boundEngine, const char* archive, int background,
+                   std::uint32_t scope = 0);
+  ~ZorArchiveSearch();
+  ZorArchiveSearch(const ZorArchiveSearch&) = delete;
+  ZorArchiveSearch& operator=(const ZorArchiveSearch&) = delete;
 
   bool IsOpen() const { return handle != nullptr; }
 

@@ -1,33 +1,33 @@
-// CompressOperation.h - what the operations that write an archive have in common.
+// AddOperation.h - what the operations that write an archive have in common.
 #pragma once
 
 #include "ZorFind.h"
 #include "archive/Operation.h"
 
-class ZorCompressOperation : public ZorOperation {
+class ZorAddOperation : public ZorOperation {
  protected:
-  ZorCompressOperation(ZorArchive& object, const char* archivePath)
-      : ZorOperation(Family::kCompress, object, archivePath) {}
+  ZorAddOperation(ZorArchive& object, const char* archivePath)
+      : ZorOperation(Family::Compress, object, archivePath) {}
 
   // Refuses what no line can carry, in `text` or in the work directory, while the old archive is
   // still there.
-  bool AcceptsOperand(const char* text);
-  // Removes an archive that stands there.  One that can't be removed is no failure: it is added to.
+  void RequireSoundOperand(const char* text) const;
+  // Removes an old archive.  If that fails, members are appended to it.
   void RemoveOldArchive();
   // For operations that don't replace members behind the caller's back: with `append` 0 removes the
   // old archive, else refuses, unless the overwrite mode allows them, names that it holds.
-  bool PrepareArchive(int append, const ZorFileList& names);
+  void PrepareArchive(int append, const ZorFileList& names);
   // Takes the work directory over for the whole run and notes the temporaries of others, so that
   // the closing steps remove those of this run alone.
   void BeginSweep();
   // A line up to the archive: letter, options, the pieces of the modes, `ownPiece`, the archive.
-  ZorCommandLine ArchiveLine(const char* letter, const char* ownPiece = "") const;
+  ZorLineBuilder ArchiveLine(const char* letter, const char* ownPiece = "") const;
 
   CString workDirectory;  // since BeginSweep
 
  private:
-  bool RefuseStoredNames(const ZorFileList& names);
+  void RefuseStoredNames(const ZorFileList& names);
 };
 
-// Where the stored name begins in a name with a root: behind the root.  Null for any other name.
+// Where the stored name begins in a name with a root: after the root.  Null for any other name.
 const char* ZorNameBehindRoot(const char* name);

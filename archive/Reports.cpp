@@ -1,9 +1,9 @@
-// Progress.cpp - turns the archiver's reports into calls of OnAbort.
+// Reports.cpp - turns the archiver's reports into calls of OnAbort.
 //
 // The archiver knows no object.  Its callbacks find the object through ZorArchive::ths and the
 // record of the running operation through the object's `progress`; without either they let the
-// archiver go on and tell nobody.
-#include "archive/Progress.h"
+// archiver go on and nobody hears of it.
+#include "archive/Reports.h"
 
 #include <algorithm>
 
@@ -18,13 +18,18 @@ constexpr unsigned int kFileEnds = 6;
 constexpr int kGoOn = 1;
 constexpr int kStop = 0;
 
-// The archiver's answer to what `tell`, a call of OnAbort, says.  Once OnAbort has thrown it isn't
-// asked again.
-template <typename Tell>
-int Answer(ZorProgress& progress, Tell tell) {
+// How the record takes a report, and whether OnAbort is to hear of it.
+using Take = bool (ZorProgress::*)(unsigned int state, const ZorProgressRecord& report);
+
+// Takes a report and answers the archiver by the result of `onAbort`, which isn't called again once
+// it has thrown.
+template <typename OnAbort>
+int Answer(ZorProgress& progress, Take take, unsigned int state, const void* report,
+           OnAbort onAbort) {
   if (progress.thrown) return kStop;
   try {
-    return tell() == 0 ? kGoOn : kStop;
+    const bool told = (progress.*take)(state, *static_cast<const ZorProgressRecord*>(report));
+    return !told || onAbort(progress) == 0 ? kGoOn : kStop;
   } catch (...) {
     progress.thrown = std::current_exception();
     return kStop;
@@ -77,19 +82,13 @@ int ZorArchive::OnAbort(const ONABORTPARAM& /*param*/) {
 int CALLBACK ZorArchive::OnAbortProc1(HWND /*window*/, unsigned int /*message*/, unsigned int state,
                                       void* record) {
   if (ths == nullptr || ths->progress == nullptr) return kGoOn;
-  auto& running = static_cast<ZorProgress&>(*ths->progress);
-  return Answer(running, [&] {
-    const bool told = running.TakeFileReport(state, *static_cast<ZorProgressRecord*>(record));
-    return told ? ths->OnAbort(running) : 0;
-  });
+  return Answer(static_cast<ZorProgress&>(*ths->progress), &ZorProgress::TakeFileReport, state,
+                record, [](const ONABORTPARAM& param) { return ths->OnAbort(param); });
 }
 
 int CALLBACK ZorArchive::OnAbortProc2(HWND /*window*/, unsigned int /*message*/, unsigned int state,
                                       void* record) {
   if (ths == nullptr || ths->progress == nullptr) return kGoOn;
-  auto& running = static_cast<ZorProgress&>(*ths->progress);
-  return Answer(running, [&] {
-    const bool told = running.TakeRunningReport(state, *static_cast<ZorProgressRecord*>(record));
-    return told ? ths->OnAbort(running) : 0;
-  });
+  return Answer(static_cast<ZorProgress&>(*ths->progress), &ZorProgress::TakeRunningReport, state,
+                record, [](const ONABORTPARAM& param) { return ths->OnAbort(param); });
 }

@@ -1,6 +1,6 @@
-// CommandLine.h - builds the lines that tell the archiver what to do.
+// LineBuilder.h - builds the lines that tell the archiver what to do.
 //
-//   ZorCommandLine line("a");                      // a -+ -gm1 -a1 -c1 -m1 -x1 -n
+//   ZorLineBuilder line("a");                      // a -+ -gm1 -a1 -c1 -m1 -x1 -n
 //   line.WorkDirectory("D:\\tmp").Operand("E:\\out\\a.lzh").Operand("x.txt");
 //                                                  // ... "-wD:\tmp\" "E:\out\a.lzh" "x.txt"
 //
@@ -15,34 +15,31 @@
 // The options at the head of every line but the conversion's.
 constexpr char ZorEngineOptions[] = " -+ -gm1 -a1 -c1 -m1 -x1 -n";
 
-// A directory as it goes on a line: with its one trailing backslash, or empty.
-CString ZorDirectoryOperand(const char* directory);
-
 // Whether a line can carry the text: it holds no quote.
 bool ZorIsSoundOperand(const char* text);
 
-class ZorCommandLine {
+class ZorLineBuilder {
  public:
   // The command letter and the options.  The lines of the memory calls have no letter: "".
-  explicit ZorCommandLine(const char* letter);
+  explicit ZorLineBuilder(const char* letter);
   // A line that makes a self-extracting program: it has no options.
-  static ZorCommandLine Conversion();
+  static ZorLineBuilder Conversion();
 
   // A literal piece, which begins with a blank.
-  ZorCommandLine& Piece(const char* text);
+  ZorLineBuilder& Piece(const char* text);
   // Where the archiver keeps its temporaries; beside the archive when `directory` is empty.
-  ZorCommandLine& WorkDirectory(const char* directory);
-  ZorCommandLine& Operand(const char* path);
+  ZorLineBuilder& WorkDirectory(const char* directory);
+  ZorLineBuilder& Operand(const char* path);
   // The file that holds the list of names in their place.
-  ZorCommandLine& ResponseOperand(const char* path);
+  ZorLineBuilder& ResponseOperand(const char* path);
 
   // False when a path holds a quote: it would end early, and its rest name something else.
   bool IsSound() const { return sound; }
   const char* Text() const { return text.c_str(); }
 
  private:
-  ZorCommandLine() = default;
-  ZorCommandLine& Quoted(const char* prefix, const char* path);
+  ZorLineBuilder() = default;
+  ZorLineBuilder& Quoted(const char* prefix, const char* path);
 
   std::string text;
   bool sound = true;
