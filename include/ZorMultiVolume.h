@@ -122,8 +122,7 @@ class ZOR_API ZorMultiVolume {
   int CheckVolume(const char* path);
 
  private:
-  friend class ZorBackupRun;
-  friend class ZorRestoreRun;
+  friend class ZorVolumeRun;
 
   int IsError() const;
   int CheckVolume(CFile& file);

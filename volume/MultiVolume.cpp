@@ -1,16 +1,10 @@
-// MultiVolume.cpp - the volume object: its three identity strings, the defaults of its hooks, and
-// where its two runs begin.
+// MultiVolume.cpp - the volume object: its three identity strings and the defaults of its hooks.
 #include "ZorMultiVolume.h"
 
 #include <cstring>
 #include <utility>
 
 #include "files/Path.h"
-#include "volume/BackupRun.h"
-#include "volume/RestoreRun.h"
-#include "volume/VolumeFormat.h"
-#include "volume/VolumeRun.h"
-#include "volume/VolumeSpace.h"
 
 namespace {
 
@@ -23,19 +17,6 @@ void ReplaceBytes(unsigned char*& buffer, int& bufferLength, const unsigned char
   buffer = new unsigned char[static_cast<std::size_t>(length)];
   std::memcpy(buffer, data, static_cast<std::size_t>(length));
   bufferLength = length;
-}
-
-CString DirectoryText(const char* path) {
-  CString directory(path);
-  if (!directory.IsEmpty()) ZorSetTrailingBackslash(directory, 1);
-  return directory;
-}
-
-// The names of the files; directories themselves are never stored.
-void ListFiles(const ZorFind& find, ZorFileList& names) {
-  ZorFind files(find);
-  files.SetAttribute(files.GetAttribute() & ~unsigned{FILE_ATTRIBUTE_DIRECTORY});
-  files.Find(names, 0);
 }
 
 }  // namespace
@@ -69,29 +50,6 @@ ZorMultiVolume::~ZorMultiVolume() {
   delete[] applicationId;
   delete[] volumeLabel;
   delete[] memo;
-}
-
-int ZorMultiVolume::Backup(const ZorFind& find, const char* target) {
-  ZorVolumeRun run(ZorVolumeRun::kBackup, target, error,
-                   [this](const ONABORTPARAM& param) { return OnAbort(param); });
-  ZorFileList names;
-  ListFiles(find, names);
-  if (names.IsEmpty()) {
-    error = ZorErrorCanceled;
-    return 0;
-  }
-  run.progress.filesTotal = names.GetCount();
-  const CString baseDirectory = DirectoryText(find.GetCurrentDirectoryA());
-  run.Perform([&] { ZorBackupRun(*this, run, baseDirectory, target).StoreFiles(names); });
-  return IsError();
-}
-
-int ZorMultiVolume::Restore(const char* source, const char* destination) {
-  ZorVolumeRun run(ZorVolumeRun::kRestore, source, error,
-                   [this](const ONABORTPARAM& param) { return OnAbort(param); });
-  const CString directory = DirectoryText(destination);
-  run.Perform([&] { ZorRestoreRun(*this, run, source, directory).RestoreFiles(); });
-  return IsError();
 }
 
 ZorError ZorMultiVolume::GetError() const {
@@ -128,10 +86,6 @@ CString ZorMultiVolume::OnMakeFileName(const char* destination, const char* name
 
 CString ZorMultiVolume::OnMakeVolumeName(int) {
   return {};
-}
-
-unsigned long ZorMultiVolume::OnQueryDiskSpace(const char* path) {
-  return ZorQueryVolumeSpace(path);
 }
 
 // 1 when there is no error, which is the result of a run.

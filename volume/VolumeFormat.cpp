@@ -2,10 +2,11 @@
 #include "volume/VolumeFormat.h"
 
 #include <cstring>
+#include <type_traits>
 
 namespace {
 
-// What stands behind the terminator of a text in its field doesn't count.
+// What follows the terminator of a text in its field is ignored.
 template <std::size_t kFieldSize, std::size_t kTextSize>
 bool HoldsText(const char (&field)[kFieldSize], const char (&text)[kTextSize]) {
   static_assert(kTextSize <= kFieldSize);
@@ -18,9 +19,14 @@ void PutText(char (&field)[kFieldSize], const char (&text)[kTextSize]) {
   std::memcpy(field, text, kTextSize);
 }
 
-template <typename Header>
-bool ReadWhole(CFile& file, Header* header) {
-  return file.Read(header, sizeof(Header)) == sizeof(Header);
+// False without a header of this version, or without all of it.
+template <typename Header, std::size_t kTextSize>
+bool TakeHeader(Header* header, const char (&identification)[kTextSize], const void* bytes,
+                std::size_t count) {
+  static_assert(std::is_trivially_copyable_v<Header>);
+  if (count < sizeof(Header)) return false;
+  std::memcpy(static_cast<void*>(header), bytes, sizeof(Header));
+  return HoldsText(header->identification, identification);
 }
 
 ZorVolumeHeader Widen(const ZorVolumeHeader100& narrow) {
@@ -79,22 +85,27 @@ std::uint32_t ZorVolumeHeaderBytes(int backupVersion) {
   return backupVersion == kBackupVersion100 ? sizeof(ZorVolumeHeader100) : sizeof(ZorVolumeHeader);
 }
 
-int ZorReadVolumeHeader(CFile& file, ZorVolumeHeader* header) {
-  const auto start = static_cast<std::int64_t>(file.Seek(0, CFile::current));
-  char identification[sizeof(ZorVolumeHeader::identification)]{};
-  file.Read(identification, sizeof(identification));
-  file.Seek(start, CFile::begin);
-
-  bool found = false;
-  if (HoldsText(identification, kVolumeIdentification100)) {
-    ZorVolumeHeader100 narrow;
-    found = ReadWhole(file, &narrow);
-    if (found) *header = Widen(narrow);
-  } else if (HoldsText(identification, kVolumeIdentification101)) {
-    found = ReadWhole(file, header);
+std::uint32_t ZorParseVolumeHeader(const void* bytes, std::size_t count, ZorVolumeHeader* header) {
+  ZorVolumeHeader wide;
+  if (TakeHeader(&wide, kVolumeIdentification101, bytes, count)) {
+    *header = wide;
+    return sizeof(wide);
   }
-  if (!found) file.Seek(start, CFile::begin);
-  return found ? 1 : 0;
+  ZorVolumeHeader100 narrow;
+  if (TakeHeader(&narrow, kVolumeIdentification100, bytes, count)) {
+    *header = Widen(narrow);
+    return sizeof(narrow);
+  }
+  return 0;
+}
+
+int ZorReadVolumeHeader(CFile& file, ZorVolumeHeader* header) {
+  const std::uint64_t start = file.Seek(0, CFile::current);
+  char bytes[sizeof(ZorVolumeHeader)];
+  const unsigned int count = file.Read(bytes, sizeof(bytes));
+  const std::uint32_t headerBytes = ZorParseVolumeHeader(bytes, count, header);
+  file.Seek(static_cast<std::int64_t>(start + headerBytes), CFile::begin);
+  return headerBytes != 0 ? 1 : 0;
 }
 
 bool ZorIsVolumeHeader(const ZorVolumeHeader& header) {

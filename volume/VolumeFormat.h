@@ -127,11 +127,14 @@ ZorVolumeHeader100 ZorNarrowVolumeHeader(const ZorVolumeHeader& header);
 // Bytes of the header that a set of this backup version has in front of each volume.
 std::uint32_t ZorVolumeHeaderBytes(int backupVersion);
 
-// Reads the header of either version that stands at the file's position, and returns 1 with the
-// file right behind it; `header` then has the texts of version 1.01 for a volume of version 1.00
-// too, and the digits of a volume of version 1.01 as they were read.  Returns 0, with the file
-// standing where it stood, if there is no header or not all of it.  Throws CFileException when the
-// file can't be read.
+// Reads a header of either version from the `count` bytes with which a volume begins, and returns
+// how many of them it takes: 108 or 116, or 0 if there is no header or not all of it.  `header`
+// then has the texts of version 1.01 for a volume of version 1.00 too, and the digits of a volume
+// of version 1.01 as they were read.
+std::uint32_t ZorParseVolumeHeader(const void* bytes, std::size_t count, ZorVolumeHeader* header);
+
+// The same at the file's position.  Returns 1 with the file right after the header, or 0 with the
+// file where it stood.  Throws CFileException* when the file can't be read.
 int ZorReadVolumeHeader(CFile& file, ZorVolumeHeader* header);
 
 // Whether the two constant texts are right, each up to and including its terminator.

@@ -2,62 +2,48 @@
 #include "volume/VolumeRun.h"
 
 #include <algorithm>
-#include <new>
 #include <utility>
 
-namespace {
-
-// On its way from where a run stops to the end of the guarded stretch.  ZorErrorNone says that
-// OnAbort stopped it.
-struct RunLeft {
-  ZorError error;
-};
-
-}  // namespace
-
-ZorVolumeRun::ZorVolumeRun(Kind kind, const char* path, ZorError& objectError, AbortHook abortHook)
+ZorVolumeRun::ZorVolumeRun(Kind kind, ZorMultiVolume& object, const char* path)
     : slice(std::make_unique_for_overwrite<std::uint8_t[]>(kSliceBytes)),
-      error(objectError),
-      onAbort(std::move(abortHook)) {
-  error = ZorErrorNone;
+      volumes(object),
+      namedByHook(path == nullptr),
+      volumePath(path) {
   progress.kind = kind;
-  SetVolumePath(path);
+  progress.volumePath = volumePath;
 }
 
-void ZorVolumeRun::Perform(const std::function<void()>& copy) {
-  bool complete = false;
-  if (CallOnAbort(ZorMultiVolume::PhaseBegin) == 0) {
-    try {
-      copy();
-      complete = true;
-    } catch (const RunLeft& left) {
-      error = left.error;
-    } catch (CFileException* failure) {  // NOLINT(misc-throw-by-value-catch-by-reference)
-      error = failure->m_cause == CFileException::diskFull ? ZorErrorDiskFull : ZorErrorFileFailure;
-      failure->Delete();
-    } catch (CException* failure) {  // NOLINT(misc-throw-by-value-catch-by-reference)
-      error = ZorErrorFileFailure;
-      failure->Delete();
-    } catch (const std::bad_alloc&) {  // the class library's exception for exhausted memory
-      error = ZorErrorFileFailure;
+int ZorVolumeRun::Run() {
+  volumes.error = ZorErrorNone;
+  ZorOutcome outcome;
+  if (Prepare()) {
+    if (CallOnAbort(ZorMultiVolume::PhaseBegin) == 0) {
+      outcome = ZorGuard([&] { Work(); });
+      ReleaseFiles();
     }
+    volumes.error = outcome.error;
+    progress.fileName = nullptr;
+    CallOnAbort(ZorMultiVolume::PhaseEnd);
   }
-  progress.fileName = nullptr;
-  CallOnAbort(ZorMultiVolume::PhaseEnd);
   // Only now, so that OnAbort sees no error at the end of a run that it stopped itself.
-  if (error == ZorErrorNone && !complete) error = ZorErrorCanceled;
+  if (volumes.error == ZorErrorNone && !outcome.complete) volumes.error = ZorErrorCanceled;
+  if (outcome.foreign) std::rethrow_exception(outcome.foreign);
+  return volumes.IsError();
 }
 
-void ZorVolumeRun::Leave(ZorError error) {
-  throw RunLeft{error};
-}
-
-void ZorVolumeRun::AskForVolume(const std::function<ZorMultiVolume::VolumeResult()>& take) {
-  progress.volumeResult = ZorMultiVolume::VolumeFirstAsk;
-  do {
+void ZorVolumeRun::AskForVolume(
+    const std::function<std::optional<ZorMultiVolume::VolumeResult>()>& take) {
+  if (namedByHook) {
+    volumePath = volumes.OnMakeVolumeName(progress.volume + 1);
+    progress.volumePath = volumePath;
+  }
+  std::optional<ZorMultiVolume::VolumeResult> objection = ZorMultiVolume::VolumeFirstAsk;
+  while (objection) {
+    progress.volumeResult = *objection;
     Report(ZorMultiVolume::PhaseVolume);
-    progress.volumeResult = take();
-  } while (progress.volumeResult != ZorMultiVolume::VolumeFirstAsk);
+    objection = take();
+  }
+  progress.volumeResult = ZorMultiVolume::VolumeFirstAsk;
 }
 
 void ZorVolumeRun::BeginFile(const char* path, std::uint32_t bytes) {
@@ -82,19 +68,20 @@ std::uint32_t ZorVolumeRun::SliceBytes(std::uint32_t room) const {
 }
 
 void ZorVolumeRun::ReadWhole(CFile& file, void* buffer, std::uint32_t count) {
-  if (file.Read(buffer, count) != count) Leave(ZorErrorFileFailure);
+  if (file.Read(buffer, count) != count) throw ZorFailure{ZorErrorFileFailure};
 }
 
-void ZorVolumeRun::SetVolumePath(const CString& path) {
-  volumePath = path;
-  progress.volumePath = volumePath;
+std::array<ZorVolumeRun::Area, 3> ZorVolumeRun::Areas() const {
+  return {{{volumes.applicationId, volumes.applicationIdLength},
+           {volumes.volumeLabel, volumes.volumeLabelLength},
+           {volumes.memo, volumes.memoLength}}};
 }
 
 int ZorVolumeRun::CallOnAbort(ZorMultiVolume::Phase phase) {
   progress.phase = phase;
-  return onAbort(progress);
+  return volumes.OnAbort(progress);
 }
 
 void ZorVolumeRun::Report(ZorMultiVolume::Phase phase) {
-  if (CallOnAbort(phase) != 0) Leave(ZorErrorNone);
+  if (CallOnAbort(phase) != 0) throw ZorStopped{};
 }

@@ -1,44 +1,50 @@
-// VolumeRun.h - what Backup and Restore have in common: the progress record, the calls of OnAbort,
+// VolumeRun.h - the frame that Backup and Restore share: the progress record, the calls of OnAbort,
 // the prompt for a volume, and how a run ends.
 //
-// A run outlives the files it works on: they belong to the stretch that Perform guards and are
-// closed by the time OnAbort hears of the end.
+// A run derives from it and says in Work what is copied.  A step that fails, or that OnAbort stops,
+// throws (files/Failure.h), and so ends the run.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 
 #include "ZorMultiVolume.h"
+#include "files/Failure.h"
 
 class ZorVolumeRun {
  public:
-  using Progress = ZorMultiVolume::ONABORTPARAM;
-  using AbortHook = std::function<int(const Progress&)>;
-  enum Kind : std::int32_t { kBackup = 0, kRestore = 1 };
+  ZorVolumeRun(const ZorVolumeRun&) = delete;
+  ZorVolumeRun& operator=(const ZorVolumeRun&) = delete;
+
+  // The whole run: phase 0, the work, phase 5.  Returns 1, or 0 with the cause in the object's
+  // error.  What phases 0 and 5 throw passes to the caller at once; an exception that a hook throws
+  // in between and that isn't of the class library does so after phase 5.
+  int Run();
+
+ protected:
+  enum Kind : std::int32_t { Backup = 0, Restore = 1 };
 
   // One piece of a file: the most that is copied between two calls of OnAbort, and all of a file
   // that is ever in memory.
   static constexpr std::uint32_t kSliceBytes = 65536;
 
-  // `error` is the object's; it is cleared here and set by Perform.  `volumePath` is the path of
-  // every volume, or empty.
-  ZorVolumeRun(Kind kind, const char* volumePath, ZorError& error, AbortHook onAbort);
+  // `path` is that of every volume; with null OnMakeVolumeName gives the path of each.
+  ZorVolumeRun(Kind kind, ZorMultiVolume& object, const char* path);
+  virtual ~ZorVolumeRun() = default;
 
-  // A whole run: phase 0, then `copy`, then phase 5.  `copy` returns when everything is done; it is
-  // left early by the functions below and by exceptions of the class library, which become errors
-  // here.  Other exceptions, and what phases 0 and 5 throw, pass to the caller.
-  void Perform(const std::function<void()>& copy);
+  // False when there is nothing to do: the run ends before phase 0.
+  virtual bool Prepare() { return true; }
+  virtual void Work() = 0;
+  // Closes what a run that was left has open, before OnAbort hears of the end.
+  virtual void ReleaseFiles() = 0;
 
-  // The rest is for use inside `copy`.
-
-  // Leaves the run with this error.
-  [[noreturn]] static void Leave(ZorError error);
-  // Asks for volume number `volume` + 1 until `take` has one: it makes one attempt and returns why
-  // that failed, or VolumeFirstAsk when the volume is in its hands.
-  void AskForVolume(const std::function<ZorMultiVolume::VolumeResult()>& take);
-  // The three steps of a file.  These and AskForVolume leave the run when OnAbort says so.  `path`
-  // must stay as it is until the next file begins.
+  // Asks for volume number `volume` + 1 until `take` has one.  It makes one attempt and returns why
+  // that failed, or nothing when the volume is in its hands.
+  void AskForVolume(const std::function<std::optional<ZorMultiVolume::VolumeResult>()>& take);
+  // The three steps of a file.  `path` must stay as it is until the next file begins.
   void BeginFile(const char* path, std::uint32_t bytes);
   void CountSlice(std::uint32_t bytes);
   void EndFile();
@@ -47,21 +53,34 @@ class ZorVolumeRun {
   std::uint32_t SliceBytes(std::uint32_t room) const;
   bool FileIsCopied() const { return progress.bytesDone == progress.bytesTotal; }
 
-  // Reads exactly `count` bytes or leaves the run with error 3: nothing that wasn't read is ever
-  // taken for data.
+  // Reads exactly `count` bytes, or fails with error 3: nothing that wasn't read is ever taken for
+  // data.
   static void ReadWhole(CFile& file, void* buffer, std::uint32_t count);
 
-  const CString& VolumePath() const { return volumePath; }
-  void SetVolumePath(const CString& path);
+  // What runs may know and ask of their object, whose friend this class alone is.
+  struct Area {
+    const unsigned char* data;
+    int length;  // bytes
+  };
+  // Application ID, volume label and memo, in the order in which they stand on a volume.
+  std::array<Area, 3> Areas() const;
+  int BackupVersion() const { return volumes.backupVersion; }
+  unsigned long QueryDiskSpace() { return volumes.OnQueryDiskSpace(volumePath); }
+  bool Accepts(CFile& volume) { return volumes.CheckVolume(volume) != 0; }
+  CString MakeFileName(const char* destination, const char* name) {
+    return volumes.OnMakeFileName(destination, name);
+  }
 
-  Progress progress{};
+  const CString& VolumePath() const { return volumePath; }
+
+  ZorMultiVolume::ONABORTPARAM progress{};
   const std::unique_ptr<std::uint8_t[]> slice;  // kSliceBytes
 
  private:
   int CallOnAbort(ZorMultiVolume::Phase phase);
   void Report(ZorMultiVolume::Phase phase);
 
-  ZorError& error;
-  AbortHook onAbort;
+  ZorMultiVolume& volumes;
+  const bool namedByHook;
   CString volumePath;
 };

@@ -1,10 +1,11 @@
-// VolumeSpace.cpp - see VolumeSpace.h.
-#include "volume/VolumeSpace.h"
-
+// VolumeSpace.cpp - the default of ZorMultiVolume::OnQueryDiskSpace: how many bytes a file at a
+// path can take.
 #include <algorithm>
+#include <cstdint>
 #include <limits>
 
 #include "ZorFileServices.h"
+#include "ZorMultiVolume.h"
 #include "files/Path.h"
 
 namespace {
@@ -42,6 +43,7 @@ std::uint64_t CountMissingDirectories(const char* path, const char* directory,
   return missing;
 }
 
+// What a file that is to be replaced gives back.
 std::uint64_t ReplacedBytes(const char* path, std::uint64_t clusterBytes) {
   CFileStatus status;
   if (CFile::GetStatus(path, status) == 0) return 0;
@@ -50,7 +52,10 @@ std::uint64_t ReplacedBytes(const char* path, std::uint64_t clusterBytes) {
 
 }  // namespace
 
-std::uint32_t ZorQueryVolumeSpace(const char* path) {
+// The free bytes of the medium, and the room of a file that would be replaced, less the directories
+// that would have to be made; at most 0xFFFFFFFF.  0 for a path without a root and for a drive
+// without a medium.
+unsigned long ZorMultiVolume::OnQueryDiskSpace(const char* path) {
   const CString rootDirectory = ZorRootDirectory(path);
   if (rootDirectory.IsEmpty()) return 0;
   const char* directory = nullptr;
@@ -66,6 +71,6 @@ std::uint32_t ZorQueryVolumeSpace(const char* path) {
   }
   if (fileName != nullptr) room += ReplacedBytes(path, clusterBytes);
   if (room < cost) return 0;
-  return static_cast<std::uint32_t>(
+  return static_cast<unsigned long>(
       std::min<std::uint64_t>(room - cost, std::numeric_limits<std::uint32_t>::max()));
 }

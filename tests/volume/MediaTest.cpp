@@ -4,7 +4,6 @@
 #include <unistd.h>
 
 #include "tests/volume/VolumeTest.h"
-#include "volume/VolumeSpace.h"
 
 namespace kozor::test {
 namespace {
@@ -39,20 +38,20 @@ class RealMedia : public VolumeTest {
 };
 
 TEST_F(RealMedia, SpaceIsWhatAFileThereCanTake) {
-  EXPECT_EQ(ZorQueryVolumeSpace("A:\\set.vol"), kDiskBytes);
-  EXPECT_EQ(ZorQueryVolumeSpace("A:"), kDiskBytes);
-  EXPECT_EQ(ZorQueryVolumeSpace("A:\\new\\sub\\set.vol"), kDiskBytes - 2 * kCluster);
-  EXPECT_EQ(ZorQueryVolumeSpace("A:\\\\new\\\\"), kDiskBytes - kCluster);
-  EXPECT_EQ(ZorQueryVolumeSpace("set.vol"), 0U);
-  EXPECT_EQ(ZorQueryVolumeSpace("Q:\\set.vol"), 0U);
+  EXPECT_EQ(volumes.DefaultSpace("A:\\set.vol"), kDiskBytes);
+  EXPECT_EQ(volumes.DefaultSpace("A:"), kDiskBytes);
+  EXPECT_EQ(volumes.DefaultSpace("A:\\new\\sub\\set.vol"), kDiskBytes - 2 * kCluster);
+  EXPECT_EQ(volumes.DefaultSpace("A:\\\\new\\\\"), kDiskBytes - kCluster);
+  EXPECT_EQ(volumes.DefaultSpace("set.vol"), 0U);
+  EXPECT_EQ(volumes.DefaultSpace("Q:\\set.vol"), 0U);
 
   folder.WriteFile("A/one", "1");
-  EXPECT_EQ(ZorQueryVolumeSpace("A:\\set.vol"), kDiskBytes - kCluster);
-  EXPECT_EQ(ZorQueryVolumeSpace("A:\\one"), kDiskBytes);
+  EXPECT_EQ(volumes.DefaultSpace("A:\\set.vol"), kDiskBytes - kCluster);
+  EXPECT_EQ(volumes.DefaultSpace("A:\\one"), kDiskBytes);
   folder.WriteFile("A/full", Bytes(kDiskBytes - kCluster));
-  EXPECT_EQ(ZorQueryVolumeSpace("A:\\set.vol"), 0U);
-  EXPECT_EQ(ZorQueryVolumeSpace("A:\\one"), kCluster);
-  EXPECT_EQ(ZorQueryVolumeSpace("A:\\new\\one"), 0U);
+  EXPECT_EQ(volumes.DefaultSpace("A:\\set.vol"), 0U);
+  EXPECT_EQ(volumes.DefaultSpace("A:\\one"), kCluster);
+  EXPECT_EQ(volumes.DefaultSpace("A:\\new\\one"), 0U);
 }
 
 TEST_F(RealMedia, ASetFillsOneDiskAndGoesOnOnTheOther) {

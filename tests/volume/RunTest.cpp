@@ -133,6 +133,10 @@ TEST_F(VolumeRun, WhatAHookThrowsEndsTheRunWithItsError) {
     At(phase, [] { throw std::bad_alloc(); });
     EXPECT_EQ(Restore(), ZorErrorFileFailure);
   }
+  At(3, [] { throw 7; });  // not the library's: it comes out, after phase 5
+  EXPECT_THROW(Restore(), int);
+  EXPECT_EQ(volumes.reports.back().phase, ZorMultiVolume::PhaseEnd);
+  EXPECT_EQ(volumes.GetError(), ZorErrorCanceled);
   volumes.abort = nullptr;
   ASSERT_EQ(Backup(), ZorErrorNone);
   volumes.checkVolume = [&](auto...) { return fail(0); };

@@ -44,6 +44,7 @@ class ScriptedVolumes : public ZorMultiVolume {
   std::vector<std::string> identity;  // what OnCheckVolume was shown
 
   int Check(const char* path) { return CheckVolume(path); }
+  unsigned long DefaultSpace(const char* path) { return ZorMultiVolume::OnQueryDiskSpace(path); }
   void SetIdentity(const std::string& id, const std::string& label, const std::string& text);
 
  protected:

@@ -1,0 +1,184 @@
+// Backup.cpp - ZorMultiVolume::Backup: writes the record stream of a set and cuts it into volumes.
+//
+// Each volume says once how much it takes, and from then on a count decides alone where the stream
+// is cut: inside a file's data or between two records.  A record head never crosses a cut, and at
+// least one byte of the file's data follows it on the same volume; so whoever asks for a volume
+// says how many bytes in one piece it must take.
+#include <algorithm>
+#include <cstring>
+#include <limits>
+
+#include "ZorFileServices.h"
+#include "files/Path.h"
+#include "volume/VolumeFormat.h"
+#include "volume/VolumeRun.h"
+
+namespace {
+
+constexpr std::uint32_t kMaxBytes = std::numeric_limits<std::uint32_t>::max();
+
+bool IsNetworkPath(const char* path) {
+  const char* root = nullptr;
+  ZorSplitPath(path, &root, nullptr, nullptr);
+  return root != nullptr && _mbsnbcmp(reinterpret_cast<const unsigned char*>(root),
+                                      reinterpret_cast<const unsigned char*>("\\\\"), 2) == 0;
+}
+
+// A volume being written.  What Write has returned from is on the medium, so a run that is torn
+// down leaves volumes that are whole up to some write.
+class VolumeFile final : public CFile {
+ public:
+  void Write(const void* buffer, unsigned int count) override {
+    CFile::Write(buffer, count);
+    Flush();
+  }
+};
+
+class BackupRun final : public ZorVolumeRun {
+ public:
+  BackupRun(ZorMultiVolume& object, const ZorFind& selection, const char* target)
+      : ZorVolumeRun(Backup, object, target),
+        find(selection),
+        baseDirectory(ZorDirectoryText(selection.GetCurrentDirectoryA())),
+        header(ZorMakeVolumeHeader()) {}
+
+ private:
+  // Directories themselves are never stored.
+  bool Prepare() override {
+    ZorFind filesOnly(find);
+    filesOnly.SetAttribute(find.GetAttribute() & ~unsigned{FILE_ATTRIBUTE_DIRECTORY});
+    filesOnly.Find(names, 0);
+    progress.filesTotal = names.GetCount();
+    header.numberOfFiles = names.GetCount();
+    return !names.IsEmpty();
+  }
+
+  void Work() override {
+    for (const CString& name : names) StoreFile(name);
+    volumeFile.Close();
+  }
+
+  void ReleaseFiles() override { volumeFile.Abort(); }
+
+  void StoreFile(const CString& name) {
+    sourcePath = ZorIsFullPath(name) != 0 ? name : baseDirectory + name;
+    RecordAttributes();
+    CFile source;
+    OpenSource(source);
+    const std::uint32_t headBytes = RecordName(name);
+
+    BeginFile(sourcePath, record.fileBytes);
+    // With no more bytes left than the head has, the volume is given up.
+    if (remaining <= headBytes) TakeNextVolume(headBytes + 1);
+    WriteHead(headBytes);
+    while (!FileIsCopied()) {
+      if (remaining == 0) TakeNextVolume(1);
+      CopySlice(source);
+    }
+    source.Close();
+    EndFile();
+  }
+
+  void RecordAttributes() {
+    unsigned int attribute = 0;
+    if (ZorGetFileAttribute(sourcePath, attribute) == 0) throw ZorFailure{ZorErrorFileFailure};
+    record.attribute = static_cast<std::uint8_t>(attribute);
+    long timeStamp = 0;  // stays when the time can't be read
+    ZorGetFileTimeStamp(sourcePath, timeStamp);
+    record.timeStamp = static_cast<std::int32_t>(timeStamp);
+  }
+
+  // Opens the source and records its size.
+  void OpenSource(CFile& source) {
+    if (source.Open(sourcePath, CFile::modeRead | CFile::shareExclusive) == 0) {
+      throw ZorFailure{ZorErrorFileOpen};
+    }
+    const std::uint64_t size = source.GetLength();
+    if (size > kMaxBytes) throw ZorFailure{ZorErrorFileFailure};
+    record.fileBytes = static_cast<std::uint32_t>(size);
+  }
+
+  // Returns the bytes of the whole head.
+  std::uint32_t RecordName(const CString& name) {
+    const auto length = static_cast<std::uint32_t>(name.GetLength());
+    if (length >= kNameAreaBytes) throw ZorFailure{ZorErrorFileFailure};
+    record.nameWord = ZorNameWord(length);
+    std::memcpy(record.name, static_cast<const char*>(name), length + 1);
+    return kRecordFixedBytes + length + 1;
+  }
+
+  void WriteHead(std::uint32_t headBytes) {
+    volumeFile.Write(&record, headBytes);
+    remaining -= headBytes;
+  }
+
+  void CopySlice(CFile& source) {
+    const std::uint32_t bytes = SliceBytes(remaining);
+    ReadWhole(source, slice.get(), bytes);
+    volumeFile.Write(slice.get(), bytes);
+    remaining -= bytes;
+    CountSlice(bytes);
+  }
+
+  // Moves on to a volume that takes at least `wanted` bytes of payload.
+  void TakeNextVolume(std::uint32_t wanted) {
+    volumeFile.Close();
+    AskForVolume([&] { return TryVolume(wanted); });
+    ++progress.volume;
+    WriteVolumeHead();
+    remaining -= static_cast<std::uint32_t>(Overhead());
+  }
+
+  // One attempt.  Success leaves the empty volume open and its whole room in `remaining`.
+  std::optional<ZorMultiVolume::VolumeResult> TryVolume(std::uint32_t wanted) {
+    // The room of a share isn't asked for: it counts as all that a volume can ever take.
+    remaining =
+        IsNetworkPath(VolumePath())
+            ? kMaxBytes
+            : static_cast<std::uint32_t>(std::min<std::uint64_t>(QueryDiskSpace(), kMaxBytes));
+    if (remaining < Overhead() + wanted) return ZorMultiVolume::VolumeNoSpace;
+    if (ZorCreateDirectory(VolumePath(), 1, nullptr) == 0) return ZorMultiVolume::VolumeNoDirectory;
+    constexpr unsigned int kFlags = CFile::modeCreate | CFile::modeWrite | CFile::shareExclusive;
+    if (volumeFile.Open(VolumePath(), kFlags) == 0) return ZorMultiVolume::VolumeNoCreate;
+    return std::nullopt;
+  }
+
+  // What stands in front of the payload of every volume, in bytes.
+  std::uint64_t Overhead() const {
+    std::uint64_t bytes = ZorVolumeHeaderBytes(BackupVersion());
+    for (const Area& area : Areas()) bytes += static_cast<std::uint32_t>(area.length);
+    return bytes;
+  }
+
+  void WriteVolumeHead() {
+    const std::array<Area, 3> areas = Areas();
+    header.applicationIdBytes = areas[0].length;
+    header.volumeLabelBytes = areas[1].length;
+    header.memoBytes = areas[2].length;
+    header.volumeNumber = progress.volume;
+    if (BackupVersion() == kBackupVersion100) {
+      const ZorVolumeHeader100 narrow = ZorNarrowVolumeHeader(header);
+      volumeFile.Write(&narrow, sizeof(narrow));
+    } else {
+      volumeFile.Write(&header, sizeof(header));
+    }
+    for (const Area& area : areas) {
+      if (area.length > 0) volumeFile.Write(area.data, static_cast<unsigned int>(area.length));
+    }
+  }
+
+  const ZorFind& find;
+  const CString baseDirectory;  // ends in a backslash, or is empty
+  ZorFileList names;
+  CString sourcePath;
+  ZorFileRecord record{};
+  ZorVolumeHeader header;
+  VolumeFile volumeFile;
+  std::uint32_t remaining = 0;  // bytes that the present volume still takes
+};
+
+}  // namespace
+
+int ZorMultiVolume::Backup(const ZorFind& find, const char* target) {
+  return BackupRun(*this, find, target).Run();
+}
