@@ -2,15 +2,18 @@
 //
 // The next bits stand left-aligned in a 64-bit buffer.  Well inside the input one unaligned load
 // tops it up to at least 56 bits, enough for the longest item of any method, so a caller refills
-// once per item and then looks and consumes without further tests.  Over the last bytes the buffer
-// grows byte by byte, and behind them with zero bits: a decoder must be able to look ahead past the
-// end.  Only when bits behind the end have really been consumed is the input too short, and a few
-// of them are forgiven: data whose last zero bytes are missing still says all.
+// once per item and then looks and consumes without further tests.  Over the last bytes of a piece
+// the buffer grows byte by byte, across to the next piece, and after the last one with zero bits: a
+// decoder must be able to look ahead past the end.  Only when bits past the end have really been
+// consumed is the input too short, and a few of them are forgiven: data whose last zero bytes are
+// missing is still whole.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 #include <span>
+
+#include "engine/codec/Codec.h"
 
 namespace kozor::codec {
 
@@ -19,8 +22,8 @@ class BitReader {
   // How many bits a refill guarantees.
   static constexpr unsigned kRefilledBits = 56;
 
-  explicit BitReader(std::span<const std::uint8_t> packed)
-      : next(packed.data()), end(packed.data() + packed.size()) {}
+  // What `packedPieces` hands out must hold good until the next call of it.
+  explicit BitReader(const PackedPieces& packedPieces) : pieces(&packedPieces) {}
 
   void Refill() {
     if (IsFarFromEnd()) {
@@ -45,7 +48,7 @@ class BitReader {
   std::uint32_t Peek(unsigned count) const {
     return static_cast<std::uint32_t>(buffer >> (64 - count));
   }
-  // All buffered bits, left-aligned; what stands behind the refilled ones is not reliable.
+  // All buffered bits, left-aligned; those beyond the refilled ones are not reliable.
   std::uint64_t Buffer() const { return buffer; }
 
   void Consume(unsigned count) {
@@ -65,7 +68,7 @@ class BitReader {
     return Take(count);
   }
 
-  // Whether bits behind the end have been consumed, and whether too many.
+  // Whether bits past the end have been consumed, and whether too many.
   bool IsPastEnd() const { return virtualBits > bits; }
   bool IsFarPastEnd() const { return virtualBits > bits + kForgivenBits; }
 
@@ -81,8 +84,8 @@ class BitReader {
   }
 
   void RefillAtEnd() {
-    for (; bits <= kRefilledBits; bits += 8) {
-      if (next != end) {
+    for (; bits < kRefilledBits; bits += 8) {
+      if (next != end || FetchPiece()) {
         buffer |= std::uint64_t{*next++} << (56 - bits);
       } else {
         virtualBits += 8;
@@ -90,11 +93,22 @@ class BitReader {
     }
   }
 
+  // False at the end of the packed data; the pieces are not asked again then.
+  bool FetchPiece() {
+    if (!pieces) return false;
+    const std::span<const std::uint8_t> piece = (*pieces)();
+    next = piece.data();
+    end = piece.data() + piece.size();
+    if (piece.empty()) pieces = nullptr;
+    return !piece.empty();
+  }
+
   std::uint64_t buffer = 0;
   unsigned bits = 0;  // valid bits in the buffer, virtual ones included
-  const std::uint8_t* next;
-  const std::uint8_t* end;
-  std::size_t virtualBits = 0;  // zero bits supplied behind the end, ever
+  const std::uint8_t* next = nullptr;
+  const std::uint8_t* end = nullptr;
+  const PackedPieces* pieces;   // null after the last one
+  std::size_t virtualBits = 0;  // zero bits supplied past the end, ever
 };
 
 }  // namespace kozor::codec

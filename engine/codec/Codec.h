@@ -9,7 +9,9 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <span>
+#include <string_view>
 #include <vector>
 
 namespace kozor::codec {
@@ -47,15 +49,32 @@ enum class Status {
 // caller's thread; returns false to stop.  May be empty.  It may throw: nothing is left behind.
 using Progress = std::function<bool(std::size_t bytesDone)>;
 
-// Unpacks `packed` straight into `target`, whose size is the member's original size.  Nothing is
-// ever written outside `target`, whatever `packed` holds.  A target shorter than the original is
-// filled with its beginning.  On any status but ok the contents of `target` are what had been
-// unpacked, as far as `*bytesDone` (if given) tells, and unspecified behind that.
+// Hands out the packed data of a member piece by piece, in order; an empty piece is the end.  Each
+// piece must hold good until the next call.  It may throw: nothing is left behind.
+using PackedPieces = std::function<std::span<const std::uint8_t>()>;
+
+// Unpacks a member straight into `target`, whose size is the member's original size.  Nothing is
+// ever written outside `target`, whatever the packed data holds, and no memory is allocated.  A
+// target shorter than the original is filled with its beginning.  On any status but Ok, `target`
+// holds what had been unpacked up to `*bytesDone` (if given); the rest of it is unspecified.
+Status DecodePieces(Method method, const PackedPieces& packed, std::span<std::uint8_t> target,
+                    const Progress& progress = {}, std::size_t* bytesDone = nullptr);
+
+// The same for packed data that is in memory as a whole.
 Status Decode(Method method, std::span<const std::uint8_t> packed, std::span<std::uint8_t> target,
               const Progress& progress = {}, std::size_t* bytesDone = nullptr);
 
-// Whether Decode knows the method.  lhd (a directory) has no data and counts as known.
+// The method that the three letters of an id stand for: "lh5" for "-lh5-".  Empty when there is no
+// decoder for it.
+std::optional<Method> FindMethod(std::string_view letters);
+
+// Whether Decode knows the method.  Lhd (a directory) has no data and counts as known.
 bool CanDecode(Method method);
+
+// A bound on what that many packed bytes can unpack to: a header that claims more is wrong.  It
+// follows from the format alone, and is generous where a format lets an item take no bits.  0 for a
+// method that Decode does not know.
+std::uint64_t MostUnpackedBytes(Method method, std::uint64_t packedBytes);
 
 // Whether there is an encoder for the method.
 bool CanEncode(Method method);

@@ -39,7 +39,7 @@ class HuffmanTable {
 
   // Needs 16 bits in the reader.
   unsigned Decode(BitReader& in) const {
-    Entry entry = entries[in.Buffer() >> indexShift];
+    Entry entry = entries[static_cast<std::size_t>(in.Buffer() >> indexShift)];
     if (entry.secondBits != 0) [[unlikely]] {
       in.Consume(kPrimaryBits);
       entry = entries[entry.value + in.Peek(entry.secondBits)];

@@ -46,15 +46,34 @@ inline void CopyMatchWide(std::uint8_t* out, std::size_t distance, std::size_t l
   while (out < end) copyWord();
 }
 
-// Copies what fits into the target at `position`; places before its beginning read as spaces.
-// Returns the position behind the copy.
-inline std::size_t CopyMatchExact(std::span<std::uint8_t> target, std::size_t position,
-                                  std::size_t distance, std::size_t length) {
+// What stands before the beginning of the data in most methods.
+constexpr std::uint8_t SpaceBefore(std::size_t) {
+  return ' ';
+}
+
+// Copies what fits into the target at `position`; `before(n)` tells the byte that stands n bytes
+// before the beginning.  Returns the position after the copy.
+template <typename Before = decltype(&SpaceBefore)>
+std::size_t CopyMatchExact(std::span<std::uint8_t> target, std::size_t position,
+                           std::size_t distance, std::size_t length, Before before = SpaceBefore) {
   const std::size_t end = position + std::min(length, target.size() - position);
   for (; position < end; ++position) {
-    target[position] = distance > position ? std::uint8_t{' '} : target[position - distance];
+    target[position] =
+        distance > position ? before(distance - position) : target[position - distance];
   }
   return end;
+}
+
+// The same, and wide where that is possible.
+template <typename Before = decltype(&SpaceBefore)>
+std::size_t CopyMatch(std::span<std::uint8_t> target, std::size_t position, std::size_t distance,
+                      std::size_t length, Before before = SpaceBefore) {
+  const bool hasRoom = target.size() - position >= length + kCopySlack;
+  if (!hasRoom || distance > position) {
+    return CopyMatchExact(target, position, distance, length, before);
+  }
+  CopyMatchWide(target.data() + position, distance, length);
+  return position + length;
 }
 
 }  // namespace kozor::codec

@@ -7,7 +7,6 @@
 #include "engine/commands/ArchiveChange.h"
 #include "engine/commands/Archiver.h"
 #include "engine/container/Failure.h"
-#include "engine/container/MemberMethod.h"
 
 namespace kozor::commands {
 namespace {
@@ -35,7 +34,7 @@ class Extraction {
 
   // Returns the number of bytes delivered so far in `written` whatever happens.
   void Run(std::uint32_t& written) {
-    const auto method = container::UnpackingMethod(member.method);
+    const auto method = member.unpacking;
     if (!method) throw Failure(ResultCode::MethodNotSupported);
     if (IsStored(*method)) {
       ReadStored(written);

@@ -41,6 +41,7 @@ Member Describe(const MemberHeader& header, std::uint64_t offset) {
   Member member;
   member.kind = KindOf(header);
   member.method = header.method;
+  member.unpacking = header.UnpackingMethod();
   member.offset = offset;
   member.headerBytes = header.headerBytes;
   member.packedBytes = header.packedBytes;

@@ -24,6 +24,7 @@ enum class MemberKind {
 struct Member {
   MemberKind kind = MemberKind::File;
   MethodId method{};
+  std::optional<codec::Method> unpacking = {};  // empty when there is no decoder for it
   std::string name;    // as it is shown (MemberName.h); a directory's ends in '\'
   std::u16string key;  // the name with case folded
 

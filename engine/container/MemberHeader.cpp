@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <numeric>
 
-#include "engine/codec/Codec.h"
 #include "engine/container/ExtensionChain.h"
 #include "engine/container/MemberTime.h"
 
@@ -204,6 +203,17 @@ HeaderStatus ParseMemberHeader(ByteSpan bytes, MemberHeader& header) {
   const HeaderStatus status = ParseByLevel(bytes, header);
   if (status == HeaderStatus::Complete && IsAmigaDirectory(header)) header.method[3] = 'd';
   return status;
+}
+
+std::optional<codec::Method> MemberHeader::UnpackingMethod() const {
+  if (method.front() != '-' || method.back() != '-' || IsDirectoryMethod()) return std::nullopt;
+  const auto found = codec::FindMethod({&method[1], 3});
+  // A program for DOS used the id for a scheme of its own; nobody else writes this OS id.
+  const bool isOtherScheme = found == codec::Method::Lh7 && level == 1 && osId == ' ';
+  if (isOtherScheme) {
+    return codec::CanDecode(codec::Method::Lk7) ? std::optional(codec::Method::Lk7) : std::nullopt;
+  }
+  return found;
 }
 
 bool IsArchiveMethod(const MethodId& method) {

@@ -11,6 +11,7 @@
 #include <optional>
 #include <string>
 
+#include "engine/codec/Codec.h"
 #include "engine/container/Bytes.h"
 
 namespace kozor::container {
@@ -65,6 +66,9 @@ struct MemberHeader {
   // systems put bits of their own there.
   std::uint16_t attribute = 0x20;
   std::uint32_t unixMode = 0;  // file type included; 0 when not recorded
+
+  // The method by which the data can be unpacked; empty when there is no decoder for it.
+  std::optional<codec::Method> UnpackingMethod() const;
 
   bool IsDirectoryMethod() const { return HasLetters(method, "lhd"); }
   // A symbolic link is a directory whose UNIX mode says so.

@@ -2,7 +2,6 @@
 #include "engine/sfx/Unpacking.h"
 
 #include "engine/codec/Codec.h"
-#include "engine/container/MemberMethod.h"
 #include "engine/sfx/linux/SystemCalls.h"
 
 namespace kozor::sfx {
@@ -16,7 +15,7 @@ constexpr std::size_t kReach = std::size_t{2} << 20;
 template <typename Passed>
 const char* Unpack(std::span<std::uint8_t> target, const container::MemberHeader& header,
                    container::ByteSpan packed, Passed passed) {
-  const auto method = container::UnpackingMethod(header.method);
+  const auto method = header.UnpackingMethod();
   if (!method) return "its method is not supported";
   std::uint16_t crc = 0;
   std::size_t summed = 0;

@@ -7,6 +7,7 @@
 
 #include "engine/codec/Codec.h"
 #include "tests/codec/BitComposer.h"
+#include "tests/codec/RandomStream.h"
 #include "tests/codec/SampleData.h"
 #include "tests/codec/SlowDecoder.h"
 
@@ -100,37 +101,40 @@ TEST(ShortTarget, TakesTheBeginningAndNothingBehindIt) {
 }
 
 TEST(DamagedData, CutAnywhereGivesTheBytesBeforeTheCut) {
-  const Bytes data = TextData(2500);
-  for (const Method method : {Method::Lh5, Method::Lh7}) {
-    Bytes packed = Encode(method, data);
-    while (!packed.empty()) {
-      packed.pop_back();
-      ASSERT_NO_FATAL_FAILURE(ExpectLikeSlowDecoder(method, packed, data.size())) << packed.size();
+  for (const Method method : kPackingMethods) {
+    SCOPED_TRACE(static_cast<int>(method));
+    RandomStream stream = MakeRandomStream(method, 1);
+    while (!stream.packed.empty()) {
+      ASSERT_NO_FATAL_FAILURE(ExpectLikeSlowDecoder(method, stream.packed, stream.size));
+      stream.packed.resize(stream.packed.size() * 63 / 64);
     }
-    EXPECT_EQ(DecodeGuarded(method, packed, data.size()).status, Status::Truncated);
+    EXPECT_EQ(DecodeGuarded(method, stream.packed, stream.size).status, Status::Truncated);
   }
 }
 
 TEST(DamagedData, ChangedInOneBitDoesNoHarm) {
-  const Bytes data = MixedData(1500);
-  for (const Method method : {Method::Lh5, Method::Lh7}) {
-    Bytes packed = Encode(method, data);
-    for (std::size_t bit = 0; bit < packed.size() * 8; ++bit) {
+  for (const Method method : kPackingMethods) {
+    SCOPED_TRACE(static_cast<int>(method));
+    RandomStream stream = MakeRandomStream(method, 2, 1500);
+    for (std::size_t bit = 0; bit < stream.packed.size() * 8; bit += 1 + bit / 20) {
       const auto mask = static_cast<std::uint8_t>(1U << bit % 8);
-      packed[bit / 8] ^= mask;
-      ASSERT_NO_FATAL_FAILURE(ExpectLikeSlowDecoder(method, packed, data.size())) << bit;
-      packed[bit / 8] ^= mask;
+      stream.packed[bit / 8] ^= mask;
+      ASSERT_NO_FATAL_FAILURE(ExpectLikeSlowDecoder(method, stream.packed, stream.size)) << bit;
+      stream.packed[bit / 8] ^= mask;
     }
   }
 }
 
 TEST(DamagedData, OfAnyKindIsReadAsTheSlowDecoderDoes) {
-  const Bytes noise = RandomData(40000);
-  for (std::size_t i = 0; i + 100 < noise.size(); i += 20) {
-    Bytes packed(noise.begin() + static_cast<std::ptrdiff_t>(i),
-                 noise.begin() + static_cast<std::ptrdiff_t>(i + 100));
-    packed[2] = static_cast<std::uint8_t>(packed[2] & 0x07);  // often a single tree symbol
-    ASSERT_NO_FATAL_FAILURE(ExpectLikeSlowDecoder(Method::Lhx, packed, 5000)) << i;
+  const Bytes noise = RandomData(20000);
+  for (const Method method : kPackingMethods) {
+    SCOPED_TRACE(static_cast<int>(method));
+    for (std::size_t i = 0; i + 100 < noise.size(); i += 100) {
+      Bytes packed(noise.begin() + static_cast<std::ptrdiff_t>(i),
+                   noise.begin() + static_cast<std::ptrdiff_t>(i + 100));
+      if (i % 200 == 0) packed[2] &= 0x07;  // often a single tree symbol
+      ASSERT_NO_FATAL_FAILURE(ExpectLikeSlowDecoder(method, packed, 5000)) << i;
+    }
   }
 }
 

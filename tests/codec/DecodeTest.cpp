@@ -64,16 +64,48 @@ TEST(Decode, UnpacksBlocksOfUnusualShape) {
 }
 
 TEST(Decode, AgreesWithTheSlowDecoderOnRandomStreams) {
-  for (const Method method : {Method::Lh4, Method::Lh5, Method::Lh6, Method::Lh7, Method::Lhx}) {
+  for (const Method method : kPackingMethods) {
+    SCOPED_TRACE(static_cast<int>(method));
     for (unsigned seed = 0; seed < 100; ++seed) {
-      const RandomStream stream = MakeRandomStream(method, seed);
+      // The last of the adaptive methods is long enough for their trees to be rebuilt.
+      const bool isLong = seed == 99 && (method == Method::Lh1 || method == Method::Lh2);
+      const RandomStream stream =
+          MakeRandomStream(method, seed, isLong ? 500000 : 1 + seed * seed * 3);
       const SlowResult slow = SlowDecode(method, stream.packed, stream.size);
       ASSERT_EQ(slow.status, Status::Ok) << seed;
       Bytes target(stream.size);
       ASSERT_EQ(Decode(method, stream.packed, target), Status::Ok) << seed;
       ASSERT_TRUE(target == slow.bytes) << seed;
+
+      // The same in pieces, which may end anywhere, and within an item too.
+      std::span<const std::uint8_t> left = stream.packed;
+      const PackedPieces pieces = [&, size = std::size_t{1}]() mutable {
+        size = std::min(size * 3 % 89, left.size());
+        const auto piece = left.first(std::max(size, std::min<std::size_t>(1, left.size())));
+        left = left.subspan(piece.size());
+        return piece;
+      };
+      target.assign(stream.size, 0);
+      ASSERT_EQ(DecodePieces(method, pieces, target), Status::Ok) << seed;
+      ASSERT_TRUE(target == slow.bytes) << seed;
     }
   }
+}
+
+// What a header may claim at most is never less than what there is.
+TEST(Decode, YieldsNoMoreThanIsPossible) {
+  for (const Method method : kPackingMethods) {
+    for (unsigned seed = 0; seed < 100; ++seed) {
+      const RandomStream stream = MakeRandomStream(method, seed);
+      EXPECT_LE(stream.size, MostUnpackedBytes(method, stream.packed.size()));
+    }
+  }
+  const Bytes zeros(1 << 20, std::uint8_t{0});
+  for (const Method method : {Method::Lh5, Method::Lh7}) {
+    EXPECT_LE(zeros.size(), MostUnpackedBytes(method, Encode(method, zeros).size()));
+  }
+  EXPECT_LE(MostUnpackedBytes(Method::Lh0, 1000), 1005U);
+  EXPECT_LT(MostUnpackedBytes(Method::Lh1, 1000), 60000U);
 }
 
 TEST(Decode, CopiesStoredData) {

@@ -2,6 +2,7 @@
 #include "tests/codec/RandomStream.h"
 
 #include <algorithm>
+#include <map>
 #include <numeric>
 #include <random>
 #include <set>
@@ -116,32 +117,50 @@ void PutItemCode(Random& random, BitComposer& out, const RandomCode& code) {
   }
 }
 
+// Returns by how much the length is more than the symbol alone says.
+std::size_t PutLk7Length(Random& random, BitComposer& out, unsigned symbol) {
+  if (symbol == 288) return 514 - (symbol - 253);
+  const unsigned bits = (symbol - 260) / 4;
+  const std::size_t extra = random() % (1U << bits);
+  out.Number(extra, bits);
+  return ((std::size_t{4} + symbol % 4) << bits) + extra + 3 - (symbol - 253);
+}
+
 }  // namespace
 
-RandomStream MakeRandomStream(Method method, unsigned seed) {
+RandomStream MakeRandomStream(Method method, unsigned seed, std::size_t classicSize) {
+  struct Numbers {
+    std::size_t itemSymbols, distanceSymbols;
+    unsigned distanceCountBits;
+  };
+  static const std::map<Method, Numbers> kNumbers = {
+      {Method::Lh4, {510, 14, 4}}, {Method::Lh5, {510, 14, 4}}, {Method::Lh6, {510, 16, 5}},
+      {Method::Lh7, {510, 17, 5}}, {Method::Lhx, {510, 21, 5}}, {Method::Lk7, {289, 32, 6}}};
+  const auto found = kNumbers.find(method);
+  if (found == kNumbers.end()) return ComposeClassic(method, seed, classicSize);
+  const Numbers& numbers = found->second;
+
   Random random(seed);
   BitComposer out;
   std::size_t size = 0;
-  const bool narrow = method == Method::Lh4 || method == Method::Lh5;
-  const std::size_t distanceSymbols = narrow                  ? 14
-                                      : method == Method::Lh6 ? 16
-                                      : method == Method::Lh7 ? 17
-                                                              : 21;
   for (std::size_t blocks = Pick(random, 1, 4); blocks != 0; --blocks) {
-    const RandomCode itemCode = MakeRandomCode(random, 510);
-    const RandomCode distanceCode = MakeRandomCode(random, distanceSymbols);
+    const RandomCode itemCode = MakeRandomCode(random, numbers.itemSymbols);
+    const RandomCode distanceCode = MakeRandomCode(random, numbers.distanceSymbols);
     std::size_t items = Pick(random, 1, 400);
     out.Number(items, 16);
     PutItemCode(random, out, itemCode);
-    PutSmallCode(out, distanceCode, narrow ? 4 : 5, false);
+    PutSmallCode(out, distanceCode, numbers.distanceCountBits, false);
     for (; items != 0; --items) {
       const unsigned symbol = itemCode.PickSymbol(random);
       itemCode.Put(out, symbol);
       size += symbol < 256 ? 1 : symbol - 253;
       if (symbol < 256) continue;
+      if (method == Method::Lk7 && symbol >= 264) size += PutLk7Length(random, out, symbol);
       const unsigned p = distanceCode.PickSymbol(random);
       distanceCode.Put(out, p);
-      if (p > 1) out.Number(random(), p - 1);
+      const unsigned extra =
+          method == Method::Lk7 ? (p < 4 ? 0 : (p - 2) / 2) : (p < 2 ? 0 : p - 1);
+      out.Number(random(), extra);
     }
   }
   return {out.Bytes(), size};

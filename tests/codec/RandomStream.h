@@ -14,8 +14,12 @@ struct RandomStream {
   std::size_t size;  // of the original
 };
 
-// Blocks of random codes, from a single symbol to all of them and up to 16 bits long, with items
-// that use every symbol equally often.  Matches reach anywhere, before the beginning too.
-RandomStream MakeRandomStream(Method method, unsigned seed);
+// For the block methods: random codes, from a single symbol to all of them and up to 16 bits long,
+// with items that use every symbol equally often.  Matches reach anywhere, before the beginning
+// too. For the others: about `size` bytes of random items.
+RandomStream MakeRandomStream(Method method, unsigned seed, std::size_t size = 3000);
+
+// The part of it that knows the methods other than Lh4 to Lh7, Lhx and Lk7 (SlowClassics.cpp).
+RandomStream ComposeClassic(Method method, unsigned seed, std::size_t size);
 
 }  // namespace kozor::codec

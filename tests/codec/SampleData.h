@@ -7,7 +7,14 @@
 #include <string_view>
 #include <vector>
 
+#include "engine/codec/Codec.h"
+
 namespace kozor::codec {
+
+// All methods but the stored ones.
+inline constexpr Method kPackingMethods[] = {
+    Method::Lh1, Method::Lh2, Method::Lh3, Method::Lh4, Method::Lh5, Method::Lh6, Method::Lh7,
+    Method::Lhx, Method::Lk7, Method::Lzs, Method::Lz5, Method::Pm1, Method::Pm2};
 
 // Words of a small vocabulary with a number now and then.
 inline std::vector<std::uint8_t> TextData(std::size_t size) {

@@ -1,4 +1,4 @@
-// SlowDecoder.cpp - a second decoder of the block-Huffman methods, slow and obvious, bit by bit.
+// SlowDecoder.cpp - a second decoder of the block methods, slow and obvious, bit by bit.
 #include "tests/codec/SlowDecoder.h"
 
 #include <algorithm>
@@ -14,6 +14,7 @@ struct Numbers {
   std::size_t window;
   unsigned distanceCountBits;
   unsigned distanceSymbols;
+  unsigned itemSymbols = 510;
 };
 
 Numbers NumbersOf(Method method) {
@@ -26,6 +27,8 @@ Numbers NumbersOf(Method method) {
       return {32768, 5, 16};
     case Method::Lh7:
       return {65536, 5, 17};
+    case Method::Lk7:
+      return {65536, 6, 32, 289};
     default:
       return {524288, 5, 21};
   }
@@ -87,7 +90,10 @@ class SlowCode {
 class SlowDecoder {
  public:
   SlowDecoder(Method method, std::span<const std::uint8_t> packedBytes, std::size_t originalSize)
-      : numbers(NumbersOf(method)), packed(packedBytes), size(originalSize) {}
+      : isLk7(method == Method::Lk7),
+        numbers(NumbersOf(method)),
+        packed(packedBytes),
+        size(originalSize) {}
 
   SlowResult Run() {
     try {
@@ -174,10 +180,10 @@ class SlowDecoder {
 
   void ReadItemCode() {
     const unsigned count = Number(9);
-    Require(count <= 510);
+    Require(count <= numbers.itemSymbols);
     if (count == 0) {
       const unsigned symbol = Number(9);
-      Require(symbol < 510);
+      Require(symbol < numbers.itemSymbols);
       itemCode.SetSingle(symbol);
       return;
     }
@@ -206,10 +212,9 @@ class SlowDecoder {
       return;
     }
     Require(distanceCode.IsUsable());
+    const std::size_t length = isLk7 ? Lk7Length(symbol) : symbol - 253;
     const unsigned p = distanceCode.Decode([this] { return Bit(); });
-    const std::size_t offset = p < 2 ? p : (std::size_t{1} << (p - 1)) + Number(p - 1);
-    const std::size_t distance = offset + 1;
-    const std::size_t length = symbol - 253;
+    const std::size_t distance = (isLk7 ? Lk7Offset(p) : Offset(p)) + 1;
     Rule(distance <= numbers.window, "distances stay within the window");
     Rule(distance <= result.bytes.size(), "matches begin within the data");
     Rule(result.bytes.size() + length <= size, "matches end within the data");
@@ -219,6 +224,19 @@ class SlowDecoder {
     }
   }
 
+  std::size_t Offset(unsigned p) { return p < 2 ? p : (std::size_t{1} << (p - 1)) + Number(p - 1); }
+  std::size_t Lk7Offset(unsigned p) {
+    if (p <= 3) return p;
+    const unsigned e = (p - 2) / 2;
+    return ((std::size_t{2} + p % 2) << e) + Number(e);
+  }
+  std::size_t Lk7Length(unsigned symbol) {
+    if (symbol <= 263) return symbol - 253;
+    if (symbol == 288) return 514;
+    const unsigned e = (symbol - 260) / 4;
+    return ((std::size_t{4} + symbol % 4) << e) + Number(e) + 3;
+  }
+
   void CheckEnd() {
     if (size == 0) return Rule(packed.empty(), "no data gives no packed bytes");
     Rule(itemBitsOfLastBlock != 0, "the items of the last block take bits");
@@ -226,6 +244,7 @@ class SlowDecoder {
     while (bitsRead % 8 != 0) Rule(Bit() == 0, "the last byte is padded with zero bits");
   }
 
+  const bool isLk7;
   const Numbers numbers;
   const std::span<const std::uint8_t> packed;
   const std::size_t size;
@@ -240,6 +259,9 @@ class SlowDecoder {
 }  // namespace
 
 SlowResult SlowDecode(Method method, std::span<const std::uint8_t> packed, std::size_t size) {
+  const bool isBlockMethod =
+      (method >= Method::Lh4 && method <= Method::Lhx) || method == Method::Lk7;
+  if (!isBlockMethod) return SlowDecodeClassic(method, packed, size);
   return SlowDecoder(method, packed, size).Run();
 }
 

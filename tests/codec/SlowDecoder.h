@@ -1,7 +1,8 @@
-// SlowDecoder.h - a second decoder of the block-Huffman methods, slow and obvious, bit by bit.
+// SlowDecoder.h - a second decoder of each method, slow and obvious, bit by bit.
 //
-// It shares nothing with the fast one, so that a fault would have to be made twice.  It also knows
-// the rules that a writer must keep and a reader need not check.
+// It shares nothing with the fast one, so that a fault would have to be made twice.  For the
+// methods that are written it also knows the rules that a writer must keep and a reader need not
+// check.
 #pragma once
 
 #include <cstdint>
@@ -23,5 +24,8 @@ struct SlowResult {
 
 // Unpacks `size` bytes.  Methods: lh4 to lh7 and lhx.
 SlowResult SlowDecode(Method method, std::span<const std::uint8_t> packed, std::size_t size);
+
+// The part of it that knows the methods other than Lh4 to Lh7, Lhx and Lk7 (SlowClassics.cpp).
+SlowResult SlowDecodeClassic(Method method, std::span<const std::uint8_t> packed, std::size_t size);
 
 }  // namespace kozor::codec

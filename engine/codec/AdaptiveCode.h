@@ -1,0 +1,193 @@
+// AdaptiveCode.h - a Huffman code that follows what has been sent, for lh1 and lh2.
+//
+// Both sides begin with the same tree and count every symbol after it has been sent, so no code
+// lengths are in the data.  The nodes of the tree stand in slots, slot 0 is the root, and no slot
+// is heavier than the one before it.  That order is what makes the tree a Huffman tree, and
+// counting keeps it: before a node gets heavier, it changes places with the first node of its
+// weight.
+//
+// Children stand side by side: those of branch b in the slots 2b (bit 0) and 2b - 1 (bit 1).  Nodes
+// carry one number, a branch its b (from 1), a leaf its symbol plus kSymbols, so that one table
+// tells for either where it stands.
+//
+// A code is at most 22 bits long: in a Huffman tree, a leaf that deep means a total above 0x8000,
+// and at that total the weights are halved.
+#pragma once
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <utility>
+
+#include "engine/codec/BitReader.h"
+
+namespace kozor::codec {
+
+template <unsigned kSymbols>
+class AdaptiveCode {
+ public:
+  static constexpr unsigned kLongestBits = 22;
+
+  // All symbols, each counted once.
+  void BeginWithAll();
+  // One symbol, which then takes no bits; others join by Add.
+  void BeginWith(unsigned symbol);
+  // A symbol that is not in the code yet.  It takes half of the code of the last one.
+  void Add(unsigned symbol);
+
+  // Needs kLongestBits in the reader.  Counting is up to the caller.
+  unsigned Decode(BitReader& in) const {
+    std::uint64_t bits = in.Buffer();
+    unsigned count = 0;
+    unsigned node = nodes[0];
+    for (; node < kSymbols; ++count, bits <<= 1) {
+      node = nodes[2 * node - static_cast<unsigned>(bits >> 63)];
+    }
+    in.Consume(count);
+    return node - kSymbols;
+  }
+
+  struct Code {
+    std::uint32_t bits;  // right-aligned
+    unsigned count;
+  };
+  Code CodeOf(unsigned symbol) const {
+    Code code{0, 0};
+    for (unsigned slot = slotOf[kSymbols + symbol]; slot != 0; slot = Parent(slot)) {
+      code.bits |= (slot & 1U) << code.count++;
+    }
+    return code;
+  }
+
+  void Count(unsigned symbol) {
+    if (total == kMostTotal) Rebuild();
+    ++total;
+    for (unsigned slot = slotOf[kSymbols + symbol]; slot != 0; slot = Parent(slot)) {
+      const unsigned weight = weights[slot];
+      const unsigned first = firstOfWeight[weight];
+      if (first != slot) {
+        Swap(first, slot);
+        slot = first;
+      }
+      // The nodes of the old weight begin one slot later now, and those of the new one here, unless
+      // there are some already.  Entries of weights that no node has are never looked at.
+      firstOfWeight[weight] = static_cast<std::uint16_t>(slot + 1);
+      weights[slot] = static_cast<std::uint16_t>(weight + 1);
+      if (weights[slot - 1] != weight + 1) {
+        firstOfWeight[weight + 1] = static_cast<std::uint16_t>(slot);
+      }
+    }
+  }
+
+ private:
+  static constexpr unsigned kMostTotal = 0x8000;
+  static constexpr std::uint16_t kRootWeight = 0xFFFF;  // equal to no other
+
+  unsigned Parent(unsigned slot) const { return slotOf[(slot + 1) / 2]; }
+
+  void Place(unsigned node, std::size_t slot) {
+    nodes[slot] = static_cast<std::uint16_t>(node);
+    slotOf[node] = static_cast<std::uint16_t>(slot);
+  }
+  void Swap(unsigned slot, unsigned other) {
+    const unsigned node = nodes[slot];
+    Place(nodes[other], slot);
+    Place(node, other);
+  }
+
+  void Rebuild();
+  void FinishTree();
+
+  unsigned last = 0;   // slot in use
+  unsigned total = 0;  // of all counts, as far as the format looks at it
+  std::array<std::uint16_t, 2 * kSymbols - 1> nodes;
+  std::array<std::uint16_t, 2 * kSymbols - 1> weights;
+  std::array<std::uint16_t, 2 * kSymbols> slotOf;  // by node
+  std::array<std::uint16_t, kMostTotal + 2> firstOfWeight;
+};
+
+template <unsigned kSymbols>
+void AdaptiveCode<kSymbols>::BeginWithAll() {
+  last = 2 * kSymbols - 2;
+  for (unsigned symbol = 0; symbol < kSymbols; ++symbol) {
+    Place(kSymbols + symbol, last - symbol);
+    weights[last - symbol] = 1;
+  }
+  for (unsigned branch = kSymbols - 1; branch > 0; --branch) {
+    Place(branch, branch - 1);
+    weights[branch - 1] = static_cast<std::uint16_t>(weights[2 * branch] + weights[2 * branch - 1]);
+  }
+  FinishTree();
+}
+
+template <unsigned kSymbols>
+void AdaptiveCode<kSymbols>::BeginWith(unsigned symbol) {
+  last = 0;
+  total = 0;
+  Place(kSymbols + symbol, 0);
+  weights[0] = 1;
+}
+
+template <unsigned kSymbols>
+void AdaptiveCode<kSymbols>::Add(unsigned symbol) {
+  const unsigned branch = last / 2 + 1;
+  const std::uint16_t weight = weights[last];
+  Place(nodes[last], last + 1);
+  weights[last + 1] = weight;
+  Place(kSymbols + symbol, last + 2);
+  weights[last + 2] = 0;
+  Place(branch, last);
+  if (last == 0) {
+    weights[0] = kRootWeight;
+    firstOfWeight[weight] = 1;
+  }
+  last += 2;
+  firstOfWeight[0] = static_cast<std::uint16_t>(last);
+  Count(symbol);
+}
+
+// Halves all counts, rounding up, and builds the tree anew from the light end.
+template <unsigned kSymbols>
+void AdaptiveCode<kSymbols>::Rebuild() {
+  struct Leaf {
+    std::uint16_t node;
+    std::uint16_t weight;
+  };
+  std::array<Leaf, kSymbols> leaves;
+  std::size_t left = 0;
+  for (unsigned slot = 0; slot <= last; ++slot) {
+    if (nodes[slot] < kSymbols) continue;
+    leaves[left++] = {nodes[slot], static_cast<std::uint16_t>((weights[slot] + 1) / 2)};
+  }
+
+  unsigned free = last + 1;  // slots from here on are filled
+  const auto placeLeaf = [&] {
+    --free;
+    --left;
+    Place(leaves[left].node, free);
+    weights[free] = leaves[left].weight;
+  };
+  for (unsigned branch = last / 2; branch > 0; --branch) {
+    const unsigned heavier = 2 * branch - 1;
+    while (free > heavier) placeLeaf();
+    const auto weight = static_cast<std::uint16_t>(weights[heavier] + weights[heavier + 1]);
+    while (left > 0 && leaves[left - 1].weight <= weight) placeLeaf();
+    --free;
+    Place(branch, free);
+    weights[free] = weight;
+  }
+  FinishTree();
+}
+
+// Takes the total from the root and finds the first slot of each weight.
+template <unsigned kSymbols>
+void AdaptiveCode<kSymbols>::FinishTree() {
+  total = weights[0];
+  weights[0] = kRootWeight;
+  for (unsigned slot = last; slot > 0; --slot) {
+    firstOfWeight[weights[slot]] = static_cast<std::uint16_t>(slot);
+  }
+}
+
+}  // namespace kozor::codec

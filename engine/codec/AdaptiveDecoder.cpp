@@ -1,0 +1,107 @@
+// AdaptiveDecoder.cpp - unpacks lh1 and lh2, whose Huffman codes follow what has been sent.
+#include <array>
+#include <cstddef>
+#include <cstdint>
+
+#include "engine/codec/AdaptiveCode.h"
+#include "engine/codec/BitReader.h"
+#include "engine/codec/Decoders.h"
+#include "engine/codec/HuffmanTable.h"
+#include "engine/codec/Lh1Format.h"
+#include "engine/codec/MatchCopy.h"
+
+namespace kozor::codec {
+namespace {
+
+constexpr unsigned kSymbolToLength = 253;  // symbol 256 is length 3
+constexpr unsigned kLowBits = 6;           // of an offset, sent as they are
+
+// lh1: 58 lengths, and offsets of 12 bits whose upper half has a fixed code.
+class Lh1Scheme {
+ public:
+  static constexpr unsigned kSymbols = kLh1Symbols;
+
+  Lh1Scheme() {
+    std::array<std::uint8_t, kLh1DistanceSymbols> lengths;
+    FillLh1DistanceLengths(lengths);
+    distanceCode.Build(lengths);
+  }
+
+  static std::size_t TakeLength(BitReader&, unsigned symbol) { return symbol - kSymbolToLength; }
+  unsigned TakeUpperOffset(BitReader& in, std::size_t) { return distanceCode.Decode(in); }
+
+ private:
+  HuffmanTable<kLh1DistanceSymbols, 8> distanceCode;
+};
+
+#ifndef KOZOR_SMALL_CODEC
+
+// lh2: longer matches, and offsets of 13 bits.  Their upper part has an adaptive code as well,
+// which gets a symbol whenever the data has grown by 64 bytes.
+class Lh2Scheme {
+ public:
+  static constexpr unsigned kSymbols = 286;
+
+  Lh2Scheme() { distanceCode.BeginWith(0); }
+
+  static std::size_t TakeLength(BitReader& in, unsigned symbol) {
+    constexpr unsigned kLongSymbol = 285;
+    return symbol == kLongSymbol ? 32 + in.Take(8) : symbol - kSymbolToLength;
+  }
+
+  unsigned TakeUpperOffset(BitReader& in, std::size_t done) {
+    for (; known < kDistanceSymbols && done > std::size_t{known} << kLowBits; ++known) {
+      distanceCode.Add(known);
+    }
+    const unsigned symbol = distanceCode.Decode(in);
+    distanceCode.Count(symbol);
+    return symbol;
+  }
+
+ private:
+  static constexpr unsigned kDistanceSymbols = 128;
+  AdaptiveCode<kDistanceSymbols> distanceCode;
+  unsigned known = 1;  // symbols that the code has
+};
+
+#endif
+
+template <typename Scheme>
+Status DecodeAdaptive(DecodeJob& job) {
+  AdaptiveCode<Scheme::kSymbols> itemCode;
+  itemCode.BeginWithAll();
+  Scheme scheme;
+  BitReader in(job.packed);
+  return job.Run([&](std::size_t limit) {
+    while (job.done < limit) {
+      in.Refill();
+      const unsigned symbol = itemCode.Decode(in);
+      itemCode.Count(symbol);
+      if (symbol < kLiteralSymbols) {
+        job.target[job.done++] = static_cast<std::uint8_t>(symbol);
+      } else {
+        const std::size_t length = Scheme::TakeLength(in, symbol);
+        in.Refill();
+        const std::size_t upper = scheme.TakeUpperOffset(in, job.done);
+        const std::size_t offset = upper << kLowBits | in.Take(kLowBits);
+        job.done = CopyMatch(job.target, job.done, offset + 1, length);
+      }
+      if (in.IsFarPastEnd()) return Status::Truncated;
+    }
+    return Status::Ok;
+  });
+}
+
+}  // namespace
+
+Status DecodeLh1(DecodeJob& job) {
+  return DecodeAdaptive<Lh1Scheme>(job);
+}
+
+#ifndef KOZOR_SMALL_CODEC
+Status DecodeLh2(DecodeJob& job) {
+  return DecodeAdaptive<Lh2Scheme>(job);
+}
+#endif
+
+}  // namespace kozor::codec

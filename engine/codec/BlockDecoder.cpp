@@ -1,0 +1,378 @@
+// BlockDecoder.cpp - unpacks the methods whose items come in blocks, each with Huffman codes of its
+// own: lh3, lh4 to lh7, lhx, and the other scheme under the id of lh7.
+//
+// One body serves them all.  What differs is in a scheme: the alphabets, what follows a symbol, and
+// how the codes are written at the head of a block.
+//
+// Everything in the packed data is hostile.  What keeps it harmless:
+//  - only complete codes are taken, so whatever bits come, a look-up ends at a symbol of the code;
+//  - every item yields at least one byte, so even blocks whose codes take no bits come to an end;
+//  - bits past the end of the data are zeros, and soon an error;
+//  - an item is unpacked without tests only while the longest match fits with room to spare.
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <span>
+
+#include "engine/codec/BitReader.h"
+#include "engine/codec/Decoders.h"
+#include "engine/codec/HuffmanTable.h"
+#include "engine/codec/LhFormat.h"
+#include "engine/codec/MatchCopy.h"
+
+namespace kozor::codec {
+namespace {
+
+template <unsigned kSymbols>
+using ItemTable = HuffmanTable<kSymbols, 11>;
+template <unsigned kSymbols>
+using DistanceTable = HuffmanTable<kSymbols, 8>;
+
+// The heads of blocks of lh4 to lh7 and lhx: a tree code writes the lengths of the item code.
+class LhHead {
+ public:
+  explicit LhHead(const LhMethod& lhMethod) : method(lhMethod) {}
+
+  template <unsigned kItems, unsigned kDistances>
+  bool ReadCodes(BitReader& in, ItemTable<kItems>& itemCode,
+                 DistanceTable<kDistances>& distanceCode) {
+    std::array<std::uint8_t, kItems> itemLengths{};
+    std::array<std::uint8_t, kDistances> distanceLengths{};
+    return ReadTreeCode(in) && ReadItemCode(in, itemLengths, itemCode) &&
+           ReadDistanceCode(in, distanceLengths, distanceCode);
+  }
+
+ private:
+  // Lengths of the tree code or the distance code.
+  static unsigned ReadLength(BitReader& in) {
+    in.Refill();
+    unsigned length = in.Take(kLengthBits);
+    if (length == kLongLength) {
+      while (length <= kMaxCodeBits && in.Take(1) != 0) ++length;
+    }
+    return length;
+  }
+
+  bool ReadTreeCode(BitReader& in) {
+    const unsigned count = in.ReadBits(kTreeCountBits);
+    if (count > kTreeSymbols) return false;
+    if (count == 0) {
+      const unsigned symbol = in.Take(kTreeCountBits);
+      treeCode.BuildSingle(symbol);
+      return symbol < kTreeSymbols;
+    }
+    std::array<std::uint8_t, kTreeSymbols + kTreeGapMax> lengths{};
+    for (unsigned i = 0; i < count;) {
+      const unsigned length = ReadLength(in);
+      if (length > kMaxCodeBits) return false;
+      lengths[i++] = static_cast<std::uint8_t>(length);
+      if (i == kTreeGapIndex) i += in.Take(kTreeGapBits);
+    }
+    return treeCode.Build(std::span(lengths).first(kTreeSymbols));
+  }
+
+  template <typename Table>
+  bool ReadItemCode(BitReader& in, std::span<std::uint8_t> lengths, Table& itemCode) {
+    const unsigned count = in.ReadBits(kItemCountBits);
+    if (count > lengths.size()) return false;
+    if (count == 0) {
+      const unsigned symbol = in.Take(kItemCountBits);
+      itemCode.BuildSingle(symbol);
+      return symbol < lengths.size();
+    }
+    return ReadItemLengths(in, lengths.first(count)) && itemCode.Build(lengths) &&
+           !itemCode.IsEmpty();
+  }
+
+  bool ReadItemLengths(BitReader& in, std::span<std::uint8_t> lengths) {
+    if (treeCode.IsEmpty()) return false;
+    for (std::size_t i = 0; i < lengths.size();) {
+      in.Refill();
+      const unsigned symbol = treeCode.Decode(in);
+      if (symbol > kLongZeroRun) {
+        lengths[i++] = static_cast<std::uint8_t>(symbol - kLengthToTreeSymbol);
+      } else if (symbol == kOneZero) {
+        ++i;
+      } else if (symbol == kShortZeroRun) {
+        i += in.Take(kShortZeroRunBits) + kShortZeroRunMin;
+      } else {
+        i += in.Take(kLongZeroRunBits) + kLongZeroRunMin;
+      }
+      if (i > lengths.size()) return false;
+    }
+    return true;
+  }
+
+  template <typename Table>
+  bool ReadDistanceCode(BitReader& in, std::span<std::uint8_t> lengths, Table& distanceCode) {
+    const unsigned count = in.ReadBits(method.distanceCountBits);
+    if (count > method.distanceSymbolsMax) return false;
+    if (count == 0) {
+      const unsigned symbol = in.Take(method.distanceCountBits);
+      distanceCode.BuildSingle(symbol);
+      return symbol < method.distanceSymbolsMax;
+    }
+    for (unsigned i = 0; i < count; ++i) {
+      const unsigned length = ReadLength(in);
+      if (length > kMaxCodeBits) return false;
+      lengths[i] = static_cast<std::uint8_t>(length);
+    }
+    return distanceCode.Build(lengths);
+  }
+
+  const LhMethod& method;
+  HuffmanTable<kTreeSymbols, 7> treeCode;
+};
+
+// lh4 to lh7 and lhx.  The symbol of a match tells its whole length.
+struct LhScheme : LhHead {
+  using LhHead::LhHead;
+
+  static constexpr unsigned kItems = kItemSymbols;
+  static constexpr unsigned kDistances = kDistanceSymbols;
+  static constexpr std::size_t kLongestMatch = kMaxMatchLength;
+
+  static std::size_t TakeLength(BitReader&, unsigned symbol) {
+    return symbol - kLengthToItemSymbol;
+  }
+
+  // The extra bits stand after the distance symbol; together with the leading 1 that the symbol
+  // stands for they are the offset.  Shifting twice keeps symbol 0 (offset 0) within the rules.
+  static std::size_t TakeDistance(BitReader& in, unsigned symbol) {
+    constexpr std::uint64_t kLeadingOne = std::uint64_t{1} << 63;
+    const std::uint64_t offset = (((in.Buffer() >> 1) | kLeadingOne) >> (63 - symbol)) >> 1;
+    in.Consume(DistanceExtraBits(symbol));
+    return static_cast<std::size_t>(offset) + 1;
+  }
+};
+
+#ifndef KOZOR_SMALL_CODEC
+
+// `base` continued by `extra` bits.
+std::size_t TakeExtended(BitReader& in, std::size_t base, unsigned extra) {
+  return extra == 0 ? base : (base << extra) + in.Take(extra);
+}
+
+// The other scheme under the id of lh7: the same heads, but lengths and distances in size classes,
+// four classes of lengths and two of distances for each number of extra bits.
+constexpr LhMethod kLk7{65536, 6, 32};
+
+struct Lk7Scheme : LhHead {
+  Lk7Scheme() : LhHead(kLk7) {}
+
+  static constexpr unsigned kItems = 289;
+  static constexpr unsigned kDistances = 32;
+  static constexpr std::size_t kLongestMatch = 514;
+
+  static std::size_t TakeLength(BitReader& in, unsigned symbol) {
+    constexpr unsigned kFirstClass = 264;
+    constexpr unsigned kLongest = 288;
+    if (symbol < kFirstClass) return symbol - kLengthToItemSymbol;
+    if (symbol == kLongest) return kLongestMatch;
+    return TakeExtended(in, 4 + symbol % 4, (symbol - 260) / 4) + kMinMatchLength;
+  }
+
+  static std::size_t TakeDistance(BitReader& in, unsigned symbol) {
+    if (symbol < 4) return symbol + 1;
+    return TakeExtended(in, 2 + symbol % 2, (symbol - 2) / 2) + 1;
+  }
+};
+
+// lh3, the first of the family: lengths of codes in plain fields, distances of 13 bits, of which
+// the upper 7 are a symbol.
+struct Lh3Scheme {
+  static constexpr unsigned kItems = 286;
+  static constexpr unsigned kDistances = 128;
+  static constexpr std::size_t kLongestMatch = 32 + 255;
+
+  static std::size_t TakeLength(BitReader& in, unsigned symbol) {
+    constexpr unsigned kLongSymbol = 285;
+    return symbol == kLongSymbol ? 32 + in.Take(8) : symbol - kLengthToItemSymbol;
+  }
+
+  static std::size_t TakeDistance(BitReader& in, unsigned symbol) {
+    return TakeExtended(in, symbol, 6) + 1;
+  }
+
+  static bool ReadCodes(BitReader& in, ItemTable<kItems>& itemCode,
+                        DistanceTable<kDistances>& distanceCode) {
+    const auto readItemLength = [&] { return in.ReadBits(1) == 0 ? 0U : in.Take(4) + 1; };
+    const auto readDistanceLength = [&] { return in.ReadBits(4); };
+    std::array<std::uint8_t, kItems> itemLengths{};
+    if (!ReadCode(in, itemLengths, readItemLength, 9, itemCode) || itemCode.IsEmpty()) return false;
+    std::array<std::uint8_t, kDistances> distanceLengths{};
+    if (in.ReadBits(1) == 0) return distanceCode.Build(PresetDistanceLengths(distanceLengths));
+    return ReadCode(in, distanceLengths, readDistanceLength, 7, distanceCode);
+  }
+
+ private:
+  // Three lengths of 1, which no code has, announce a code of one symbol.
+  template <typename ReadLength, typename Table>
+  static bool ReadCode(BitReader& in, std::span<std::uint8_t> lengths, ReadLength readLength,
+                       unsigned symbolBits, Table& code) {
+    for (std::size_t i = 0; i < lengths.size(); ++i) {
+      lengths[i] = static_cast<std::uint8_t>(readLength());
+      if (i != 2 || lengths[0] != 1 || lengths[1] != 1 || lengths[2] != 1) continue;
+      const unsigned symbol = in.ReadBits(symbolBits);
+      code.BuildSingle(symbol);
+      return symbol < lengths.size();
+    }
+    return code.Build(lengths);
+  }
+
+  static std::span<std::uint8_t> PresetDistanceLengths(std::span<std::uint8_t> lengths) {
+    struct Run {
+      std::size_t end;
+      std::uint8_t length;
+    };
+    std::size_t symbol = 0;
+    for (const Run run :
+         {Run{1, 2}, Run{3, 4}, Run{6, 5}, Run{13, 6}, Run{31, 7}, Run{78, 8}, Run{128, 9}}) {
+      for (; symbol < run.end; ++symbol) lengths[symbol] = run.length;
+    }
+    return lengths;
+  }
+};
+
+#endif  // KOZOR_SMALL_CODEC
+
+template <typename Scheme>
+class BlockDecoder {
+ public:
+  BlockDecoder(const Scheme& blockScheme, DecodeJob& decodeJob)
+      : scheme(blockScheme), job(decodeJob), in(decodeJob.packed) {}
+
+  Status DecodeUpTo(std::size_t limit);
+
+ private:
+  void DecodeInside(std::size_t limit);
+  bool DecodeAtEdge(std::size_t limit);
+  bool ReadBlockHead();
+
+  Scheme scheme;
+  DecodeJob& job;
+  BitReader in;
+  std::size_t blockItemsLeft = 0;
+  // A code without symbols is legal where it is not used.
+  ItemTable<Scheme::kItems> itemCode;
+  DistanceTable<Scheme::kDistances> distanceCode;
+};
+
+template <typename Scheme>
+Status BlockDecoder<Scheme>::DecodeUpTo(std::size_t limit) {
+  while (job.done < limit) {
+    bool good = blockItemsLeft != 0 || ReadBlockHead();
+    while (good && blockItemsLeft != 0 && job.done < limit) {
+      DecodeInside(limit);
+      good = DecodeAtEdge(limit);
+    }
+    if (!good) return in.IsPastEnd() ? Status::Truncated : Status::Damaged;
+  }
+  return Status::Ok;
+}
+
+template <typename Scheme>
+bool BlockDecoder<Scheme>::ReadBlockHead() {
+  blockItemsLeft = in.ReadBits(kBlockItemsBits);
+  return blockItemsLeft != 0 && scheme.ReadCodes(in, itemCode, distanceCode) && !in.IsFarPastEnd();
+}
+
+// Decodes items while they are far from both ends.  Literals come in runs, and one refill is enough
+// for three of them, or for a match.
+template <typename Scheme>
+void BlockDecoder<Scheme>::DecodeInside(std::size_t limit) {
+  constexpr unsigned kMaxLiterals = 3;
+  static_assert(kMaxLiterals * kMaxCodeBits <= BitReader::kRefilledBits);
+  constexpr std::size_t kRoom = kMaxLiterals + Scheme::kLongestMatch + kCopySlack;
+  if (job.target.size() < kRoom || distanceCode.IsEmpty()) return;
+  std::uint8_t* const begin = job.target.data();
+  std::uint8_t* const end = begin + std::min(limit, job.target.size() - kRoom);
+  std::uint8_t* out = begin + job.done;
+  BitReader bits = in;
+  std::size_t itemsLeft = blockItemsLeft;
+
+  while (itemsLeft >= kMaxLiterals && out < end && bits.IsFarFromEnd()) {
+    bits.RefillFast();
+    unsigned symbol = itemCode.Decode(bits);
+    unsigned literals = 0;
+    while (symbol < kLiteralSymbols) {
+      *out++ = static_cast<std::uint8_t>(symbol);
+      if (++literals == kMaxLiterals) break;
+      symbol = itemCode.Decode(bits);
+    }
+    itemsLeft -= literals;
+    if (literals == kMaxLiterals) continue;
+
+    --itemsLeft;
+    bits.Refill();
+    const std::size_t length = Scheme::TakeLength(bits, symbol);
+    const std::size_t distance = Scheme::TakeDistance(bits, distanceCode.Decode(bits));
+    if (distance <= static_cast<std::size_t>(out - begin)) {
+      CopyMatchWide(out, distance, length);
+    } else {
+      CopyMatchExact(job.target, static_cast<std::size_t>(out - begin), distance, length);
+    }
+    out += length;
+  }
+  in = bits;
+  blockItemsLeft = itemsLeft;
+  job.done = static_cast<std::size_t>(out - begin);
+}
+
+// Decodes a few items, as far as the block and the limit allow, looking at every step.
+template <typename Scheme>
+bool BlockDecoder<Scheme>::DecodeAtEdge(std::size_t limit) {
+  constexpr std::size_t kItems = 8;
+  const std::size_t stopAt = blockItemsLeft - std::min(blockItemsLeft, kItems);
+  for (; blockItemsLeft != stopAt && job.done < limit; --blockItemsLeft) {
+    in.Refill();
+    const unsigned symbol = itemCode.Decode(in);
+    if (symbol < kLiteralSymbols) {
+      job.target[job.done++] = static_cast<std::uint8_t>(symbol);
+    } else {
+      if (distanceCode.IsEmpty()) return false;
+      in.Refill();
+      const std::size_t length = Scheme::TakeLength(in, symbol);
+      const std::size_t distance = Scheme::TakeDistance(in, distanceCode.Decode(in));
+      job.done = CopyMatchExact(job.target, job.done, distance, length);
+    }
+    if (in.IsFarPastEnd()) return false;
+  }
+  return true;
+}
+
+template <typename Scheme>
+Status DecodeBlocks(DecodeJob& job, const Scheme& scheme) {
+  BlockDecoder<Scheme> decoder(scheme, job);
+  return job.Run([&](std::size_t limit) { return decoder.DecodeUpTo(limit); });
+}
+
+}  // namespace
+
+Status DecodeLh4(DecodeJob& job) {
+  return DecodeBlocks(job, LhScheme(kLh4));
+}
+Status DecodeLh5(DecodeJob& job) {
+  return DecodeBlocks(job, LhScheme(kLh5));
+}
+Status DecodeLh6(DecodeJob& job) {
+  return DecodeBlocks(job, LhScheme(kLh6));
+}
+Status DecodeLh7(DecodeJob& job) {
+  return DecodeBlocks(job, LhScheme(kLh7));
+}
+
+#ifndef KOZOR_SMALL_CODEC
+Status DecodeLhx(DecodeJob& job) {
+  return DecodeBlocks(job, LhScheme(kLhx));
+}
+Status DecodeLh3(DecodeJob& job) {
+  return DecodeBlocks(job, Lh3Scheme());
+}
+Status DecodeLk7(DecodeJob& job) {
+  return DecodeBlocks(job, Lk7Scheme());
+}
+#endif
+
+}  // namespace kozor::codec
