@@ -9,6 +9,8 @@
 #endif
 #if defined(ZOR_BUILDING_LIBRARY)
 #define ZOR_API __declspec(dllexport)
+#elif defined(ZOR_LIBRARY_OBJECTS)  // linked into the program itself, as the tests do
+#define ZOR_API
 #else
 #define ZOR_API __declspec(dllimport)
 #endif

@@ -21,10 +21,19 @@ install(TARGETS KoZor KoZorPlatform EXPORT KoZorTargets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
 
-# The archiver stands beside the platform library, which looks for it there.
-install(TARGETS UNLHA32
-  RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
-  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+# The archiver stands beside the platform library, which looks for it there.  On Windows the DLLs
+# stand beside the program, and the system looks for all of them there.
+set(KOZOR_MODULES ${CMAKE_INSTALL_LIBDIR})
+if(WIN32)
+  set(KOZOR_MODULES ${CMAKE_INSTALL_BINDIR})
+endif()
+install(TARGETS UNLHA32 LIBRARY DESTINATION ${KOZOR_MODULES})
+
+# The compiler's run-time libraries, where the build shares them (KOZOR_RUNTIME_LIBRARIES, set by the
+# toolchain file).
+if(KOZOR_RUNTIME_LIBRARIES)
+  install(FILES ${KOZOR_RUNTIME_LIBRARIES} DESTINATION ${CMAKE_INSTALL_BINDIR})
+endif()
 
 if(TARGET kozor)
   file(RELATIVE_PATH bin_to_lib ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})

@@ -12,7 +12,7 @@
 #include "platform/win32/Win32.h"
 
 #if defined(_WIN32)
-#define UNLHA_EXPORT __declspec(dllexport)
+#define UNLHA_EXPORT  // Unlha32.def lists the exports, undecorated
 #else
 #define UNLHA_EXPORT __attribute__((visibility("default")))
 #endif

@@ -39,13 +39,15 @@ class ZOR_PLATFORM_API CFile : public CObject {
   };
   enum SeekPosition : unsigned int { begin = 0, current = 1, end = 2 };
   // Bits of CFileStatus::m_attribute.
-  static constexpr unsigned char normal = 0x00;
-  static constexpr unsigned char readOnly = 0x01;
-  static constexpr unsigned char hidden = 0x02;
-  static constexpr unsigned char system = 0x04;
-  static constexpr unsigned char volume = 0x08;
-  static constexpr unsigned char directory = 0x10;
-  static constexpr unsigned char archive = 0x20;
+  enum Attribute : unsigned char {
+    normal = 0x00,
+    readOnly = 0x01,
+    hidden = 0x02,
+    system = 0x04,
+    volume = 0x08,
+    directory = 0x10,
+    archive = 0x20,
+  };
 
   CFile();
   // Opens, and throws where Open returns 0.

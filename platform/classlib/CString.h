@@ -22,7 +22,7 @@
 
 class ZOR_PLATFORM_API CString {
  public:
-  static constexpr int kMaxLength = INT_MAX - 64;
+  enum : int { kMaxLength = INT_MAX - 64 };  // a constant that needs no export
 
   CString() noexcept;
   CString(const CString& other) noexcept;
