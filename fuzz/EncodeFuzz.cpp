@@ -26,8 +26,9 @@ Encoder& EncoderFor(Method method, Effort effort) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
   if (size < 2) return 0;
-  const auto method = static_cast<Method>(static_cast<int>(Method::Lh4) + bytes[0] % 4);
-  const auto effort = static_cast<Effort>(bytes[0] / 4 % 3);
+  constexpr Method kMethods[] = {Method::Lh1, Method::Lh4, Method::Lh5, Method::Lh6, Method::Lh7};
+  const Method method = kMethods[bytes[0] % 5];
+  const auto effort = static_cast<Effort>(bytes[0] / 5 % 3);
   const std::size_t pieceSize = bytes[1] + std::size_t{1};
   const std::span data(bytes + 2, size - 2);
 

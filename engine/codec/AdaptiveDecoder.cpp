@@ -13,8 +13,7 @@
 namespace kozor::codec {
 namespace {
 
-constexpr unsigned kSymbolToLength = 253;  // symbol 256 is length 3
-constexpr unsigned kLowBits = 6;           // of an offset, sent as they are
+constexpr unsigned kLowBits = kLh1LowBits;  // of an offset, sent as they are
 
 // lh1: 58 lengths, and offsets of 12 bits whose upper half has a fixed code.
 class Lh1Scheme {
@@ -27,7 +26,7 @@ class Lh1Scheme {
     distanceCode.Build(lengths);
   }
 
-  static std::size_t TakeLength(BitReader&, unsigned symbol) { return symbol - kSymbolToLength; }
+  static std::size_t TakeLength(BitReader&, unsigned symbol) { return symbol - kLh1SymbolOfLength; }
   unsigned TakeUpperOffset(BitReader& in, std::size_t) { return distanceCode.Decode(in); }
 
  private:
@@ -46,7 +45,7 @@ class Lh2Scheme {
 
   static std::size_t TakeLength(BitReader& in, unsigned symbol) {
     constexpr unsigned kLongSymbol = 285;
-    return symbol == kLongSymbol ? 32 + in.Take(8) : symbol - kSymbolToLength;
+    return symbol == kLongSymbol ? 32 + in.Take(8) : symbol - kLh1SymbolOfLength;
   }
 
   unsigned TakeUpperOffset(BitReader& in, std::size_t done) {

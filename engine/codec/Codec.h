@@ -85,7 +85,7 @@ enum class Effort { fast, normal, best };
 
 // Packs one member, fed in pieces of any size.  Memory stays bounded, at some megabytes, whatever
 // the size of the member, and the same data gives the same packed bytes whatever the sizes of the
-// pieces.  Methods: lh4, lh5, lh6, lh7.
+// pieces.  Methods: Lh1, for which no effort makes a difference, Lh4, Lh5, Lh6, Lh7.
 //
 // Nothing is promised about the packed size: data that does not compress comes out a little larger
 // than it went in, and a caller then stores it as lh0.  No data gives no packed bytes.
@@ -93,6 +93,7 @@ enum class Effort { fast, normal, best };
 //   Encoder encoder(Method::Lh5);
 //   while (more) encoder.Append(piece, packed);   // appends finished bytes to `packed`
 //   encoder.Finish(packed);
+class Lh1Encoder;
 class Encoder {
  public:
   // Throws std::invalid_argument unless CanEncode(method).
@@ -109,6 +110,7 @@ class Encoder {
  private:
   struct State;
   std::unique_ptr<State> state;
+  std::unique_ptr<Lh1Encoder> lh1;  // instead of a state
 };
 
 // The whole of `data` in one call.

@@ -12,6 +12,7 @@
 #include "engine/codec/BlockSplitter.h"
 #include "engine/codec/BlockWriter.h"
 #include "engine/codec/Codec.h"
+#include "engine/codec/Lh1Encoder.h"
 #include "engine/codec/LhFormat.h"
 #include "engine/codec/MatchFinder.h"
 #include "engine/codec/Parser.h"
@@ -86,13 +87,20 @@ void Encoder::State::SlideWindow() {
   chunkBegin = chunkEnd = kept;
 }
 
-Encoder::Encoder(Method method, Effort effort) : state(std::make_unique<State>(method, effort)) {}
+Encoder::Encoder(Method method, Effort effort) {
+  if (method == Method::Lh1) {
+    lh1 = std::make_unique<Lh1Encoder>();
+  } else {
+    state = std::make_unique<State>(method, effort);
+  }
+}
 Encoder::~Encoder() = default;
 Encoder::Encoder(Encoder&&) noexcept = default;
 Encoder& Encoder::operator=(Encoder&&) noexcept = default;
 
 // A full chunk is written when more data comes, not before: the last block is not like the others.
 void Encoder::Append(std::span<const std::uint8_t> data, std::vector<std::uint8_t>& packed) {
+  if (lh1) return lh1->Append(data, packed);
   while (!data.empty()) {
     if (state->chunkEnd - state->chunkBegin == kChunkBytes) {
       state->WriteChunk(BlockPlace::inside);
@@ -108,6 +116,7 @@ void Encoder::Append(std::span<const std::uint8_t> data, std::vector<std::uint8_
 }
 
 void Encoder::Finish(std::vector<std::uint8_t>& packed) {
+  if (lh1) return lh1->Finish(packed);
   state->WriteChunk(BlockPlace::last);
   state->bits.Pad();
   state->bits.MoveTo(packed);
@@ -116,7 +125,7 @@ void Encoder::Finish(std::vector<std::uint8_t>& packed) {
 }
 
 bool CanEncode(Method method) {
-  return FindWritten(method) != nullptr;
+  return method == Method::Lh1 || FindWritten(method) != nullptr;
 }
 
 std::vector<std::uint8_t> Encode(Method method, std::span<const std::uint8_t> data, Effort effort) {

@@ -17,6 +17,7 @@ constexpr std::size_t kLh1LongestMatch = 60;
 constexpr unsigned kLh1Symbols = 314;
 constexpr unsigned kLh1DistanceSymbols = 64;
 constexpr unsigned kLh1LowBits = 6;
+constexpr unsigned kLh1SymbolOfLength = 253;  // a match's symbol is its length and this
 
 // The code lengths of the upper 6 bits of an offset; the code is canonical.
 inline void FillLh1DistanceLengths(std::span<std::uint8_t, kLh1DistanceSymbols> lengths) {

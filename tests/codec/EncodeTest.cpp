@@ -83,14 +83,15 @@ TEST_P(Encoding, DependsOnNeitherPiecesNorMembersBefore) {
 }
 
 std::string NameOf(const testing::TestParamInfo<MethodAndEffort>& info) {
-  constexpr const char* kMethods[] = {"lh4", "lh5", "lh6", "lh7"};
+  constexpr const char* kMethods[] = {"lh1", "", "", "lh4", "lh5", "lh6", "lh7"};
   constexpr const char* kEfforts[] = {"Fast", "Normal", "Best"};
-  const auto method = static_cast<int>(std::get<0>(info.param)) - static_cast<int>(Method::Lh4);
+  const auto method = static_cast<int>(std::get<0>(info.param)) - static_cast<int>(Method::Lh1);
   return std::string(kMethods[method]) + kEfforts[static_cast<int>(std::get<1>(info.param))];
 }
 
 INSTANTIATE_TEST_SUITE_P(All, Encoding,
-                         testing::Values(MethodAndEffort{Method::Lh4, Effort::normal},
+                         testing::Values(MethodAndEffort{Method::Lh1, Effort::normal},
+                                         MethodAndEffort{Method::Lh4, Effort::normal},
                                          MethodAndEffort{Method::Lh5, Effort::fast},
                                          MethodAndEffort{Method::Lh5, Effort::normal},
                                          MethodAndEffort{Method::Lh5, Effort::best},
@@ -106,6 +107,7 @@ TEST(Encode, PacksAsWellAsTheMethodsCan) {
   const std::size_t fast = Encode(Method::Lh5, text, Effort::fast).size();
   const std::size_t normal = Encode(Method::Lh5, text, Effort::normal).size();
   const std::size_t best = Encode(Method::Lh5, text, Effort::best).size();
+  EXPECT_LT(Encode(Method::Lh1, text).size(), text.size() / 2);
   EXPECT_LT(fast, text.size() / 3);
   EXPECT_LT(normal, fast);
   EXPECT_LT(best, normal);
@@ -122,7 +124,7 @@ TEST(Encode, UsesTheWholeWindow) {
 }
 
 TEST(Encode, RefusesMethodsWithoutAnEncoder) {
-  for (const Method method : {Method::Lh0, Method::Lh1, Method::Lhx, Method::Lhd}) {
+  for (const Method method : {Method::Lh0, Method::Lh2, Method::Lhx, Method::Lhd}) {
     EXPECT_THROW(Encoder{method}, std::invalid_argument);
   }
 }

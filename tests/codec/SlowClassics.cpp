@@ -56,6 +56,12 @@ class Stream {
   void RequireInput() const {
     if (!isComposing && bitsRead > packed.size() * 8 + 32) throw Failure{Status::Truncated};
   }
+  // Whether nothing is left but zero bits of the last byte.
+  bool IsAtEnd() {
+    if (bitsRead == 0) return packed.empty();
+    const auto padding = static_cast<unsigned>((8 - bitsRead % 8) % 8);
+    return (bitsRead + 7) / 8 == packed.size() && Number(padding) == 0;
+  }
   const Bytes& Written() const { return written.Bytes(); }
 
  private:
@@ -130,6 +136,11 @@ class ClassicDecoder {
     } catch (const Failure& failure) {
       result.status = in.IsPastEnd() ? Status::Truncated : failure.status;
     }
+    if (beforeBeginning) result.brokenRules.emplace_back("matches begin within the data");
+    if (beyondEnd) result.brokenRules.emplace_back("matches end within the data");
+    if (result.status == Status::Ok && !in.IsAtEnd()) {
+      result.brokenRules.emplace_back("nothing stands after the last item but padding");
+    }
     result.bytes = bytes;
     return result;
   }
@@ -143,12 +154,19 @@ class ClassicDecoder {
     if (!IsFull()) bytes.push_back(static_cast<std::uint8_t>(byte));
   }
   void Copy(std::size_t distance, std::size_t length) {
+    beforeBeginning |= distance > bytes.size();
+    beyondEnd |= length > limit - bytes.size();
     while (length-- != 0) Put(distance > bytes.size() ? 0x20U : bytes[bytes.size() - distance]);
   }
 
   Stream& in;
   const std::size_t limit;
   Bytes bytes;
+
+ private:
+  // What a writer may not do.
+  bool beforeBeginning = false;
+  bool beyondEnd = false;
 };
 
 // Lists of nodes in order of falling weight, as an adaptive code has them.
