@@ -1,15 +1,15 @@
 // Add.cpp - kozor add: files, a directory or standard input into an archive.
+#include <array>
+#include <unordered_set>
 #include <vector>
 
 #include "Archive.h"
-#include "CaseBlind.h"
 #include "Commands.h"
 #include "Console.h"
 #include "Failure.h"
 #include "Host.h"
 #include "Output.h"
 #include "Selection.h"
-#include "StandardStreams.h"
 
 namespace kozor::program {
 
@@ -34,41 +34,51 @@ stored by their names from the root directory on, without the leading slash:
 A file that can't be stored (a name with \ : * ? " < > |, no permission, 4 GiB
 or more, not a plain file) is named on standard error and left out, and the exit
 code is 1.
-
-Options:
-  -C BASE           take names from this directory on; the current one if absent
-  --exclude MASK    leave out files and folders of this name; may be repeated
-  --new             make a new archive in place of an existing one, which stays
-                    until the new one is complete
-  --overwrite       replace files that the archive holds already; without it such
-                    a name is an error and nothing is added
-  --sfx             make a self-extracting program of the archive as well, beside
-                    it: a.run of a.lzh (on Linux for x86-64; a.run --help)
-  --work-dir DIR    put temporaries into DIR and not beside the archive
-  --dir DIRECTORY   put the tree below DIRECTORY in, empty folders included, and
-                    replace what the archive holds by the same names
-  --stdin NAME      put standard input in, by the name NAME
 )";
 
-constexpr Option kOptions[] = {{"-C", true},           {"--exclude", true}, {"--new", false},
-                               {"--overwrite", false}, {"--sfx", false},    {"--work-dir", true},
-                               {"--dir", true},        {"--stdin", true}};
+constexpr std::array<Option, 8> kOptions = {{
+    {"-C", "BASE", "take names from this directory on; the current one if\nabsent"},
+    {"--exclude", "MASK", "leave out files and folders of this name; may be\nrepeated"},
+    {"--new", "",
+     "make a new archive in place of an existing one, which\n"
+     "stays until the new one is complete"},
+    {"--overwrite", "",
+     "replace files that the archive holds already; without\n"
+     "it such a name is an error and nothing is added"},
+    {"--sfx", "",
+     "make a self-extracting program of the archive as well,\n"
+     "beside it: a.run of a.lzh (on Linux for x86-64;\na.run --help)"},
+    {"--work-dir", "DIR", "put temporaries into DIR and not beside the archive"},
+    {"--dir", "DIRECTORY",
+     "put the tree below DIRECTORY in, empty folders\n"
+     "included, and replace what the archive holds by the\nsame names"},
+    {"--stdin", "NAME", "put standard input in, by the name NAME"},
+}};
 
 // Complains of each selected file whose name the archive holds already.
 bool HasClashes(const std::vector<FileGroup>& groups, const Output& output,
                 const std::string& name) {
   if (!Exists(HostPath(output.Path()))) return false;
-  CaseBlindSet members;
-  ForEachMember(output.Path(), name, "*.*",
-                [&](const Member& member) { members.insert(member.name.c_str()); });
+  std::unordered_set<std::string> members;
+  for (const Member& member : ReadMembers(output.Path(), name)) members.insert(member.name);
   const int before = Complaints();
   for (const FileGroup& group : groups) {
     for (const std::string& file : group.names) {
-      if (!members.contains(file.c_str())) continue;
+      if (!members.contains(file)) continue;
       Complain(VisibleLibraryName(file) + ": the archive holds a file of that name already");
     }
   }
   return Complaints() > before;
+}
+
+// The self-extracting program replaces an older one, but no other file.
+void RequireRoomForProgram(fs::path archive) {
+  const fs::path program = archive.replace_extension(".run");
+  if (!Exists(program)) return;
+  ZorArchive object;
+  if (object.IsEnabled() && object.IsArchive(LibraryPath(program).c_str())) return;
+  throw Failure(Visible(program.string()) +
+                ": a file that is no self-extracting archive is in the program's place");
 }
 
 void Prepare(Archive& archive, const Arguments& arguments, const Output& output) {
@@ -85,8 +95,11 @@ void AddFiles(const Arguments& arguments) {
               .words = arguments.OperandsFrom(1),
               .excludes = arguments.Values("--exclude"),
               .isOwnFile = [&](const fs::path& path) { return path == own; }});
+  if (arguments.Has("--sfx")) RequireRoomForProgram(own);
   std::vector<ZorFind> finds;
+  std::uint64_t bytes = 0;
   for (const FileGroup& group : groups) {
+    bytes += group.bytes;
     for (ZorFind& find : group.Finds()) finds.push_back(find);
   }
 
@@ -97,7 +110,7 @@ void AddFiles(const Arguments& arguments) {
   };
   // The library looks for clashes itself, but in one run only.
   if (finds.size() > 1) refuseClashes();
-  Archive archive;
+  Archive archive(bytes);
   Prepare(archive, arguments, output);
   for (std::size_t i = 0; i < finds.size(); ++i) {
     const bool last = i + 1 == finds.size();
@@ -140,9 +153,8 @@ void AddStandardInput(const Arguments& arguments) {
 }
 
 void Add(const Arguments& arguments) {
-  if (arguments.Has("--sfx") && (arguments.Has("--dir") || arguments.Has("--stdin"))) {
-    throw UsageError("--sfx goes with neither --dir nor --stdin");
-  }
+  arguments.Exclude("--dir", {"--sfx", "--stdin", "--exclude", "-C"});
+  arguments.Exclude("--stdin", {"--sfx", "--exclude", "-C"});
   if (arguments.Has("--dir")) return AddDirectory(arguments);
   if (arguments.Has("--stdin")) return AddStandardInput(arguments);
   AddFiles(arguments);

@@ -2,50 +2,19 @@
 #include "Archive.h"
 
 #include <algorithm>
+#include <limits>
 
-#include "Console.h"
-#include "Errors.h"
 #include "Failure.h"
 #include "Host.h"
 
 namespace kozor::program {
 
-namespace {
-
-// An extraction that extracts nothing: every member passes OnAbort with its header's fields.
-class MemberVisitor : public ZorArchive {
- public:
-  explicit MemberVisitor(const std::function<void(const Member&)>& visitor) : visit(visitor) {}
-
-  std::size_t visited = 0;
-
- protected:
-  CString OnMakeFileName(const char* /*directory*/, const char* /*name*/) override { return ""; }
-
-  int OnAbort(const ONABORTPARAM& param) override {
-    if (param.phase == PhaseFileBegin) {
-      ++visited;
-      visit({param.memberName, param.memberSize, param.memberDate, param.memberTime,
-             param.memberAttribute});
-    }
-    return StopSignal();
-  }
-
- private:
-  const std::function<void(const Member&)>& visit;
-};
-
-[[noreturn]] void Fail(ZorError error, const std::string& name, const std::string& currentName) {
+void Archive::Require(int succeeded, const std::string& name) const {
+  if (succeeded) return;
   StopIfAsked();
   std::string text = Visible(name) + ": ";
   if (!currentName.empty()) text += VisibleLibraryName(currentName) + ": ";
-  throw Failure(text + std::string(ErrorText(error)));
-}
-
-}  // namespace
-
-void Archive::Require(int succeeded, const std::string& name) const {
-  if (!succeeded) Fail(GetError(), name, currentName);
+  throw Failure(text + std::string(ErrorText(GetError())));
 }
 
 int Archive::OnAbort(const ONABORTPARAM& param) {
@@ -55,20 +24,50 @@ int Archive::OnAbort(const ONABORTPARAM& param) {
     return 0;
   }
   if (param.phase != PhaseBegin && name != nullptr) currentName = name;
-  ShowProgress(FilesDone(param), param.filesTotal, currentName);
+  if (param.phase == PhaseFileBegin || param.phase == PhaseFileRunning) {
+    progress.Running(param.bytesDone, currentName);
+  } else if (param.phase == PhaseFileEnd) {
+    progress.Running(param.bytesTotal, currentName);
+    progress.FileEnds(param.bytesTotal);
+    Mention(VisibleLibraryName(currentName));
+  }
   return StopSignal();
 }
 
-std::size_t ForEachMember(const std::string& archive, const std::string& name,
-                          const std::string& mask,
-                          const std::function<void(const Member&)>& visit) {
-  MemberVisitor visitor(visit);
-  const bool done = visitor.Extract(archive.c_str(), "C:\\", mask.c_str()) != 0;
-  // A mask that finds nothing counts as cancelled.
-  if (!done && (visitor.GetError() != ZorErrorCanceled || StopSignal() != 0)) {
-    Fail(visitor.GetError(), name, "");
+MemberReader::MemberReader(std::string path, std::string shownName, std::uint64_t totalBytes)
+    : archive(std::move(path)),
+      name(std::move(shownName)),
+      progress(totalBytes),
+      module(LoadLibraryA("UNLHA32.DLL")) {
+  if (IsEnabled() == 0) throw Failure(std::string(ErrorText(ZorErrorEngineUnavailable)));
+}
+
+MemberReader::~MemberReader() {
+  HideProgress();
+  if (module != nullptr) FreeLibrary(static_cast<HMODULE>(module));
+}
+
+void MemberReader::Unpack(const Member& member, std::span<unsigned char> target) {
+  if (member.size > std::numeric_limits<std::uint32_t>::max()) {
+    throw FileFailure("members of 4 GiB or more can't be unpacked");
   }
-  return visitor.visited;
+  unsigned char nothing = 0;
+  unsigned char* const buffer = target.empty() ? &nothing : target.data();
+  const int done = ExtractMem(archive.c_str(), member.name.c_str(), buffer,
+                              static_cast<unsigned long>(target.size()));
+  StopIfAsked();
+  if (!done) {
+    const std::string cause(ErrorText(GetError()));
+    if (EndsTheRun(GetError())) throw Failure(Visible(name) + ": " + cause);
+    throw FileFailure(cause);
+  }
+  progress.FileEnds(member.size);
+}
+
+int MemberReader::OnAbort(const ONABORTPARAM& param) {
+  const bool under = param.phase == PhaseFileBegin || param.phase == PhaseFileRunning;
+  if (under && param.memberName != nullptr) progress.Running(param.bytesDone, param.memberName);
+  return StopSignal();
 }
 
 std::string MemberName(std::string name) {
@@ -76,17 +75,12 @@ std::string MemberName(std::string name) {
   return name;
 }
 
-std::string MemberMask(std::string word) {
-  std::string mask = MemberName(std::move(word));
-  if (mask.ends_with('\\')) mask += "*.*";
-  return mask;
-}
-
 void RequireArchive(const std::string& archive, const std::string& name) {
-  if (!Exists(HostPath(archive))) throw Failure(Visible(name) + ": no such archive");
   ZorArchive object;
-  if (!object.IsEnabled()) Fail(ZorErrorEngineUnavailable, name, "");
-  if (!object.IsArchive(archive.c_str())) Fail(ZorErrorEngine8019, name, "");
+  const ZorError missing = object.IsEnabled() ? ZorErrorEngine8019 : ZorErrorEngineUnavailable;
+  if (!object.IsArchive(archive.c_str())) {
+    throw Failure(Visible(name) + ": " + std::string(ErrorText(missing)));
+  }
 }
 
 }  // namespace kozor::program

@@ -1,17 +1,23 @@
-// Archive.h - archive objects with the manners of this program: a progress bar, an end when a
-// signal comes, and failures in words.
+// Archive.h - archive objects with the manners of this program: progress, an end when a signal
+// comes, and failures in words.
 #pragma once
 
 #include <cstdint>
-#include <functional>
+#include <span>
 #include <string>
 
+#include "Console.h"
+#include "Contents.h"
 #include "ZorArchive.h"
 
 namespace kozor::program {
 
+// For what changes archives.
 class Archive : public ZorArchive {
  public:
+  // `totalBytes` of all files that will be added.
+  explicit Archive(std::uint64_t totalBytes = 0) : progress(totalBytes) {}
+
   // Passes on a success.  Otherwise throws Interrupted after a signal, and else Failure with the
   // cause; `name` is the archive as the user gave it.
   void Require(int succeeded, const std::string& name) const;
@@ -20,28 +26,35 @@ class Archive : public ZorArchive {
   int OnAbort(const ONABORTPARAM& param) override;
 
  private:
-  std::string currentName;  // the file or member that the run came to last
+  std::string currentName;  // the file that the run came to last
+  Progress progress;
 };
 
-// What the archive says of a member.
-struct Member {
-  std::string name;  // as the library gives it, with backslashes
-  std::uint32_t size;
-  std::uint16_t date;  // DOS date and time, local
-  std::uint16_t time;
-  std::uint8_t attribute;  // FILE_ATTRIBUTE_* bits
-};
+// For what brings members out, one by one.
+class MemberReader : public ZorArchive {
+ public:
+  // `path` is the library's, `shownName` the user's.
+  MemberReader(std::string path, std::string shownName, std::uint64_t totalBytes);
+  ~MemberReader() override;
+  MemberReader(const MemberReader&) = delete;
+  MemberReader& operator=(const MemberReader&) = delete;
 
-// Calls `visit` for every member that `mask` selects, in their order in the archive, and returns
-// how many there were.  Reads headers only.  `archive` is a library path, `name` what to call it.
-std::size_t ForEachMember(const std::string& archive, const std::string& name,
-                          const std::string& mask, const std::function<void(const Member&)>& visit);
+  // Unpacks a member into as many bytes as it has.  Throws FileFailure when that member alone can't
+  // be had; Failure or Interrupted when it's no use to go on.
+  void Unpack(const Member& member, std::span<unsigned char> target);
+
+ protected:
+  int OnAbort(const ONABORTPARAM& param) override;
+
+ private:
+  const std::string archive;
+  const std::string name;
+  Progress progress;
+  void* module;  // stays loaded between members, and with it what it knows of the archive
+};
 
 // A member's name as the library wants it, with '\' in place of '/'.
 std::string MemberName(std::string name);
-// A mask for members as the library wants it: a name, in which a folder ("docs/") stands for
-// everything below it.
-std::string MemberMask(std::string word);
 
 // Throws Failure unless `archive`, a library path, is an archive.
 void RequireArchive(const std::string& archive, const std::string& name);

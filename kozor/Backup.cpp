@@ -3,6 +3,7 @@
 #include <array>
 #include <charconv>
 #include <cstdio>
+#include <optional>
 #include <random>
 
 #include "Commands.h"
@@ -12,6 +13,7 @@
 #include "Selection.h"
 #include "VolumeReader.h"
 #include "Volumes.h"
+#include "WorkFolder.h"
 
 namespace kozor::program {
 
@@ -26,25 +28,23 @@ Stores files, uncompressed, in a backup set of one or more volumes.
 
 VOLUME is the path of every volume, each on a medium of its own: when one is full
 the program asks for the next.  With a # in its last part, which stands for the
-volume's number (set-#.vol), the program asks nothing.  Older volumes of these
-names are replaced, other files never.
+volume's number (set-#.vol), it doesn't ask.  A volume of an older set that is in
+the way is replaced if the user says so, or --force; any other file never.
 
 MASK-OR-PATH, BASE and --exclude are those of "kozor add"; here either all files
 or none must lie below BASE.
-
-Options:
-  -C BASE           take names from this directory on; the current one if absent
-  --exclude MASK    leave out files and folders of this name; may be repeated
-  --volume-size N   write N bytes on a volume at most; N may end in K, M or G
-  --id TEXT         identity of the set; one that no other set has if absent
-  --label TEXT      label of the set
-  --memo TEXT       memo of the set
-  --format N        version of the format: 101, or 100 for older programs
 )";
 
-constexpr Option kOptions[] = {{"-C", true},      {"--exclude", true}, {"--volume-size", true},
-                               {"--id", true},    {"--label", true},   {"--memo", true},
-                               {"--format", true}};
+constexpr std::array<Option, 8> kOptions = {{
+    {"-C", "BASE", "take names from this directory on; the current one if\nabsent"},
+    {"--exclude", "MASK", "leave out files and folders of this name; may be\nrepeated"},
+    {"--force", "", "replace volumes of other sets without a question"},
+    {"--volume-size", "N", "write N bytes on a volume at most; N may end in K, M\nor G"},
+    {"--id", "TEXT", "identity of the set; one that no other set has if absent"},
+    {"--label", "TEXT", "label of the set"},
+    {"--memo", "TEXT", "memo of the set"},
+    {"--format", "N", "version of the format: 101, or 100 for older programs"},
+}};
 
 // The identity and texts of a set.
 struct Areas {
@@ -55,8 +55,13 @@ struct Areas {
 
 class BackupVolumes : public Volumes {
  public:
-  BackupVolumes(const VolumeName& name, const Areas& setAreas, unsigned long maxVolumeBytes)
-      : Volumes(name), areas(setAreas), maxBytes(maxVolumeBytes) {
+  BackupVolumes(const VolumeName& name, const Areas& setAreas, unsigned long maxVolumeBytes,
+                std::uint64_t totalBytes, bool replacesOtherSets)
+      : Volumes(name, totalBytes),
+        areas(setAreas),
+        maxBytes(maxVolumeBytes),
+        mayReplace(replacesOtherSets) {
+    SetTitle(areas.label);
     const auto set = [this](auto setter, const std::string& text) {
       (this->*setter)(reinterpret_cast<const unsigned char*>(text.data()),
                       static_cast<int>(text.size()));
@@ -73,10 +78,14 @@ class BackupVolumes : public Volumes {
     return std::min(maxBytes, ZorMultiVolume::OnQueryDiskSpace(onOwnDrive.c_str()));
   }
 
-  // An older volume may be replaced, but neither another file nor a volume just written.
+  // A volume of another set may be replaced when the user says so, a volume just written never.
   std::string ObjectionTo(const ONABORTPARAM& param) override {
     const fs::path path = volumeName.Path(param.volume + 1);
     if (!Exists(path)) return "";
+    const FileState state = Inspect(path);
+    if (state.isDirectory || !state.problem.empty()) return kNoVolume;
+    // What a run leaves that is killed before its first write.
+    if (state.size == 0) return "";
     try {
       const VolumeHeader header = VolumeReader(path).Header();
       const bool ours =
@@ -84,15 +93,32 @@ class BackupVolumes : public Volumes {
       if (ours && header.number <= param.volume) {
         return "this is volume " + std::to_string(header.number) + " of the same set";
       }
-      return "";
+      if (ours || mayReplace || MayReplace(path, header)) return "";
+      return "volume " + std::to_string(header.number) + " of another set is in its place " +
+             "(--force replaces it)";
     } catch (const Failure&) {
-      return "a file that is no volume is in its place";
+      return kNoVolume;
     }
   }
 
  private:
+  static constexpr const char* kNoVolume = "a file that is no volume is in its place";
+
+  bool MayReplace(const fs::path& path, const VolumeHeader& header) {
+    if (!CanAsk()) return false;
+    std::string answer;
+    const std::string question = Visible(path.string()) + " is volume " +
+                                 std::to_string(header.number) + " of another set, labelled \"" +
+                                 Visible(header.label) +
+                                 "\".\nReplace it? [y]es, [n]o, [a]ll such volumes:";
+    if (!AskUser(question, answer) || answer.empty()) return false;
+    mayReplace = answer[0] == 'a';
+    return mayReplace || answer[0] == 'y';
+  }
+
   const Areas& areas;
   const unsigned long maxBytes;
+  bool mayReplace;
 };
 
 // Bytes of "--volume-size"; 4 GiB less one is what a volume can have.
@@ -137,21 +163,39 @@ Areas ReadAreas(const Arguments& arguments, int format) {
   return areas;
 }
 
-// One set is one selection of the library's.
-ZorFind SelectForSet(const SelectionRequest& request) {
-  const std::vector<FileGroup> groups = Select(request);
+// Names that differ in case alone can't be told to the library in one selection of several masks,
+// and a set is made of one selection.  A folder of links to the files takes one mask.
+class LinkTree {
+ public:
+  explicit LinkTree(const FileGroup& group) {
+    const fs::path root = folder.Path();
+    const fs::path base = HostPath(group.base);
+    for (const std::string& name : group.names) {
+      const fs::path relative = HostName(name);
+      fs::create_directories((root / relative).parent_path());
+      fs::create_symlink(base / relative, root / relative);
+    }
+  }
+
+  ZorFind Find() const {
+    ZorFind find;
+    find.SetCurrentDirectoryA(LibraryPath(folder.Path()).c_str());
+    find.AddTail("*.*");
+    return find;
+  }
+
+ private:
+  TemporaryFolder folder;
+};
+
+// One set is one group of files.
+FileGroup SelectForSet(const SelectionRequest& request) {
+  std::vector<FileGroup> groups = Select(request);
   if (groups.size() > 1) {
     throw Failure("some files lie below " + Visible(request.base.string()) +
                   " and some don't; choose a base directory above them all (-C)");
   }
-  const std::vector<ZorFind> finds = groups[0].Finds();
-  if (finds.size() > 1) {
-    const CString twin = finds[1].GetAt(finds[1].GetHeadPosition());
-    throw Failure(VisibleLibraryName(static_cast<const char*>(twin)) +
-                  ": another file's name differs in case alone; both can be stored only when one " +
-                  "directory or mask is given and nothing is left out");
-  }
-  return finds[0];
+  return std::move(groups[0]);
 }
 
 void Backup(const Arguments& arguments) {
@@ -160,14 +204,17 @@ void Backup(const Arguments& arguments) {
   const int format = ReadFormat(arguments.Value("--format", "101"));
   const Areas areas = ReadAreas(arguments, format);
   const unsigned long maxVolumeBytes = ReadSize(arguments.Value("--volume-size"));
-  const ZorFind find =
+  const FileGroup group =
       SelectForSet({.base = arguments.Value("-C", "."),
                     .words = arguments.OperandsFrom(1),
                     .excludes = arguments.Values("--exclude"),
                     .isOwnFile = [&](const fs::path& path) { return name.Means(path); }});
-  BackupVolumes volumes(name, areas, maxVolumeBytes);
+  std::vector<ZorFind> finds = group.Finds();
+  std::optional<LinkTree> links;
+  if (finds.size() > 1) finds[0] = links.emplace(group).Find();
+  BackupVolumes volumes(name, areas, maxVolumeBytes, group.bytes, arguments.Has("--force"));
   volumes.SetBackupVersion(format);
-  volumes.Require(volumes.Backup(find, nullptr));
+  volumes.Require(volumes.Backup(finds[0], nullptr));
 }
 
 }  // namespace

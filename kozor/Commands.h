@@ -1,5 +1,5 @@
 // Commands.h - what the program can do.  Each command has a source file of its own, with its help
-// text beside the code that keeps the promise.
+// beside the code that keeps the promise.
 #pragma once
 
 #include <span>
@@ -21,6 +21,7 @@ struct Command {
 extern const Command kAddCommand;
 extern const Command kExtractCommand;
 extern const Command kListCommand;
+extern const Command kTestCommand;
 extern const Command kPrintCommand;
 extern const Command kDeleteCommand;
 extern const Command kBackupCommand;

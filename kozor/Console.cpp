@@ -2,27 +2,51 @@
 #include "Console.h"
 
 #include <algorithm>
+#include <array>
 #include <chrono>
 #include <cmath>
-#include <cstdint>
 #include <cstdio>
 
+#include "Failure.h"
 #include "Host.h"
 
 namespace kozor::program {
 
 namespace {
 
-constexpr auto kRedrawInterval = std::chrono::milliseconds(100);
-constexpr int kBarWidth = 30;
+using Clock = std::chrono::steady_clock;
 
+constexpr auto kRedrawInterval = std::chrono::milliseconds(100);
+constexpr int kBarWidth = 24;
+
+Verbosity verbosity = Verbosity::Usual;
+ShowWhen showProgress = ShowWhen::Auto;
 int complaints = 0;
 bool barShown = false;
-std::chrono::steady_clock::time_point lastDrawn;
+Clock::time_point lastDrawn;
 
-void PrintLine(const std::string& text) {
+bool ProgressIsShown() {
+  static const bool kTerminal = ErrorsGoToTerminal();
+  if (showProgress == ShowWhen::Auto) return kTerminal && verbosity != Verbosity::Quiet;
+  return showProgress == ShowWhen::Always;
+}
+
+void PrintOnErrors(const std::string& text) {
   HideProgress();
   std::fprintf(stderr, "kozor: %s\n", text.c_str());
+}
+
+// "1:02:03", or "2:03" below an hour.
+std::string DurationText(double seconds) {
+  const auto whole = static_cast<long>(std::min(seconds, 359'999.0));
+  std::array<char, 32> text{};
+  if (whole >= 3600) {
+    std::snprintf(text.data(), text.size(), "%ld:%02ld:%02ld", whole / 3600, whole / 60 % 60,
+                  whole % 60);
+  } else {
+    std::snprintf(text.data(), text.size(), "%ld:%02ld", whole / 60, whole % 60);
+  }
+  return text.data();
 }
 
 // Length in bytes of the UTF-8 character at the start of `text` if it may be shown as it is, else
@@ -58,9 +82,17 @@ std::string LastPart(const std::string& name, std::size_t width) {
 
 }  // namespace
 
+void SetVerbosity(Verbosity wanted) {
+  verbosity = wanted;
+}
+
+void SetProgress(ShowWhen when) {
+  showProgress = when;
+}
+
 void Complain(const std::string& text) {
   ++complaints;
-  PrintLine(text);
+  PrintOnErrors(text);
 }
 
 int Complaints() {
@@ -68,21 +100,50 @@ int Complaints() {
 }
 
 void Remark(const std::string& text) {
-  PrintLine(text);
+  if (verbosity != Verbosity::Quiet) PrintOnErrors(text);
 }
 
-void ShowProgress(double done, double total, std::string_view name) {
-  static const bool kTerminal = ErrorsGoToTerminal();
-  if (!kTerminal) return;
-  const auto now = std::chrono::steady_clock::now();
+void Mention(const std::string& text) {
+  if (verbosity != Verbosity::Verbose) return;
+  HideProgress();
+  std::fprintf(stderr, "%s\n", text.c_str());
+}
+
+void Progress::Running(std::uint64_t bytes, std::string_view libraryName) {
+  if (!ProgressIsShown()) return;
+  const auto now = Clock::now();
   if (now - lastDrawn < kRedrawInterval) return;
   lastDrawn = now;
-  const double share = total > 0 ? std::clamp(done / total, 0.0, 1.0) : 0;
-  const auto filled = static_cast<std::size_t>(std::lround(share * kBarWidth));
-  const std::string bar = std::string(filled, '#') + std::string(kBarWidth - filled, '.');
-  const std::size_t nameWidth = static_cast<std::size_t>(std::max(TerminalWidth(), 50)) - 40;
-  std::fprintf(stderr, "\r[%s] %3.0f%% %s\033[K", bar.c_str(), share * 100,
-               LastPart(VisibleLibraryName(name), nameWidth).c_str());
+  Draw(finished + bytes, libraryName);
+}
+
+void Progress::FileEnds(std::uint64_t bytes) {
+  finished += bytes;
+}
+
+void Progress::Draw(std::uint64_t done, std::string_view libraryName) {
+  static const Clock::time_point kStart = Clock::now();
+  shown = std::max(shown, done);
+  const double seconds = std::chrono::duration<double>(Clock::now() - kStart).count();
+  const double rate = seconds > 0 ? static_cast<double>(shown) / seconds : 0;
+  std::string line = SizeText(shown);
+  if (total > 0) {
+    const double share = std::min(1.0, static_cast<double>(shown) / static_cast<double>(total));
+    const auto filled = static_cast<std::size_t>(std::lround(share * kBarWidth));
+    std::array<char, 16> percent{};
+    std::snprintf(percent.data(), percent.size(), "] %3.0f%%", std::floor(share * 100));
+    line = '[' + std::string(filled, '#') + std::string(kBarWidth - filled, '.') + percent.data();
+  }
+  if (seconds > 1 && rate > 0) {
+    line += "  " + SizeText(static_cast<std::uint64_t>(rate)) + "/s";
+    if (total > shown) line += "  " + DurationText(static_cast<double>(total - shown) / rate);
+  }
+  line += "  ";
+  const std::string name =
+      (title.empty() ? "" : Visible(title) + ": ") + VisibleLibraryName(libraryName);
+  const auto width = static_cast<std::size_t>(std::max(TerminalWidth(), 60));
+  std::fprintf(stderr, "\r%s%s\033[K", line.c_str(),
+               LastPart(name, width - std::min(width - 10, line.size() + 1)).c_str());
   std::fflush(stderr);
   barShown = true;
 }
@@ -114,6 +175,67 @@ std::string VisibleLibraryName(std::string_view name) {
   std::string text(name);
   std::replace(text.begin(), text.end(), '\\', '/');
   return Visible(text);
+}
+
+std::string SizeText(std::uint64_t bytes) {
+  if (bytes < 1024) return std::to_string(bytes) + " B";
+  auto size = static_cast<double>(bytes);
+  std::size_t unit = 0;
+  constexpr std::array<const char*, 5> kUnits = {"B", "KiB", "MiB", "GiB", "TiB"};
+  while (size >= 1000 && unit + 1 < kUnits.size()) {
+    size /= 1024;
+    ++unit;
+  }
+  std::array<char, 32> text{};
+  std::snprintf(text.data(), text.size(), "%.1f %s", size, kUnits[unit]);
+  return text.data();
+}
+
+void WriteStandardOutput(const unsigned char* data, std::size_t size) {
+  if (std::fwrite(data, 1, size, stdout) != size) throw Failure("standard output: can't write");
+}
+
+void PrintText(const std::string& text) {
+  WriteStandardOutput(reinterpret_cast<const unsigned char*>(text.data()), text.size());
+}
+
+void PrintLine(const std::string& line) {
+  PrintText(line + '\n');
+}
+
+void FinishStandardOutput() {
+  if (std::fflush(stdout) != 0) throw Failure("standard output: can't write");
+}
+
+std::vector<unsigned char> ReadStandardInput() {
+  constexpr std::size_t kBlockBytes = 1 << 16;
+  constexpr std::size_t kMaxBytes = 0xFFFFFFFF;
+  const InterruptibleInput interruptible;
+  std::vector<unsigned char> data;
+  std::array<unsigned char, kBlockBytes> block{};
+  while (const std::size_t got = std::fread(block.data(), 1, block.size(), stdin)) {
+    data.insert(data.end(), block.begin(), block.begin() + static_cast<std::ptrdiff_t>(got));
+    if (data.size() > kMaxBytes) throw Failure("standard input: more than 4 GiB can't be stored");
+  }
+  StopIfAsked();
+  if (std::ferror(stdin)) throw Failure("standard input: can't read");
+  return data;
+}
+
+bool CanAsk() {
+  return InputIsTerminal() && ErrorsGoToTerminal();
+}
+
+bool AskUser(const std::string& question, std::string& answer) {
+  HideProgress();
+  std::fprintf(stderr, "%s ", question.c_str());
+  std::fflush(stderr);
+  const InterruptibleInput interruptible;
+  std::array<char, 4096> line{};
+  if (std::fgets(line.data(), line.size(), stdin) == nullptr) return false;
+  answer = line.data();
+  while (!answer.empty() && (answer.back() == '\n' || answer.back() == '\r')) answer.pop_back();
+  return true;
 }
 
 }  // namespace kozor::program

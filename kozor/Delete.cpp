@@ -2,6 +2,7 @@
 #include "Archive.h"
 #include "Commands.h"
 #include "Console.h"
+#include "Contents.h"
 #include "Failure.h"
 #include "Host.h"
 
@@ -19,27 +20,48 @@ MASK means nothing, nothing is deleted.  An archive that has lost its last membe
 is removed.
 )";
 
+// What the archiver is told: a mask as it is, a member's own name, or everything below a folder,
+// and then the folder.
+std::vector<std::string> MasksFor(const std::string& word,
+                                  const std::vector<const Member*>& meant) {
+  std::string name = MemberName(word);
+  if (HasWildcards(word)) return {name};
+  if (name.ends_with('\\')) name.pop_back();
+  std::vector<std::string> masks;
+  bool hasFilesBelow = false;
+  for (const Member* member : meant) {
+    const std::size_t separator = member->kind == MemberKind::Folder ? 1 : 0;
+    const bool isMeantItself = member->name.size() == name.size() + separator;
+    if (isMeantItself) masks.push_back(member->name);
+    hasFilesBelow = hasFilesBelow || (!isMeantItself && member->kind == MemberKind::File);
+  }
+  if (hasFilesBelow) masks.insert(masks.begin(), name + "\\*.*");
+  return masks;
+}
+
 void Delete(const Arguments& arguments) {
   const std::string& name = arguments.Operand(0, "the archive");
   arguments.Operand(1, "what to delete");
   const std::string path = LibraryPath(name);
-  RequireArchive(path, name);
-  const std::vector<std::string> words = arguments.OperandsFrom(1);
-  for (const std::string& word : words) {
-    if (ForEachMember(path, name, MemberMask(word), [](const Member&) {}) == 0) {
+  std::vector<std::string> masks;
+  const std::vector<Member> members = ReadMembers(path, name);
+  for (const std::string& word : arguments.OperandsFrom(1)) {
+    const std::vector<const Member*> meant = Meant(members, word);
+    if (meant.empty()) {
       throw Failure(Visible(word) + ": no such member in " + Visible(name) +
                     "; nothing was deleted");
     }
+    for (std::string& mask : MasksFor(word, meant)) masks.push_back(std::move(mask));
   }
   // One mask at a time: of several the library would drop names that differ in case alone.  What an
   // earlier mask has deleted already, the archive itself perhaps, isn't missing.
   Archive archive;
-  for (std::size_t i = 0; i < words.size() && Exists(HostPath(path)); ++i) {
+  for (std::size_t i = 0; i < masks.size() && Exists(HostPath(path)); ++i) {
     ZorFind find;
-    find.AddTail(MemberMask(words[i]).c_str());
+    find.AddTail(masks[i].c_str());
     const int deleted = archive.Delete(find, path.c_str());
     if (i > 0 && !deleted && archive.GetError() == ZorErrorEngine800F) continue;
-    archive.Require(deleted, name + ": " + words[i]);
+    archive.Require(deleted, name + ": " + masks[i]);
   }
 }
 

@@ -1,128 +1,125 @@
 // Extract.cpp - kozor extract: members out of an archive into files.
-#include <filesystem>
-#include <optional>
-#include <unordered_set>
-
 #include "Archive.h"
 #include "Commands.h"
 #include "Console.h"
-#include "Errors.h"
+#include "Delivery.h"
 #include "Failure.h"
 #include "Host.h"
-#include "Mask.h"
-#include "TargetGuard.h"
+#include "ZorFileServices.h"
 
 namespace kozor::program {
-
-namespace fs = std::filesystem;
 
 namespace {
 
 constexpr std::string_view kHelp =
     R"(Usage: kozor extract [OPTION...] ARCHIVE [-d DIRECTORY] [MASK...]
 
-Brings members of an LZH archive out into files; existing files are replaced.
+Brings members of an LZH archive out into files.
 
 Without a MASK everything is extracted.  A MASK is a member's name, a folder, or
 a name with * and ? in its last part, which is looked for in all folders below.
 
-A member whose name leads out of DIRECTORY (it begins at the root, or passes
-through a link in DIRECTORY that leads elsewhere) is refused.  Damaged members
-are named and the others extracted.  The exit code is 1 in both cases.
-
-Options:
-  -d DIRECTORY      extract below this directory; the current one if absent
-  --exclude MASK    leave out members and folders of this name; may be repeated
-  --allow-outside   extract members that lead out of DIRECTORY, too
 )";
 
-constexpr Option kOptions[] = {{"-d", true}, {"--exclude", true}, {"--allow-outside", false}};
-
-// So many bad members, and the rest isn't worth the time.
-constexpr int kMaxBadMembers = 100;
-
-class Extraction : public Archive {
+class Extraction {
  public:
-  Extraction(const fs::path& destination, const MaskList& leaveOut, bool allowOutside)
-      : excludes(leaveOut) {
-    if (!allowOutside) guard.emplace(destination);
-  }
+  Extraction(Delivery& target, MemberReader& source) : delivery(target), reader(source) {}
 
-  // Extracts what one mask selects.  Returns whether it selected anything.
-  bool Run(const std::string& archive, const std::string& name, const std::string& destination,
-           const std::string& mask) {
-    selectedAny = false;
-    while (!Extract(archive.c_str(), destination.c_str(), mask.c_str())) {
-      if (!selectedAny && GetError() == ZorErrorCanceled && StopSignal() == 0) return false;
-      const bool othersMayWork = !unfinished.empty() && ConcernsOneFile(GetError());
-      if (StopSignal() != 0 || !othersMayWork) RemoveUnfinished();
-      if (StopSignal() != 0 || !othersMayWork || ++badMembers > kMaxBadMembers) Require(0, name);
-      Complain(VisibleLibraryName(unfinishedName) + ": " + std::string(ErrorText(GetError())));
-      done.insert(unfinishedName);
-      unfinished.clear();
+  // Names what can't be brought out.
+  void Run(const std::vector<const Member*>& members) {
+    for (const Member* member : members) {
+      StopIfAsked();
+      try {
+        Extract(*member);
+      } catch (const FileFailure& failure) {
+        Complain(VisibleLibraryName(member->name) + ": " + failure.what());
+      }
     }
-    return true;
-  }
-
- protected:
-  // A member that an earlier mask has brought out, or that has failed, isn't tried again.
-  CString OnMakeFileName(const char* directory, const char* name) override {
-    unfinishedName = name;
-    if (excludes.Means(name) || done.contains(name)) return "";
-    const std::string refusal = guard ? guard->Refusal(name) : "";
-    if (refusal.empty()) return ZorArchive::OnMakeFileName(directory, name);
-    Complain(VisibleLibraryName(name) + ": refused: " + Visible(refusal));
-    done.insert(name);
-    return "";
-  }
-
-  int OnAbort(const ONABORTPARAM& param) override {
-    selectedAny = selectedAny || param.phase != PhaseEnd;
-    if (param.phase == PhaseFileBegin) unfinished = param.fileName;
-    if (param.phase == PhaseFileEnd && !unfinished.empty()) {
-      unfinished.clear();
-      done.insert(unfinishedName);
-    }
-    return Archive::OnAbort(param);
+    Finish();
   }
 
  private:
-  // Where a run breaks off, the file in hand holds the beginning of its member at best.
-  void RemoveUnfinished() const {
-    std::error_code ignored;
-    if (!unfinished.empty()) fs::remove(HostPath(unfinished), ignored);
+  void Extract(const Member& member) {
+    switch (member.kind) {
+      case MemberKind::File:
+        return ExtractFile(member);
+      case MemberKind::Folder:
+        delivery.MakeFolder(member.name);
+        folders.push_back(&member);
+        return;
+      case MemberKind::Link:
+        links.push_back(&member);
+        return;
+      case MemberKind::Nameless:
+        throw FileFailure("a member without a usable name, not extracted");
+    }
   }
 
-  const MaskList& excludes;
-  std::optional<TargetGuard> guard;
-  std::unordered_set<std::string> done;  // names of members, without a root
-  std::string unfinishedName;
-  std::string unfinished;  // target path of the member in hand, empty between members
-  bool selectedAny = false;
-  int badMembers = 0;
+  void ExtractFile(const Member& member) {
+    const Item item = {member.name, member.size, member.Seconds()};
+    if (!delivery.Wants(item)) return;
+    const std::string workName = std::to_string(++made);
+    WorkFolder& work = delivery.Work();
+    try {
+      MappedFile file(work, workName, member.size);
+      reader.Unpack(member, file.Contents());
+      file.Finish(member.unixMode & kPermissions, member.lastWrite);
+      SetAttribute(work.LibraryPathOf(workName), member.attribute);
+      delivery.Deliver(item, workName);
+    } catch (...) {
+      work.Remove(workName);
+      throw;
+    }
+    work.Remove(workName);
+    Mention(VisibleLibraryName(member.name));
+  }
+
+  // A usual attribute is what a file has without one being set.
+  static void SetAttribute(const std::string& path, std::uint8_t attribute) {
+    if (attribute != FILE_ATTRIBUTE_ARCHIVE) ZorSetFileAttribute(path.c_str(), attribute);
+  }
+
+  // Links come last, so that no file of the archive goes through one; folders get their times and
+  // modes after everything in them is there.
+  void Finish() {
+    for (const Member* link : links) {
+      try {
+        delivery.MakeLink({link->name, 0, link->Seconds()}, link->linkTarget, link->lastWrite);
+      } catch (const FileFailure& failure) {
+        Complain(VisibleLibraryName(link->name) + ": " + failure.what());
+      }
+    }
+    for (auto folder = folders.rbegin(); folder != folders.rend(); ++folder) {
+      delivery.FinishFolder((*folder)->name, (*folder)->unixMode & kPermissions,
+                            (*folder)->lastWrite);
+    }
+  }
+
+  // Set-uid, set-gid and sticky bits never come out of an archive.
+  static constexpr unsigned int kPermissions = 0777;
+
+  Delivery& delivery;
+  MemberReader& reader;
+  std::vector<const Member*> folders;
+  std::vector<const Member*> links;
+  std::uint64_t made = 0;
 };
 
 void Extract(const Arguments& arguments) {
   const std::string& name = arguments.Operand(0, "the archive");
+  const DeliveryRules rules = ReadDeliveryRules(arguments);
   const std::string archive = LibraryPath(name);
-  RequireArchive(archive, name);
-  const fs::path directory = AbsolutePath(arguments.Value("-d", "."));
-  std::vector<std::string> words = arguments.OperandsFrom(1);
-  if (words.empty()) words = {"*.*"};
-  const MaskList excludes(arguments.Values("--exclude"));
-  Extraction extraction(directory, excludes, arguments.Has("--allow-outside"));
-  const std::string destination = LibraryPath(directory);
-  for (const std::string& word : words) {
-    const bool found =
-        extraction.Run(archive, name, destination, MemberMask(word)) ||
-        (!HasWildcards(word) && extraction.Run(archive, name, destination, MemberMask(word + "/")));
-    if (!found) Complain(Visible(word) + ": no such member in " + Visible(name));
-  }
+  const std::vector<Member> all = ReadMembers(archive, name);
+  const std::vector<const Member*> members =
+      Choose(all, arguments.OperandsFrom(1), MaskList(arguments.Values("--exclude")), name);
+  Delivery delivery(AbsolutePath(arguments.Value("-d", ".")), rules);
+  MemberReader reader(archive, name, TotalBytes(members));
+  Extraction(delivery, reader).Run(members);
 }
 
 }  // namespace
 
 const Command kExtractCommand = {"extract", "bring members of an archive out into files", kHelp,
-                                 kOptions, Extract};
+                                 kDeliveryOptions, Extract};
 
 }  // namespace kozor::program

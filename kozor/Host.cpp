@@ -1,14 +1,18 @@
 // Host.cpp - see Host.h.  This is the POSIX side.
 #include "Host.h"
 
+#include <dirent.h>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cerrno>
 #include <csignal>
 
 #include "Failure.h"
 #include "platform/classlib/ClassLib.h"
+#include "platform/text/CodePage.h"
 #include "platform/win32/PosixAdmin.h"
 
 namespace kozor::program {
@@ -17,7 +21,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr unsigned int kUtf8 = 65001;
 constexpr const char* kOwnDrive = "V:";
 constexpr int kStopSignals[] = {SIGINT, SIGTERM, SIGHUP};
 
@@ -47,6 +50,32 @@ bool SameDevice(const fs::path& a, const fs::path& b) {
          first.st_dev == second.st_dev;
 }
 
+// False when the bytes aren't text of the code page.
+bool ToUtf8(unsigned int codePage, std::string_view bytes, std::string& utf8) {
+  utf8.clear();
+  const text::CodePage& page = *text::FindCodePage(codePage);
+  while (!bytes.empty()) {
+    const text::Decoded decoded = page.decode(bytes);
+    if (decoded.character == text::kNoCharacter) return false;
+    text::AppendUtf8(utf8, decoded.character);
+    bytes.remove_prefix(decoded.bytes);
+  }
+  return true;
+}
+
+// Why the entries of a directory can't be read; empty when they can.
+std::string ReadingProblem(const fs::path& path) {
+  DIR* const directory = opendir(path.c_str());
+  errno = directory == nullptr ? errno : 0;
+  if (directory != nullptr) {
+    readdir(directory);
+    const int error = errno;
+    closedir(directory);
+    errno = error;
+  }
+  return errno == 0 ? "" : "the folder can't be read: " + SystemErrorText(errno);
+}
+
 // `path` is complete and goes through no link.
 fs::path MountPointOf(fs::path path) {
   while (!fs::exists(path)) path = path.parent_path();
@@ -59,9 +88,11 @@ fs::path MountPointOf(fs::path path) {
 }  // namespace
 
 void SetUpHost() {
-  KzSetActiveCodePage(kUtf8);
+  KzSetActiveCodePage(text::kUtf8);
   KzSetCaseSensitive(1);
   CatchSignals(SA_RESTART);
+  // A file that gets too large for a limit is an error of the call that writes it.
+  std::signal(SIGXFSZ, SIG_IGN);
 }
 
 int StopSignal() {
@@ -81,12 +112,26 @@ std::string LibraryPath(const fs::path& path) {
   return libraryPath;
 }
 
+bool CanBeExpressed(const fs::path& path) {
+  std::string ignored;
+  return KzHostToLibraryPath(path.c_str(), ignored) != 0;
+}
+
 fs::path HostPath(const std::string& libraryPath) {
   std::string path;
   if (!KzLibraryToHostPath(libraryPath.c_str(), path)) {
     throw Failure(libraryPath + ": not a path of this machine");
   }
   return path;
+}
+
+std::string HostName(const std::string& libraryName) {
+  std::string name;
+  if (!ToUtf8(text::kUtf8, libraryName, name) && !ToUtf8(text::kCodePage932, libraryName, name)) {
+    throw FileFailure("refused: its name is in no known code");
+  }
+  std::replace(name.begin(), name.end(), '\\', '/');
+  return name;
 }
 
 fs::path AbsolutePath(const fs::path& path) {
@@ -122,6 +167,8 @@ FileState Inspect(const fs::path& path) {
     state.problem = "neither a file nor a directory";
   } else if (access(path.c_str(), state.isDirectory ? R_OK | X_OK : R_OK) != 0) {
     state.problem = "no permission to read it";
+  } else if (state.isDirectory) {
+    state.problem = ReadingProblem(path);
   }
   return state;
 }

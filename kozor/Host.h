@@ -20,8 +20,13 @@ void StopIfAsked();
 // The library's name of a host path, complete from the drive on ("C:\home\me\a.txt").  Throws
 // Failure when the path holds a name that the library can't express.
 std::string LibraryPath(const std::filesystem::path& path);
+// Whether it has one.
+bool CanBeExpressed(const std::filesystem::path& path);
 // The way back.  Throws Failure for what isn't on a mapped drive.
 std::filesystem::path HostPath(const std::string& libraryPath);
+// A relative library name as the host writes it.  Bytes that aren't UTF-8 are taken for code page
+// 932, which older programs wrote.
+std::string HostName(const std::string& libraryName);
 
 // `path` from the root on, without "." and "..".  What ".." means is asked of the file system;
 // links elsewhere in the path are left as they are.

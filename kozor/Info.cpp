@@ -1,13 +1,11 @@
 // Info.cpp - kozor info: what a volume of a backup set says of itself.
 #include <array>
-#include <ctime>
 
 #include "Commands.h"
 #include "Console.h"
-#include "EntryLine.h"
 #include "Failure.h"
 #include "Host.h"
-#include "StandardStreams.h"
+#include "Listing.h"
 #include "VolumeReader.h"
 #include "Volumes.h"
 
@@ -29,13 +27,6 @@ the volumes before it tell.  They are read, too, if they have the same name but
 for their number.
 )";
 
-std::string TimeText(std::int32_t seconds) {
-  const std::time_t time = seconds;
-  std::array<char, 32> text{};
-  std::strftime(text.data(), text.size(), "%Y-%m-%d %H:%M:%S", std::localtime(&time));
-  return text.data();
-}
-
 bool SameSet(const VolumeHeader& a, const VolumeHeader& b) {
   return a.id == b.id && a.label == b.label && a.memo == b.memo;
 }
@@ -56,7 +47,8 @@ std::int64_t PrintRecords(VolumeReader& volume, std::int64_t recordsLeft) {
   while (count < recordsLeft) {
     const std::optional<VolumeRecord> record = volume.Next();
     if (!record) break;
-    PrintLine(EntryLine(record->size, TimeText(record->time), record->attribute, record->name));
+    PrintLine(EntryLine(std::to_string(record->size), TimeText(record->time), record->attribute,
+                        VisibleLibraryName(record->name)));
     ++count;
   }
   return count;

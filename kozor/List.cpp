@@ -1,81 +1,141 @@
 // List.cpp - kozor list: what an archive holds.
 #include <array>
 #include <cstdio>
-#include <unordered_set>
+#include <nlohmann/json.hpp>
 
-#include "Archive.h"
 #include "Commands.h"
 #include "Console.h"
-#include "EntryLine.h"
+#include "Contents.h"
 #include "Host.h"
-#include "Mask.h"
-#include "StandardStreams.h"
+#include "Listing.h"
 
 namespace kozor::program {
 
 namespace {
 
 constexpr std::string_view kHelp =
-    R"(Usage: kozor list ARCHIVE [MASK...]
+    R"(Usage: kozor list [OPTION...] ARCHIVE [MASK...]
 
 Lists the members of an LZH archive: size in bytes, last change, attributes
 (r read-only, h hidden, s system, a archive), and name.  Control characters in
-names appear as \xNN.  A MASK selects as in "kozor extract".
+names appear as \xNN.  A folder's name ends in a slash; a link's is followed by
+where it leads.  A MASK selects as in "kozor extract".
 )";
 
-// "2026-02-03 04:05:06", and hyphens for a month or day that doesn't exist.
-std::string TimeText(unsigned int date, unsigned int time) {
-  const unsigned int day = date & 31U;
-  const unsigned int month = date >> 5U & 15U;
-  if (day == 0 || month == 0 || month > 12) return "-------------------";
-  constexpr unsigned int kFirstYear = 1980;
-  std::array<char, 40> text{};
-  std::snprintf(text.data(), text.size(), "%04u-%02u-%02u %02u:%02u:%02u",
-                kFirstYear + (date >> 9U), month, day, time >> 11U, time >> 5U & 63U,
-                (time & 31U) * 2);
-  return text.data();
+constexpr std::array<Option, 5> kOptions = {{
+    {"-l,--long", "", "show method, header level, packed size, ratio and\nchecksum as well"},
+    {"--json", "", "print one JSON object with everything that is known"},
+    {"--names", "", "print nothing but names, one on a line"},
+    {"--null", "", "end each name of --names by a zero byte"},
+    {"--exclude", "MASK", "leave out members and folders of this name; may be\nrepeated"},
+}};
+
+std::string HostStyle(std::string name) {
+  for (char& c : name) {
+    if (c == '\\') c = '/';
+  }
+  return name;
 }
 
-class Listing {
- public:
-  // Prints a member, but for one that an earlier mask has selected as well.
-  void Add(const Member& member) {
-    if (!seen.insert(member.name).second) return;
-    bytes += member.size;
-    PrintLine(
-        EntryLine(member.size, TimeText(member.date, member.time), member.attribute, member.name));
-  }
+std::string ShownName(const Member& member) {
+  if (member.kind == MemberKind::Nameless) return "(no name)";
+  const std::string name = VisibleLibraryName(member.name);
+  return member.kind == MemberKind::Link ? name + " -> " + Visible(member.linkTarget) : name;
+}
 
-  void PrintTotal() const {
-    PrintLine(std::to_string(bytes) + " bytes in " + std::to_string(seen.size()) +
-              (seen.size() == 1 ? " file" : " files"));
-  }
+std::string SizeColumn(const Member& member) {
+  return member.kind == MemberKind::File ? std::to_string(member.size) : "-";
+}
 
- private:
-  std::unordered_set<std::string> seen;
+std::string LongLine(const Member& member) {
+  std::array<char, 96> text{};
+  const double ratio = member.size == 0 ? 100.0
+                                        : 100.0 * static_cast<double>(member.packedBytes) /
+                                              static_cast<double>(member.size);
+  std::snprintf(text.data(), text.size(), "%s %d %10llu %6.1f%%  ", member.method.c_str(),
+                member.level, static_cast<unsigned long long>(member.packedBytes), ratio);
+  std::string line = text.data();
+  if (member.crc && member.kind == MemberKind::File) {
+    std::snprintf(text.data(), text.size(), "%04x", *member.crc);
+    line += text.data();
+  } else {
+    line += "----";
+  }
+  if (member.unixMode != 0) {
+    std::snprintf(text.data(), text.size(), "  %06o", member.unixMode);
+    line += text.data();
+  } else {
+    line += "       -";
+  }
+  return line + EntryLine(SizeColumn(member), TimeText(member.Seconds()), member.attribute,
+                          ShownName(member));
+}
+
+nlohmann::ordered_json Json(const Member& member) {
+  static constexpr std::array<const char*, 4> kKinds = {"file", "folder", "link", "nameless"};
+  nlohmann::ordered_json json;
+  json["name"] = HostStyle(member.name);
+  json["kind"] = kKinds.at(static_cast<std::size_t>(member.kind));
+  if (member.kind == MemberKind::Link) json["target"] = member.linkTarget;
+  json["size"] = member.size;
+  json["packedSize"] = member.packedBytes;
+  json["method"] = member.method;
+  json["level"] = member.level;
+  if (member.crc) json["crc16"] = *member.crc;
+  json["modified"] = member.Seconds();
+  json["attributes"] = AttributeText(member.attribute);
+  if (member.unixMode != 0) json["mode"] = member.unixMode;
+  return json;
+}
+
+std::string Counted(std::size_t count, const char* what) {
+  return std::to_string(count) + ' ' + what + (count == 1 ? "" : "s");
+}
+
+void PrintTotal(const std::vector<const Member*>& members) {
   std::uint64_t bytes = 0;
-};
+  std::array<std::size_t, 4> counts{};
+  for (const Member* member : members) {
+    bytes += member->size;
+    ++counts.at(static_cast<std::size_t>(member->kind));
+  }
+  const auto [files, folders, links, nameless] = counts;
+  std::string line = std::to_string(bytes) + " bytes in " + Counted(files, "file");
+  if (folders > 0) line += ", " + Counted(folders, "folder");
+  if (links > 0) line += ", " + Counted(links, "link");
+  if (nameless > 0) line += ", " + std::to_string(nameless) + " without a name";
+  PrintLine(line);
+}
 
 void List(const Arguments& arguments) {
   const std::string& name = arguments.Operand(0, "the archive");
-  const std::string archive = LibraryPath(name);
-  RequireArchive(archive, name);
-  std::vector<std::string> words = arguments.OperandsFrom(1);
-  if (words.empty()) words = {"*.*"};
-  Listing listing;
-  const auto print = [&](const Member& member) { listing.Add(member); };
-  for (const std::string& word : words) {
-    std::size_t found = ForEachMember(archive, name, MemberMask(word), print);
-    if (found == 0 && !HasWildcards(word)) {
-      found = ForEachMember(archive, name, MemberMask(word + "/"), print);
-    }
-    if (found == 0) Complain(Visible(word) + ": no such member in " + Visible(name));
+  arguments.Exclude("--json", {"--names", "--long"});
+  arguments.Exclude("--names", {"--long"});
+  const std::vector<Member> all = ReadMembers(LibraryPath(name), name);
+  const std::vector<const Member*> members =
+      Choose(all, arguments.OperandsFrom(1), MaskList(arguments.Values("--exclude")), name);
+  if (arguments.Has("--json")) {
+    nlohmann::ordered_json json;
+    json["archive"] = name;
+    json["members"] = nlohmann::ordered_json::array();
+    for (const Member* member : members) json["members"].push_back(Json(*member));
+    return PrintLine(json.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace));
   }
-  listing.PrintTotal();
+  for (const Member* member : members) {
+    if (arguments.Has("--names")) {
+      PrintText(HostStyle(member->name) + (arguments.Has("--null") ? '\0' : '\n'));
+    } else if (arguments.Has("--long")) {
+      PrintLine(LongLine(*member));
+    } else {
+      PrintLine(EntryLine(SizeColumn(*member), TimeText(member->Seconds()), member->attribute,
+                          ShownName(*member)));
+    }
+  }
+  if (!arguments.Has("--names")) PrintTotal(members);
 }
 
 }  // namespace
 
-const Command kListCommand = {"list", "list the members of an archive", kHelp, {}, List};
+const Command kListCommand = {"list", "list the members of an archive", kHelp, kOptions, List};
 
 }  // namespace kozor::program

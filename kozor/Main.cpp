@@ -3,7 +3,7 @@
 // Exit codes: 0 everything done, 1 something failed or was left out, 2 the command line makes no
 // sense, 128 + n a signal n ended the run (130 for Ctrl-C).
 #include <algorithm>
-#include <cstdio>
+#include <array>
 #include <exception>
 #include <new>
 
@@ -11,7 +11,6 @@
 #include "Console.h"
 #include "Failure.h"
 #include "Host.h"
-#include "StandardStreams.h"
 
 namespace kozor::program {
 
@@ -36,9 +35,9 @@ Exit codes: 0 everything done, 1 something failed or was left out, 2 the command
 line makes no sense, 130 stopped by Ctrl-C.
 )";
 
-const Command* const kCommands[] = {&kAddCommand,     &kExtractCommand, &kListCommand,
-                                    &kPrintCommand,   &kDeleteCommand,  &kBackupCommand,
-                                    &kRestoreCommand, &kInfoCommand};
+constexpr std::array kCommands = {&kAddCommand,    &kExtractCommand, &kListCommand,
+                                  &kTestCommand,   &kPrintCommand,   &kDeleteCommand,
+                                  &kBackupCommand, &kRestoreCommand, &kInfoCommand};
 
 void PrintHelp() {
   std::string text(kHelp);
@@ -47,24 +46,43 @@ void PrintHelp() {
     name.resize(10, ' ');
     text += "  " + name + std::string(command->purpose) + "\n";
   }
+  text += "\nOptions of every command:\n" + OptionsHelp(kCommonOptions);
   text += kHelpEnd;
   PrintText(text);
+}
+
+void PrintHelp(const Command& command) {
+  std::string text(command.help);
+  if (!command.options.empty()) text += "\nOptions:\n" + OptionsHelp(command.options);
+  PrintText(text + "\nOptions of every command:\n" + OptionsHelp(kCommonOptions));
 }
 
 const Command& FindCommand(const std::string& name) {
   const auto* const found =
       std::find_if(std::begin(kCommands), std::end(kCommands),
                    [&](const Command* command) { return command->name == name; });
-  if (found == std::end(kCommands)) throw UsageError("unknown command " + Visible(name));
-  return **found;
+  if (found != std::end(kCommands)) return **found;
+  std::array<std::string_view, kCommands.size()> names;
+  std::transform(kCommands.begin(), kCommands.end(), names.begin(),
+                 [](const Command* command) { return command->name; });
+  throw UsageError("unknown command " + Visible(name) + Suggestion(name, names));
 }
 
-bool AsksForHelp(const std::vector<std::string>& words) {
-  const auto end = std::find(words.begin(), words.end(), "--");
-  return std::find_if(words.begin(), end, [](const std::string& word) {
-           return word == "--help" || word == "-h";
-         }) != end;
+void SetUpConsole(const Arguments& arguments) {
+  arguments.Exclude("--quiet", {"--verbose"});
+  if (arguments.Has("--quiet")) SetVerbosity(Verbosity::Quiet);
+  if (arguments.Has("--verbose")) SetVerbosity(Verbosity::Verbose);
+  const std::string when = arguments.Value("--progress", "auto");
+  if (when != "auto" && when != "always" && when != "never") {
+    throw UsageError("--progress: auto, always or never, not " + Visible(when));
+  }
+  SetProgress(when == "auto"     ? ShowWhen::Auto
+              : when == "always" ? ShowWhen::Always
+                                 : ShowWhen::Never);
 }
+
+// The command whose help is the best help after a usage error.
+const Command* current = nullptr;
 
 void Run(std::vector<std::string> words) {
   if (words.empty()) throw UsageError("no command given");
@@ -72,20 +90,31 @@ void Run(std::vector<std::string> words) {
   words.erase(words.begin());
   if (name == "--version") return PrintLine("kozor " KOZOR_VERSION);
   if (name == "--help" || name == "-h" || (name == "help" && words.empty())) return PrintHelp();
-  if (name == "help") return PrintText(std::string(FindCommand(words.front()).help));
+  if (name == "help") return PrintHelp(FindCommand(words.front()));
   const Command& command = FindCommand(name);
-  if (AsksForHelp(words)) return PrintText(std::string(command.help));
-  command.run(Arguments(words, command.options));
+  const auto end = std::find(words.begin(), words.end(), "--");
+  const auto asks = [](const std::string& word) { return word == "--help" || word == "-h"; };
+  if (std::any_of(words.begin(), end, asks)) return PrintHelp(command);
+  current = &command;
+  const Arguments arguments(std::move(words), command.options);
+  if (arguments.Has("--version")) return PrintLine("kozor " KOZOR_VERSION);
+  SetUpConsole(arguments);
+  command.run(arguments);
 }
 
 // Runs the command line and turns every way in which it can end into an exit code.
 int RunToExitCode(const std::vector<std::string>& words) {
   try {
     Run(words);
+    HideProgress();
     FinishStandardOutput();
     return Complaints() > 0 ? kExitFailure : 0;
   } catch (const UsageError& error) {
-    Complain(std::string(error.what()) + "\nkozor --help tells how to use the program");
+    const std::string help =
+        current == nullptr ? "kozor --help tells how to use the program"
+                           : "kozor " + std::string(current->name) +
+                                 " --help tells how to use it, kozor --help what else there is";
+    Complain(std::string(error.what()) + "\n" + help);
     return kExitUsage;
   } catch (const Interrupted&) {
     Complain("stopped");

@@ -49,6 +49,11 @@ bool Mask::Means(std::string_view path) const {
   return false;
 }
 
+bool Mask::MeansItself(std::string_view path) const {
+  const auto [pathFolder, last] = Cut(path);
+  return pathFolder.starts_with(folder) && MeansName(last);
+}
+
 MaskList::MaskList(const std::vector<std::string>& words) : used(words.size()) {
   for (const std::string& word : words) masks.emplace_back(LibraryForm(word));
 }

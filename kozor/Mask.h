@@ -28,6 +28,8 @@ class Mask {
   const std::string& Word() const { return word; }
   // Whether a path, or a folder on the way to it, is one of these.
   bool Means(std::string_view path) const;
+  // The same for the path alone.
+  bool MeansItself(std::string_view path) const;
 
  private:
   bool MeansName(std::string_view candidate) const;

@@ -1,28 +1,19 @@
 // Output.cpp - see Output.h.
 #include "Output.h"
 
-#include <array>
-#include <cstdio>
-#include <random>
+#include <fcntl.h>
 
 #include "Archive.h"
 #include "Console.h"
 #include "Failure.h"
 #include "Host.h"
+#include "ZorFileServices.h"
 
 namespace kozor::program {
 
 namespace fs = std::filesystem;
 
 namespace {
-
-// A name that no other run has thought of.
-std::string UniqueName() {
-  std::random_device random;
-  std::array<char, 32> name{};
-  std::snprintf(name.data(), name.size(), ".kozor-%08x%08x", random(), random());
-  return name.data();
-}
 
 void RequireReplaceable(const fs::path& archive, const std::string& name) {
   unsigned int attribute = 0;
@@ -53,19 +44,21 @@ Output::Output(const std::string& name, bool fresh, const std::string& givenWork
     }
   }
   if (replace) {
-    staging = HostPath(static_cast<const char*>(ownDirectory)) / "new";
+    staging = archive.parent_path() / ownDirectory->Name() / "new";
     fs::create_directory(staging);
     path = LibraryPath(staging / archive.filename());
   }
 }
 
 void Output::MakeOwnDirectory() {
-  const fs::path directory = archive.parent_path() / UniqueName();
-  ownDirectory.SetPath(LibraryPath(directory).c_str());
-  if (!ownDirectory.Open()) {
-    throw Failure(Visible(archive.parent_path().string()) + ": no directory can be made here");
+  const fs::path parent = archive.parent_path();
+  try {
+    const Descriptor directory(open(parent.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+    ownDirectory.emplace(directory.Number());
+  } catch (const FileFailure& failure) {
+    throw Failure(Visible(parent.string()) + ": " + failure.what());
   }
-  workDirectory = ownDirectory;
+  workDirectory = LibraryPath(parent / ownDirectory->Name());
 }
 
 void Output::Commit() {

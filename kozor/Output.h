@@ -5,7 +5,7 @@
 #include <optional>
 #include <string>
 
-#include "ZorFileServices.h"
+#include "WorkFolder.h"
 
 namespace kozor::program {
 
@@ -33,7 +33,7 @@ class Output {
   void MakeOwnDirectory();
 
   std::filesystem::path archive;
-  ZorTempDirectory ownDirectory;
+  std::optional<WorkFolder> ownDirectory;
   std::filesystem::path staging;  // empty when the archive is written in its place
   std::string path;
   std::string workDirectory;

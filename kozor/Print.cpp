@@ -1,46 +1,85 @@
-// Print.cpp - kozor print: a member to standard output, through memory.
-#include <memory>
-
+// Print.cpp - kozor print and kozor test: members unpacked to standard output, and to nowhere.
 #include "Archive.h"
 #include "Commands.h"
 #include "Console.h"
 #include "Failure.h"
 #include "Host.h"
-#include "StandardStreams.h"
+#include "WorkFolder.h"
 
 namespace kozor::program {
 
 namespace {
 
-constexpr std::string_view kHelp =
-    R"(Usage: kozor print ARCHIVE MEMBER
+constexpr std::string_view kPrintHelp =
+    R"(Usage: kozor print [OPTION...] ARCHIVE MEMBER...
 
-Writes the contents of one member of an LZH archive to standard output.  Nothing
-is written when the member is damaged.
+Writes the contents of members of an LZH archive to standard output, in the order
+of the archive.  A MEMBER is a name, a folder or a mask, as in "kozor extract".
+Nothing is written of a member that is damaged.
 )";
 
-void Print(const Arguments& arguments) {
+constexpr std::string_view kTestHelp =
+    R"(Usage: kozor test [OPTION...] ARCHIVE [MASK...]
+
+Unpacks members of an LZH archive without writing them anywhere, and compares
+their checksums.  Names each one that is damaged; the exit code is 1 then.  A MASK
+selects as in "kozor extract"; without one everything is tested.
+)";
+
+constexpr std::array<Option, 1> kOptions = {{
+    {"--exclude", "MASK", "leave out members and folders of this name; may be\nrepeated"},
+}};
+
+// Unpacks the chosen members one by one and hands each over when it is known to be whole.
+template <typename Whole>
+std::size_t UnpackEach(const Arguments& arguments, Whole whole) {
   const std::string& name = arguments.Operand(0, "the archive");
-  const std::string member = MemberName(arguments.Operand(1, "the member"));
-  arguments.AllowOperands(2);
-  const std::string path = LibraryPath(name);
-  RequireArchive(path, name);
-  Archive archive;
-  unsigned long size = 0;
-  const std::string label = name + ": " + arguments.Operand(1, "");
-  const int found = archive.GetFileInfo(path.c_str(), member.c_str(), &size, nullptr, nullptr);
-  // The library has one error for this and for an archive that can't be read; listing tells which.
-  if (!found && ForEachMember(path, name, member, [](const Member&) {}) == 0) {
-    throw Failure(Visible(arguments.Operand(1, "")) + ": no such member in " + Visible(name));
+  const std::string archive = LibraryPath(name);
+  const std::vector<Member> all = ReadMembers(archive, name);
+  const std::vector<const Member*> members =
+      Choose(all, arguments.OperandsFrom(1), MaskList(arguments.Values("--exclude")), name);
+  MemberReader reader(archive, name, TotalBytes(members));
+  ScratchMemory scratch;
+  std::size_t good = 0;
+  for (const Member* member : members) {
+    StopIfAsked();
+    if (member->kind != MemberKind::File) continue;
+    try {
+      const std::span<unsigned char> contents = scratch.Get(member->size);
+      reader.Unpack(*member, contents);
+      whole(*member, contents);
+      ++good;
+    } catch (const FileFailure& failure) {
+      Complain(Visible(name) + ": " + VisibleLibraryName(member->name) + ": " + failure.what());
+    }
   }
-  archive.Require(found, label);
-  const auto buffer = std::make_unique_for_overwrite<unsigned char[]>(size);
-  archive.Require(archive.ExtractMem(path.c_str(), member.c_str(), buffer.get(), size), label);
-  WriteStandardOutput(buffer.get(), size);
+  return good;
+}
+
+void Print(const Arguments& arguments) {
+  arguments.Operand(1, "the member");
+  UnpackEach(arguments, [](const Member&, std::span<unsigned char> contents) {
+    HideProgress();
+    WriteStandardOutput(contents.data(), contents.size());
+  });
+}
+
+void Test(const Arguments& arguments) {
+  const std::size_t good =
+      UnpackEach(arguments, [](const Member& member, std::span<unsigned char>) {
+        Mention(VisibleLibraryName(member.name) + ": OK");
+      });
+  const int bad = Complaints();
+  HideProgress();
+  PrintLine(std::to_string(good) + (good == 1 ? " file" : " files") + " OK" +
+            (bad > 0 ? ", " + std::to_string(bad) + " not" : ""));
 }
 
 }  // namespace
 
-const Command kPrintCommand = {"print", "write a member to standard output", kHelp, {}, Print};
+const Command kPrintCommand = {"print", "write members to standard output", kPrintHelp, kOptions,
+                               Print};
+const Command kTestCommand = {"test", "unpack members and compare their checksums", kTestHelp,
+                              kOptions, Test};
 
 }  // namespace kozor::program

@@ -3,9 +3,9 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <map>
 #include <unordered_set>
 
-#include "CaseBlind.h"
 #include "Console.h"
 #include "Failure.h"
 #include "Host.h"
@@ -15,6 +15,11 @@ namespace kozor::program {
 namespace fs = std::filesystem;
 
 namespace {
+
+// Names that the library takes for one where several masks are given.
+struct IgnoringCase {
+  bool operator()(const CString& a, const CString& b) const { return a.CompareNoCase(b) < 0; }
+};
 
 // A member's header counts its bytes in 32 bits, and so does a record of a backup set.
 constexpr std::uintmax_t kMaxFileBytes = 0xFFFFFFFF;
@@ -75,6 +80,11 @@ std::vector<std::string> Find(const Search& search, unsigned int attributes) {
   return names;
 }
 
+// The mark of a name that can't be written in the library's terms.
+bool IsUnnameable(const std::string& path) {
+  return path.find('?') != std::string::npos;
+}
+
 // Collects the files of one group, word by word.
 class Collector {
  public:
@@ -115,11 +125,7 @@ class Collector {
       ++leftOut;
       return;
     }
-    // The mark of a name that can't be written in the library's terms.
-    if (path.find('?') != std::string::npos) {
-      LeaveOut(path, kUnnameable);
-      return;
-    }
+    if (IsUnnameable(path)) return LeaveOutUnnameable(path);
     const fs::path host = HostPath(path);
     const FileState state = Inspect(host);
     if (!state.problem.empty()) {
@@ -133,6 +139,7 @@ class Collector {
     } else if (name.size() > kMaxNameBytes) {
       LeaveOut(path, "the name is too long");
     } else {
+      group.bytes += state.size;
       group.names.push_back(name);
     }
   }
@@ -143,12 +150,26 @@ class Collector {
     for (const std::string& path : Find({search.directory, "*.*", true}, 0x10)) {
       const std::string name = path.substr(prefix.size());
       if (seen.contains(name) || excludes.Means(name)) continue;
-      if (path.find('?') != std::string::npos) {
-        LeaveOut(path, kUnnameable);
+      if (IsUnnameable(path)) {
+        LeaveOutUnnameable(path);
         continue;
       }
       const FileState state = Inspect(HostPath(path));
       if (state.isDirectory && !state.problem.empty()) LeaveOut(path, state.problem);
+    }
+  }
+
+  // The library shows all such names of a directory alike where they differ in those characters
+  // alone, so the host is asked for their own.
+  void LeaveOutUnnameable(const std::string& path) {
+    const std::size_t cut = path.rfind('\\') + 1;
+    const Mask shown(path.substr(cut));
+    for (const fs::directory_entry& entry : fs::directory_iterator(HostPath(path.substr(0, cut)))) {
+      const std::string own = entry.path().filename().string();
+      if (CanBeExpressed(entry.path()) || !shown.MeansItself(own)) continue;
+      if (!unnameable.insert(entry.path().string()).second) continue;
+      ++leftOut;
+      Complain(Visible(entry.path().string()) + ": left out: " + kUnnameable);
     }
   }
 
@@ -162,15 +183,15 @@ class Collector {
   const std::string prefix;
   FileGroup group;
   std::unordered_set<std::string> seen;
+  std::unordered_set<std::string> unnameable;  // host paths
   std::size_t leftOut = 0;
   std::size_t searches = 0;
 };
 
 void RefuseCommonNames(const FileGroup& first, const FileGroup& second) {
-  CaseBlindSet names;
-  for (const std::string& name : first.names) names.insert(name.c_str());
+  const std::unordered_set<std::string> names(first.names.begin(), first.names.end());
   for (const std::string& name : second.names) {
-    if (!names.contains(name.c_str())) continue;
+    if (!names.contains(name)) continue;
     throw Failure(VisibleLibraryName(name) + ": two of the files would be stored by this name");
   }
 }
@@ -191,7 +212,7 @@ std::vector<ZorFind> FileGroup::Finds() const {
     return finds;
   }
   // Where there are several masks, of names that differ in case alone a find selects the first.
-  CaseBlindMap<std::size_t> twins;
+  std::map<CString, std::size_t, IgnoringCase> twins;
   for (const std::string& name : names) addMask(twins[name.c_str()]++, name, 0);
   return finds;
 }

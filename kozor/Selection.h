@@ -6,6 +6,7 @@
 // about each one that has to be left out.
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <string>
@@ -20,6 +21,7 @@ namespace kozor::program {
 struct FileGroup {
   std::string base;                // library path without a trailing backslash, but "C:\"
   std::vector<std::string> names;  // library names of the files, in the order found
+  std::uint64_t bytes = 0;         // of all files
   // A mask that, with all folders below, selects exactly these files; empty when there is none.
   std::string wholeMask;
 

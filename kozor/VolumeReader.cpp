@@ -3,6 +3,7 @@
 
 #include "Console.h"
 #include "Failure.h"
+#include "Host.h"
 #include "ZorFind.h"
 
 namespace kozor::program {
@@ -40,8 +41,11 @@ std::string FromWide(const std::string& bytes) {
 
 }  // namespace
 
-VolumeReader::VolumeReader(const std::filesystem::path& volumePath)
-    : path(volumePath), file(volumePath, std::ios::binary) {
+VolumeReader::VolumeReader(const std::filesystem::path& volumePath) : path(volumePath) {
+  const FileState state = Inspect(path);
+  if (state.isDirectory) throw Failure(Visible(path.string()) + ": a directory, not a volume");
+  // A pipe would be waited for.
+  if (state.problem.empty()) file.open(path, std::ios::binary);
   std::error_code error;
   end = std::filesystem::file_size(path, error);
   if (!file || error) throw Failure(Visible(path.string()) + ": the volume can't be opened");

@@ -4,10 +4,8 @@
 #include <algorithm>
 
 #include "Console.h"
-#include "Errors.h"
 #include "Failure.h"
 #include "Host.h"
-#include "StandardStreams.h"
 
 namespace kozor::program {
 
@@ -84,8 +82,13 @@ int Volumes::OnAbort(const ONABORTPARAM& param) {
   }
   if (StopSignal() != 0) return 1;
   if (param.phase == PhaseVolume) return Ready(param) ? 0 : 1;
-  if (param.fileName != nullptr) currentName = param.fileName;
-  ShowProgress(FilesDone(param), param.filesTotal, currentName);
+  if (param.kind == 0 && param.fileName != nullptr) currentName = param.fileName;
+  if (param.phase == PhaseFileBegin || param.phase == PhaseFileRunning) {
+    progress.Running(param.bytesDone, currentName);
+  } else if (param.phase == PhaseFileEnd) {
+    progress.FileEnds(param.bytesTotal);
+    Mention(VisibleLibraryName(currentName));
+  }
   return 0;
 }
 
@@ -106,7 +109,11 @@ bool Volumes::Ready(const ONABORTPARAM& param) {
       whyStopped += ", and there is no terminal to ask on";
       return false;
     }
-    if (!AskUser(whyStopped + ".\nInsert its medium and press Enter (q gives up):")) return false;
+    std::string answer;
+    if (!AskUser(whyStopped + ".\nInsert its medium and press Enter (q gives up):", answer) ||
+        answer.starts_with('q') || answer.starts_with('Q')) {
+      return false;
+    }
     objection = ObjectionTo(param);
   } while (!objection.empty());
   whyStopped.clear();

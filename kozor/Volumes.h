@@ -2,9 +2,11 @@
 // and failures in words.
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <string>
 
+#include "Console.h"
 #include "ZorMultiVolume.h"
 
 namespace kozor::program {
@@ -32,7 +34,9 @@ class VolumeName {
 
 class Volumes : public ZorMultiVolume {
  public:
-  explicit Volumes(const VolumeName& name) : volumeName(name) {}
+  // `totalBytes` of all files of the run, 0 when that isn't known.
+  explicit Volumes(const VolumeName& name, std::uint64_t totalBytes = 0)
+      : volumeName(name), bytes(totalBytes), progress(totalBytes) {}
 
   // Passes on a success.  Otherwise throws Interrupted after a signal, and else Failure.
   void Require(int succeeded) const;
@@ -44,12 +48,17 @@ class Volumes : public ZorMultiVolume {
   // Asked before each attempt at a volume: why it must not be taken as it stands, empty to go on.
   virtual std::string ObjectionTo(const ONABORTPARAM& param);
 
+  // What stands in front of names in the progress line.
+  void SetTitle(const std::string& title) { progress = Progress(bytes, title); }
+
   const VolumeName& volumeName;
+  std::string currentName;  // of the file that the run came to last
 
  private:
   bool Ready(const ONABORTPARAM& param);
 
-  std::string currentName;
+  const std::uint64_t bytes;
+  Progress progress;
   std::string whyStopped;
 };
 

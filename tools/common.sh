@@ -43,7 +43,7 @@ need_packages() {
 
 # What a build takes.
 need_build_tools() {
-  need_packages cmake ninja-build g++
+  need_packages cmake ninja-build g++ libcli11-dev nlohmann-json3-dev
 }
 
 # What building and running the tests takes: the test framework, and programs that look at archives

@@ -38,7 +38,9 @@ TEST_F(KozorExtract, BringsOutTheMembersThatTheWordsMean) {
       {{}, {"a.txt", "b.c", "sub/a.txt", "sub/deep/c.c"}},
       {{"*.c"}, {"b.c", "sub/deep/c.c"}},
       {{"sub/*.c"}, {"sub/deep/c.c"}},
-      {{"a.txt"}, {"a.txt", "sub/a.txt"}},
+      {{"a.txt"}, {"a.txt"}},
+      {{"c.c"}, {"sub/deep/c.c"}},
+      {{"SUB/A.txt"}, {"sub/a.txt"}},
       {{"sub"}, {"sub/a.txt", "sub/deep/c.c"}},
       {{"sub/deep/"}, {"sub/deep/c.c"}},
       {{"b.c", "*.c", "sub/"}, {"b.c", "sub/a.txt", "sub/deep/c.c"}},
@@ -75,7 +77,7 @@ TEST_F(KozorExtract, RefusesTargetsOutsideTheDestinationUnlessToldTo) {
   fs::create_symlink("real", folder.Path("out/inner"));
   EXPECT_THAT(
       MustFail({"extract", "hostile.lzh", "-d", "out"}),
-      AllOf(HasSubstr("/kozor-root.txt: refused: its name begins at the root"),
+      AllOf(HasSubstr("names that begin at the root are taken from the destination on"),
             HasSubstr("link/in.txt: refused: the link"), HasSubstr("file.txt: refused: the link"),
             HasSubstr("dangling.txt: refused: the link")));
   EXPECT_THAT(folder.List("elsewhere"), ElementsAre("file.txt"));
@@ -83,6 +85,7 @@ TEST_F(KozorExtract, RefusesTargetsOutsideTheDestinationUnlessToldTo) {
   EXPECT_TRUE(folder.Exists("out/good.txt"));
   EXPECT_TRUE(folder.Exists("out/real/in.txt"));
   EXPECT_FALSE(fs::exists("/kozor-root.txt"));
+  EXPECT_TRUE(folder.Exists("out/kozor-root.txt"));
   MustRun({"extract", "--allow-outside", "hostile.lzh", "-d", "out", "link/in.txt"});
   EXPECT_TRUE(folder.Exists("elsewhere/in.txt"));
 }
@@ -122,15 +125,104 @@ TEST_F(KozorExtract, SaysWhatIsWrongWithAnArchive) {
   }
 }
 
-TEST_F(KozorExtract, ReplacesFilesButNoReadOnlyOnes) {
-  MakeArchive();
-  folder.WriteFile("out/a.txt", "older");
-  folder.WriteFile("out/b.c", "protected");
-  fs::permissions(folder.Path("out/b.c"), fs::perms::owner_read);
-  EXPECT_THAT(MustFail({"extract", "a.lzh", "-d", "out"}), HasSubstr("b.c: "));
-  EXPECT_EQ(folder.ReadFile("out/a.txt"), folder.ReadFile("tree/a.txt"));
-  EXPECT_EQ(folder.ReadFile("out/b.c").size(), 9U);
-  EXPECT_EQ(folder.ReadFile("out/sub/deep/c.c"), folder.ReadFile("tree/sub/deep/c.c"));
+TEST_F(KozorExtract, DoesWithExistingFilesWhatItIsTold) {
+  struct Row {
+    Words options;
+    int status;
+    std::string older, newer, readOnly;  // which contents are there afterwards
+  };
+  const Row rows[] = {
+      {{}, 1, "was", "was", "was"},
+      {{"--force"}, 0, "new", "new", "new"},
+      {{"--keep-existing"}, 0, "was", "was", "was"},
+      {{"--keep-newer"}, 0, "new", "was", "new"},
+  };
+  folder.WriteFile("a.lzh", RawArchive({Member("older", "new"), Member("newer", "new"),
+                                        Member("readOnly", "new"), Member("same", "same")}));
+  for (const Row& row : rows) {
+    SCOPED_TRACE(testing::PrintToString(row.options));
+    fs::remove_all(folder.Path("out"));
+    for (const std::string name : {"older", "newer", "readOnly"}) {
+      folder.WriteFile("out/" + name, "was");
+      folder.SetTime("out/" + name, name == "newer" ? 2'000'000'000 : 1'000'000'000);
+    }
+    fs::permissions(folder.Path("out/readOnly"), fs::perms::owner_read);
+    folder.WriteFile("out/same", "same");
+    Words words = {"extract", "a.lzh", "-d", "out"};
+    words.insert(words.end(), row.options.begin(), row.options.end());
+    const CommandResult result = Kozor(words);
+    EXPECT_EQ(result.status, row.status) << result.output;
+    EXPECT_EQ(folder.ReadFile("out/older"), ToBytes(row.older));
+    EXPECT_EQ(folder.ReadFile("out/newer"), ToBytes(row.newer));
+    EXPECT_EQ(folder.ReadFile("out/readOnly"), ToBytes(row.readOnly));
+    EXPECT_THAT(result.output, Not(HasSubstr("same")));
+  }
+}
+
+TEST_F(KozorExtract, TouchesNothingUntilAFileIsWhole) {
+  MakeDamagedArchive();
+  folder.WriteFile("out/bad.txt", "precious");
+  folder.WriteFile("out/first.txt", "x");
+  fs::create_hard_link(folder.Path("out/first.txt"), folder.Path("elsewhere"));
+  fs::create_directories(folder.Path("out/last.txt"));
+  // What a killed run leaves, and what a running one has.
+  folder.WriteFile("out/.kozor-0123456789abcdef/1", "part");
+  EXPECT_THAT(MustFail({"extract", "--force", "a.lzh", "-d", "out"}),
+              AllOf(HasSubstr("bad.txt: the member is damaged"),
+                    HasSubstr("last.txt: a directory is in the way")));
+  EXPECT_EQ(folder.ReadFile("out/bad.txt"), ToBytes("precious"));
+  EXPECT_EQ(folder.ReadFile("out/first.txt"), ToBytes("1"));
+  EXPECT_EQ(folder.ReadFile("elsewhere"), ToBytes("x"));
+  EXPECT_THAT(folder.List("out"), ElementsAre("bad.txt", "first.txt", "last.txt/"));
+}
+
+TEST_F(KozorExtract, GoesOnAfterAnyNumberOfBadMembers) {
+  std::vector<RawMember> members(150, Member("bad", "x"));
+  for (std::size_t i = 0; i < members.size(); ++i) {
+    members[i].name += std::to_string(i);
+    members[i].method = "-lh9-";
+  }
+  members.push_back(Member("good", "good"));
+  folder.WriteFile("a.lzh", RawArchive(members));
+  EXPECT_THAT(MustFail({"extract", "a.lzh", "-d", "out"}), HasSubstr("bad149: "));
+  EXPECT_THAT(folder.List("out"), ElementsAre("good"));
+  EXPECT_THAT(MustFail({"test", "a.lzh"}), HasSubstr("1 file OK, 150 not"));
+}
+
+// A UNIX mode and nothing else, in the little-endian form of headers.
+RawExtension Mode(unsigned int mode) {
+  return {0x50, {static_cast<char>(mode), static_cast<char>(mode >> 8)}};
+}
+
+TEST_F(KozorExtract, BringsOutModesFoldersAndLinks) {
+  const auto special = [](const std::string& directory, const std::string& name,
+                          unsigned int mode) {
+    RawMember member = {.level = 2, .name = name, .method = "-lhd-"};
+    if (!directory.empty()) member.extensions.push_back({0x02, directory});
+    member.extensions.push_back(Mode(mode));
+    return member;
+  };
+  RawMember tool = {.level = 2, .name = "tool", .contents = "x"};
+  tool.extensions = {Mode(0104755)};
+  folder.WriteFile("a.lzh", RawArchive({special("empty\xFF", "", 0040700),
+                                        special("", "link|tool", 0120777),
+                                        special("deep\xFF", "up|..", 0120777),
+                                        tool,
+                                        special("out|..\xFF", "x", 0120777),
+                                        special("", "abs|\xFF", 0120777),
+                                        {.level = 0, .name = "..", .contents = "?"}}));
+  EXPECT_THAT(MustFail({"extract", "a.lzh", "-d", "out"}),
+              AllOf(HasSubstr("out: refused: the link to ../x leads out"),
+                    HasSubstr("abs: refused"), HasSubstr("without a usable name")));
+  EXPECT_THAT(folder.List("out"), testing::IsSupersetOf({"empty/", "tool"}));
+  EXPECT_EQ(fs::read_symlink(folder.Path("out/link")), "tool");
+  EXPECT_EQ(fs::read_symlink(folder.Path("out/deep/up")), "..");
+  EXPECT_EQ(fs::status(folder.Path("out/tool")).permissions(), fs::perms(0755));
+  EXPECT_EQ(fs::status(folder.Path("out/empty")).permissions(), fs::perms(0700));
+  EXPECT_THAT(
+      Kozor({"list", "a.lzh"}).output,
+      AllOf(HasSubstr("  empty/\n"), HasSubstr("  link -> tool\n"), HasSubstr("  (no name)\n"),
+            HasSubstr("in 1 file, 1 folder, 4 links, 1 without a name\n")));
 }
 
 TEST_F(KozorExtract, ListsSizesTimesAttributesAndNames) {

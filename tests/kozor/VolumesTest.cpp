@@ -12,7 +12,7 @@ class KozorVolumes : public KozorProgram {
   }
 
   void BackUp(const Words& options, const std::string& volume) const {
-    Words words = {"backup"};
+    Words words = {"backup", "--force"};
     words.insert(words.end(), options.begin(), options.end());
     words.insert(words.end(), {volume, "-C", "tree", "."});
     MustRun(words);
@@ -108,11 +108,20 @@ TEST_F(KozorVolumes, AskTheUserForTheNextMedium) {
   EXPECT_EQ(Restored("set-#.vol"), "");
 }
 
-TEST_F(KozorVolumes, ReplaceNothingButVolumes) {
+TEST_F(KozorVolumes, ReplaceNothingUnaskedButWhatAKilledRunLeft) {
   folder.WriteFile("notes.txt", "not a volume");
-  EXPECT_THAT(MustFail({"backup", "notes.txt", "tree"}),
-              HasSubstr("a file that is no volume is in its place"));
+  ASSERT_EQ(Shell("mkfifo pipe").status, 0);
+  for (const std::string file : {"notes.txt", "pipe"}) {
+    EXPECT_THAT(MustFail({"backup", "--force", file, "tree"}),
+                HasSubstr("a file that is no volume is in its place"));
+    EXPECT_THAT(MustFail({"info", file}), HasSubstr(file + ": "));
+  }
   EXPECT_EQ(folder.ReadFile("notes.txt").size(), 12U);
+  folder.WriteFile("s1", "");
+  MustRun({"backup", "s#", "tree"});
+  const Bytes before = folder.ReadFile("s1");
+  EXPECT_THAT(MustFail({"backup", "s#", "tree"}), HasSubstr("volume 1 of another set"));
+  EXPECT_EQ(folder.ReadFile("s1"), before);
 }
 
 TEST_F(KozorVolumes, LeaveTheirOwnFilesOut) {
@@ -122,14 +131,43 @@ TEST_F(KozorVolumes, LeaveTheirOwnFilesOut) {
               AllOf(HasSubstr("Files in set:  5\n"), Not(HasSubstr("  set-1.vol"))));
 }
 
-TEST_F(KozorVolumes, SayWhenFilesCantBeInOneSet) {
-  MakeTree(folder, "tree", {{"Z", 1}});
+TEST_F(KozorVolumes, HoldFilesWhoseNamesDifferInCaseAlone) {
+  MakeTree(folder, "tree", {{"Z", 1}, {"sub/C.txt", 20}});
   BackUp({}, "set-#.vol");
   EXPECT_EQ(Restored("set-#.vol"), "");
-  EXPECT_THAT(MustFail({"backup", "set-#.vol", "-C", "tree", "z", "Z"}),
-              HasSubstr("Z: another file's name differs in case alone"));
+  MustRun({"backup", "--force", "set-#.vol", "-C", "tree", "*.txt", "sub", "z", "Z", "big.bin"});
+  EXPECT_EQ(Restored("set-#.vol"), "");
+}
+
+TEST_F(KozorVolumes, SayWhenFilesCantBeInOneSet) {
   EXPECT_THAT(MustFail({"backup", "set-#.vol", "-C", "tree/sub", "c.txt", "../z"}),
               HasSubstr("choose a base directory above them all"));
+}
+
+TEST_F(KozorVolumes, LoseOnlyTheFilesThatCantBePlaced) {
+  folder.WriteFile("tree/old.txt", "new");
+  MustRun({"backup", "set-#.vol", "-C", "tree", "a.txt", "big.bin", "old.txt", "sub", "z"});
+  folder.WriteFile("out/old.txt", "old and read-only");
+  fs::permissions(folder.Path("out/old.txt"), fs::perms::owner_read);
+  fs::create_directories(folder.Path("out/a.txt"));
+  folder.WriteFile("out/z", "hard");
+  fs::create_hard_link(folder.Path("out/z"), folder.Path("elsewhere"));
+  EXPECT_THAT(MustFail({"restore", "set-#.vol", "-d", "out"}),
+              AllOf(HasSubstr("a.txt: a directory is in the way"),
+                    HasSubstr("old.txt: a read-only file is in the way"),
+                    HasSubstr("z: another file is in the way")));
+  EXPECT_EQ(folder.ReadFile("out/old.txt").size(), 17U);
+  EXPECT_EQ(folder.ReadFile("out/big.bin"), folder.ReadFile("tree/big.bin"));
+  EXPECT_THAT(MustFail({"restore", "--force", "set-#.vol", "-d", "out"}), HasSubstr("a.txt: "));
+  EXPECT_EQ(folder.ReadFile("out/old.txt").size(), 3U);
+  EXPECT_EQ(folder.ReadFile("elsewhere").size(), 4U);
+  // Of a set that lacks a volume the whole files come, and nothing of the one it broke off in.
+  fs::remove_all(folder.Path("out"));
+  MustRun(
+      {"backup", "--force", "--volume-size", "50K", "set-#.vol", "-C", "tree", "a.txt", "big.bin"});
+  fs::remove(folder.Path("set-2.vol"));
+  EXPECT_THAT(MustFail({"restore", "set-#.vol", "-d", "out"}), HasSubstr("volume 2 is wanted"));
+  EXPECT_THAT(folder.List("out"), ElementsAre("a.txt"));
 }
 
 TEST_F(KozorVolumes, StayInsideTheDestination) {

@@ -1,7 +1,9 @@
-// Errors.cpp - see Errors.h.
-#include "Errors.h"
+// Failure.cpp - see Failure.h.
+#include "Failure.h"
 
 #include <array>
+#include <cerrno>
+#include <system_error>
 
 namespace kozor::program {
 
@@ -63,16 +65,40 @@ std::string_view ErrorText(ZorError error) {
   return kTexts[number < kTexts.size() ? number : std::size_t{ZorErrorEngineUnknown}];
 }
 
-bool ConcernsOneFile(ZorError error) {
+std::string SystemErrorText(int number) {
+  switch (number) {
+    case ENOSPC:
+    case EDQUOT:
+      return "the disk is full";
+    case EFBIG:
+      return "the file is larger than a file may be here";
+    case EACCES:
+    case EPERM:
+      return "no permission";
+    case EROFS:
+      return "the file system is read-only";
+    case ENAMETOOLONG:
+      return "the name is too long for this file system";
+    case EILSEQ:
+    case EINVAL:
+      return "this file system can't have such a file";
+    case EISDIR:
+    case ENOTEMPTY:
+    case EEXIST:
+      return "a directory is in the way";
+    case ENOTDIR:
+      return "a file is in the way of a directory";
+    default:
+      return std::generic_category().message(number);
+  }
+}
+
+bool EndsTheRun(ZorError error) {
   switch (error) {
-    case ZorErrorFileFailure:
-    case ZorErrorEngine8009:
-    case ZorErrorEngine800A:
-    case ZorErrorEngine800B:
-    case ZorErrorEngine800C:
-    case ZorErrorMakeDirectory:
-    case ZorErrorEngine8014:
-    case ZorErrorEngine801A:
+    case ZorErrorEngineUnavailable:
+    case ZorErrorCanceled:
+    case ZorErrorEngineBusy:
+    case ZorErrorArchiveNotFound:
       return true;
     default:
       return false;

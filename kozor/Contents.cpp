@@ -1,0 +1,212 @@
+// Contents.cpp - see Contents.h.
+//
+// The library tells of files alone, and of them only what its interface has room for.  So the
+// headers are read here, by the archiver's own reader.
+#include "Contents.h"
+
+#include <algorithm>
+#include <string_view>
+#include <unordered_map>
+
+#include "Console.h"
+#include "Failure.h"
+#include "Host.h"
+#include "engine/container/ArchiveIndex.h"
+#include "engine/container/Failure.h"
+#include "engine/container/File.h"
+#include "engine/container/MemberName.h"
+#include "engine/container/MemberWalker.h"
+#include "engine/container/Text.h"
+#include "platform/text/Case.h"
+
+namespace kozor::program {
+
+namespace {
+
+constexpr unsigned int kUtf8 = 65001;
+constexpr std::int64_t kTicksPerSecond = 10'000'000;
+constexpr std::int64_t kSecondsTo1970 = 11'644'473'600;
+
+// A link's name and target stand in the header as one path, "name|target", cut at its last
+// separator as any other.
+void ReadLink(container::NameFields fields, Member& member) {
+  std::string whole = fields.directory.value_or("");
+  if (!whole.empty() && !whole.ends_with('\xFF')) whole += '\xFF';
+  whole += fields.file.value_or(fields.base);
+  const std::size_t bar = whole.find('|');
+  if (bar == std::string::npos) {
+    member.kind = MemberKind::Nameless;
+    return;
+  }
+  std::string target = whole.substr(bar + 1);
+  std::replace(target.begin(), target.end(), '\xFF', '/');
+  std::u16string ignored;
+  const bool isUtf8 = container::DecodeText(container::kUtf8, target, ignored);
+  bool altered = false;
+  member.linkTarget =
+      isUtf8 ? target
+             : container::EncodeTextLossy(
+                   container::kUtf8,
+                   container::DecodeTextLossy(container::kShiftJis, target, altered), altered);
+  fields.directory.reset();
+  fields.file = whole.substr(0, bar);
+  member.name = container::DecodeName(fields, false, kUtf8).text;
+}
+
+Member Describe(const container::Member& known, const container::MemberHeader& header) {
+  Member member;
+  member.name = known.name;
+  member.method.assign(known.method.begin(), known.method.end());
+  member.level = header.level;
+  member.size = known.originalBytes;
+  member.packedBytes = known.packedBytes;
+  member.crc = known.crc;
+  member.lastWrite = known.utcTime;
+  member.attribute = static_cast<std::uint8_t>(known.attribute);
+  member.unixMode = header.unixMode;
+  if (header.IsLink()) {
+    member.kind = MemberKind::Link;
+    ReadLink(header.name, member);
+  } else if (header.IsDirectoryMethod()) {
+    member.kind = MemberKind::Folder;
+  }
+  if (member.name.empty()) member.kind = MemberKind::Nameless;
+  return member;
+}
+
+// Of several members of one name the last counts.
+void MarkSuperseded(std::vector<Member>& members) {
+  std::unordered_map<std::string_view, Member*> latest;
+  for (Member& member : members) {
+    Member*& earlier = latest[member.name];
+    if (earlier != nullptr && member.kind != MemberKind::Nameless) earlier->superseded = true;
+    earlier = &member;
+  }
+}
+
+// A name as words are compared with it: without separators at its ends.
+std::string_view Trimmed(std::string_view name) {
+  name.remove_prefix(std::min(name.find_first_not_of('\\'), name.size()));
+  if (name.ends_with('\\')) name.remove_suffix(1);
+  return name;
+}
+
+bool IsOrLiesBelow(std::string_view name, std::string_view folder) {
+  return name.starts_with(folder) && (name.size() == folder.size() || name[folder.size()] == '\\');
+}
+
+// One word of the command line.
+class Choice {
+ public:
+  explicit Choice(const std::string& word) : hasWildcards(HasWildcards(word)), mask("") {
+    std::string name = word;
+    std::replace(name.begin(), name.end(), '/', '\\');
+    if (name.starts_with(".\\")) name.erase(0, 2);
+    mask = Mask(std::string(Trimmed(name)));
+    folded = text::UpperKey(mask.Word());
+  }
+
+  bool Means(const Member& member) const {
+    const std::string_view name = Trimmed(member.name);
+    return hasWildcards ? mask.MeansItself(name) : IsOrLiesBelow(name, mask.Word());
+  }
+  // The same without case, for names that no member has.
+  bool NearlyMeans(const Member& member) const {
+    const std::u16string name = text::UpperKey(Trimmed(member.name));
+    return !hasWildcards && name.starts_with(folded) &&
+           (name.size() == folded.size() || name[folded.size()] == u'\\');
+  }
+
+  // The same for the last part of names, wherever they are.
+  bool MeansFileName(const Member& member) const {
+    return !hasWildcards && mask.MeansItself(Trimmed(member.name));
+  }
+
+ private:
+  const bool hasWildcards;
+  Mask mask;
+  std::u16string folded;
+};
+
+using Meaning = bool (Choice::*)(const Member&) const;
+
+// The members that the word means in the first of several ways that finds any.
+std::vector<const Member*> FindMeant(const std::vector<Member>& members, const std::string& word,
+                                     std::initializer_list<Meaning> ways) {
+  const Choice choice(word);
+  std::vector<const Member*> meant;
+  for (const Meaning means : ways) {
+    for (const Member& member : members) {
+      if ((choice.*means)(member)) meant.push_back(&member);
+    }
+    if (!meant.empty()) break;
+  }
+  return meant;
+}
+
+}  // namespace
+
+std::int64_t Member::Seconds() const {
+  return static_cast<std::int64_t>(lastWrite / kTicksPerSecond) - kSecondsTo1970;
+}
+
+std::vector<Member> ReadMembers(const std::string& archive, const std::string& name) {
+  const FileState state = Inspect(HostPath(archive));
+  if (!Exists(HostPath(archive))) throw Failure(Visible(name) + ": no such archive");
+  if (state.isDirectory) throw Failure(Visible(name) + ": a directory, not an archive");
+  if (!state.problem.empty()) throw Failure(Visible(name) + ": " + state.problem);
+  container::File file;
+  if (!file.Open(archive, container::File::Mode::Read)) {
+    throw Failure(Visible(name) + ": another program is changing the archive, or it can't be read");
+  }
+  try {
+    container::BufferedFile source(file);
+    const container::ArchiveIndex index(source, kUtf8);
+    std::vector<Member> members;
+    members.reserve(index.Members().size());
+    for (const container::Member& known : index.Members()) {
+      container::MemberHeader header;
+      container::ParseHeaderAt(source, known.offset, header);
+      members.push_back(Describe(known, header));
+    }
+    MarkSuperseded(members);
+    return members;
+  } catch (const container::Failure& failure) {
+    // The library's numbers are the archiver's less this.
+    const auto error = static_cast<ZorError>(static_cast<int>(failure.code) - 0x8000);
+    throw Failure(Visible(name) + ": " + std::string(ErrorText(error)));
+  }
+}
+
+std::vector<const Member*> Meant(const std::vector<Member>& members, const std::string& word) {
+  return FindMeant(members, word, {&Choice::Means, &Choice::NearlyMeans});
+}
+
+std::vector<const Member*> Choose(const std::vector<Member>& members,
+                                  const std::vector<std::string>& words, const MaskList& excludes,
+                                  const std::string& archiveName) {
+  std::vector<bool> chosen(members.size(), words.empty());
+  for (const std::string& word : words) {
+    const std::vector<const Member*> meant =
+        FindMeant(members, word, {&Choice::Means, &Choice::NearlyMeans, &Choice::MeansFileName});
+    if (meant.empty()) Complain(Visible(word) + ": no such member in " + Visible(archiveName));
+    for (const Member* member : meant) {
+      chosen[static_cast<std::size_t>(member - members.data())] = true;
+    }
+  }
+  std::vector<const Member*> result;
+  for (std::size_t i = 0; i < members.size(); ++i) {
+    if (chosen[i] && !members[i].superseded && !excludes.Means(members[i].name)) {
+      result.push_back(&members[i]);
+    }
+  }
+  return result;
+}
+
+std::uint64_t TotalBytes(const std::vector<const Member*>& members) {
+  std::uint64_t bytes = 0;
+  for (const Member* member : members) bytes += member->size;
+  return bytes;
+}
+
+}  // namespace kozor::program

@@ -1,0 +1,89 @@
+// Delivery.h - what the files of an archive or a backup set meet where they are to stand: names
+// that lead elsewhere, and files that are there already.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <filesystem>
+#include <string>
+#include <string_view>
+
+#include "Arguments.h"
+#include "Destination.h"
+
+namespace kozor::program {
+
+// A file to be delivered, as the archive or the set tells of it.
+struct Item {
+  std::string name;        // library name
+  std::uint64_t size = 0;  // bytes
+  std::int64_t time = 0;   // last write, seconds since 1970
+};
+
+struct DeliveryRules {
+  enum class Existing { Ask, Stays, StaysIfNewer, IsReplaced };
+  Existing existing = Existing::Ask;
+  Destination::Links links = Destination::Links::StayInside;
+  bool absoluteNames = false;  // a name that begins at the root stays so
+};
+
+// The options that make the rules, for the commands that deliver.
+inline constexpr std::array<Option, 7> kDeliveryOptions = {{
+    {"-d", "DIRECTORY", "bring files out below this directory; the current one\nif absent"},
+    {"--exclude", "MASK", "leave out files and folders of this name; may be\nrepeated"},
+    {"--force", "", "replace existing files without a question"},
+    {"--keep-existing", "", "leave existing files as they are"},
+    {"--keep-newer", "", "replace existing files, but not newer ones"},
+    {"--allow-outside", "", "go through links in DIRECTORY that lead out of it"},
+    {"--absolute-names", "", "take names that begin at the root as they are"},
+}};
+// The same in words, for their help.
+inline constexpr std::string_view kDeliveryHelp =
+    R"(A file that is there already is replaced at once if it has the same contents.
+Otherwise the program asks on a terminal; without one the existing file stays, is
+named, and the exit code is 1.  Every file takes its place only when it is whole.
+
+A name that begins at the root is taken from DIRECTORY on.  One that passes
+through a link that leads out of DIRECTORY is refused.  Bad files are named and
+the others brought out.  The exit code is 1 in both cases.
+)";
+DeliveryRules ReadDeliveryRules(const Arguments& arguments);
+
+// For each file: Begin or Wants; the file is made in Work() under any name; Deliver.  All of these
+// throw FileFailure when the file can't be delivered.
+class Delivery {
+ public:
+  Delivery(const std::filesystem::path& directory, const DeliveryRules& deliveryRules)
+      : rules(deliveryRules), destination(directory, deliveryRules.links) {}
+
+  // Takes a file in hand of which no more than the name is known.
+  void Begin(const std::string& name);
+  // The same with all that is known; false when what is there stays, so that nothing has to be
+  // made.
+  bool Wants(const Item& item) { return Wants(item, Destination::FinalLink::IsFollowed); }
+  WorkFolder& Work() { return destination.Work(); }
+  // Gives the file its place, unless a different one is there and stays.
+  void Deliver(const Item& item, const std::string& workName);
+
+  // Folders and links take their metadata here: permission bits, unless they are 0, and time of
+  // last write in 100 ns since 1601.
+  void MakeFolder(const std::string& name);
+  void FinishFolder(const std::string& name, unsigned int mode, std::uint64_t lastWrite);
+  void MakeLink(const Item& item, const std::string& target, std::uint64_t lastWrite);
+
+ private:
+  bool Wants(const Item& item, Destination::FinalLink itsFinalLink);
+  enum class Verdict { Replace, Keep, Compare, Rename };
+  std::filesystem::path PathOf(const std::string& name);
+  Verdict Judge(const Item& item, const Occupant& occupant, bool known);
+  Verdict Ask(const Item& item, const Occupant& occupant);
+
+  DeliveryRules rules;
+  Destination destination;
+  std::filesystem::path path;  // of the file at hand
+  Destination::FinalLink finalLink = Destination::FinalLink::IsFollowed;
+  bool mayReplace = false;    // the file at hand has been granted the place
+  bool rootTakenOff = false;  // told already
+};
+
+}  // namespace kozor::program

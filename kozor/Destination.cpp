@@ -1,0 +1,300 @@
+// Destination.cpp - see Destination.h.
+#include "Destination.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstdio>
+#include <span>
+#include <vector>
+
+#include "Console.h"
+#include "Failure.h"
+
+namespace kozor::program {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr int kFolder = O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
+constexpr int kReadFile = O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
+constexpr int kMostLinks = 40;
+constexpr mode_t kAnyMode = 0777;  // the process's mask applies
+
+[[noreturn]] void FailBySystem() {
+  throw FileFailure(SystemErrorText(errno));
+}
+
+bool IsLink(int directory, const char* name) {
+  struct stat state {};
+  return fstatat(directory, name, &state, AT_SYMLINK_NOFOLLOW) == 0 && S_ISLNK(state.st_mode);
+}
+
+// Empty for what is no link.
+std::string LinkTarget(int directory, const std::string& name) {
+  std::array<char, 4096> target{};
+  const ssize_t bytes = readlinkat(directory, name.c_str(), target.data(), target.size());
+  return bytes < 0 ? "" : std::string(target.data(), static_cast<std::size_t>(bytes));
+}
+
+// Whether a link in a folder may lead out of the destination, whatever links stand in there.
+bool MayLeadOut(const fs::path& folder, const fs::path& target) {
+  auto depth = std::distance(folder.begin(), folder.end());
+  bool hasGoneDown = false;
+  for (const fs::path& part : target) {
+    if (part != "..") {
+      hasGoneDown = true;
+    } else if (hasGoneDown || depth-- == 0) {
+      return true;
+    }
+  }
+  return target.is_absolute();
+}
+
+// Opens one directory in another, and makes it first where it is missing.
+int OpenOrMake(int directory, const char* name) {
+  const int opened = openat(directory, name, kFolder);
+  if (opened >= 0 || errno != ENOENT) return opened;
+  if (mkdirat(directory, name, kAnyMode) != 0 && errno != EEXIST) return -1;
+  return openat(directory, name, kFolder);
+}
+
+// Fills as much of the block as the file has left; returns how much.
+std::size_t ReadBlock(int file, std::span<char> block) {
+  std::size_t got = 0;
+  while (got < block.size()) {
+    const ssize_t bytes = read(file, block.data() + got, block.size() - got);
+    if (bytes == 0) break;
+    if (bytes < 0 && errno == EINTR) continue;
+    if (bytes < 0) FailBySystem();
+    got += static_cast<std::size_t>(bytes);
+  }
+  return got;
+}
+
+void WriteBlock(int file, std::span<const char> block) {
+  while (!block.empty()) {
+    const ssize_t bytes = write(file, block.data(), block.size());
+    if (bytes < 0 && errno == EINTR) continue;
+    if (bytes < 0) FailBySystem();
+    block = block.subspan(static_cast<std::size_t>(bytes));
+  }
+}
+
+constexpr std::size_t kBlockBytes = 1 << 16;
+
+// A file's contents and metadata into a new file.  Attributes that the target's file system doesn't
+// take are left out.
+void CopyFile(int fromDirectory, const std::string& from, int toDirectory, const std::string& to) {
+  const Descriptor source(openat(fromDirectory, from.c_str(), kReadFile));
+  struct stat state {};
+  if (!source.IsOpen() || fstat(source.Number(), &state) != 0) FailBySystem();
+  Descriptor target(openat(toDirectory, to.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
+  if (!target.IsOpen()) FailBySystem();
+  std::vector<char> block(kBlockBytes);
+  while (const std::size_t got = ReadBlock(source.Number(), block)) {
+    WriteBlock(target.Number(), std::span(block).first(got));
+  }
+  const std::array<timespec, 2> times = {state.st_atim, state.st_mtim};
+  if (fchmod(target.Number(), state.st_mode & 07777) != 0) FailBySystem();
+  if (futimens(target.Number(), times.data()) != 0) FailBySystem();
+  if (!target.Finish()) FailBySystem();
+}
+
+bool MoveTo(int fromDirectory, const std::string& from, const Place& place,
+            Destination::Existing existing) {
+  const bool replace = existing == Destination::Existing::IsReplaced;
+  if (!replace) {
+    if (renameat2(fromDirectory, from.c_str(), place.directory, place.name.c_str(),
+                  RENAME_NOREPLACE) == 0) {
+      return true;
+    }
+    if (errno == EEXIST) return false;
+    if (errno != EINVAL && errno != ENOSYS) FailBySystem();
+    // A file system without that: look first.
+    if (LookAt(place)) return false;
+  }
+  if (renameat(fromDirectory, from.c_str(), place.directory, place.name.c_str()) != 0) {
+    FailBySystem();
+  }
+  return true;
+}
+
+bool OnSameFileSystem(int a, int b) {
+  struct stat first {};
+  struct stat second {};
+  return fstat(a, &first) == 0 && fstat(b, &second) == 0 && first.st_dev == second.st_dev;
+}
+
+}  // namespace
+
+std::optional<Occupant> LookAt(const Place& place) {
+  struct stat state {};
+  if (fstatat(place.directory, place.name.c_str(), &state, AT_SYMLINK_NOFOLLOW) != 0) {
+    if (errno == ENOENT) return std::nullopt;
+    FailBySystem();
+  }
+  return Occupant{.isDirectory = S_ISDIR(state.st_mode),
+                  .isFile = S_ISREG(state.st_mode),
+                  .isLink = S_ISLNK(state.st_mode),
+                  .isReadOnly = S_ISREG(state.st_mode) && (state.st_mode & 0222) == 0,
+                  .size = static_cast<std::uint64_t>(state.st_size),
+                  .time = state.st_mtim.tv_sec};
+}
+
+Destination::Destination(fs::path directory, Links linksRule)
+    : root(std::move(directory)), links(linksRule) {}
+
+int Destination::Root() {
+  if (!rootDirectory.IsOpen()) {
+    std::error_code error;
+    fs::create_directories(root, error);
+    rootDirectory = Descriptor(open(root.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+    if (!rootDirectory.IsOpen()) {
+      throw Failure(Visible(root.string()) + ": " + SystemErrorText(errno));
+    }
+    root = fs::canonical(root, error);
+  }
+  return rootDirectory.Number();
+}
+
+std::optional<fs::path> Destination::Inside(const fs::path& real) const {
+  const auto [end, rest] = std::mismatch(root.begin(), root.end(), real.begin(), real.end());
+  if (end != root.end()) return std::nullopt;
+  fs::path inside;
+  for (auto part = rest; part != real.end(); ++part) inside /= *part;
+  return inside;
+}
+
+// Where a link that stood in the destination leads: relative to it, or absolute when it leads out
+// and may.  A link that leads nowhere counts as one that leads out: a file made through it would
+// stand where it points.
+fs::path Destination::Resolve(const fs::path& link) {
+  std::error_code error;
+  const fs::path whole = root / link;
+  fs::path real = fs::canonical(whole, error);
+  if (!error) {
+    if (const auto inside = Inside(real)) return *inside;
+  }
+  if (links == Links::StayInside) {
+    throw FileFailure("refused: the link " + Visible(whole.string()) +
+                      " leads out of the destination");
+  }
+  if (error) real = fs::weakly_canonical(whole, error);
+  if (error) throw FileFailure(error.message());
+  return real;
+}
+
+// Opens a directory below the destination; `reached` is where it really is.
+Descriptor Destination::Open(const fs::path& path, fs::path& reached, int linksLeft) {
+  if (path.is_absolute()) {
+    std::error_code error;
+    fs::create_directories(path, error);
+    reached = path;
+    Descriptor directory(open(path.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+    if (!directory.IsOpen()) FailBySystem();
+    return directory;
+  }
+  Descriptor directory(openat(Root(), ".", O_PATH | O_DIRECTORY | O_CLOEXEC));
+  if (!directory.IsOpen()) FailBySystem();
+  reached.clear();
+  for (auto part = path.begin(); part != path.end(); ++part) {
+    Descriptor next(OpenOrMake(directory.Number(), part->c_str()));
+    if (!next.IsOpen()) {
+      const int error = errno;
+      if (!IsLink(directory.Number(), part->c_str())) throw FileFailure(SystemErrorText(error));
+      if (linksLeft == 0) throw FileFailure(SystemErrorText(ELOOP));
+      fs::path rest = Resolve(reached / *part);
+      while (++part != path.end()) rest /= *part;
+      return Open(rest, reached, linksLeft - 1);
+    }
+    directory = std::move(next);
+    reached /= *part;
+  }
+  return directory;
+}
+
+Place Destination::Find(const fs::path& path, FinalLink finalLink) {
+  const fs::path folder = path.parent_path();
+  if (!lastDirectory.IsOpen() || folder != lastAsked) {
+    lastDirectory = Open(folder, lastReached, kMostLinks);
+    lastAsked = folder;
+  }
+  const Place place{lastDirectory.Number(), path.filename().string(), lastReached};
+  if (finalLink == FinalLink::IsMeant || !IsLink(place.directory, place.name.c_str())) return place;
+  const fs::path real = Resolve(lastReached / place.name);
+  lastDirectory = Open(real.parent_path(), lastReached, kMostLinks);
+  lastAsked = real.parent_path();
+  return {lastDirectory.Number(), real.filename().string(), lastReached};
+}
+
+WorkFolder& Destination::Work() {
+  if (!work) work.emplace(Root());
+  return *work;
+}
+
+bool Destination::MoveIn(const std::string& workName, const Place& place, Existing existing) {
+  if (OnSameFileSystem(Work().Directory(), place.directory)) {
+    return MoveTo(Work().Directory(), workName, place, existing);
+  }
+  // The place is on a file system mounted below the destination.
+  const WorkFolder besidePlace(place.directory);
+  CopyFile(Work().Directory(), workName, besidePlace.Directory(), workName);
+  if (!MoveTo(besidePlace.Directory(), workName, place, existing)) return false;
+  unlinkat(Work().Directory(), workName.c_str(), 0);
+  return true;
+}
+
+bool Destination::HasContentsOf(const std::string& workName, const Place& place) {
+  const std::string link = LinkTarget(Work().Directory(), workName);
+  if (!link.empty()) return link == LinkTarget(place.directory, place.name);
+  const Descriptor ours(openat(Work().Directory(), workName.c_str(), kReadFile));
+  const Descriptor theirs(openat(place.directory, place.name.c_str(), kReadFile));
+  if (!ours.IsOpen() || !theirs.IsOpen()) return false;
+  std::vector<char> first(kBlockBytes);
+  std::vector<char> second(kBlockBytes);
+  for (;;) {
+    const std::size_t got = ReadBlock(ours.Number(), first);
+    if (ReadBlock(theirs.Number(), second) != got) return false;
+    if (!std::equal(first.begin(), first.begin() + static_cast<std::ptrdiff_t>(got),
+                    second.begin())) {
+      return false;
+    }
+    if (got == 0) return true;
+  }
+}
+
+void Destination::MakeFolder(const fs::path& path) {
+  fs::path ignored;
+  Open(path, ignored, kMostLinks);
+}
+
+void Destination::FinishFolder(const fs::path& path, unsigned int mode, std::uint64_t lastWrite) {
+  fs::path ignored;
+  const Descriptor found = Open(path, ignored, kMostLinks);
+  const Descriptor folder(openat(found.Number(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (!folder.IsOpen()) FailBySystem();
+  const timespec time = HostTime(lastWrite);
+  const std::array<timespec, 2> times = {time, time};
+  if (futimens(folder.Number(), times.data()) != 0) FailBySystem();
+  if (mode != 0 && fchmod(folder.Number(), mode) != 0) FailBySystem();
+}
+
+void Destination::PrepareLink(const std::string& workName, const Place& place,
+                              const fs::path& target, std::uint64_t lastWrite) {
+  if (links == Links::StayInside && MayLeadOut(place.folder, target)) {
+    throw FileFailure("refused: the link to " + Visible(target.string()) +
+                      " leads out of the destination");
+  }
+  if (symlinkat(target.c_str(), Work().Directory(), workName.c_str()) != 0) FailBySystem();
+  const timespec time = HostTime(lastWrite);
+  const std::array<timespec, 2> times = {time, time};
+  utimensat(Work().Directory(), workName.c_str(), times.data(), AT_SYMLINK_NOFOLLOW);
+}
+
+}  // namespace kozor::program

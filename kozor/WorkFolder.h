@@ -1,0 +1,118 @@
+// WorkFolder.h - a folder of the run's own, for files that aren't complete yet; and open
+// directories, relative to which everything in it is named.  This is the POSIX side.
+#pragma once
+
+#include <cstdint>
+#include <ctime>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace kozor::program {
+
+// An open file or directory; closed with its object.
+class Descriptor {
+ public:
+  explicit Descriptor(int opened = -1) : number(opened) {}
+  ~Descriptor() { Close(); }
+  Descriptor(Descriptor&& other) noexcept : number(std::exchange(other.number, -1)) {}
+  Descriptor& operator=(Descriptor&& other) noexcept {
+    std::swap(number, other.number);
+    return *this;
+  }
+
+  bool IsOpen() const { return number >= 0; }
+  int Number() const { return number; }
+  void Close();
+  // Closes; false, with errno, when what was written hasn't been taken.
+  bool Finish();
+
+ private:
+  int number;
+};
+
+// The system's form of a time in 100 ns since 1601.
+timespec HostTime(std::uint64_t fileTime);
+
+// A folder ".kozor-" and 16 hexadecimal digits, made in another one and removed with the object,
+// whatever it holds then.
+//
+// The run holds a lock on its folder.  One that nobody holds a lock on belongs to a run that was
+// killed, and the next run that makes such a folder beside it removes it.
+class WorkFolder {
+ public:
+  // `parent` is an open directory.  Throws FileFailure when no folder can be made in there.
+  explicit WorkFolder(int parent);
+  ~WorkFolder();
+  WorkFolder(const WorkFolder&) = delete;
+  WorkFolder& operator=(const WorkFolder&) = delete;
+
+  const std::string& Name() const { return name; }
+  // The folder, open.
+  int Directory() const { return directory.Number(); }
+  // The library path of a file in it.  It goes by the open folder (/proc), so that nobody can lead
+  // it elsewhere by exchanging a directory above.
+  std::string LibraryPathOf(const std::string& file) const;
+  // Removes a file from it, if it is there.
+  void Remove(const std::string& file) const;
+
+ private:
+  bool TryToMake();
+
+  Descriptor parent;
+  Descriptor directory;
+  std::string name;
+};
+
+// A work folder in the directory for temporaries.
+class TemporaryFolder {
+ public:
+  TemporaryFolder();  // throws Failure
+  const WorkFolder& Folder() const { return *folder; }
+  std::filesystem::path Path() const { return parent / folder->Name(); }
+
+ private:
+  std::filesystem::path parent;
+  std::optional<WorkFolder> folder;
+};
+
+// A new file in a work folder, written through memory.
+class MappedFile {
+ public:
+  // Reserves the room for `bytes`, so that a full disk shows here.  Throws FileFailure.
+  MappedFile(const WorkFolder& folder, const std::string& name, std::uint64_t bytes);
+  ~MappedFile() { Unmap(); }
+  MappedFile(const MappedFile&) = delete;
+  MappedFile& operator=(const MappedFile&) = delete;
+
+  std::span<unsigned char> Contents() { return contents; }
+
+  // Sets the permission bits, unless they are 0, and the time of last write, in 100 ns since 1601;
+  // and closes the file.  Throws FileFailure when one of these can't be done.
+  void Finish(unsigned int mode, std::uint64_t lastWrite);
+
+ private:
+  void Unmap();
+
+  Descriptor file;
+  std::span<unsigned char> contents;
+};
+
+// Bytes that are needed for a while.  Many of them lie in a file without a name in the directory
+// for temporaries, so that the program's own memory stays small.
+class ScratchMemory {
+ public:
+  // Good until the next call.  Throws FileFailure when there is no room.
+  std::span<unsigned char> Get(std::uint64_t bytes);
+
+ private:
+  std::optional<TemporaryFolder> folder;
+  std::unique_ptr<MappedFile> file;
+  std::vector<unsigned char> memory;
+};
+
+}  // namespace kozor::program
