@@ -1,5 +1,6 @@
 // AddCommand.cpp - the command `a`: files of the disk become members.
 #include <algorithm>
+#include <utility>
 
 #include "engine/commands/ArchiveChange.h"
 #include "engine/commands/Archiver.h"
@@ -59,7 +60,9 @@ void Archiver::Add(const CommandLine& line, const ProgressListener& listener) {
     // Headers of directories wait for the next file: old members are copied while the first one
     // counts as under way, so that the copying can be stopped as well.
     std::vector<std::uint8_t> directories;
-    const auto writeDirectories = [&] {
+    bool isCopied = false;
+    const auto copyAndWriteDirectories = [&](const container::CopyProgress& told) {
+      if (!std::exchange(isCopied, true)) update.CopyKept(told);
       if (!directories.empty()) update.Output().Write(directories);
       directories.clear();
     };
@@ -76,13 +79,12 @@ void Archiver::Add(const CommandLine& line, const ProgressListener& listener) {
       if (change.IsArchiveItself(facts.stamp)) throw Failure(ResultCode::FileNotOpened);
       NewMember member = DescribeSource(source, facts, change.Index());
       progress.Begin(source.name, facts.stamp.size);
-      update.CopyKept([&](std::uint64_t) { progress.Report(0); });
-      writeDirectories();
+      copyAndWriteDirectories([&](std::uint64_t) { progress.Report(0); });
       FileInput input(file, pieceBuffer);
       packer.Pack(input, line.method, member, update.Output(), progress);
       progress.End(member.originalBytes);
     }
-    writeDirectories();
+    copyAndWriteDirectories({});
   });
 }
 

@@ -28,12 +28,28 @@ bool IsLink(const std::string& path) {
   return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
 }
 
+// Opens an archive against other writers.  Whoever replaces an archive holds the old file until the
+// new one has its name; so what has been opened may be an old file, and its bytes would be lost.
+bool OpenForUpdate(const std::string& path, container::File& file) {
+  constexpr int kAttempts = 100;
+  for (int attempt = 0; attempt < kAttempts; ++attempt) {
+    if (!file.Open(path, container::File::Mode::Update)) return false;
+    container::File named;
+    const bool isCurrent = named.Open(path, container::File::Mode::Facts) &&
+                           named.Facts().stamp.IsSameFile(file.Facts().stamp);
+    if (isCurrent) return true;
+  }
+  file.Close();
+  SetLastError(ERROR_SHARING_VIOLATION);
+  return false;
+}
+
 }  // namespace
 
 ArchiveChange::ArchiveChange(container::IndexCache& cache, const CommandLine& commandLine)
     : indexes(cache), line(commandLine) {
   archive.path = line.archive;
-  if (archive.file.Open(archive.path, container::File::Mode::Update)) {
+  if (OpenForUpdate(archive.path, archive.file)) {
     if (IsLink(archive.path)) archive.path = archive.file.FinalPath();
     archive.index = indexes.Get(archive.path, archive.file);
     stampOfArchive = archive.file.Facts().stamp;
@@ -71,8 +87,8 @@ void ArchiveChange::Apply(const std::function<void(container::ArchiveUpdate&)>& 
 }
 
 void ArchiveChange::RemoveFile() {
-  archive.file.Close();
-  if (!DeleteFileA(archive.path.c_str())) throw Failure(container::WriteFailureCode());
+  const auto remove = [&] { return archive.file.Remove(archive.path); };
+  if (!container::RepeatWhileShared(remove)) throw Failure(container::WriteFailureCode());
 }
 
 }  // namespace kozor::commands

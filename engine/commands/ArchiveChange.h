@@ -35,8 +35,8 @@ class ArchiveChange {
   std::uint64_t KeptBytes() const { return container::KeptBytes(Index(), removed); }
 
   // Makes the change: in place where members are only added, else anew.  `write` is given the
-  // update, calls its CopyKept and writes new members to its output.  When anything throws, the
-  // archive is as it was.
+  // update, calls its CopyKept and then writes new members to its output.  When anything throws,
+  // the archive is as it was.
   void Apply(const std::function<void(container::ArchiveUpdate&)>& write);
 
   // Removes the archive's file.

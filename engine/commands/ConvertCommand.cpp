@@ -81,7 +81,7 @@ void Archiver::Convert(const CommandLine& line, const ProgressListener& listener
   output.Flush();
   progress.End(done);
 
-  temporary.TakePlaceOf(target, TemporaryArchive::Target::IsThere);
+  temporary.Replace(target);
   MakeProgram(target, path);  // a file that was replaced has passed its mode on
 }
 

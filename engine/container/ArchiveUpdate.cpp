@@ -6,6 +6,8 @@
 #include <utility>
 
 #include "engine/container/Failure.h"
+#include "engine/container/FirstHeader.h"
+#include "engine/container/MemberWalker.h"
 
 namespace kozor::container {
 namespace {
@@ -41,6 +43,42 @@ bool IsUncommittedAppend(File& file, std::uint64_t endMark) {
   return bytes[2] == '-' && bytes[3] == 'l' && bytes[4] == 'h' && bytes[6] == '-' && bytes[20] == 2;
 }
 
+// A file as it will be once the byte that is kept back is in its place.
+class WithFirstByte : public ByteSource {
+ public:
+  WithFirstByte(ByteSource& file, std::uint64_t byteOffset, std::uint8_t byteValue)
+      : source(file), offset(byteOffset), value(byteValue) {}
+
+  std::uint64_t Size() const override { return source.Size(); }
+  ByteSpan At(std::uint64_t from, std::size_t bytes) override {
+    const ByteSpan found = source.At(from, bytes);
+    if (offset < from || offset - from >= found.size()) return found;
+    patched.assign(found.begin(), found.end());
+    patched[static_cast<std::size_t>(offset - from)] = value;
+    return patched;
+  }
+
+ private:
+  ByteSource& source;
+  const std::uint64_t offset;
+  const std::uint8_t value;
+  std::vector<std::uint8_t> patched;
+};
+
+// Reads the headers from `begin` on.  They must lead to the end mark, which is the last byte, and
+// the archive must still be found where it was.
+void CheckReadable(ByteSource& source, const ArchiveIndex& old, std::uint64_t begin) {
+  const bool hasPrefix = old.PrefixBytes() != 0;
+  const bool isFound = !hasPrefix || FindFirstHeader(source) == old.PrefixBytes();
+  MemberWalker walker(source, begin);
+  MemberHeader header;
+  while (walker.Next(header)) {
+  }
+  const bool isWhole = walker.Status() == HeaderStatus::Complete && walker.HasEndMark() &&
+                       walker.NextOffset() + 1 == source.Size();
+  if (!isFound || !isWhole) throw Failure(ResultCode::CannotWrite);
+}
+
 class InPlaceAppend : public ArchiveUpdate {
  public:
   explicit InPlaceAppend(OpenArchive& changed)
@@ -59,6 +97,9 @@ class InPlaceAppend : public ArchiveUpdate {
     if (!output.IsEmpty()) {
       output.Write(kEndMark);
       output.Finish();
+      BufferedFile written(archive.file);
+      WithFirstByte committed(written, endMark, output.KeptByte());
+      CheckReadable(committed, *archive.index, endMark);
       output.ReleaseFirstByte();
     }
     isCommitted = true;
@@ -88,13 +129,9 @@ class Rewrite : public ArchiveUpdate {
         temporary(workDirectory.empty() ? DirectoryOf(changed.path) : workDirectory),
         output(temporary.Contents(), 0, MemberOutput::FirstByte::Written) {}
 
-  MemberOutput& Output() override {
-    CopyKept({});
-    return output;
-  }
+  MemberOutput& Output() override { return output; }
 
   void CopyKept(const CopyProgress& progress) override {
-    if (std::exchange(isCopied, true)) return;
     for (const Range& range : kept) {
       CopyBytes(
           archive.file, range.begin, range.end, [&](ByteSpan piece) { output.Write(piece); },
@@ -103,13 +140,15 @@ class Rewrite : public ArchiveUpdate {
   }
 
   void Commit() override {
-    CopyKept({});
     output.Write(kEndMark);
     output.Finish();
-    using Target = TemporaryArchive::Target;
-    const Target target = archive.file.IsOpen() ? Target::IsThere : Target::IsNew;
-    archive.file.Close();  // an open file cannot be replaced everywhere
-    temporary.TakePlaceOf(archive.path, target);
+    BufferedFile written(temporary.Contents());
+    CheckReadable(written, *archive.index, archive.index->PrefixBytes());
+    if (archive.file.IsOpen()) {
+      temporary.Replace(archive.file, archive.path);
+    } else {
+      temporary.BecomeNew(archive.path);
+    }
   }
 
  private:
@@ -117,7 +156,6 @@ class Rewrite : public ArchiveUpdate {
   const std::vector<Range> kept;
   TemporaryArchive temporary;
   MemberOutput output;
-  bool isCopied = false;
 };
 
 }  // namespace

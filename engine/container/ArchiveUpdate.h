@@ -1,11 +1,12 @@
 // ArchiveUpdate.h - one change of an archive: it happens as a whole or not at all.
 //
-// Members are written to Output() in either form; Commit makes the change; an object that goes
-// without a commit leaves the archive as it was.
+// CopyKept comes first, then new members are written to Output(), then Commit makes the change.  An
+// object that goes without a commit leaves the archive as it was.
 //
 // Appending in place commits with one byte.  Everything but the first byte of the new members is
 // written and flushed behind the old end mark, at which every reader stops; then that byte takes
 // the end mark's place.  Rewriting makes a complete new file, which then takes the old one's place.
+// Either way the headers are read back first.
 #pragma once
 
 #include <memory>
@@ -31,11 +32,10 @@ class ArchiveUpdate {
   virtual ~ArchiveUpdate() = default;
 
   virtual MemberOutput& Output() = 0;
-  // Copies what stays of the old archive, if that has to be done and has not been yet.  Whoever
-  // wants to hear of its progress calls it first; Output and Commit see to it otherwise.
+  // Copies what stays of the old archive, if that has to be done.
   virtual void CopyKept(const CopyProgress& progress) = 0;
   // Writes the end mark and makes the change.  An update that wrote nothing changes nothing in
-  // place.
+  // place.  Throws ResultCode::CannotWrite when what was written does not read as an archive.
   virtual void Commit() = 0;
 };
 

@@ -2,9 +2,12 @@
 #include "engine/container/File.h"
 
 #include <algorithm>
+#include <chrono>
+#include <thread>
 #include <utility>
 
 #include "engine/container/Failure.h"
+#include "platform/win32/HostRules.h"
 #include "platform/win32/Win32.h"
 
 namespace kozor::container {
@@ -32,10 +35,12 @@ OpenArguments ArgumentsOf(File::Mode mode) {
       return {0, kShareAll, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS};
     case File::Mode::Update:
       return {GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ, OPEN_EXISTING};
+    case File::Mode::Alone:
+      return {GENERIC_READ | GENERIC_WRITE, 0, OPEN_EXISTING};
     case File::Mode::CreateNew:
       break;
   }
-  return {GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ, CREATE_NEW};
+  return {GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ, CREATE_NEW, FILE_ATTRIBUTE_TEMPORARY};
 }
 
 std::uint64_t Join(DWORD high, DWORD low) {
@@ -48,6 +53,16 @@ ResultCode WriteFailureCode() {
   const DWORD error = GetLastError();
   const bool isFull = error == ERROR_DISK_FULL || error == ERROR_HANDLE_DISK_FULL;
   return isFull ? ResultCode::NoDiskSpace : ResultCode::CannotWrite;
+}
+
+bool RepeatWhileShared(const std::function<bool()>& call) {
+  constexpr int kAttempts = 500;
+  for (int i = 0; i < kAttempts; ++i) {
+    if (i != 0) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    if (call()) return true;
+    if (GetLastError() != ERROR_SHARING_VIOLATION) return false;
+  }
+  return false;
 }
 
 File::File(File&& other) noexcept
@@ -72,6 +87,17 @@ bool File::Open(const std::string& path, Mode mode) {
 
 void File::Close() {
   if (handle != nullptr) CloseHandle(std::exchange(handle, nullptr));
+}
+
+bool File::ReplaceBy(const std::string& replacement, const std::string& ownPath) {
+  // Where files are let go before they are replaced, a first attempt may have done that.
+  constexpr DWORD kFlags = MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH;
+  if (!IsOpen()) return MoveFileExA(replacement.c_str(), ownPath.c_str(), kFlags) != 0;
+  return KzReplaceHeld(replacement.c_str(), ownPath.c_str(), &handle) != 0;
+}
+
+bool File::Remove(const std::string& ownPath) {
+  return KzDeleteHeld(ownPath.c_str(), &handle) != 0;
 }
 
 std::uint64_t File::Size() const {

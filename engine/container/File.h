@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -33,7 +34,8 @@ class File {
   enum class Mode {
     Read,       // others may do with the file what they like meanwhile
     Update,     // read and write; others may read meanwhile, but not write
-    CreateNew,  // as update, and fails where a file is already
+    CreateNew,  // as Update, marked as temporary, and fails where a file is already
+    Alone,      // as Update, and nobody else has the file open
     Facts,      // neither read nor written; opens directories, too
   };
 
@@ -45,6 +47,11 @@ class File {
   // False on failure; GetLastError tells why.
   bool Open(const std::string& path, Mode mode);
   void Close();
+  // Give the name of this file, which is open for Update, to the file `replacement`, or remove it.
+  // Nobody else can change this file in between: it is closed after that.  False on failure;
+  // GetLastError tells why.
+  bool ReplaceBy(const std::string& replacement, const std::string& ownPath);
+  bool Remove(const std::string& ownPath);
   bool IsOpen() const { return handle != nullptr; }
 
   // These throw ResultCode::CannotRead.
@@ -84,6 +91,10 @@ class BufferedFile : public ByteSource {
   std::vector<std::uint8_t> buffer;
   std::uint64_t begin = 0;  // of the buffer in the file
 };
+
+// Repeats a call that moves or deletes a file while it fails with a sharing violation, for half a
+// second at most: another run that tries whether it can have the file holds it for a moment.
+bool RepeatWhileShared(const std::function<bool()>& call);
 
 // The code for a call that could not write, by GetLastError.
 enum class ResultCode : std::int32_t;

@@ -30,6 +30,7 @@ class MemberOutput {
   void TakeBack(std::uint64_t offset);
   // Brings everything to the medium and cuts the file behind it.
   void Finish();
+  std::uint8_t KeptByte() const { return keptByte; }
   // Puts the first byte in its place, and brings it to the medium.
   void ReleaseFirstByte();
 

@@ -18,6 +18,20 @@ std::string NameSuffix(unsigned int number) {
   return {kDigits[number / (36 * 36) % 36], kDigits[number / 36 % 36], kDigits[number % 36]};
 }
 
+// Best-effort removal of the temporaries that no run has open any more.
+void RemoveLeftovers(const std::string& directory) {
+  WIN32_FIND_DATAA entry;
+  HANDLE find = FindFirstFileA((directory + "lhtmp\?\?\?.lzh").c_str(), &entry);
+  if (find == INVALID_HANDLE_VALUE) return;
+  do {
+    if ((entry.dwFileAttributes & FILE_ATTRIBUTE_TEMPORARY) == 0) continue;
+    const std::string path = directory + entry.cFileName;
+    File file;
+    if (file.Open(path, File::Mode::Alone)) file.Remove(path);
+  } while (FindNextFileA(find, &entry));
+  FindClose(find);
+}
+
 }  // namespace
 
 std::string DirectoryOf(const std::string& path) {
@@ -48,12 +62,16 @@ void CopyBytes(File& from, std::uint64_t begin, std::uint64_t end,
 }
 
 TemporaryArchive::TemporaryArchive(const std::string& directory) {
+  RemoveLeftovers(directory);
   const auto start = static_cast<unsigned int>(GetTickCount64() % kNameCount);
   for (unsigned int i = 0; i < kNameCount; ++i) {
     path = directory + "lhtmp" + NameSuffix(start + i) + ".lzh";
     if (file.Open(path, File::Mode::CreateNew)) return;
+    // A sharing violation: another run has taken the new file for a leftover, and removes it.
     const DWORD error = GetLastError();
-    if (error != ERROR_FILE_EXISTS && error != ERROR_ALREADY_EXISTS) break;
+    const bool isTaken = error == ERROR_FILE_EXISTS || error == ERROR_ALREADY_EXISTS ||
+                         error == ERROR_SHARING_VIOLATION;
+    if (!isTaken) break;
   }
   throw Failure(ResultCode::TemporaryNotOpened);
 }
@@ -63,33 +81,52 @@ TemporaryArchive::~TemporaryArchive() {
   if (!path.empty()) DeleteFileA(path.c_str());
 }
 
-void TemporaryArchive::TakePlaceOf(const std::string& archivePath, Target target) {
-  file.Close();
-  DWORD flags = MOVEFILE_WRITE_THROUGH;
-  if (target == Target::IsThere) {
-    const DWORD attributes = GetFileAttributesA(archivePath.c_str());
-    if (attributes != INVALID_FILE_ATTRIBUTES) SetFileAttributesA(path.c_str(), attributes);
-    flags |= MOVEFILE_REPLACE_EXISTING;
-  }
-  if (MoveFileExA(path.c_str(), archivePath.c_str(), flags)) {
-    path.clear();
-  } else if (GetLastError() == ERROR_NOT_SAME_DEVICE) {
-    CopyBeside(archivePath, target);
-  } else {
-    throw Failure(ResultCode::TemporaryNotCopied);
-  }
+void TemporaryArchive::Replace(File& held, const std::string& archivePath) {
+  Take(archivePath, held.Facts().attributes,
+       [&](const std::string& from) { return held.ReplaceBy(from, archivePath); });
 }
 
-void TemporaryArchive::CopyBeside(const std::string& archivePath, Target target) {
+void TemporaryArchive::Replace(const std::string& targetPath) {
+  Take(targetPath, FILE_ATTRIBUTE_ARCHIVE, [&](const std::string& from) {
+    constexpr DWORD kFlags = MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH;
+    return MoveFileExA(from.c_str(), targetPath.c_str(), kFlags) != 0;
+  });
+}
+
+void TemporaryArchive::BecomeNew(const std::string& archivePath) {
+  Take(archivePath, FILE_ATTRIBUTE_ARCHIVE, [&](const std::string& from) {
+    return MoveFileExA(from.c_str(), archivePath.c_str(), MOVEFILE_WRITE_THROUGH) != 0;
+  });
+}
+
+void TemporaryArchive::Take(const std::string& targetPath, std::uint32_t attributes,
+                            const Move& move) {
+  SetFileAttributesA(path.c_str(), attributes);
+  file.Close();
+  if (RepeatWhileShared([&] { return move(path); })) {
+    path.clear();
+    return;
+  }
+  const DWORD error = GetLastError();
+  if (error == ERROR_NOT_SAME_DEVICE) {
+    CopyBeside(targetPath, attributes, move);
+    return;
+  }
+  const bool isTaken = error == ERROR_ALREADY_EXISTS || error == ERROR_FILE_EXISTS;
+  throw Failure(isTaken ? ResultCode::ArchiveNotOpened : ResultCode::TemporaryNotCopied);
+}
+
+void TemporaryArchive::CopyBeside(const std::string& targetPath, std::uint32_t attributes,
+                                  const Move& move) {
   if (!file.Open(path, File::Mode::Read)) throw Failure(ResultCode::TemporaryNotCopied);
-  TemporaryArchive beside(DirectoryOf(archivePath));
+  TemporaryArchive beside(DirectoryOf(targetPath));
   std::uint64_t done = 0;
   CopyBytes(file, 0, file.Size(), [&](ByteSpan piece) {
     beside.Contents().WriteAt(done, piece);
     done += piece.size();
   });
   beside.Contents().Flush();
-  beside.TakePlaceOf(archivePath, target);
+  beside.Take(targetPath, attributes, move);
 }
 
 }  // namespace kozor::container

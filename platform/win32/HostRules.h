@@ -1,14 +1,42 @@
-// HostRules.h - rules of the host's file system that Win32 has no call for.
+// HostRules.h - where the hosts' file systems differ and Win32 has no call that hides it.
 #pragma once
 
-// Non-zero where two names that differ in case alone are two files: what is created takes an
-// existing name only if it is spelt the same.
+#include "platform/Export.h"
+#include "platform/win32/Win32.h"
+
 #if defined(_WIN32)
+
 inline int KzCreatesExactly() {
   return 0;
 }
+
+// Here nobody can replace or remove a file that someone has open, so it is let go first.
+inline int KzReplaceHeld(const char* path, const char* target, HANDLE* held) {
+  CloseHandle(*held);
+  *held = nullptr;
+  return MoveFileExA(path, target, MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH);
+}
+
+inline int KzDeleteHeld(const char* path, HANDLE* held) {
+  CloseHandle(*held);
+  *held = nullptr;
+  return DeleteFileA(path);
+}
+
 #else
+
+// Non-zero where two names that differ in case alone are two files: what is created takes an
+// existing name only if it is spelt the same.
 inline int KzCreatesExactly() {
   return 1;
 }
+
+// Replace or remove the file `target` (`path`), which the caller has open against other writers,
+// and hold it until that is done.  Another process that opened the old file just before can tell by
+// the identity of what the name means then.  `*held` is closed and set to null on success, and may
+// be so on failure.  Return 1; 0 with GetLastError as MoveFileExA and DeleteFileA do, and
+// ERROR_SHARING_VIOLATION if `target` is no longer the file that is held.
+ZOR_PLATFORM_API int KzReplaceHeld(const char* path, const char* target, HANDLE* held);
+ZOR_PLATFORM_API int KzDeleteHeld(const char* path, HANDLE* held);
+
 #endif

@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <cstdlib>
 #include <thread>
 
 #include "tests/engine/EngineFixture.h"
@@ -71,7 +72,34 @@ class AtomicityTest : public EngineTest {
       ASSERT_EQ(Compress("x.lzh", "next", {}), 0);
     }
     EXPECT_GT(killed, 0);
-    for (const std::string& name : Temporaries()) std::filesystem::remove(folder.Path(name));
+    // The next run that needs a temporary in the folder removes what killed ones have left.
+    ASSERT_EQ(Compress("x.lzh", before.front(), {}), 0);
+    for (const std::string& name : Temporaries()) {
+      // Killed before the new file had been marked.
+      EXPECT_EQ(std::filesystem::file_size(folder.Path(name)), 0U) << name;
+      std::filesystem::remove(folder.Path(name));
+    }
+  }
+
+  // Runs `work` in a child process, which returns its exit code.
+  static pid_t Start(const std::function<int()>& work) {
+    const pid_t child = fork();
+    if (child == 0) _exit(work());
+    return child;
+  }
+
+  static int ExitCodeOf(pid_t child) {
+    int status = 0;
+    waitpid(child, &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  }
+
+  // Repeats a change while another process has the archive.
+  static bool WhenFree(const Change& change) {
+    for (;;) {
+      const int code = change();
+      if (code != 0x8018) return code == 0;
+    }
   }
 };
 
@@ -132,6 +160,47 @@ TEST_F(AtomicityTest, WorkDirectoryMayBeOnAnotherFileSystem) {
   ASSERT_EQ(Add("x.lzh", "src", {"a"}, work), 0);
   EXPECT_TRUE(SameBytes(Extract("x.lzh", "a").bytes, folder.ReadFile("src/a")));
   EXPECT_THAT(Temporaries(), IsEmpty());
+}
+
+TEST_F(AtomicityTest, TwoProcessesLoseNoUpdate) {
+  const char* const given = std::getenv("KOZOR_TEST_PAIRS");
+  const int pairs = given != nullptr ? std::atoi(given) : 300;
+  ASSERT_EQ(Compress("x.lzh", "rewritten", {}), 0);
+  const auto nameOf = [](int i) { return "appended" + std::to_string(i); };
+  const pid_t appender = Start([&] {
+    for (int i = 0; i < pairs; ++i) {
+      if (!WhenFree([&] { return Compress("x.lzh", nameOf(i), ToBytes(nameOf(i))); })) return 1;
+    }
+    return 0;
+  });
+  const pid_t rewriter = Start([&] {
+    for (int i = 0; i < pairs; ++i) {
+      if (!WhenFree([&] {
+            return Compress("x.lzh", "rewritten", TextBytes(static_cast<std::size_t>(i % 100)));
+          }))
+        return 1;
+    }
+    return 0;
+  });
+  EXPECT_EQ(ExitCodeOf(appender), 0);
+  EXPECT_EQ(ExitCodeOf(rewriter), 0);
+  const std::vector<std::string> names = Names("x.lzh");
+  EXPECT_EQ(names.size(), static_cast<std::size_t>(pairs) + 1);
+  for (int i = 0; i < pairs; ++i) EXPECT_THAT(names, testing::Contains(nameOf(i)));
+}
+
+TEST_F(AtomicityTest, TemporariesOfOthersStay) {
+  folder.WriteFile("lhtmp001.lzh", "a file of this name, but not left by a run");
+  folder.WriteFile("lhtmp002.lzh", "left by a run");
+  folder.WriteFile("lhtmp003.lzh", "of a run that is at work");
+  for (const char* name : {"lhtmp002.lzh", "lhtmp003.lzh"}) {
+    SetFileAttributesA(folder.Lib(name).c_str(), FILE_ATTRIBUTE_TEMPORARY);
+  }
+  const HANDLE atWork = CreateFileA(folder.Lib("lhtmp003.lzh").c_str(), GENERIC_WRITE,
+                                    FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr);
+  ASSERT_EQ(Compress("x.lzh", "new", {}), 0);
+  EXPECT_THAT(Temporaries(), ElementsAre("lhtmp001.lzh", "lhtmp003.lzh"));
+  CloseHandle(atWork);
 }
 
 TEST_F(AtomicityTest, ArchiveInUseIsNotChanged) {

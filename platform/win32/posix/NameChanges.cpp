@@ -7,7 +7,9 @@
 #include <cstdio>
 #include <optional>
 
+#include "platform/win32/HostRules.h"
 #include "platform/win32/posix/Attributes.h"
+#include "platform/win32/posix/File.h"
 #include "platform/win32/posix/LastError.h"
 #include "platform/win32/posix/LookUp.h"
 #include "platform/win32/posix/OtherSpelling.h"
@@ -83,13 +85,21 @@ bool FindEnds(LPCSTR existingName, LPCSTR newName, Move& move) {
   return true;
 }
 
-bool MayReplace(const Move& move, DWORD flags) {
+// Whether a file is the one that the caller holds, and nobody else keeps it from being deleted.
+bool IsHeldAlone(const File& held, const FileFacts& facts) {
+  FileFacts heldFacts;
+  return ReadFacts(held.Descriptor(), heldFacts) && heldFacts.id == facts.id &&
+         !IsDeleteDeniedByOthers(held.Descriptor(), facts.id);
+}
+
+bool MayReplace(const Move& move, DWORD flags, const File* held) {
   const Found& target = move.target;
   if ((flags & MOVEFILE_REPLACE_EXISTING) == 0) return Fail(ERROR_ALREADY_EXISTS);
   if (target.facts.IsDirectory() || move.source.facts.IsDirectory() || target.facts.dangling ||
       IsReadOnly(target)) {
     return Fail(ERROR_ACCESS_DENIED);
   }
+  if (held != nullptr) return IsHeldAlone(*held, target.facts) || Fail(ERROR_SHARING_VIOLATION);
   // Also a file that its opener lets others delete: only the name could be given away.
   const bool open =
       IsOpenHere(target.facts.id) ||
@@ -97,12 +107,12 @@ bool MayReplace(const Move& move, DWORD flags) {
   return !open || Fail(ERROR_ACCESS_DENIED);
 }
 
-bool MayMove(const Move& move, DWORD flags) {
+bool MayMove(const Move& move, DWORD flags, const File* held) {
   const FileFacts& facts = move.source.facts;
   if (facts.IsRegular() && !facts.link && IsDeleteDenied(move.source.host.c_str(), facts.id)) {
     return Fail(ERROR_SHARING_VIOLATION);
   }
-  return !move.target.exists || move.respelled || MayReplace(move, flags);
+  return !move.target.exists || move.respelled || MayReplace(move, flags, held);
 }
 
 // Without an old file there, the new name may not come to exist meanwhile.
@@ -153,9 +163,17 @@ bool SyncMove(const Move& move) {
   return SyncDirectory(to) && (from == to || SyncDirectory(from));
 }
 
-}  // namespace
+BOOL MoveName(LPCSTR existingName, LPCSTR newName, DWORD flags, const File* held) {
+  Move move;
+  if (!FindEnds(existingName, newName, move)) return FALSE;
+  if (held != nullptr && !move.target.exists) return Fail(ERROR_SHARING_VIOLATION);
+  if (!MayMove(move, flags, held)) return FALSE;
+  if (!Perform(move)) return FailErrno();
+  const bool sync = (flags & MOVEFILE_WRITE_THROUGH) != 0;
+  return !sync || SyncMove(move) ? TRUE : FailErrno();
+}
 
-BOOL WINAPI DeleteFileA(LPCSTR name) {
+BOOL DeleteName(LPCSTR name, const File* held) {
   std::optional<LibraryPath> path;
   Found found;
   if (!ParseAndLookUp(name, path, found)) return FALSE;
@@ -163,11 +181,32 @@ BOOL WINAPI DeleteFileA(LPCSTR name) {
   // The link goes, and what it points to doesn't matter.
   if (!found.facts.link) {
     if (IsReadOnly(found)) return Fail(ERROR_ACCESS_DENIED);
-    if (found.facts.IsRegular() && IsDeleteDenied(found.host.c_str(), found.facts.id)) {
-      return Fail(ERROR_SHARING_VIOLATION);
-    }
+    const bool inUse = held != nullptr ? !IsHeldAlone(*held, found.facts)
+                                       : found.facts.IsRegular() &&
+                                             IsDeleteDenied(found.host.c_str(), found.facts.id);
+    if (inUse) return Fail(ERROR_SHARING_VIOLATION);
   }
   return Unlink(found.host) ? TRUE : FailErrno();
+}
+
+// Calls `change` with the file behind a handle, and closes the handle when that has succeeded.
+template <typename Change>
+int WhileHeld(HANDLE* held, Change change) {
+  const auto file = FindObject<File>(*held);
+  if (!file || !change(file.get())) return 0;
+  CloseHandle(*held);
+  *held = nullptr;
+  return 1;
+}
+
+}  // namespace
+
+BOOL WINAPI DeleteFileA(LPCSTR name) {
+  return DeleteName(name, nullptr);
+}
+
+int KzDeleteHeld(const char* path, HANDLE* held) {
+  return WhileHeld(held, [&](const File* file) { return DeleteName(path, file); });
 }
 
 BOOL WINAPI CreateDirectoryA(LPCSTR name, LPSECURITY_ATTRIBUTES security) {
@@ -205,9 +244,10 @@ BOOL WINAPI RemoveDirectoryA(LPCSTR name) {
 BOOL WINAPI MoveFileExA(LPCSTR existingName, LPCSTR newName, DWORD flags) {
   constexpr DWORD kKnown = MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH;
   if ((flags & ~kKnown) != 0) return Fail(ERROR_INVALID_PARAMETER);
-  Move move;
-  if (!FindEnds(existingName, newName, move) || !MayMove(move, flags)) return FALSE;
-  if (!Perform(move)) return FailErrno();
-  const bool sync = (flags & MOVEFILE_WRITE_THROUGH) != 0;
-  return !sync || SyncMove(move) ? TRUE : FailErrno();
+  return MoveName(existingName, newName, flags, nullptr);
+}
+
+int KzReplaceHeld(const char* path, const char* target, HANDLE* held) {
+  constexpr DWORD kFlags = MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH;
+  return WhileHeld(held, [&](const File* file) { return MoveName(path, target, kFlags, file); });
 }

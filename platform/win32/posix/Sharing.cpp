@@ -128,13 +128,14 @@ bool AnyLocked(int file, unsigned claims, const LockRange& range = kAllLocks) {
          AnyLocked(file, claims, {lock.l_start + 1, range.end});
 }
 
-bool IsDeniedInTable(const FileId& id) {
+// How many in this process deny deleting it.
+std::ptrdiff_t DenialsInTable(const FileId& id) {
   OpenFiles& files = TheOpenFiles();
   const std::lock_guard guard(files.lock);
   const auto found = files.claims.find(id);
-  return found != files.claims.end() &&
-         std::any_of(found->second.begin(), found->second.end(),
-                     [](unsigned claims) { return (claims & kDeniesDelete) != 0; });
+  if (found == files.claims.end()) return 0;
+  return std::count_if(found->second.begin(), found->second.end(),
+                       [](unsigned claims) { return (claims & kDeniesDelete) != 0; });
 }
 
 }  // namespace
@@ -158,12 +159,16 @@ bool ShareHold::Take(int file, const FileId& fileId, const ShareMode& mode) {
 }
 
 bool IsDeleteDenied(const char* hostPath, const FileId& id) {
-  if (IsDeniedInTable(id)) return true;
+  if (DenialsInTable(id) != 0) return true;
   const int file = ::open(hostPath, O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC | O_NOFOLLOW);
   if (file < 0) return false;
   const bool denied = AnyLocked(file, kDeniesDelete);
   ::close(file);
   return denied;
+}
+
+bool IsDeleteDeniedByOthers(int held, const FileId& id) {
+  return DenialsInTable(id) > 1 || AnyLocked(held, kDeniesDelete);
 }
 
 bool IsOpenHere(const FileId& id) {

@@ -35,6 +35,8 @@ class ShareHold {
 
 // Whether someone has the file open and doesn't let others delete it.
 bool IsDeleteDenied(const char* hostPath, const FileId& id);
+// The same of all but the open file `held` itself.
+bool IsDeleteDeniedByOthers(int held, const FileId& id);
 // Whether someone in this process has it open at all.
 bool IsOpenHere(const FileId& id);
 
