@@ -26,6 +26,12 @@ function(kozor_own_code target)
   endif()
 endfunction()
 
+# A shared library whose calls to its own functions stay inside, whatever functions of the same name
+# the program has.
+function(kozor_calls_itself target)
+  target_link_options(${target} PRIVATE $<$<PLATFORM_ID:Linux>:LINKER:-Bsymbolic-functions>)
+endfunction()
+
 # Compiles the standard headers that most of our sources include once for the whole target.  It hides
 # a missing include, so not every preset asks for it.
 function(kozor_precompile target)

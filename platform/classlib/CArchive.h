@@ -15,6 +15,8 @@
 #include "platform/classlib/CString.h"
 #include "platform/win32/Win32.h"
 
+inline namespace kozor_names {
+
 class ZOR_PLATFORM_API CArchive {
  public:
   enum Mode : unsigned int { store = 0, load = 1 };
@@ -33,9 +35,9 @@ class ZOR_PLATFORM_API CArchive {
   // Returns the number of bytes read, fewer than `count` at the end of the file only.
   unsigned int Read(void* buffer, unsigned int count);
   void Write(const void* buffer, unsigned int count);
-  // Storing: hands everything to the file.  Loading: moves the file to right behind what was read.
+  // Storing: hands everything to the file.  Loading: moves the file to the end of what was read.
   void Flush();
-  // Flushes and lets go of the file.
+  // Flushes and detaches from the file.
   void Close();
 
   DWORD ReadCount();
@@ -65,3 +67,5 @@ class ZOR_PLATFORM_API CArchive {
   unsigned int next = 0;    // storing: bytes that wait to be written; loading: first unread byte
   unsigned int filled = 0;  // loading: end of the unread bytes
 };
+
+}  // namespace kozor_names

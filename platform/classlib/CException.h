@@ -6,13 +6,15 @@
 //     error->Delete();
 //   }
 //
-// Whoever catches an exception owns it, and ends it with Delete once unless it is thrown on with a
-// bare `throw`.  Values of m_cause are published numbers.
+// Whoever catches an exception owns it, and must call Delete once, unless it rethrows with a bare
+// `throw`.  Values of m_cause are published numbers.
 #pragma once
 
 #include "platform/Export.h"
 #include "platform/classlib/CObject.h"
 #include "platform/win32/Win32.h"
+
+inline namespace kozor_names {
 
 class ZOR_PLATFORM_API CException : public CObject {
  public:
@@ -75,3 +77,5 @@ class ZOR_PLATFORM_API CArchiveException : public CException {
 
   int m_cause;
 };
+
+}  // namespace kozor_names

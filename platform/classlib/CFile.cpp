@@ -51,7 +51,7 @@ const char* TextOf(const char* path) {
   return path != nullptr ? path : "";
 }
 
-// The name of an entry in a directory: what a search can find has no backslash behind it, unless
+// The name of an entry in a directory: what a search can find has no trailing backslash, unless
 // that is a part of a root.
 CString WithoutTrailingBackslash(const char* path) {
   const char* previous = path;

@@ -12,6 +12,8 @@
 #include "platform/classlib/CObject.h"
 #include "platform/win32/Win32.h"
 
+inline namespace kozor_names {
+
 // What CFile::GetStatus tells.  Times are UTC.
 struct CFileStatus {
   FILETIME m_ctime;           // created
@@ -87,3 +89,5 @@ class ZOR_PLATFORM_API CFile : public CObject {
  private:
   HANDLE file = INVALID_HANDLE_VALUE;
 };
+
+}  // namespace kozor_names

@@ -16,6 +16,8 @@
 #include "platform/classlib/CString.h"
 #include "platform/win32/Win32.h"
 
+inline namespace kozor_names {
+
 class ZOR_PLATFORM_API CFileFind : public CObject {
  public:
   CFileFind();
@@ -48,3 +50,5 @@ class ZOR_PLATFORM_API CFileFind : public CObject {
   WIN32_FIND_DATAA next{};  // read ahead, if hasNext
   CString directory;        // of the search, up to and including the last backslash or colon
 };
+
+}  // namespace kozor_names

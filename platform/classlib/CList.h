@@ -1,4 +1,4 @@
-// CList.h - a doubly linked list with positions that stay good.
+// CList.h - a doubly linked list whose positions stay valid.
 //
 //   for (POSITION position = list.GetHeadPosition(); position != nullptr;) {
 //     Use(list.GetNext(position));
@@ -6,7 +6,7 @@
 //
 // or, where nothing is added or removed on the way, `for (const CString& name : list)`.
 //
-// A POSITION names one element and holds good until that element is removed, whatever happens to
+// A POSITION names one element and is valid until that element is removed, whatever happens to
 // the others.  Nodes come from blocks; a list that has become empty gives all of them back.
 #pragma once
 
@@ -18,6 +18,8 @@
 
 #include "platform/classlib/CArchive.h"
 #include "platform/classlib/CObject.h"
+
+inline namespace kozor_names {
 
 // The links of an element.  Only CList looks inside.
 struct CListLinks {
@@ -66,7 +68,7 @@ class CList : public CObject {
   // Null when the list is empty.
   POSITION GetHeadPosition() const { return head; }
   POSITION GetTailPosition() const { return tail; }
-  // A copy of the element at `position`, which moves on, to null behind the last.
+  // A copy of the element at `position`, which moves on, to null after the last.
   TYPE GetNext(POSITION& position) const;
   TYPE GetPrev(POSITION& position) const;
   TYPE& GetAt(POSITION position) { return static_cast<Node*>(position)->element; }
@@ -215,3 +217,5 @@ typename CList<TYPE, ARG_TYPE>::Slot* CList<TYPE, ARG_TYPE>::TakeSlot() {
   freeSlots = slot->nextFree;
   return slot;
 }
+
+}  // namespace kozor_names

@@ -3,6 +3,8 @@
 
 #include "platform/Export.h"
 
+inline namespace kozor_names {
+
 class CArchive;
 class CDumpContext;  // only ever named: nothing here writes a dump
 
@@ -32,3 +34,5 @@ class ZOR_PLATFORM_API CObject {
  protected:
   CObject() = default;
 };
+
+}  // namespace kozor_names

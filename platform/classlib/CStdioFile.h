@@ -11,6 +11,8 @@
 #include "platform/classlib/CFile.h"
 #include "platform/classlib/CString.h"
 
+inline namespace kozor_names {
+
 class ZOR_PLATFORM_API CStdioFile : public CFile {
  public:
   CStdioFile();
@@ -48,3 +50,5 @@ class ZOR_PLATFORM_API CStdioFile : public CFile {
   unsigned int next = 0;           // the bytes from `next` to `filled` wait to be read
   unsigned int filled = 0;
 };
+
+}  // namespace kozor_names

@@ -34,7 +34,7 @@ int LengthOf(const WCHAR* text) {
 constinit CString::EmptyText CString::emptyText{{0, 0, 0}, '\0'};
 
 CString::CString() noexcept : text(&emptyText.terminator) {
-  // A text stands right behind its header.
+  // A text follows its header at once.
   static_assert(offsetof(EmptyText, terminator) == sizeof(Header));
 }
 

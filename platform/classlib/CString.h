@@ -4,8 +4,8 @@
 // object a text of its own.  The count is atomic, so strings that share a text may be used by
 // different threads; one and the same CString by one thread at a time only.
 //
-// The text is in the active ANSI code page and always has a terminator behind it.  A CString is one
-// pointer wide and converts to const char*; the pointer holds good until the next change or the end
+// The text is in the active ANSI code page and always ends in a terminator.  A CString is one
+// pointer wide and converts to const char*; the pointer is valid until the next change or the end
 // of the object.  It indexes that text too: s[0] is the first byte, s + 1 the address of the
 // second.
 //
@@ -19,6 +19,8 @@
 
 #include "platform/Export.h"
 #include "platform/win32/Win32.h"
+
+inline namespace kozor_names {
 
 class ZOR_PLATFORM_API CString {
  public:
@@ -133,3 +135,5 @@ class ZOR_PLATFORM_API CString {
 };
 
 static_assert(sizeof(CString) == sizeof(void*));
+
+}  // namespace kozor_names

@@ -7,6 +7,8 @@
 // - Failures of files and streams are thrown by pointer, as classes derived from CException
 //   (CException.h).  Exhausted memory is std::bad_alloc, as operator new throws it.
 // - No object may be used by two threads at once; different objects may.
+// - The names stand in an inline namespace: they are written without it, and a program may have a
+//   CString or CFile of its own in another source file.
 #pragma once
 
 #include "platform/classlib/CArchive.h"

@@ -26,44 +26,44 @@ ZOR_PLATFORM_API HANDLE WINAPI CreateFileA(LPCSTR name, DWORD access, DWORD shar
 
 // Closes what CreateFileA and CreateFileMappingA gave.  Never reports a late write error: whoever
 // has to know calls FlushFileBuffers before.
-ZOR_PLATFORM_API BOOL WINAPI CloseHandle(HANDLE handle);
+ZOR_PLATFORM_API int WINAPI CloseHandle(HANDLE handle);
 
 // Reads up to `bytes`; fewer only at the end of the file.  `overlapped` must be null.
-ZOR_PLATFORM_API BOOL WINAPI ReadFile(HANDLE file, LPVOID buffer, DWORD bytes, LPDWORD bytesRead,
-                                      LPOVERLAPPED overlapped);
+ZOR_PLATFORM_API int WINAPI ReadFile(HANDLE file, LPVOID buffer, DWORD bytes, LPDWORD bytesRead,
+                                     LPOVERLAPPED overlapped);
 
 // Writes all of `bytes`, or fails and tells in `*bytesWritten` how many went out before.
 // Differs: on a full disk (ERROR_DISK_FULL) a beginning of the block may have been written.
-ZOR_PLATFORM_API BOOL WINAPI WriteFile(HANDLE file, LPCVOID buffer, DWORD bytes,
-                                       LPDWORD bytesWritten, LPOVERLAPPED overlapped);
+ZOR_PLATFORM_API int WINAPI WriteFile(HANDLE file, LPCVOID buffer, DWORD bytes,
+                                      LPDWORD bytesWritten, LPOVERLAPPED overlapped);
 
 // Moves the file pointer by a signed 64-bit distance whose upper half is `*distanceHigh`, or by a
 // signed 32-bit one where that is null.  Returns the low half of the new position, or
 // INVALID_SET_FILE_POINTER: then an error only if GetLastError is not NO_ERROR.
 ZOR_PLATFORM_API DWORD WINAPI SetFilePointer(HANDLE file, LONG distance, PLONG distanceHigh,
                                              DWORD method);
-ZOR_PLATFORM_API BOOL WINAPI SetFilePointerEx(HANDLE file, LARGE_INTEGER distance,
-                                              PLARGE_INTEGER position, DWORD method);
+ZOR_PLATFORM_API int WINAPI SetFilePointerEx(HANDLE file, LARGE_INTEGER distance,
+                                             PLARGE_INTEGER position, DWORD method);
 ZOR_PLATFORM_API DWORD WINAPI GetFileSize(HANDLE file, LPDWORD sizeHigh);
-ZOR_PLATFORM_API BOOL WINAPI GetFileSizeEx(HANDLE file, PLARGE_INTEGER size);
+ZOR_PLATFORM_API int WINAPI GetFileSizeEx(HANDLE file, PLARGE_INTEGER size);
 
 // Makes the file end at the file pointer.  Growing reserves the blocks, so a full disk shows here.
-ZOR_PLATFORM_API BOOL WINAPI SetEndOfFile(HANDLE file);
+ZOR_PLATFORM_API int WINAPI SetEndOfFile(HANDLE file);
 
 // Returns when the file's data is on the medium.
-ZOR_PLATFORM_API BOOL WINAPI FlushFileBuffers(HANDLE file);
+ZOR_PLATFORM_API int WINAPI FlushFileBuffers(HANDLE file);
 
 // Null pointers, and times that are 0 or all ones, leave a time as it is.
 // Differs: the creation time can't be set and is left alone.
-ZOR_PLATFORM_API BOOL WINAPI SetFileTime(HANDLE file, const FILETIME* creation,
-                                         const FILETIME* lastAccess, const FILETIME* lastWrite);
-ZOR_PLATFORM_API BOOL WINAPI GetFileTime(HANDLE file, LPFILETIME creation, LPFILETIME lastAccess,
-                                         LPFILETIME lastWrite);
+ZOR_PLATFORM_API int WINAPI SetFileTime(HANDLE file, const FILETIME* creation,
+                                        const FILETIME* lastAccess, const FILETIME* lastWrite);
+ZOR_PLATFORM_API int WINAPI GetFileTime(HANDLE file, LPFILETIME creation, LPFILETIME lastAccess,
+                                        LPFILETIME lastWrite);
 
 // The volume serial number and the file index together tell one file or directory from all others
 // of the machine; a handle opened through a link has those of what the link points to.
-ZOR_PLATFORM_API BOOL WINAPI GetFileInformationByHandle(HANDLE file,
-                                                        LPBY_HANDLE_FILE_INFORMATION information);
+ZOR_PLATFORM_API int WINAPI GetFileInformationByHandle(HANDLE file,
+                                                       LPBY_HANDLE_FILE_INFORMATION information);
 
 // The path of an open file, with a drive and without a link in its last place or above.  Returns
 // its length; the size that would do, terminator included, where `bytes` is too few; 0 on failure.
@@ -76,31 +76,37 @@ ZOR_PLATFORM_API DWORD WINAPI GetFinalPathNameByHandleA(HANDLE file, LPSTR path,
 // Deletes a file, or a link, never what a link points to.
 // ERROR_ACCESS_DENIED for a directory and for a read-only file; ERROR_SHARING_VIOLATION while
 // someone has it open without FILE_SHARE_DELETE.
-ZOR_PLATFORM_API BOOL WINAPI DeleteFileA(LPCSTR name);
+ZOR_PLATFORM_API int WINAPI DeleteFileA(LPCSTR name);
 
 // Gives a file or directory another name on the same drive, in one step.  `flags`:
 // MOVEFILE_REPLACE_EXISTING, MOVEFILE_WRITE_THROUGH (returns when the change of name is on the
 // medium).  ERROR_NOT_SAME_DEVICE between file systems: nothing is ever copied.
 // Differs: a file that is replaced keeps the spelling of its name.
-ZOR_PLATFORM_API BOOL WINAPI MoveFileExA(LPCSTR existingName, LPCSTR newName, DWORD flags);
+ZOR_PLATFORM_API int WINAPI MoveFileExA(LPCSTR existingName, LPCSTR newName, DWORD flags);
 
-ZOR_PLATFORM_API BOOL WINAPI CreateDirectoryA(LPCSTR name, LPSECURITY_ATTRIBUTES security);
+ZOR_PLATFORM_API int WINAPI CreateDirectoryA(LPCSTR name, LPSECURITY_ATTRIBUTES security);
 // Removes one empty directory, or a link to a directory.
-ZOR_PLATFORM_API BOOL WINAPI RemoveDirectoryA(LPCSTR name);
+ZOR_PLATFORM_API int WINAPI RemoveDirectoryA(LPCSTR name);
 
 // Attributes: kept as docs/platform.md says.  FILE_ATTRIBUTE_NORMAL stands for none.
 ZOR_PLATFORM_API DWORD WINAPI GetFileAttributesA(LPCSTR name);
-ZOR_PLATFORM_API BOOL WINAPI GetFileAttributesExA(LPCSTR name, GET_FILEEX_INFO_LEVELS level,
-                                                  LPVOID information);
-ZOR_PLATFORM_API BOOL WINAPI SetFileAttributesA(LPCSTR name, DWORD attributes);
+ZOR_PLATFORM_API int WINAPI GetFileAttributesExA(LPCSTR name, GET_FILEEX_INFO_LEVELS level,
+                                                 LPVOID information);
+ZOR_PLATFORM_API int WINAPI SetFileAttributesA(LPCSTR name, DWORD attributes);
 
 // Searches.  Wild-cards stand in the last component only.  Entries come as ".", "..", then by name
 // without regard to case.
 // Differs: a host name that the code page or Windows can't express has a '?' in the place of each
 // such character, and can't be opened.  There are no short names.
 ZOR_PLATFORM_API HANDLE WINAPI FindFirstFileA(LPCSTR name, LPWIN32_FIND_DATAA data);
-ZOR_PLATFORM_API BOOL WINAPI FindNextFileA(HANDLE find, LPWIN32_FIND_DATAA data);
-ZOR_PLATFORM_API BOOL WINAPI FindClose(HANDLE find);
+// The same with FindExSearchNameMatch.  With FindExSearchLimitToDirectories files are passed over
+// at the cost of their names, but some may come all the same, as with the real call: look at the
+// attributes.  `data` is a WIN32_FIND_DATAA, `filter` null, `flags` 0.
+ZOR_PLATFORM_API HANDLE WINAPI FindFirstFileExA(LPCSTR name, FINDEX_INFO_LEVELS level, LPVOID data,
+                                                FINDEX_SEARCH_OPS operation, LPVOID filter,
+                                                DWORD flags);
+ZOR_PLATFORM_API int WINAPI FindNextFileA(HANDLE find, LPWIN32_FIND_DATAA data);
+ZOR_PLATFORM_API int WINAPI FindClose(HANDLE find);
 
 // Buffer functions return the length without the terminator, or, where `bytes` is too small, the
 // size needed with it, or 0 on failure.
@@ -125,4 +131,4 @@ ZOR_PLATFORM_API HANDLE WINAPI CreateFileMappingA(HANDLE file, LPSECURITY_ATTRIB
 // end.  The view outlives the handles it was made from.
 ZOR_PLATFORM_API LPVOID WINAPI MapViewOfFile(HANDLE mapping, DWORD access, DWORD offsetHigh,
                                              DWORD offsetLow, SIZE_T bytes);
-ZOR_PLATFORM_API BOOL WINAPI UnmapViewOfFile(LPCVOID view);
+ZOR_PLATFORM_API int WINAPI UnmapViewOfFile(LPCVOID view);

@@ -16,40 +16,36 @@ ZOR_PLATFORM_API HMODULE WINAPI LoadLibraryA(LPCSTR name);
 // Looks in the module itself only, not in what it is linked with.  ERROR_PROC_NOT_FOUND; ordinals
 // are refused in the same way.
 ZOR_PLATFORM_API FARPROC WINAPI GetProcAddress(HMODULE module, LPCSTR name);
-ZOR_PLATFORM_API BOOL WINAPI FreeLibrary(HMODULE module);
+ZOR_PLATFORM_API int WINAPI FreeLibrary(HMODULE module);
 // Null or "" takes the directory out of the search.
-ZOR_PLATFORM_API BOOL WINAPI SetDllDirectoryA(LPCSTR directory);
+ZOR_PLATFORM_API int WINAPI SetDllDirectoryA(LPCSTR directory);
 
 // Figures of the file system that the drive's or share's host directory lies on.
-ZOR_PLATFORM_API BOOL WINAPI GetDiskFreeSpaceA(LPCSTR root, LPDWORD sectorsPerCluster,
-                                               LPDWORD bytesPerSector, LPDWORD freeClusters,
-                                               LPDWORD totalClusters);
-ZOR_PLATFORM_API BOOL WINAPI GetDiskFreeSpaceExA(LPCSTR directory, PULARGE_INTEGER freeToCaller,
-                                                 PULARGE_INTEGER totalBytes,
-                                                 PULARGE_INTEGER totalFree);
+ZOR_PLATFORM_API int WINAPI GetDiskFreeSpaceA(LPCSTR root, LPDWORD sectorsPerCluster,
+                                              LPDWORD bytesPerSector, LPDWORD freeClusters,
+                                              LPDWORD totalClusters);
+ZOR_PLATFORM_API int WINAPI GetDiskFreeSpaceExA(LPCSTR directory, PULARGE_INTEGER freeToCaller,
+                                                PULARGE_INTEGER totalBytes,
+                                                PULARGE_INTEGER totalFree);
 // DRIVE_*, by what the host knows of the device and the file system.
 ZOR_PLATFORM_API UINT WINAPI GetDriveTypeA(LPCSTR root);
 // Maps a drive, "A:" to "Z:", to a host directory (UTF-8 text, as the host writes it), in place of
 // an earlier mapping; DDD_REMOVE_DEFINITION takes it away, and gives "C:" back its "/". Differs:
 // definitions don't stack.
-ZOR_PLATFORM_API BOOL WINAPI DefineDosDeviceA(DWORD flags, LPCSTR device, LPCSTR hostDirectory);
+ZOR_PLATFORM_API int WINAPI DefineDosDeviceA(DWORD flags, LPCSTR device, LPCSTR hostDirectory);
 // Reports version 10.0 of the NT line.
-ZOR_PLATFORM_API BOOL WINAPI GetVersionExA(LPOSVERSIONINFOA information);
+ZOR_PLATFORM_API int WINAPI GetVersionExA(LPOSVERSIONINFOA information);
 
-ZOR_PLATFORM_API BOOL WINAPI FileTimeToSystemTime(const FILETIME* fileTime,
-                                                  LPSYSTEMTIME systemTime);
-ZOR_PLATFORM_API BOOL WINAPI SystemTimeToFileTime(const SYSTEMTIME* systemTime,
-                                                  LPFILETIME fileTime);
+ZOR_PLATFORM_API int WINAPI FileTimeToSystemTime(const FILETIME* fileTime, LPSYSTEMTIME systemTime);
+ZOR_PLATFORM_API int WINAPI SystemTimeToFileTime(const SYSTEMTIME* systemTime, LPFILETIME fileTime);
 // DOS times are two words without a zone, even seconds from 1980 to 2107; converted as they stand.
-ZOR_PLATFORM_API BOOL WINAPI DosDateTimeToFileTime(WORD date, WORD time, LPFILETIME fileTime);
-ZOR_PLATFORM_API BOOL WINAPI FileTimeToDosDateTime(const FILETIME* fileTime, LPWORD date,
-                                                   LPWORD time);
+ZOR_PLATFORM_API int WINAPI DosDateTimeToFileTime(WORD date, WORD time, LPFILETIME fileTime);
+ZOR_PLATFORM_API int WINAPI FileTimeToDosDateTime(const FILETIME* fileTime, LPWORD date,
+                                                  LPWORD time);
 // These two add or take away the zone's offset that is in force now, whatever the date converted:
 // that is the contract of the real calls.
-ZOR_PLATFORM_API BOOL WINAPI LocalFileTimeToFileTime(const FILETIME* localTime,
-                                                     LPFILETIME fileTime);
-ZOR_PLATFORM_API BOOL WINAPI FileTimeToLocalFileTime(const FILETIME* fileTime,
-                                                     LPFILETIME localTime);
+ZOR_PLATFORM_API int WINAPI LocalFileTimeToFileTime(const FILETIME* localTime, LPFILETIME fileTime);
+ZOR_PLATFORM_API int WINAPI FileTimeToLocalFileTime(const FILETIME* fileTime, LPFILETIME localTime);
 ZOR_PLATFORM_API void WINAPI GetSystemTimeAsFileTime(LPFILETIME fileTime);
 // Milliseconds since the machine started.
 ZOR_PLATFORM_API ULONGLONG WINAPI GetTickCount64();

@@ -11,7 +11,7 @@
 #include "platform/win32/PosixTypes.h"
 
 ZOR_PLATFORM_API UINT WINAPI GetACP();
-ZOR_PLATFORM_API BOOL WINAPI IsDBCSLeadByte(BYTE byte);
+ZOR_PLATFORM_API int WINAPI IsDBCSLeadByte(BYTE byte);
 // The next character; stays on the terminator.
 ZOR_PLATFORM_API LPSTR WINAPI CharNextA(LPCSTR text);
 // The character before `current`, or `start`.
@@ -25,7 +25,7 @@ ZOR_PLATFORM_API LPSTR WINAPI CharPrevA(LPCSTR start, LPCSTR current);
 // characters (U+301C, U+2016, U+2212, U+00A2, U+00A3, U+00AC, U+2014) are taken too; nothing else
 // is approximated, with or without WC_NO_BEST_FIT_CHARS.
 ZOR_PLATFORM_API int WINAPI MultiByteToWideChar(UINT codePage, DWORD flags, LPCCH text, int bytes,
-                                                LPWSTR wide, int units);
+                                                char16_t* wide, int units);
 ZOR_PLATFORM_API int WINAPI WideCharToMultiByte(UINT codePage, DWORD flags, LPCWCH wide, int units,
                                                 LPSTR text, int bytes, LPCCH defaultChar,
                                                 LPBOOL usedDefaultChar);

@@ -8,10 +8,23 @@
 #include <cstddef>
 #include <cstdint>
 
+#ifndef WINAPI
 #define WINAPI
+#endif
+#ifndef CALLBACK
 #define CALLBACK
+#endif
 
+// Other libraries bring names of Win32 too (curses, libjpeg, GLib, ODBC, X11).  So BOOL, TRUE and
+// FALSE may be macros here, types agree with theirs where they can, and the namespace keeps the
+// rest apart: the same name in another source file is another thing for the linker and the loader.
+// Functions stand outside of it and are declared with int for BOOL and char16_t for WCHAR, which
+// X11 and ODBC define otherwise.
+inline namespace kozor_names {
+
+#ifndef BOOL
 using BOOL = int;
+#endif
 using BYTE = std::uint8_t;
 using WORD = std::uint16_t;
 using DWORD = std::uint32_t;
@@ -39,15 +52,17 @@ using LPDWORD = DWORD*;
 using PLONG = LONG*;
 
 using HANDLE = void*;
-struct HWND__;
-using HWND = HWND__*;
-struct HINSTANCE__;
-using HINSTANCE = HINSTANCE__*;
+using HWND = void*;
+using HINSTANCE = void*;
 using HMODULE = HINSTANCE;
 using FARPROC = void(WINAPI*)();  // to be cast to what the function really is
 
+#ifndef FALSE
 constexpr BOOL FALSE = 0;
+#endif
+#ifndef TRUE
 constexpr BOOL TRUE = 1;
+#endif
 // Size of the fixed buffers in records.  Whole paths may be longer here; a file name that would not
 // fit its buffer is listed cut short with a '?' at its end, so it can't be mistaken for another.
 constexpr int MAX_PATH = 260;
@@ -157,6 +172,8 @@ static_assert(sizeof(OSVERSIONINFOA) == 148);
 using LPOSVERSIONINFOA = OSVERSIONINFOA*;
 
 enum GET_FILEEX_INFO_LEVELS { GetFileExInfoStandard };
+enum FINDEX_INFO_LEVELS { FindExInfoStandard };
+enum FINDEX_SEARCH_OPS { FindExSearchNameMatch, FindExSearchLimitToDirectories };
 
 // Access, sharing, disposition and flags of CreateFileA
 
@@ -277,3 +294,5 @@ constexpr DWORD ERROR_NO_UNICODE_TRANSLATION = 1113;
 constexpr DWORD ERROR_IO_DEVICE = 1117;
 constexpr DWORD ERROR_MAPPED_ALIGNMENT = 1132;
 constexpr DWORD ERROR_CANT_RESOLVE_FILENAME = 1921;
+
+}  // namespace kozor_names

