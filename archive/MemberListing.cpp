@@ -1,7 +1,7 @@
 // MemberListing.cpp - selects members of an archive as ZorFind selects files on a disk.
 //
-// How a search text matches is the archiver's affair; what masks, their order and exclusion mean is
-// decided here.  Duplicates and exclusions go by sets of names, so the cost is near linear.
+// The archiver decides how a search text matches; what masks, their order and exclusion mean is
+// decided here.  Duplicates and exclusions are found through sets of names, in near linear time.
 #include "archive/MemberListing.h"
 
 #include "archive/ArchiveSearch.h"
@@ -20,32 +20,11 @@ CString SearchText(const char* mask) {
   return CString(directory != nullptr ? directory : fileName);
 }
 
-// Takes out of `list` whatever `unwanted` says of.
-template <typename Unwanted>
-void RemoveNames(ZorFileList& list, Unwanted unwanted) {
-  for (POSITION next = list.GetHeadPosition(); next != nullptr;) {
-    POSITION position = next;
-    if (unwanted(list.GetNext(next))) list.RemoveAt(position);
-  }
-}
-
-void RemoveDuplicates(ZorFileList& list) {
-  ZorNameSet seen;
-  RemoveNames(list, [&](const CString& name) { return !seen.Add(name); });
-}
-
-void RemoveExcluded(ZorFileList& list, const ZorFileList& excluded) {
-  if (excluded.IsEmpty()) return;
-  ZorNameSet names;
-  for (const CString& name : excluded) names.Add(name);
-  RemoveNames(list, [&](const CString& name) { return names.Contains(name); });
-}
-
 }  // namespace
 
 ZorError ZorListArchiveMembers(const char* archive, const ZorFind& find, ZorFileList& list,
                                int background) {
-  const ZorEngine engine;
+  const ZorEngine engine;  // loaded a second time: the interface wants a listing to stand alone
   if (!engine.IsReady()) return ZorErrorEngineUnavailable;
   CFileStatus status;
   if (!CFile::GetStatus(archive, status)) return ZorErrorArchiveNotFound;
@@ -64,7 +43,7 @@ ZorError ZorListArchiveMembers(const char* archive, const ZorFind& find, ZorFile
       found.AddTail(search.Name());
     }
   }
-  if (find.GetCount() > 1) RemoveDuplicates(list);
-  RemoveExcluded(list, excluded);
+  if (find.GetCount() > 1) ZorRemoveDuplicates(list, CString());
+  ZorRemoveExcluded(list, excluded, CString());
   return ZorErrorNone;
 }

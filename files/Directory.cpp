@@ -21,14 +21,14 @@ bool HasAttribute(DWORD attributes, DWORD wanted) {
   return attributes != INVALID_FILE_ATTRIBUTES && (attributes & wanted) != 0;
 }
 
-// A root is none here: there is no entry of it, and so no way up from it.
+// False for a root, which no directory lists: so there is no way up from it.
 bool IsDirectory(const char* path) {
   CFileStatus status;
   return CFile::GetStatus(path, status) && (status.m_attribute & CFile::directory) != 0;
 }
 
-// The common case at the cost of one look: where the last level is a directory, so are all above
-// it, unless the path goes up again and so needs a level that isn't above the last.
+// The common case, with one look-up: where the last level is a directory, so are all above it.  A
+// path that goes up again is different: the last level can exist without one before it.
 bool AllLevelsExist(const char* path, int length) {
   const CString last(path, length);
   return std::strstr(last, "..") == nullptr && IsDirectory(last);
@@ -47,7 +47,7 @@ bool IsRoot(const char* path) {
 }
 
 // Files go first, then directories from the last to the first: a walk gives parents before their
-// children.  Of links only the links themselves go.
+// children.  Links are removed, never followed.
 bool RemoveContents(const char* path) {
   ZorFileWalk walk;
   walk.directory = path;

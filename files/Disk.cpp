@@ -16,7 +16,8 @@ using Module = std::unique_ptr<std::remove_pointer_t<HMODULE>, FreeModule>;
 
 using LargeDiskCall = BOOL(WINAPI*)(LPCSTR, PULARGE_INTEGER, PULARGE_INTEGER, PULARGE_INTEGER);
 
-// Systems before the second release of the 95 line and before NT 4.0 lack GetDiskFreeSpaceExA.
+// Systems before the second release of the 95 line and before NT 4.0 lack GetDiskFreeSpaceExA.  The
+// interface keeps the probe, and the look-up below, for their sake.
 bool HasLargeDiskCall() {
   OSVERSIONINFOA version{};
   version.dwOSVersionInfoSize = sizeof(version);
@@ -46,7 +47,7 @@ std::optional<std::uint64_t> LargeDiskSpace(const char* root, bool freeSpace) {
   return freeSpace ? totalFree.QuadPart : total.QuadPart;
 }
 
-// Wraps round at 4 GiB.
+// Wraps at 4 GiB: so the interface has it.
 std::optional<std::uint32_t> SmallDiskSpace(const char* root, bool freeSpace) {
   DWORD sectorsPerCluster;
   DWORD bytesPerSector;

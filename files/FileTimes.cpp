@@ -8,9 +8,9 @@
 
 namespace {
 
-// A FILETIME counts 100 nanoseconds since 1601-01-01 00:00:00 UTC, as file times here count seconds
-// since 1970-01-01 00:00:00 UTC.  Neither knows zones or leap seconds, so one is the other times a
-// factor, and no calendar takes part.
+// A FILETIME counts 100 nanoseconds since 1601-01-01 00:00:00 UTC; file times here count seconds
+// since 1970-01-01 00:00:00 UTC.  Neither knows zones or leap seconds, so converting needs no
+// calendar.
 constexpr std::uint64_t kTicksPerSecond = 10'000'000;
 constexpr std::uint64_t kSecondsFrom1601To1970 = 11'644'473'600;
 // Whatever the width of `long`: volumes store 32 bits.

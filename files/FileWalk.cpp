@@ -5,17 +5,19 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <deque>
+#include <memory>
 #include <optional>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
 #include "files/Path.h"
-#include "platform/classlib/CFileFind.h"
 
 namespace {
 
-// An entry with none of these passes every filter.
+// An entry that has none of these passes every filter.
 constexpr DWORD kFilteredAttributes = FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN |
                                       FILE_ATTRIBUTE_SYSTEM | FILE_ATTRIBUTE_DIRECTORY |
                                       FILE_ATTRIBUTE_ARCHIVE | FILE_ATTRIBUTE_TEMPORARY |
@@ -41,6 +43,15 @@ std::optional<DirectoryIdentity> IdentityOf(const char* directory) {
       std::uint64_t{information.nFileIndexHigh} << 32 | information.nFileIndexLow};
 }
 
+struct CloseSearch {
+  void operator()(HANDLE search) const { FindClose(search); }
+};
+using SearchHandle = std::unique_ptr<std::remove_pointer_t<HANDLE>, CloseSearch>;
+
+bool IsDots(const char* name) {
+  return std::strcmp(name, ".") == 0 || std::strcmp(name, "..") == 0;
+}
+
 struct Entry {
   CString name;
   DWORD attributes;
@@ -49,7 +60,8 @@ struct Entry {
   bool IsDirectory() const { return Has(FILE_ATTRIBUTE_DIRECTORY); }
 };
 
-// A directory that the walk is in.  No search stays open: a walk needs one handle, however deep.
+// A directory that the walk is in.  Its entries have been read and the search is closed: a walk
+// needs one handle, however deep it goes.
 struct Level {
   CString directory;  // with its trailing backslash
   CString reported;   // the same without the prefix
@@ -64,7 +76,7 @@ class Walker {
   Walker(const ZorFileWalk& task, const ZorFileWalkVisitor& visitor)
       : walk(task), visit(visitor), isForAll(task.fileMask == kAllFiles) {}
 
-  void Run() {
+  DWORD Run() {
     Enter(walk.directory);
     while (!levels.empty()) {
       Level& level = levels.back();
@@ -74,6 +86,7 @@ class Walker {
         Take(level, level.entries[level.next++]);
       }
     }
+    return firstError;
   }
 
  private:
@@ -85,22 +98,32 @@ class Walker {
     level.directory = std::move(directory);
     level.reported = level.directory.Mid(walk.prefixLength);
     if (!isForAll) {
-      ForEachEntry(level.directory + walk.fileMask,
+      ForEachEntry(level.directory + walk.fileMask, FindExSearchNameMatch,
                    [&](const Entry& entry) { Report(level, entry); });
     }
     if (!isForAll && !walk.subDirectories) return;
-    ForEachEntry(level.directory + kAllFiles, [&](const Entry& entry) {
-      if (isForAll || entry.IsDirectory()) level.entries.push_back(entry);
+    const auto wanted = isForAll ? FindExSearchNameMatch : FindExSearchLimitToDirectories;
+    ForEachEntry(level.directory + kAllFiles, wanted, [&](Entry&& entry) {
+      if (isForAll || entry.IsDirectory()) level.entries.push_back(std::move(entry));
     });
   }
 
   template <class Action>
-  static void ForEachEntry(const CString& mask, Action action) {
-    CFileFind search;
-    for (int more = search.FindFile(mask); more;) {
-      more = search.FindNextFileA();
-      if (!search.IsDots()) action(Entry{search.GetFileName(), search.GetAttributes()});
-    }
+  void ForEachEntry(const CString& mask, FINDEX_SEARCH_OPS wanted, Action action) {
+    WIN32_FIND_DATAA found;
+    HANDLE handle = FindFirstFileExA(mask, FindExInfoStandard, &found, wanted, nullptr, 0);
+    if (handle == INVALID_HANDLE_VALUE) return NoteError(ERROR_FILE_NOT_FOUND);
+    const SearchHandle search(handle);
+    do {
+      if (!IsDots(found.cFileName)) action(Entry{found.cFileName, found.dwFileAttributes});
+    } while (FindNextFileA(handle, &found));
+    NoteError(ERROR_NO_MORE_FILES);
+  }
+
+  // Remembers the last error, if it is the first one and not the `usual` end of a search.
+  void NoteError(DWORD usual) {
+    const DWORD error = GetLastError();
+    if (firstError == NO_ERROR && error != usual) firstError = error;
   }
 
   void Take(Level& level, const Entry& entry) {
@@ -116,7 +139,7 @@ class Walker {
     visit(level.reported + entry.name, entry.IsDirectory());
   }
 
-  // Every endless way leads through the same link again and again, so links are the place to look.
+  // An endless walk would pass the same link again and again, so only links have to be checked.
   bool MayFollow(const CString& link) {
     if (!walk.followLinks) return false;
     const std::optional<DirectoryIdentity> target = IdentityOf(link);
@@ -131,10 +154,11 @@ class Walker {
   const ZorFileWalkVisitor& visit;
   const bool isForAll;
   std::deque<Level> levels;
+  DWORD firstError = NO_ERROR;
 };
 
 }  // namespace
 
-void ZorWalkDirectory(const ZorFileWalk& walk, const ZorFileWalkVisitor& visit) {
-  Walker(walk, visit).Run();
+DWORD ZorWalkDirectory(const ZorFileWalk& walk, const ZorFileWalkVisitor& visit) {
+  return Walker(walk, visit).Run();
 }

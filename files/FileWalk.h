@@ -29,8 +29,9 @@ using ZorFileWalkVisitor = std::function<void(const CString& name, bool isDirect
 //
 // With the file mask "*.*" a directory comes right before its contents.  With any other, all
 // matches of a directory come before those of its subdirectories.  Entries come in the order of the
-// platform's enumeration.  A directory that can't be read is empty.
+// platform's enumeration.  A directory that can't be read is empty.  Returns NO_ERROR when all
+// could be read, else the system error of the first that couldn't.
 //
-// A link to a directory is entered unless it leads back to one that the walk is in.  Any depth will
-// do: the levels are kept on the heap, and no search is open while another is.
-void ZorWalkDirectory(const ZorFileWalk& walk, const ZorFileWalkVisitor& visit);
+// A link to a directory is entered unless it leads back to one that the walk is in.  The depth is
+// not limited: levels are kept on the heap, and only one search is open at a time.
+DWORD ZorWalkDirectory(const ZorFileWalk& walk, const ZorFileWalkVisitor& visit);

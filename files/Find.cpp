@@ -1,6 +1,5 @@
 // Find.cpp - a selection of files, and its evaluation in three stages: every mask is walked in list
-// order, later duplicates are dropped, and what exclusion masks found is taken out.
-#include <functional>
+// order, later duplicates are dropped, and what exclusion masks found is removed.
 #include <optional>
 
 #include "ZorFind.h"
@@ -40,20 +39,6 @@ std::optional<ZorFileWalk> WalkOfMask(const char* mask, const CString& base, boo
   return walk;
 }
 
-// The form in which names are compared: complete, or as complete as the base makes it.
-CString ComparedForm(const CString& name, const CString& base) {
-  const char* root;
-  ZorSplitPath(name, &root, nullptr, nullptr);
-  return root != nullptr ? name : base + name;
-}
-
-void RemoveIf(ZorFileList& list, const std::function<bool(const CString&)>& unwanted) {
-  for (POSITION position = list.GetHeadPosition(); position != nullptr;) {
-    POSITION here = position;
-    if (unwanted(list.GetNext(position))) list.RemoveAt(here);
-  }
-}
-
 }  // namespace
 
 ZorFind::ZorFind() : attribute(kChosenAttributes), subDirectory(1) {}
@@ -77,6 +62,7 @@ ZorFind::~ZorFind() = default;
 ZorError ZorFind::Find(ZorFileList& list, int fullPath) const {
   const CString base = ZorDirectoryText(currentDirectory);
 
+  DWORD firstError = NO_ERROR;
   ZorFileList excluded;
   for (const CString& mask : *this) {
     const char* text = mask;
@@ -87,19 +73,14 @@ ZorError ZorFind::Find(ZorFileList& list, int fullPath) const {
     walk->searchMask = kFreeAttributes | (attribute & kChosenAttributes);
     walk->subDirectories = subDirectory != 0;
     ZorFileList& destination = isExclusion ? excluded : list;
-    ZorWalkDirectory(*walk, [&](const CString& name, bool) { destination.AddTail(name); });
+    const DWORD error =
+        ZorWalkDirectory(*walk, [&](const CString& name, bool) { destination.AddTail(name); });
+    if (firstError == NO_ERROR) firstError = error;
   }
 
-  if (GetCount() > 1) {
-    ZorNameSet seen;
-    RemoveIf(list, [&](const CString& name) { return !seen.Add(ComparedForm(name, base)); });
-  }
-  if (!excluded.IsEmpty()) {
-    ZorNameSet unwanted;
-    for (const CString& name : excluded) unwanted.Add(ComparedForm(name, base));
-    RemoveIf(list,
-             [&](const CString& name) { return unwanted.Contains(ComparedForm(name, base)); });
-  }
+  if (GetCount() > 1) ZorRemoveDuplicates(list, base);
+  ZorRemoveExcluded(list, excluded, base);
+  SetLastError(firstError);
   return ZorErrorNone;
 }
 

@@ -1,33 +1,69 @@
-// NameSet.cpp - a set of names in which case doesn't count: the hash that goes with _mbsicmp.
+// NameSet.cpp - the hash of a case-insensitive set of names, in step with _mbsicmp, and the passes
+// over lists of names that use it.
 #include "files/NameSet.h"
 
 #include <cstdint>
 #include <random>
 
+#include "files/Path.h"
+
 namespace {
 
-// Names come from archives and disks of strangers.  A start that nobody can foretell keeps them
-// from choosing names that all meet in one place.
+// Names come from untrusted archives and disks.  An unpredictable seed keeps an attacker from
+// choosing names that all fall into one bucket.
 std::size_t Seed() {
   static const std::size_t seed = std::random_device{}();
   return seed;
 }
 
+CString CompleteForm(const CString& name, const CString& base) {
+  return base.IsEmpty() || ZorHasRoot(name) ? name : base + name;
+}
+
+template <typename Unwanted>
+void RemoveIf(ZorFileList& list, Unwanted unwanted) {
+  for (POSITION next = list.GetHeadPosition(); next != nullptr;) {
+    POSITION position = next;
+    if (unwanted(list.GetNext(next))) list.RemoveAt(position);
+  }
+}
+
 }  // namespace
 
-ZorNameSet::ZorNameSet() : names(0, Hash{Seed()}) {}
+ZorNameSet::ZorNameSet() : names(0, Hash(Seed())) {}
+
+// Asks the platform once for each byte, not once for each byte of each name.
+ZorNameSet::Hash::Hash(std::size_t start) : seed(start) {
+  for (unsigned int byte = 0; byte < folded.size(); ++byte) {
+    const bool leads = IsDBCSLeadByte(static_cast<BYTE>(byte)) != 0;
+    folded[byte] = leads ? kLeadByte : static_cast<std::uint16_t>(_mbctolower(byte));
+  }
+}
 
 // FNV-1a over the characters in lower case.  A lead byte without its trail byte is left out: to
 // _mbsicmp it may be the end of the text.
 std::size_t ZorNameSet::Hash::operator()(const CString& name) const {
   std::uint64_t hash = 0xCBF29CE484222325u ^ seed;
   for (const char* p = name; *p != '\0';) {
-    unsigned int character = static_cast<unsigned char>(*p++);
-    if (IsDBCSLeadByte(static_cast<BYTE>(character))) {
+    const auto byte = static_cast<unsigned char>(*p++);
+    unsigned int character = folded[byte];
+    if (character == kLeadByte) {
       if (*p == '\0') break;
-      character = character << 8 | static_cast<unsigned char>(*p++);
+      character = _mbctolower(unsigned{byte} << 8 | static_cast<unsigned char>(*p++));
     }
-    hash = (hash ^ _mbctolower(character)) * 0x100000001B3u;
+    hash = (hash ^ character) * 0x100000001B3u;
   }
   return static_cast<std::size_t>(hash ^ hash >> 32);
+}
+
+void ZorRemoveDuplicates(ZorFileList& list, const CString& base) {
+  ZorNameSet seen;
+  RemoveIf(list, [&](const CString& name) { return !seen.Add(CompleteForm(name, base)); });
+}
+
+void ZorRemoveExcluded(ZorFileList& list, const ZorFileList& excluded, const CString& base) {
+  if (excluded.IsEmpty()) return;
+  ZorNameSet names;
+  for (const CString& name : excluded) names.Add(CompleteForm(name, base));
+  RemoveIf(list, [&](const CString& name) { return names.Contains(CompleteForm(name, base)); });
 }

@@ -1,12 +1,15 @@
-// NameSet.h - a set of names in which case doesn't count.
+// NameSet.h - a case-insensitive set of names.
 //
-// Two names are one when _mbsicmp finds them equal.  Adding and looking up cost the length of a
-// name, however many names are in the set, so it takes the place of comparing each with each.
+// Two names are the same when _mbsicmp finds them equal.  Adding and looking up take time in
+// proportion to the length of the name, however many there are.
 #pragma once
 
+#include <array>
 #include <cstddef>
+#include <cstdint>
 #include <unordered_set>
 
+#include "ZorFind.h"
 #include "platform/classlib/CString.h"
 
 class ZorNameSet {
@@ -19,9 +22,15 @@ class ZorNameSet {
   std::size_t GetCount() const { return names.size(); }
 
  private:
-  struct Hash {
+  class Hash {
+   public:
+    explicit Hash(std::size_t start);
     std::size_t operator()(const CString& name) const;
+
+   private:
+    static constexpr std::uint16_t kLeadByte = 0xFFFF;
     std::size_t seed;
+    std::array<std::uint16_t, 256> folded;  // single bytes in lower case, or kLeadByte
   };
   struct Equal {
     bool operator()(const CString& left, const CString& right) const {
@@ -31,3 +40,11 @@ class ZorNameSet {
 
   std::unordered_set<CString, Hash, Equal> names;
 };
+
+// Both passes compare names in their complete form: one without a root is taken below `base`, which
+// ends in a backslash or is empty.
+//
+// Removes the later ones of equal names.
+void ZorRemoveDuplicates(ZorFileList& list, const CString& base);
+// Removes every name that equals one of `excluded`.
+void ZorRemoveExcluded(ZorFileList& list, const ZorFileList& excluded, const CString& base);

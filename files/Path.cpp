@@ -13,7 +13,7 @@ const char* FindBackslash(const char* text, int count) {
   return text;
 }
 
-// Behind a drive or a network root; `path` itself when there is none.
+// The end of the drive or network root; `path` itself when there is none.
 const char* SkipRoot(const char* path) {
   if (path[0] == '\0') return path;
   if (path[1] == ':') return path + 2;
@@ -75,6 +75,11 @@ void ZorSetTrailingBackslash(CString& path, int add) {
   const bool endsInBackslash = last != nullptr && last == path + (length - 1);
   if (endsInBackslash && !add) path = path.Left(length - 1);
   if (!endsInBackslash && add) path += '\\';
+}
+
+bool ZorHasRoot(const char* path) {
+  path = ZorText(path);
+  return SkipRoot(path) != path;
 }
 
 CString ZorDirectoryText(const char* directory) {

@@ -27,8 +27,8 @@ inline const char* ZorText(const char* text) {
 void ZorSplitPath(const char* path, const char** root, const char** directory,
                   const char** fileName);
 
-// The root of `path` with a backslash behind it, as the system's calls about a disk take it; empty
-// if it has none.
+// The root of `path` with a trailing backslash, as the system's calls about disks take it; empty if
+// it has none.
 CString ZorRootDirectory(const char* path);
 
 // The directories that `path` leads through, topmost first, each by the number of bytes of `path`
@@ -40,6 +40,9 @@ std::vector<int> ZorDirectoryLevels(const char* path, const char* directory, con
 // Cuts off the last backslash of `path` if it ends in one, and with `add` non-zero appends one: the
 // form in which a file name can follow.  An empty path becomes "\".
 void ZorSetTrailingBackslash(CString& path, int add);
+
+// Whether `path` begins with a drive or a share.
+bool ZorHasRoot(const char* path);
 
 // A directory's path as a file name can follow it: with one trailing backslash.  An empty or null
 // one is the empty text.

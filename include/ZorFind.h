@@ -34,15 +34,17 @@ class ZOR_API ZorFind : public ZorFileList {
   const ZorFind& operator=(const ZorFind& other);
   ~ZorFind() override;
 
-  // Appends the names of the selected files to `list`, mask by mask; then, when there is more than
-  // one mask, drops later duplicates, and drops what exclusion masks found.  Both look at the whole
-  // of `list`, at what stood in it before the call too.  Names compare without case.
+  // Appends the names of the selected files to `list`, mask by mask.  When there is more than one
+  // mask, later duplicates are dropped; then what exclusion masks found.  Both passes look at the
+  // whole of `list`, including what stood in it before the call.  Names are compared without case.
   //
   // `fullPath` non-zero: every name is complete.  Zero: the base directory is cut off the names
   // that masks without a root found.  Nothing is sorted: within a directory the order is the
   // platform's, and with the mask "*.*" a directory stands right before its contents.
   //
   // The result is always ZorErrorNone: a directory that is missing or can't be read adds nothing.
+  // The platform's last error tells afterwards: 0 when every directory was read, else why the first
+  // one that wasn't couldn't be.
   ZorError Find(ZorFileList& list, int fullPath) const;
 
   // The filter, of FILE_ATTRIBUTE_* bits: read-only 0x01, hidden 0x02, system 0x04, directory 0x10,

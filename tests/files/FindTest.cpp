@@ -79,6 +79,23 @@ TEST_F(Find, TakesMasksOfEveryForm) {
   }
 }
 
+TEST_F(Find, LeavesTheReasonWhyADirectoryCouldNotBeRead) {
+  MakeSmallTree();
+  const struct {
+    Names masks;
+    DWORD error;
+  } rows[] = {{{"*.*"}, NO_ERROR},
+              {{"*.none"}, NO_ERROR},
+              {{"C:ignored"}, NO_ERROR},
+              {{"*.*", "none\\x", "a.txt\\x"}, ERROR_PATH_NOT_FOUND},
+              {{"a.txt\\*.*"}, ERROR_DIRECTORY}};
+  for (const auto& row : rows) {
+    SetLastError(77);
+    Run(row.masks);
+    EXPECT_EQ(GetLastError(), row.error) << row.masks.back();
+  }
+}
+
 TEST_F(Find, CutsTheBaseOffUnlessFullPathsAreWanted) {
   MakeSmallTree();
   const std::string base = folder.Lib();
