@@ -9,16 +9,15 @@ class ZorAddOperation : public ZorOperation {
   ZorAddOperation(ZorArchive& object, const char* archivePath)
       : ZorOperation(Family::Compress, object, archivePath) {}
 
-  // Refuses what no line can carry, in `text` or in the work directory, while the old archive is
-  // still there.
+  // Refuses a quote in `text` or in the work directory while the old archive is still there.
   void RequireSoundOperand(const char* text) const;
   // Removes an old archive.  If that fails, members are appended to it.
   void RemoveOldArchive();
-  // For operations that don't replace members behind the caller's back: with `append` 0 removes the
-  // old archive, else refuses, unless the overwrite mode allows them, names that it holds.
+  // For operations that replace no member unasked.  With `append` 0 removes the old archive; else
+  // refuses names that the archive holds, unless the overwrite mode is on.
   void PrepareArchive(int append, const ZorFileList& names);
-  // Takes the work directory over for the whole run and notes the temporaries of others, so that
-  // the closing steps remove those of this run alone.
+  // Copies the work directory for the whole run and notes the temporaries that stand there, so that
+  // the closing steps remove only those of this run.
   void BeginSweep();
   // A line up to the archive: letter, options, the pieces of the modes, `ownPiece`, the archive.
   ZorLineBuilder ArchiveLine(const char* letter, const char* ownPiece = "") const;

@@ -5,7 +5,7 @@
 #include "archive/Engine.h"
 #include "files/Path.h"
 
-// The one way from the archiver's callbacks to an object.
+// The only way from the archiver's callbacks to an object.
 ZorArchive* ZorArchive::ths = nullptr;
 
 ZorArchive::ZorArchive()
@@ -21,7 +21,7 @@ ZorArchive::ZorArchive()
 ZorArchive::ZorArchive(const ZorArchive& other) = default;
 ZorArchive& ZorArchive::operator=(const ZorArchive& other) = default;
 
-// The end of any object, a copy too, leaves the callbacks without one.
+// Destroying any object, even a copy, leaves the callbacks without one: so the interface has it.
 ZorArchive::~ZorArchive() {
   ths = nullptr;
 }

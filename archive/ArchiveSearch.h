@@ -6,7 +6,7 @@
 #include "archive/Engine.h"
 #include "platform/classlib/ClassLib.h"
 
-// An archive opened for searching; closed again with the object.  Uses `engine`, which must be
+// An archive that is open for searching as long as the object lives.  Uses `engine`, which must be
 // ready and outlive it.
 class ZorArchiveSearch {
  public:

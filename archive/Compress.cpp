@@ -73,7 +73,7 @@ class CompressOperation final : public ZorAddOperation {
     }
   }
 
-  // The archive is complete by now, and stays so if this fails.
+  // A failure leaves the archive, which is complete by now.
   void Convert() {
     ZorLineBuilder line = ZorLineBuilder::Conversion();
     RunSilently(line.Operand(archive).Operand(ArchiveFolder()));

@@ -19,7 +19,7 @@ class CompressMemOperation final : public ZorAddOperation {
 
  private:
   void Work() override {
-    // Where `long` is wider than the archiver's count, a part of the data must not pass for it.
+    // `long` may be wider than the archiver's count, which must not be cut to a part of the data.
     if (size > std::numeric_limits<std::uint32_t>::max()) throw ZorFailure{ZorErrorFileFailure};
     RequireSoundOperand(name);
     ZorFileList names;

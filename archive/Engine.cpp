@@ -6,7 +6,7 @@ namespace {
 // Sets `entry` to the function of that name, or to null, and tells whether it is there.
 template <typename Function>
 bool Bind(HMODULE module, const char* name, Function*& entry) {
-  // By way of the type that stands for any function, so that the compiler lets it pass.
+  // A function pointer type between the two casts: compilers warn of a direct one.
   using AnyFunction = void (*)();
   entry = reinterpret_cast<Function*>(reinterpret_cast<AnyFunction>(GetProcAddress(module, name)));
   return entry != nullptr;
@@ -14,7 +14,7 @@ bool Bind(HMODULE module, const char* name, Function*& entry) {
 
 }  // namespace
 
-// A bare name: the platform's search order decides where the module is found.
+// A bare name, so the platform's search order decides where the module is found.
 ZorEngine::ZorEngine() : module(LoadLibraryA("UNLHA32.DLL")), ready(0) {
   if (module == nullptr) return;
   const bool bound = Bind(module, "UnlhaGetRunning", UnlhaGetRunning) &&

@@ -1,8 +1,8 @@
 // Engine.h - the scoped binding of the archiver module UNLHA32.DLL.
 //
-// An operation constructs a ZorEngine, which loads the module and binds its thirteen entry points,
-// and lets go of the module when it leaves.  Nothing of it outlives the operation.  What crosses
-// this border has fixed widths, whatever the width of `long`.
+// An operation constructs a ZorEngine, which loads the module, binds its thirteen entry points and
+// frees the module when it goes out of scope.  Nothing of it outlives the operation.  Types that
+// cross this border have fixed widths, whatever the width of `long`.
 #pragma once
 
 #include <cstddef>

@@ -1,6 +1,6 @@
 // GetFileInfo.cpp - ZorArchive::GetFileInfo: looks one member up.
 //
-// It reports nothing, so it does without the frame of the other operations.
+// It reports nothing, so it doesn't need the frame of the other operations.
 #include "ZorArchive.h"
 #include "archive/ArchiveSearch.h"
 #include "archive/Engine.h"

@@ -6,7 +6,7 @@
 #include "files/Path.h"
 
 bool ZorIsSoundOperand(const char* text) {
-  // A quote is no trail byte in any code page in use, so looking at bytes is right.
+  // Searching bytes is safe: 0x22 is no trail byte in any supported code page.
   return std::strchr(text, '"') == nullptr;
 }
 

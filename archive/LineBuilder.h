@@ -4,8 +4,8 @@
 //   line.WorkDirectory("D:\\tmp").Operand("E:\\out\\a.lzh").Operand("x.txt");
 //                                                  // ... "-wD:\tmp\" "E:\out\a.lzh" "x.txt"
 //
-// Pieces stand on the line in the order of the calls.  Every piece brings its own blank, and every
-// path its quotes; nothing is escaped, as no name may hold a quote.
+// Pieces stand on the line in the order of the calls.  Each one brings its own blank, and each path
+// its quotes; nothing is escaped, as no name may hold a quote.
 #pragma once
 
 #include <string>
@@ -33,7 +33,8 @@ class ZorLineBuilder {
   // The file that holds the list of names in their place.
   ZorLineBuilder& ResponseOperand(const char* path);
 
-  // False when a path holds a quote: it would end early, and its rest name something else.
+  // False when a path holds a quote: the path would end there, and the rest would name other
+  // things.
   bool IsSound() const { return sound; }
   const char* Text() const { return text.c_str(); }
 

@@ -5,9 +5,9 @@
 #include "ZorFind.h"
 
 // Appends to `list` the names of the members that `find` selects: mask by mask, and within a mask
-// in the archiver's order.  With more than one mask later duplicates go; so does what exclusion
-// masks found.  Names compare without case.  The base directory and the attribute filter have no
-// say. `background` is the background mode of the calling object.
+// in the archiver's order.  With more than one mask later duplicates are dropped; so is what
+// exclusion masks found.  Names are compared without case.  The base directory and the attribute
+// filter are ignored.  `background` is the background mode of the calling object.
 //
 // ZorErrorEngineUnavailable and ZorErrorArchiveNotFound leave `list` alone; after
 // ZorErrorArchiveOpen it holds what the masks before the failing one found.

@@ -12,7 +12,7 @@ class ZorMemberOperation : public ZorOperation {
   void TestArguments() override;
 };
 
-// Unpacks members: the steps in the life of one.  `name` and `target` live as long as the
+// The steps of unpacking one member.  `name` and `target` live as long as the
 // operation, as the record refers to them.
 class ZorUnpackOperation : public ZorMemberOperation {
  protected:

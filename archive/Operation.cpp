@@ -44,7 +44,7 @@ void ZorOperation::Open() {
 
 void ZorOperation::Close() {
   owner.progress = nullptr;
-  // The interface's own oddity: a failed argument test leaves the phase at its zero, so OnAbort
+  // An oddity that the interface fixes: a failed argument test leaves the phase at 0, so OnAbort
   // hears of the end of an operation that never began.
   if (progress.phase != ZorArchive::PhaseIdle) {
     progress.phase = ZorArchive::PhaseEnd;

@@ -9,7 +9,7 @@
 
 namespace {
 
-// States of the archiver that mean something here.
+// States of the archiver that are used here; others are ignored.
 constexpr unsigned int kFileStarts = 0;
 constexpr unsigned int kFileRuns = 1;
 constexpr unsigned int kFileEnds = 6;
@@ -44,7 +44,7 @@ bool ZorProgress::TakeFileReport(unsigned int state, const ZorProgressRecord& re
       phase = ZorArchive::PhaseFileBegin;
       return false;
     case kFileRuns:
-      // The end of a file is reported by its own state, and nothing of the file after it.
+      // The end of a file has a state of its own; late reports of its progress are ignored.
       if (phase == ZorArchive::PhaseFileEnd || report.bytesDone >= report.fileSize) return false;
       if (report.bytesDone > 0) phase = ZorArchive::PhaseFileRunning;
       bytesDone = report.bytesDone;
@@ -58,7 +58,7 @@ bool ZorProgress::TakeFileReport(unsigned int state, const ZorProgressRecord& re
       return false;
   }
   bytesTotal = report.fileSize;
-  // Byte by byte is right: 0x2F is no trail byte in any code page in use.
+  // Byte by byte is safe: 0x2F is no trail byte in any supported code page.
   reportedName = report.fileName;
   std::replace(reportedName.begin(), reportedName.end(), '/', '\\');
   fileName = reportedName.c_str();

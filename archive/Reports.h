@@ -1,4 +1,4 @@
-// Reports.h - the progress record of a running operation, and the archiver's share in it.
+// Reports.h - the progress record of a running operation, and what the archiver contributes to it.
 #pragma once
 
 #include <exception>
@@ -23,5 +23,5 @@ struct ZorProgress final : ZorArchive::ONABORTPARAM {
   bool TakeRunningReport(unsigned int state, const ZorProgressRecord& report);
 
  private:
-  std::string reportedName;  // the text behind fileName after TakeFileReport
+  std::string reportedName;  // what fileName points to after TakeFileReport
 };

@@ -9,16 +9,17 @@
 //     return archive.GetError();
 //   }
 //
-// The work on the archive itself is done by the archiver module UNLHA32.DLL, which every operation
-// loads for itself and frees again.  Without it each operation fails with
-// ZorErrorEngineUnavailable.
+// The archive itself is read and written by the archiver module UNLHA32.DLL.  Every operation loads
+// it and frees it again; without it each operation fails with ZorErrorEngineUnavailable.
 //
 // Every operation sets the object's error to 0, returns 1 on success and 0 on failure, and leaves
 // the cause in GetError until the next one.  None throws on a failure of the archiver or of a file.
-// Nothing is rolled back beyond what the archiver itself guarantees.
+// An archive that exists is never left half changed; beyond that nothing is rolled back.
 //
-// One object may be active in a process at a time, on one thread: the archiver's callbacks know the
-// object that was default-constructed last, and none once any ZorArchive has been destroyed.
+// Only one object may be active in a process at a time, on one thread: the archiver's callbacks
+// know the object that was default-constructed last, and none once any ZorArchive has been
+// destroyed.  An object that they don't know works, but hears nothing and can't stop while the
+// archiver is at work.
 //
 // Paths are byte strings in the active ANSI code page, and a null one reads as the empty text
 // unless an operation gives it another meaning.  A name with a double quote is refused
@@ -44,8 +45,8 @@ class ZOR_API ZorArchive {
     PhaseEnd = 4,          // the operation is over, whichever way; the result of OnAbort is ignored
   };
 
-  // What OnAbort is told.  The record and its texts belong to the library and hold good during the
-  // call only.  Fields from memberName on are filled by Extract and ExtractMem alone.
+  // What OnAbort is told.  The record and its texts belong to the library and are valid during the
+  // call only.  Only Extract and ExtractMem fill the fields from memberName on.
   struct ONABORTPARAM {
     std::int32_t kind;   // 0 compressing, 1 extracting or deleting
     std::int32_t phase;  // a Phase
@@ -71,77 +72,88 @@ class ZOR_API ZorArchive {
 
   // Non-zero when the archiver can be loaded and is complete.
   int IsEnabled();
-  // Non-zero when the file is an archive, as the archiver sees it.  A file that is none, or that
-  // doesn't exist, gives 0 with no error.
+  // Non-zero when the archiver takes the file for an archive.  Any other file, and one that doesn't
+  // exist, gives 0 with no error.
   int IsArchive(const char* path);
 
-  // Puts the files that `find` selects into `archive`; directories themselves aren't stored.  With
-  // `append` 0 an existing archive is removed first, else the files are added to it.  With
-  // `selfExtracting` non-zero a self-extracting program is made of the finished archive.
-  // Errors of its own: 40 when two files would meet under one name, or when a name is in the
-  // archive already and the overwrite mode is 0; 32 when nothing is selected.
+  // Stores the files that `find` selects in `archive`; directories themselves aren't stored, nor is
+  // the archive when it is among the files.  With `append` 0 an existing archive is removed first;
+  // else, and if it can't be removed, the files are added to it.  With `selfExtracting` non-zero a
+  // self-extracting program is made of the finished archive, which stays.
+  // Errors of its own: 40 when two files would get the same name, or when the archive holds a name
+  // already and the overwrite mode is 0; 32 when nothing is selected.
   int Compress(const ZorFind& find, const char* archive, int append, int selfExtracting);
 
-  // Makes one member `name` of the `size` bytes at `data`.  `append` as in Compress.  4 GiB or more
-  // are no member (ZorErrorFileFailure).
+  // Stores the `size` bytes at `data` as the member `name`.  `append` as in Compress.  4 GiB or
+  // more can't be stored (ZorErrorFileFailure).
   int CompressMem(const char* archive, const char* name, const unsigned char* data,
                   unsigned long size, int append);
 
-  // Puts the tree below `directory` into `archive`, names relative to it.  `append` as in Compress;
-  // names that the archive holds already are replaced.
+  // Stores the tree below `directory` in `archive`, with names relative to it.  `append` as in
+  // Compress; members that the archive holds already are replaced, whatever the overwrite mode.
   int CompressDir(const char* directory, const char* archive, int append);
 
-  // Extracts the members that `find` selects below `directory`, or below the base directory of
-  // `find` when `directory` is null.  Existing files are replaced.  OnMakeFileName decides on each
-  // target. After a failure the members before the bad one are complete, and the bad one's file may
-  // hold a part of it, without its time and attributes.
+  // Extracts the members that `find` selects into `directory`, or into the base directory of `find`
+  // when `directory` is null.  OnMakeFileName decides where each one goes: read there what the
+  // default does with names that begin at the root.
+  //
+  // An existing file is overwritten from its first byte on, whatever the overwrite mode, and so is
+  // every other name that it has (a hard link).  So a failure, or a stop, costs the file that stood
+  // in the bad member's place: it then holds what could be unpacked, with zeros after that, without
+  // the member's time and attributes.  The members before it are complete.
   int Extract(const ZorFind& find, const char* archive, const char* directory);
   // The same for one mask, or for everything when `mask` is null.
   int Extract(const char* archive, const char* directory, const char* mask);
 
-  // Unpacks member `name` into `buffer` of `size` bytes.  Nothing is written beyond it; a buffer
-  // that is too small is an error of the archiver's (30), and holds what fitted.
+  // Unpacks the member `name` into `buffer` of `size` bytes.  Nothing is written beyond it.  A
+  // buffer that is too small is an error of the archiver (30) and holds the bytes that fit.
   int ExtractMem(const char* archive, const char* name, unsigned char* buffer, unsigned long size);
 
-  // Size, last-write time (UTC) and attributes (FILE_ATTRIBUTE_*) of member `name`.  Each output
-  // may be null, and none is written on failure.  Makes no call of OnAbort.
+  // Looks up the size, last-write time (UTC) and attributes (FILE_ATTRIBUTE_*) of the member
+  // `name`. Each output may be null, and none is written on failure.  Doesn't call OnAbort.
   int GetFileInfo(const char* archive, const char* name, unsigned long* size, _FILETIME* time,
                   unsigned long* attribute);
 
-  // Deletes the members that `find` selects.  A single mask goes to the archiver as it is; several
-  // follow the rules of ZorFind.
+  // Deletes the members that `find` selects.  A single mask goes to the archiver as it is, a
+  // leading
+  // ">" included; several follow the rules of ZorFind.
   int Delete(const ZorFind& find, const char* archive);
 
   ZorError GetError() const;
 
-  // Modes are tested for 0 only.  Setters store the value and return the old one.
-  // Overwrite mode, default 0: adding refuses names that the archive holds already.
+  // Modes are tested for 0 only.  Setters store the value and return the old one.  ("Attibute" is
+  // how the interface spells it.) Overwrite mode, default 0: adding refuses names that the archive
+  // holds already.
   int SetOverwriteMode(int mode);
   int GetOverwriteMode() const;
   // Attribute mode, default 1: Extract gives files the attributes of their members.
   int SetExtractFileAttibuteMode(int mode);
   int GetExtractFileAttibuteMode() const;
-  // Background mode, default 1: 0 asks the archiver to keep to itself.
+  // Background mode, default 1: 0 asks the archiver to show nothing of itself.
   int SetBackgroundMode(int mode);
   int GetBackgroundMode() const;
 
-  // Where the archiver keeps its temporaries and Compress its list of names; with an empty
+  // Where the archiver keeps its temporaries and Compress its list of names.  With an empty
   // directory (the default) temporaries stand beside the archive, and Compress runs the archiver
-  // once for each file.  Null is an empty text.
+  // once for each file, which is slower.
   void SetWorkDirectory(const char* directory);
   const char* GetWorkDirectory() const;
 
  protected:
-  // The hooks may throw.  A CException ends the operation as an error: ZorErrorDiskFull for a
-  // CFileException of that cause, else ZorErrorFileFailure.  Anything else comes out of the
-  // operation, once that has closed as after a cancel.
+  // The hooks may throw.  A CException, or std::bad_alloc, ends the operation as an error:
+  // ZorErrorDiskFull for a CFileException of that cause, else ZorErrorFileFailure.  Anything else
+  // is thrown on once the operation has closed as after a cancel.
 
   // Called at every step of an operation.  Non-zero stops it, with ZorErrorCanceled.
   virtual int OnAbort(const ONABORTPARAM& param);
 
-  // Where Extract puts a member: `directory` ends in a backslash, `name` has no root.  An empty
-  // result skips the member.  The default joins the two; a name that begins with a backslash lands
-  // below the root of `directory`.
+  // Where Extract puts a member: `directory` ends in a backslash, `name` has no drive or share.  An
+  // empty result skips the member.  The default joins the two.
+  //
+  // Beware of the default with archives of unknown origin: a name that begins with a backslash goes
+  // below the root of `directory`, so "\etc\x" extracted into C:\out lands in C:\etc\x.  It doesn't
+  // look at "..", either; the archiver that comes with the library drops such components.  Override
+  // it to keep everything inside of a directory.
   virtual CString OnMakeFileName(const char* directory, const char* name);
 
  private:
@@ -154,7 +166,7 @@ class ZOR_API ZorArchive {
   static int CALLBACK OnAbortProc2(HWND window, unsigned int message, unsigned int state,
                                    void* record);
 
-  // 1 when there is no error, else 0: what every operation returns.
+  // 1 when there is *no* error, else 0: what every operation returns.  The name is the interface's.
   int IsError() const;
 
   ZorError error;

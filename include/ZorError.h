@@ -1,10 +1,9 @@
 // ZorError.h - the one list of failures of the whole library.
 //
 // The numbers are part of the interface: an application reads them from GetError.  From 5 upward a
-// value is the archiver's result code less 0x8000, so that this list and the archiver's are the
-// same list.  A value with a name of its role is one that the library also sets by itself; a value
-// named after its code only ever comes from the archiver, and its comment is the archiver's
-// meaning.
+// value is the archiver's result code less 0x8000, so the two lists are the same.  Values that the
+// library also sets by itself are named by their role; a value named after its code comes from the
+// archiver alone, and its comment gives the archiver's meaning.
 #pragma once
 
 enum ZorError : int {

@@ -1,4 +1,4 @@
-// ZorFileServices.h - services round files, directories and disks.
+// ZorFileServices.h - services for files, directories and disks.
 //
 // Free functions return non-zero on success and 0 on failure and report no reason; the platform's
 // last error may tell more.  Paths are byte strings in the active ANSI code page; a null path reads
@@ -8,7 +8,7 @@
 #include "platform/Export.h"
 #include "platform/classlib/ClassLib.h"
 
-// The file name in `path`, a pointer into `path`; null when there is none, as behind a trailing
+// The file name in `path`, as a pointer into it; null when there is none, as after a trailing
 // backslash, for "C:" and for the empty text.  Looks at the text only.
 ZOR_API const char* ZorGetFileName(const char* path);
 
@@ -51,8 +51,8 @@ ZOR_API int ZorGetFileTimeStamp(const char* name, long& time);
 ZOR_API int ZorSetFileAttribute(const char* name, unsigned int attribute);
 ZOR_API int ZorGetFileAttribute(const char* name, unsigned int& attribute);
 
-// Ties the life of a directory to the life of an object: opening makes the directory with all
-// missing levels, closing removes again what opening made, with all that has come into it since.
+// Ties the life of a directory to the life of an object.  Opening makes the directory with all
+// missing levels; closing removes what opening made, with everything that has been put there since.
 // What stood there before is left alone.  The caller names the directory; it needs a root
 // ("C:\temp\x").
 //

@@ -10,8 +10,8 @@
 //   disks.Backup(find, "A:\\backup.vol");
 //   disks.Restore("A:\\backup.vol", "C:\\restored");
 //
-// Files are stored byte for byte, cut wherever a medium is full.  No archiver takes part.  The
-// format is laid open in docs/volume-format.md; it holds no checksums.
+// Files are stored byte for byte and cut wherever a medium is full.  No archiver takes part.  The
+// format is described in docs/volume-format.md; it holds no checksums.
 //
 // Backup and Restore return 1 on success and 0 on failure, with the cause in GetError until the
 // next run.  Nothing is ever removed: what a stopped run wrote stays.  Objects share nothing, so
@@ -49,7 +49,7 @@ class ZOR_API ZorMultiVolume {
     VolumeWrongNumber = 6,  // Restore: a good volume, but not the wanted one
   };
 
-  // What OnAbort is told.  The record and its texts hold good during the call only.
+  // What OnAbort is told.  The record and its texts are valid during the call only.
   struct ONABORTPARAM {
     std::int32_t kind;          // 0 Backup, 1 Restore
     std::int32_t phase;         // a Phase
@@ -60,8 +60,8 @@ class ZOR_API ZorMultiVolume {
     std::uint32_t bytesTotal;
     std::int32_t volume;     // number of the volume in use, 0 before the first
     const char* volumePath;  // never null, possibly empty
-    // Backup: source path.  Restore: target path, empty when left out.  Null before the first file
-    // and in PhaseEnd.
+    // Backup: source path.  Restore: target path, empty for a file that is left out.  Null before
+    // the first file and in PhaseEnd.
     const char* fileName;
   };
 
@@ -78,17 +78,20 @@ class ZOR_API ZorMultiVolume {
   // it promised; 13 a source can't be opened.
   int Backup(const ZorFind& find, const char* target);
 
-  // Brings a set back below `destination`.  `source` is the path of every volume, or null to ask
-  // OnMakeVolumeName.  Errors: 32 stopped; 18 a directory can't be made; 13 a target can't be
-  // created; 5 disk full; 3 a file failed or a volume is damaged.
+  // Restores a set into `destination`.  `source` is the path of every volume, or null to ask
+  // OnMakeVolumeName.  Existing files are overwritten.  A file that was under way when the run
+  // stopped keeps what it had received, without its time and attributes.
+  // Errors: 32 stopped; 18 a directory can't be made; 13 a target can't be created; 5 disk full; 3
+  // a file failed or a volume is damaged.
   int Restore(const char* source, const char* destination);
 
   ZorError GetError() const;
 
-  // Three byte strings that identify a set to the application.  Each volume carries them, and
-  // OnCheckVolume gets them back.  `data` is copied; a length of 0 empties the field, and a
-  // negative one isn't allowed.  In format 100 a length may be at most 65,535.  When memory runs
-  // out the field is left empty and the exception passes to the caller.
+  // Three byte strings that identify a set to the application.  ("Apprication" is how the interface
+  // spells it.)  Each volume carries them, and OnCheckVolume gets them back.  `data` is copied; a
+  // length of 0 empties the field, and a negative one isn't allowed.  In format 100 a length may be
+  // at most 65,535.  When memory runs out the field is left empty and the exception passes to the
+  // caller.
   void SetAppricationID(const unsigned char* data, int length);
   void SetVolume(const unsigned char* data, int length);
   void SetMemo(const unsigned char* data, int length);
@@ -98,6 +101,10 @@ class ZOR_API ZorMultiVolume {
   void SetBackupVersion(int version);
 
  protected:
+  // The hooks may throw.  Between the first and the last call of OnAbort a CException, or
+  // std::bad_alloc, ends the run as an error, as in ZorArchive, and anything else is thrown on
+  // after the last call.  What the first and the last call throw passes to the caller at once.
+
   // Called at every step; non-zero stops the run.  The default returns 0.
   virtual int OnAbort(const ONABORTPARAM& param);
 
@@ -107,7 +114,8 @@ class ZOR_API ZorMultiVolume {
   virtual int OnCheckVolume(int kind, const unsigned char* data, int length);
 
   // Where Restore puts a file: `destination` ends in a backslash or is empty.  An empty result
-  // leaves the file out.  The default joins the two, but takes a complete `name` as it is.
+  // leaves the file out.  The default joins the two, but takes a complete `name` ("C:\data\a") as
+  // it is, and doesn't look at "..": override it for sets of unknown origin.
   virtual CString OnMakeFileName(const char* destination, const char* name);
 
   // The path of a volume, numbered from 1, when the run was given none.  The default is empty,
@@ -115,7 +123,7 @@ class ZOR_API ZorMultiVolume {
   virtual CString OnMakeVolumeName(int volumeNumber);
 
   // How many bytes a volume at `path` may take; 0 for none.  The default is what the medium has
-  // free, a file to be replaced included, directories to be made deducted.
+  // free, plus the room of a file that is replaced, less that of directories that are to be made.
   virtual unsigned long OnQueryDiskSpace(const char* path);
 
   // Non-zero when `path` is a volume that OnCheckVolume accepts.
@@ -124,6 +132,7 @@ class ZOR_API ZorMultiVolume {
  private:
   friend class ZorVolumeRun;
 
+  // 1 when there is *no* error, else 0: what a run returns.  The name is the interface's.
   int IsError() const;
   int CheckVolume(CFile& file);
 

@@ -68,7 +68,7 @@ class BackupRun final : public ZorVolumeRun {
     const std::uint32_t headBytes = RecordName(name);
 
     BeginFile(sourcePath, record.fileBytes);
-    // With no more bytes left than the head has, the volume is given up.
+    // The head and one byte after it must fit, or the volume ends here.
     if (remaining <= headBytes) TakeNextVolume(headBytes + 1);
     WriteHead(headBytes);
     while (!FileIsCopied()) {
@@ -143,7 +143,7 @@ class BackupRun final : public ZorVolumeRun {
     return std::nullopt;
   }
 
-  // What stands in front of the payload of every volume, in bytes.
+  // Bytes before the payload of every volume.
   std::uint64_t Overhead() const {
     std::uint64_t bytes = ZorVolumeHeaderBytes(BackupVersion());
     for (const Area& area : Areas()) bytes += static_cast<std::uint32_t>(area.length);

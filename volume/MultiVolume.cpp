@@ -31,7 +31,7 @@ ZorMultiVolume::ZorMultiVolume()
       memoLength(0),
       backupVersion(101) {}
 
-// By way of an empty object, whose destructor runs if a copy of a string can't be made.
+// Delegates to the default constructor, so that the destructor runs if copying a string throws.
 ZorMultiVolume::ZorMultiVolume(const ZorMultiVolume& other) : ZorMultiVolume() {
   *this = other;
 }

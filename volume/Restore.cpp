@@ -53,7 +53,7 @@ class RestoreRun final : public ZorVolumeRun {
     if (target.Open(targetPath, kFlags) == 0) throw ZorFailure{ZorErrorFileOpen};
   }
 
-  // An empty file has one slice too, of no bytes.
+  // An empty file has one slice of no bytes.
   void CopySlice() {
     const std::uint32_t bytes =
         SliceBytes(static_cast<std::uint32_t>(std::min<std::uint64_t>(remaining, kSliceBytes)));
@@ -66,14 +66,14 @@ class RestoreRun final : public ZorVolumeRun {
   void FinishFile() {
     if (!targetPath.IsEmpty()) {
       target.Close();
-      // In this order: a file that is read-only by then takes no time.
+      // In this order: the time of a read-only file can't be set.
       ZorSetFileTimeStamp(targetPath, record.timeStamp);
       ZorSetFileAttribute(targetPath, record.attribute);
     }
     EndFile();
   }
 
-  // Error 3 when the volume doesn't hold that much, as one that was cut inside a head.
+  // Error 3 when the volume holds less, for example because it was cut inside a head.
   void ReadPayload(void* buffer, std::uint32_t count) {
     if (count > remaining) throw ZorFailure{ZorErrorFileFailure};
     ReadWhole(volumeFile, buffer, count);

@@ -118,7 +118,7 @@ constexpr std::uint32_t ZorNameBytes(std::uint16_t nameWord) {
 // code page; what that can't express becomes its default character.
 CString ZorRecordName(const ZorFileRecord& record);
 
-// A header with its two constant texts and zeros for everything else.
+// A header with its two constant texts; everything else is 0.
 ZorVolumeHeader ZorMakeVolumeHeader();
 
 // The same header in the layout of version 1.00.  Lengths and number keep their low 16 bits only.

@@ -49,7 +49,7 @@ class ZorVolumeRun {
   void CountSlice(std::uint32_t bytes);
   void EndFile();
 
-  // Bytes of the present file that make the next slice, when no more than `room` are to be had.
+  // Bytes of the next slice of the current file, at most `room`.
   std::uint32_t SliceBytes(std::uint32_t room) const;
   bool FileIsCopied() const { return progress.bytesDone == progress.bytesTotal; }
 

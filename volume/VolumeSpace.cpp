@@ -10,7 +10,7 @@
 
 namespace {
 
-// Stands in for the cluster of a medium that doesn't tell its clusters.
+// Taken for the cluster size where the medium doesn't tell it.
 constexpr std::uint64_t kSectorBytes = 512;
 
 std::uint64_t ClusterBytes(const char* rootDirectory) {
