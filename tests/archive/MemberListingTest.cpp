@@ -2,8 +2,6 @@
 // what Delete makes of them.
 #include "archive/MemberListing.h"
 
-#include <ctime>
-
 #include "RecordedArchive.h"
 
 namespace kozor::test {
@@ -67,15 +65,6 @@ TEST_F(MemberListing, KeepsTheFirstOfEqualNamesAndNoneThatAnExclusionMaskFinds) 
   EXPECT_THAT(Names(), ElementsAre("a.txt", "c.txt"));
 }
 
-// Comparing each name with each would take minutes.
-TEST_F(MemberListing, CostsNoMoreThanTheNumberOfNames) {
-  ScriptMembers(100'000);
-  const std::clock_t start = std::clock();
-  EXPECT_EQ(List(Selection("", {"*.*", "*.txt", ">*7.txt"})), ZorErrorNone);
-  EXPECT_EQ(list.GetCount(), 90'000);
-  EXPECT_LT((std::clock() - start) / CLOCKS_PER_SEC, 20);  // of the processor's time
-}
-
 class Delete : public RecordedArchiveTest {
  protected:
   Delete() { recording.members = {{.name = "d/f.txt"}, {.name = "g.txt"}, {.name = "h.tmp"}}; }
@@ -108,14 +97,6 @@ TEST_F(Delete, DoesntTroubleTheArchiverForNothing) {
   }
   recording.archivesThatOpen = 0;
   EXPECT_EQ(Run({"*.txt", "*.tmp"}), ZorErrorArchiveOpen);
-}
-
-// The line grows by each name, and not by copies of itself.
-TEST_F(Delete, PutsAnyNumberOfNamesOnTheLine) {
-  ScriptMembers(100'000);
-  recording.hide.clear();
-  EXPECT_EQ(Run({"*.*", "*.txt"}), ZorErrorNone);
-  EXPECT_GT(TakeCalls("Unlha: d").front().size(), 2'000'000U);
 }
 
 }  // namespace

@@ -62,13 +62,6 @@ ZorError RecordedArchiveTest::ErrorOf(int result) const {
   return archive.GetError();
 }
 
-void RecordedArchiveTest::ScriptMembers(int count) {
-  recording.members.clear();
-  for (int i = 0; i < count; ++i) {
-    recording.members.push_back({.name = "directory/name" + std::to_string(i) + ".txt"});
-  }
-}
-
 std::vector<std::string> RecordedArchiveTest::TakeCalls() {
   return std::exchange(recording.calls, {});
 }

@@ -47,8 +47,6 @@ class RecordedArchiveTest : public testing::Test {
   std::string Lib(const std::string& name) const { return folder.Lib(name); }
   // What became of an operation with this result.
   ZorError ErrorOf(int result) const;
-  // Scripts so many members "directory/name0.txt", "directory/name1.txt"...
-  void ScriptMembers(int count);
   // The log from the last call of this function on.
   std::vector<std::string> TakeCalls();
   // Those lines of it that begin with the text, the rest behind it.

@@ -91,15 +91,12 @@ TEST_F(VolumeObject, NoLengthAndNoMemoryEmptyAString) {
   EXPECT_THAT(Identity(volumes), ElementsAre("id", "", ""));
 }
 
+// Nor is memory taken for areas that the volume doesn't have.
 TEST_F(VolumeObject, AVolumeWhoseAreasFindNoMemoryIsRefused) {
   volumes.SetIdentity("id", std::string(4097, 'x'), "");
   Identity(volumes);
   failingSize = 4099;
   EXPECT_EQ(volumes.Check(folder.Lib("set/1").c_str()), 0);
-}
-
-TEST_F(VolumeObject, NoMemoryIsTakenForAreasThatTheVolumeDoesNotHave) {
-  Identity(volumes);
   folder.Damage("set/1", 99, 0x7F);  // an application ID of 2 GiB
   largestSize = 0;
   EXPECT_EQ(volumes.Check(folder.Lib("set/1").c_str()), 0);

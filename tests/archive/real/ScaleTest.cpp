@@ -52,9 +52,5 @@ TEST_F(Scale, TenThousandFilesByAResponseFileCostInProportion) {
   ExpectProportion(1000, {add, replace, extract, deleteFifth});
 }
 
-TEST_F(Scale, ThreeThousandFilesByALineEachCostInProportion) {
-  ExpectProportion(300, {add});
-}
-
 }  // namespace
 }  // namespace kozor::test
