@@ -17,24 +17,14 @@
 
 namespace kozor::codec {
 
-class BitReader {
+// The buffer, without knowledge of the end.  An inner loop works on a copy of it, which stays in
+// registers, while there is no doubt that enough input is left.
+class BitBuffer {
  public:
   // How many bits a refill guarantees.
   static constexpr unsigned kRefilledBits = 56;
-
-  // What `packedPieces` hands out must hold good until the next call of it.
-  explicit BitReader(const PackedPieces& packedPieces) : pieces(&packedPieces) {}
-
-  void Refill() {
-    if (IsFarFromEnd()) {
-      RefillFast();
-    } else {
-      RefillAtEnd();
-    }
-  }
-
-  // Whether RefillFast may be called.
-  bool IsFarFromEnd() const { return end - next >= 8; }
+  // What a refill may read, and by how much it may advance.
+  static constexpr std::ptrdiff_t kRefillBytes = 8;
 
   // The load brings bits that are in the buffer already and some that do not count yet.  Both are
   // harmless: they are the right bits in the right place, and the next load brings them again.
@@ -62,19 +52,17 @@ class BitReader {
     return value;
   }
 
-  // Take for a field that stands alone.
-  std::uint32_t ReadBits(unsigned count) {
-    Refill();
-    return Take(count);
+  // Whether RefillFast may be called `times` times before `end`.
+  bool CanRefill(int times, const std::uint8_t* end) const {
+    return end - next >= times * kRefillBytes;
   }
 
-  // Whether bits past the end have been consumed, and whether too many.
-  bool IsPastEnd() const { return virtualBits > bits; }
-  bool IsFarPastEnd() const { return virtualBits > bits + kForgivenBits; }
+ protected:
+  std::uint64_t buffer = 0;
+  unsigned bits = 0;  // valid bits in the buffer, virtual ones included
+  const std::uint8_t* next = nullptr;
 
  private:
-  static constexpr unsigned kForgivenBits = 32;
-
   // Compilers turn this into one load and one byte swap.
   static std::uint64_t LoadBigEndian(const std::uint8_t* from) {
     return std::uint64_t{from[0]} << 56 | std::uint64_t{from[1]} << 48 |
@@ -82,6 +70,37 @@ class BitReader {
            std::uint64_t{from[4]} << 24 | std::uint64_t{from[5]} << 16 |
            std::uint64_t{from[6]} << 8 | std::uint64_t{from[7]};
   }
+};
+
+class BitReader : public BitBuffer {
+ public:
+  // What `packedPieces` hands out must hold good until the next call of it.
+  explicit BitReader(const PackedPieces& packedPieces) : pieces(&packedPieces) {}
+
+  void Refill() {
+    if (CanRefill(1, end)) {
+      RefillFast();
+    } else {
+      RefillAtEnd();
+    }
+  }
+
+  // Take for a field that stands alone.
+  std::uint32_t ReadBits(unsigned count) {
+    Refill();
+    return Take(count);
+  }
+
+  // The end of the present piece, for a loop on a copy of the buffer, and what that has left.
+  const std::uint8_t* PieceEnd() const { return end; }
+  void GoOnFrom(const BitBuffer& copy) { static_cast<BitBuffer&>(*this) = copy; }
+
+  // Whether bits past the end have been consumed, and whether too many.
+  bool IsPastEnd() const { return virtualBits > bits; }
+  bool IsFarPastEnd() const { return virtualBits > bits + kForgivenBits; }
+
+ private:
+  static constexpr unsigned kForgivenBits = 32;
 
   void RefillAtEnd() {
     for (; bits < kRefilledBits; bits += 8) {
@@ -103,9 +122,6 @@ class BitReader {
     return !piece.empty();
   }
 
-  std::uint64_t buffer = 0;
-  unsigned bits = 0;  // valid bits in the buffer, virtual ones included
-  const std::uint8_t* next = nullptr;
   const std::uint8_t* end = nullptr;
   const PackedPieces* pieces;   // null after the last one
   std::size_t virtualBits = 0;  // zero bits supplied past the end, ever

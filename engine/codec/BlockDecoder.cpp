@@ -24,21 +24,26 @@
 namespace kozor::codec {
 namespace {
 
-template <unsigned kSymbols>
-using ItemTable = HuffmanTable<kSymbols, 11>;
-template <unsigned kSymbols>
-using DistanceTable = HuffmanTable<kSymbols, 8>;
+template <typename Scheme>
+using ItemCode = HuffmanTable<Scheme::kItems, 11, Scheme::ItemExtraBits>;
+template <typename Scheme>
+using DistanceCode = HuffmanTable<Scheme::kDistances, 8, Scheme::DistanceExtraBits>;
+
+// The first `count` of left-aligned bits as a number.
+constexpr std::size_t Leading(std::uint64_t bits, unsigned count) {
+  return static_cast<std::size_t>((bits >> 1) >> (63 - count));
+}
 
 // The heads of blocks of lh4 to lh7 and lhx: a tree code writes the lengths of the item code.
 class LhHead {
  public:
   explicit LhHead(const LhMethod& lhMethod) : method(lhMethod) {}
 
-  template <unsigned kItems, unsigned kDistances>
-  bool ReadCodes(BitReader& in, ItemTable<kItems>& itemCode,
-                 DistanceTable<kDistances>& distanceCode) {
-    std::array<std::uint8_t, kItems> itemLengths{};
-    std::array<std::uint8_t, kDistances> distanceLengths{};
+  // The method has no more lengths of distances than the scheme.
+  template <typename Scheme>
+  bool ReadCodes(BitReader& in, ItemCode<Scheme>& itemCode, DistanceCode<Scheme>& distanceCode) {
+    std::array<std::uint8_t, Scheme::kItems> itemLengths{};
+    std::array<std::uint8_t, Scheme::kDistances> distanceLengths{};
     return ReadTreeCode(in) && ReadItemCode(in, itemLengths, itemCode) &&
            ReadDistanceCode(in, distanceLengths, distanceCode);
   }
@@ -132,27 +137,23 @@ struct LhScheme : LhHead {
   static constexpr unsigned kItems = kItemSymbols;
   static constexpr unsigned kDistances = kDistanceSymbols;
   static constexpr std::size_t kLongestMatch = kMaxMatchLength;
+  static constexpr unsigned kMostExtraBits = codec::DistanceExtraBits(kDistanceSymbols - 1);
 
-  static std::size_t TakeLength(BitReader&, unsigned symbol) {
-    return symbol - kLengthToItemSymbol;
+  static constexpr unsigned ItemExtraBits(unsigned) { return 0; }
+  static std::size_t Length(unsigned symbol, std::uint64_t) { return symbol - kLengthToItemSymbol; }
+
+  // The extra bits together with the leading 1 that the symbol stands for are the offset.  Shifting
+  // twice keeps symbol 0 (offset 0) within the rules.
+  static constexpr unsigned DistanceExtraBits(unsigned symbol) {
+    return codec::DistanceExtraBits(symbol);
   }
-
-  // The extra bits stand after the distance symbol; together with the leading 1 that the symbol
-  // stands for they are the offset.  Shifting twice keeps symbol 0 (offset 0) within the rules.
-  static std::size_t TakeDistance(BitReader& in, unsigned symbol) {
+  static std::size_t Distance(unsigned symbol, std::uint64_t extra) {
     constexpr std::uint64_t kLeadingOne = std::uint64_t{1} << 63;
-    const std::uint64_t offset = (((in.Buffer() >> 1) | kLeadingOne) >> (63 - symbol)) >> 1;
-    in.Consume(DistanceExtraBits(symbol));
-    return static_cast<std::size_t>(offset) + 1;
+    return static_cast<std::size_t>((((extra >> 1) | kLeadingOne) >> (63 - symbol)) >> 1) + 1;
   }
 };
 
 #ifndef KOZOR_SMALL_CODEC
-
-// `base` continued by `extra` bits.
-std::size_t TakeExtended(BitReader& in, std::size_t base, unsigned extra) {
-  return extra == 0 ? base : (base << extra) + in.Take(extra);
-}
 
 // The other scheme under the id of lh7: the same heads, but lengths and distances in size classes,
 // four classes of lengths and two of distances for each number of extra bits.
@@ -164,19 +165,30 @@ struct Lk7Scheme : LhHead {
   static constexpr unsigned kItems = 289;
   static constexpr unsigned kDistances = 32;
   static constexpr std::size_t kLongestMatch = 514;
+  static constexpr unsigned kMostExtraBits = 6 + 14;
 
-  static std::size_t TakeLength(BitReader& in, unsigned symbol) {
-    constexpr unsigned kFirstClass = 264;
-    constexpr unsigned kLongest = 288;
+  static constexpr unsigned ItemExtraBits(unsigned symbol) {
+    return symbol < kFirstClass || symbol >= kLongestSymbol ? 0 : (symbol - 260) / 4;
+  }
+  static std::size_t Length(unsigned symbol, std::uint64_t extra) {
     if (symbol < kFirstClass) return symbol - kLengthToItemSymbol;
-    if (symbol == kLongest) return kLongestMatch;
-    return TakeExtended(in, 4 + symbol % 4, (symbol - 260) / 4) + kMinMatchLength;
+    if (symbol == kLongestSymbol) return kLongestMatch;
+    const unsigned bits = ItemExtraBits(symbol);
+    return ((std::size_t{4} + symbol % 4) << bits) + Leading(extra, bits) + kMinMatchLength;
   }
 
-  static std::size_t TakeDistance(BitReader& in, unsigned symbol) {
-    if (symbol < 4) return symbol + 1;
-    return TakeExtended(in, 2 + symbol % 2, (symbol - 2) / 2) + 1;
+  static constexpr unsigned DistanceExtraBits(unsigned symbol) {
+    return symbol < 4 ? 0 : (symbol - 2) / 2;
   }
+  static std::size_t Distance(unsigned symbol, std::uint64_t extra) {
+    if (symbol < 4) return symbol + 1;
+    const unsigned bits = DistanceExtraBits(symbol);
+    return ((std::size_t{2} + symbol % 2) << bits) + Leading(extra, bits) + 1;
+  }
+
+ private:
+  static constexpr unsigned kFirstClass = 264;
+  static constexpr unsigned kLongestSymbol = 288;
 };
 
 // lh3, the first of the family: lengths of codes in plain fields, distances of 13 bits, of which
@@ -185,18 +197,21 @@ struct Lh3Scheme {
   static constexpr unsigned kItems = 286;
   static constexpr unsigned kDistances = 128;
   static constexpr std::size_t kLongestMatch = 32 + 255;
+  static constexpr unsigned kMostExtraBits = 8 + 6;
 
-  static std::size_t TakeLength(BitReader& in, unsigned symbol) {
-    constexpr unsigned kLongSymbol = 285;
-    return symbol == kLongSymbol ? 32 + in.Take(8) : symbol - kLengthToItemSymbol;
+  static constexpr unsigned ItemExtraBits(unsigned symbol) { return symbol == kLongSymbol ? 8 : 0; }
+  static std::size_t Length(unsigned symbol, std::uint64_t extra) {
+    return symbol == kLongSymbol ? 32 + Leading(extra, 8) : symbol - kLengthToItemSymbol;
   }
 
-  static std::size_t TakeDistance(BitReader& in, unsigned symbol) {
-    return TakeExtended(in, symbol, 6) + 1;
+  static constexpr unsigned DistanceExtraBits(unsigned) { return 6; }
+  static std::size_t Distance(unsigned symbol, std::uint64_t extra) {
+    return (std::size_t{symbol} << 6) + Leading(extra, 6) + 1;
   }
 
-  static bool ReadCodes(BitReader& in, ItemTable<kItems>& itemCode,
-                        DistanceTable<kDistances>& distanceCode) {
+  template <typename Scheme>
+  static bool ReadCodes(BitReader& in, ItemCode<Scheme>& itemCode,
+                        DistanceCode<Scheme>& distanceCode) {
     const auto readItemLength = [&] { return in.ReadBits(1) == 0 ? 0U : in.Take(4) + 1; };
     const auto readDistanceLength = [&] { return in.ReadBits(4); };
     std::array<std::uint8_t, kItems> itemLengths{};
@@ -207,6 +222,8 @@ struct Lh3Scheme {
   }
 
  private:
+  static constexpr unsigned kLongSymbol = 285;
+
   // Three lengths of 1, which no code has, announce a code of one symbol.
   template <typename ReadLength, typename Table>
   static bool ReadCode(BitReader& in, std::span<std::uint8_t> lengths, ReadLength readLength,
@@ -255,8 +272,8 @@ class BlockDecoder {
   BitReader in;
   std::size_t blockItemsLeft = 0;
   // A code without symbols is legal where it is not used.
-  ItemTable<Scheme::kItems> itemCode;
-  DistanceTable<Scheme::kDistances> distanceCode;
+  ItemCode<Scheme> itemCode;
+  DistanceCode<Scheme> distanceCode;
 };
 
 template <typename Scheme>
@@ -275,47 +292,68 @@ Status BlockDecoder<Scheme>::DecodeUpTo(std::size_t limit) {
 template <typename Scheme>
 bool BlockDecoder<Scheme>::ReadBlockHead() {
   blockItemsLeft = in.ReadBits(kBlockItemsBits);
-  return blockItemsLeft != 0 && scheme.ReadCodes(in, itemCode, distanceCode) && !in.IsFarPastEnd();
+  return blockItemsLeft != 0 && scheme.template ReadCodes<Scheme>(in, itemCode, distanceCode) &&
+         !in.IsFarPastEnd();
 }
 
-// Decodes items while they are far from both ends.  Literals come in runs, and one refill is enough
-// for three of them, or for a match.
+// Decodes items while they are far from both ends.  One refill is enough for three literals, or for
+// a match.
 template <typename Scheme>
 void BlockDecoder<Scheme>::DecodeInside(std::size_t limit) {
-  constexpr unsigned kMaxLiterals = 3;
-  static_assert(kMaxLiterals * kMaxCodeBits <= BitReader::kRefilledBits);
-  constexpr std::size_t kRoom = kMaxLiterals + Scheme::kLongestMatch + kCopySlack;
+  constexpr unsigned kMostItems = 3;
+  static_assert(kMostItems * kMaxCodeBits <= BitReader::kRefilledBits);
+  static_assert(2 * kMaxCodeBits + Scheme::kMostExtraBits <= BitReader::kRefilledBits);
+  constexpr std::size_t kRoom = kMostItems + Scheme::kLongestMatch + kCopySlack;
   if (job.target.size() < kRoom || distanceCode.IsEmpty()) return;
   std::uint8_t* const begin = job.target.data();
   std::uint8_t* const end = begin + std::min(limit, job.target.size() - kRoom);
   std::uint8_t* out = begin + job.done;
-  BitReader bits = in;
+  const std::uint8_t* const pieceEnd = in.PieceEnd();
+  BitBuffer bits = in;
   std::size_t itemsLeft = blockItemsLeft;
+  const auto isLiteral = [](const auto& item) { return item.symbol < kLiteralSymbols; };
+  const auto putLiteral = [&](const auto& item) {
+    *out++ = static_cast<std::uint8_t>(item.symbol);
+    --itemsLeft;
+  };
 
-  while (itemsLeft >= kMaxLiterals && out < end && bits.IsFarFromEnd()) {
-    bits.RefillFast();
-    unsigned symbol = itemCode.Decode(bits);
-    unsigned literals = 0;
-    while (symbol < kLiteralSymbols) {
-      *out++ = static_cast<std::uint8_t>(symbol);
-      if (++literals == kMaxLiterals) break;
-      symbol = itemCode.Decode(bits);
+  if (!bits.CanRefill(1, pieceEnd)) return;
+  bits.RefillFast();
+  std::uint32_t entry = itemCode.Look(bits);
+  while (itemsLeft >= kMostItems && out < end && bits.CanRefill(2, pieceEnd)) {
+    auto item = itemCode.Take(bits, entry);
+    if (isLiteral(item)) {
+      putLiteral(item);
+      item = itemCode.DecodeExtended(bits);
+      if (isLiteral(item)) {
+        putLiteral(item);
+        item = itemCode.DecodeExtended(bits);
+        if (isLiteral(item)) {
+          putLiteral(item);
+          bits.RefillFast();
+          entry = itemCode.Look(bits);
+          continue;
+        }
+      }
+      bits.RefillFast();
     }
-    itemsLeft -= literals;
-    if (literals == kMaxLiterals) continue;
 
     --itemsLeft;
-    bits.Refill();
-    const std::size_t length = Scheme::TakeLength(bits, symbol);
-    const std::size_t distance = Scheme::TakeDistance(bits, distanceCode.Decode(bits));
-    if (distance <= static_cast<std::size_t>(out - begin)) {
+    const std::size_t length = Scheme::Length(item.symbol, item.extra);
+    const auto [symbol, extra] = distanceCode.DecodeExtended(bits);
+    const std::size_t distance = Scheme::Distance(symbol, extra);
+    // Whether the next item is a literal is often guessed wrong, and the sooner that shows the
+    // better: its look-up goes before the copy.
+    bits.RefillFast();
+    entry = itemCode.Look(bits);
+    if (distance <= static_cast<std::size_t>(out - begin)) [[likely]] {
       CopyMatchWide(out, distance, length);
     } else {
       CopyMatchExact(job.target, static_cast<std::size_t>(out - begin), distance, length);
     }
     out += length;
   }
-  in = bits;
+  in.GoOnFrom(bits);
   blockItemsLeft = itemsLeft;
   job.done = static_cast<std::size_t>(out - begin);
 }
@@ -327,15 +365,15 @@ bool BlockDecoder<Scheme>::DecodeAtEdge(std::size_t limit) {
   const std::size_t stopAt = blockItemsLeft - std::min(blockItemsLeft, kItems);
   for (; blockItemsLeft != stopAt && job.done < limit; --blockItemsLeft) {
     in.Refill();
-    const unsigned symbol = itemCode.Decode(in);
-    if (symbol < kLiteralSymbols) {
-      job.target[job.done++] = static_cast<std::uint8_t>(symbol);
+    const auto item = itemCode.DecodeExtended(in);
+    if (item.symbol < kLiteralSymbols) {
+      job.target[job.done++] = static_cast<std::uint8_t>(item.symbol);
     } else {
       if (distanceCode.IsEmpty()) return false;
       in.Refill();
-      const std::size_t length = Scheme::TakeLength(in, symbol);
-      const std::size_t distance = Scheme::TakeDistance(in, distanceCode.Decode(in));
-      job.done = CopyMatchExact(job.target, job.done, distance, length);
+      const auto [symbol, extra] = distanceCode.DecodeExtended(in);
+      job.done = CopyMatchExact(job.target, job.done, Scheme::Distance(symbol, extra),
+                                Scheme::Length(item.symbol, item.extra));
     }
     if (in.IsFarPastEnd()) return false;
   }

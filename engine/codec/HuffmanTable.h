@@ -4,6 +4,9 @@
 // Codes longer than the index lead to a second table, one for all codes that share the first bits.
 // So most symbols cost one look-up and none costs more than two.
 //
+// Where a symbol is followed by bits of its own, an entry knows how many, and they are consumed
+// together with the code: the next look-up then waits for one shift instead of two.
+//
 // In a canonical code, shorter codes come first and codes of one length follow the order of the
 // symbols.  Left-aligned, the codes in that order are ever larger numbers that leave no hole:
 // building the tables is a single walk from the first entry to the last.
@@ -20,7 +23,12 @@
 
 namespace kozor::codec {
 
-template <unsigned kSymbols, unsigned kPrimaryBits>
+// What follows a symbol, for codes whose symbols stand alone.
+constexpr unsigned NoExtraBits(unsigned) {
+  return 0;
+}
+
+template <unsigned kSymbols, unsigned kPrimaryBits, unsigned (*kExtraBits)(unsigned) = NoExtraBits>
 class HuffmanTable {
  public:
   // Makes the table for code lengths of 0 (unused) to 16 bits.  Returns false for an incomplete or
@@ -30,30 +38,59 @@ class HuffmanTable {
 
   // A code of the one symbol, which takes no bits.
   void BuildSingle(unsigned symbol) {
-    entries[0] = entries[1] = Entry{static_cast<std::uint16_t>(symbol), 0, 0};
+    entries[0] = entries[1] = SymbolEntry(symbol, 0);
     indexShift = 63;
     isEmpty = false;
   }
 
   bool IsEmpty() const { return isEmpty; }
 
-  // Needs 16 bits in the reader.
-  unsigned Decode(BitReader& in) const {
-    Entry entry = entries[static_cast<std::size_t>(in.Buffer() >> indexShift)];
-    if (entry.secondBits != 0) [[unlikely]] {
-      in.Consume(kPrimaryBits);
-      entry = entries[entry.value + in.Peek(entry.secondBits)];
-    }
-    in.Consume(entry.codeBits);
-    return entry.value;
+  // Needs 16 bits in the buffer.
+  unsigned Decode(BitBuffer& in) const {
+    static_assert(kExtraBits == NoExtraBits);
+    const std::uint32_t entry = Resolve(in, Look(in));
+    in.Consume(entry & 0xFF);
+    return entry >> 16;
+  }
+
+  struct Extended {
+    unsigned symbol;
+    std::uint64_t extra;  // its extra bits, left-aligned, and others after them
+  };
+  // Needs 16 bits and the extra ones in the buffer, and consumes both.
+  Extended DecodeExtended(BitBuffer& in) const { return Take(in, Look(in)); }
+
+  // DecodeExtended in two steps: the look-up, which consumes nothing and so can be done early, and
+  // the rest.
+  std::uint32_t Look(const BitBuffer& in) const {
+    return entries[static_cast<std::size_t>(in.Buffer() >> indexShift)];
+  }
+  Extended Take(BitBuffer& in, std::uint32_t entry) const {
+    entry = Resolve(in, entry);
+    const unsigned symbol = entry >> 16;
+    const Extended result{symbol, in.Buffer() << (entry >> 8 & 0x3F)};
+    in.Consume(entry & 0xFF);
+    return result;
   }
 
  private:
-  struct Entry {
-    std::uint16_t value;      // symbol, or where the second table begins
-    std::uint8_t codeBits;    // to consume; in a second table, those behind the primary index
-    std::uint8_t secondBits;  // width of the second table's index; 0 for a symbol
-  };
+  // From the lowest byte: bits to consume; of them, those of the code, or kIsSecond and the width
+  // of the second table's index; the symbol, or where the second table begins (16 bits).  In a
+  // second table the bits of the code are those after the primary index.
+  static constexpr std::uint32_t kIsSecond = 0x8000;
+
+  static std::uint32_t SymbolEntry(unsigned symbol, unsigned codeBits) {
+    return symbol << 16 | codeBits << 8 | (codeBits + kExtraBits(symbol));
+  }
+
+  // The entry itself, or the one in the second table that it leads to.
+  std::uint32_t Resolve(BitBuffer& in, std::uint32_t entry) const {
+    if ((entry & kIsSecond) != 0) [[unlikely]] {
+      in.Consume(kPrimaryBits);
+      entry = entries[(entry >> 16) + in.Peek(entry >> 8 & 0x3F)];
+    }
+    return entry;
+  }
 
   // A second table indexed by b bits serves at least b + 1 symbols, so the entries per symbol are
   // most when b is.
@@ -73,12 +110,12 @@ class HuffmanTable {
 
   bool isEmpty = true;
   unsigned indexShift = 63;
-  std::array<Entry, kEntries> entries;
+  std::array<std::uint32_t, kEntries> entries;
 };
 
-template <unsigned kSymbols, unsigned kPrimaryBits>
-bool HuffmanTable<kSymbols, kPrimaryBits>::SortByCode(std::span<const std::uint8_t> lengths,
-                                                      Order& order) {
+template <unsigned kSymbols, unsigned kPrimaryBits, unsigned (*kExtraBits)(unsigned)>
+bool HuffmanTable<kSymbols, kPrimaryBits, kExtraBits>::SortByCode(
+    std::span<const std::uint8_t> lengths, Order& order) {
   std::array<std::uint32_t, kMaxCodeBits + 1> counts{};
   for (const std::uint8_t length : lengths) ++counts[length];
 
@@ -102,8 +139,9 @@ bool HuffmanTable<kSymbols, kPrimaryBits>::SortByCode(std::span<const std::uint8
   return true;
 }
 
-template <unsigned kSymbols, unsigned kPrimaryBits>
-bool HuffmanTable<kSymbols, kPrimaryBits>::Build(std::span<const std::uint8_t> lengths) {
+template <unsigned kSymbols, unsigned kPrimaryBits, unsigned (*kExtraBits)(unsigned)>
+bool HuffmanTable<kSymbols, kPrimaryBits, kExtraBits>::Build(
+    std::span<const std::uint8_t> lengths) {
   Order order;
   if (!SortByCode(lengths, order)) return false;
   isEmpty = order.count == 0;
@@ -119,7 +157,7 @@ bool HuffmanTable<kSymbols, kPrimaryBits>::Build(std::span<const std::uint8_t> l
     const std::uint8_t length = lengths[order.symbols[i]];
     const std::size_t copies = std::size_t{1} << (primaryBits - length);
     std::fill_n(entries.begin() + static_cast<std::ptrdiff_t>(filled), copies,
-                Entry{order.symbols[i], length, 0});
+                SymbolEntry(order.symbols[i], length));
     filled += copies;
   }
 
@@ -127,8 +165,7 @@ bool HuffmanTable<kSymbols, kPrimaryBits>::Build(std::span<const std::uint8_t> l
   for (; i < order.count; ++filled) {
     const std::size_t last = FillSecond(lengths, order, i, secondStart);
     const unsigned width = lengths[order.symbols[last - 1]] - primaryBits;
-    entries[filled] =
-        Entry{static_cast<std::uint16_t>(secondStart), 0, static_cast<std::uint8_t>(width)};
+    entries[filled] = static_cast<std::uint32_t>(secondStart) << 16 | kIsSecond | width << 8;
     secondStart += std::size_t{1} << width;
     i = last;
   }
@@ -137,10 +174,10 @@ bool HuffmanTable<kSymbols, kPrimaryBits>::Build(std::span<const std::uint8_t> l
 
 // Fills the second table that begins with the `first` symbol of the order; returns the index behind
 // its last one.  That one has the longest code of the table and so decides its width.
-template <unsigned kSymbols, unsigned kPrimaryBits>
-std::size_t HuffmanTable<kSymbols, kPrimaryBits>::FillSecond(std::span<const std::uint8_t> lengths,
-                                                             const Order& order, std::size_t first,
-                                                             std::size_t where) {
+template <unsigned kSymbols, unsigned kPrimaryBits, unsigned (*kExtraBits)(unsigned)>
+std::size_t HuffmanTable<kSymbols, kPrimaryBits, kExtraBits>::FillSecond(
+    std::span<const std::uint8_t> lengths, const Order& order, std::size_t first,
+    std::size_t where) {
   std::size_t last = first;
   for (std::uint32_t room = 1U << kSecondBits; room != 0; ++last) {
     room -= 1U << (kMaxCodeBits - lengths[order.symbols[last]]);
@@ -150,7 +187,7 @@ std::size_t HuffmanTable<kSymbols, kPrimaryBits>::FillSecond(std::span<const std
     const unsigned length = lengths[order.symbols[i]];
     const std::size_t copies = std::size_t{1} << (longest - length);
     std::fill_n(entries.begin() + static_cast<std::ptrdiff_t>(where), copies,
-                Entry{order.symbols[i], static_cast<std::uint8_t>(length - kPrimaryBits), 0});
+                SymbolEntry(order.symbols[i], length - kPrimaryBits));
     where += copies;
   }
   return last;

@@ -20,26 +20,30 @@ constexpr std::size_t kCopyWord = 16;
 // Wide copies write less than this many bytes behind the end of a match.
 constexpr std::size_t kCopySlack = 3 * kCopyWord;
 
-// Needs distance bytes before `out`, and length + kCopySlack bytes behind it.
+// Needs distance bytes before `out`, and length + kCopySlack bytes after it.
 inline void CopyMatchWide(std::uint8_t* out, std::size_t distance, std::size_t length) {
   // The smallest multiple of each distance that a word does not overlap: what repeats after
   // `distance` bytes also repeats after any multiple.
   static constexpr std::array<std::uint8_t, kCopyWord> kWideMultiple = {
       0, 16, 16, 18, 16, 20, 18, 21, 16, 18, 20, 22, 24, 26, 28, 30};
-  const auto copyWord = [&] {
-    std::memcpy(out, out - distance, kCopyWord);
-    out += kCopyWord;
-  };
   std::uint8_t* const end = out + length;
-  if (distance < kCopyWord) {
+  if (distance < kCopyWord) [[unlikely]] {
     if (distance == 1) {
-      std::memset(out, out[-1], length);
+      // A run of one byte; as a constant length, memset is a store.
+      do {
+        std::memset(out, out[-1], kCopyWord);
+        out += kCopyWord;
+      } while (out < end);
       return;
     }
     for (std::size_t i = 0; i < kCopyWord; ++i) out[i] = (out - distance)[i];
     out += kCopyWord;
     distance = kWideMultiple[distance];
   }
+  const auto copyWord = [&] {
+    std::memcpy(out, out - distance, kCopyWord);
+    out += kCopyWord;
+  };
   // Most matches end within two words: without tests there is nothing to predict wrongly.
   copyWord();
   copyWord();

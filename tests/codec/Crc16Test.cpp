@@ -17,7 +17,7 @@ std::uint16_t CrcBitByBit(std::span<const std::uint8_t> data) {
 }
 
 TEST(Crc16, IsTheSameAtOnceAndInPieces) {
-  const auto data = RandomData(200);
+  const auto data = RandomData(400);
   for (std::size_t size = 0; size <= data.size(); ++size) {
     const auto part = std::span(data).first(size);
     const std::uint16_t expected = CrcBitByBit(part);
