@@ -52,11 +52,11 @@ void CountBytes(benchmark::State& state, std::size_t perIteration) {
                           static_cast<std::int64_t>(state.iterations()));
 }
 
-void BM_Encode(benchmark::State& state, Method method, Effort effort) {
+void BM_Encode(benchmark::State& state, Method method, int level) {
   std::size_t packedSize = 0;
   for (auto _ : state) {
     packedSize = 0;
-    for (const Bytes& file : Corpus()) packedSize += Encode(method, file, effort).size();
+    for (const Bytes& file : Corpus()) packedSize += Encode(method, file, level).size();
   }
   const std::size_t size = TotalSize(Corpus());
   CountBytes(state, size);
@@ -97,18 +97,27 @@ void BM_Crc16(benchmark::State& state) {
   CountBytes(state, data.size());
 }
 
-#define ENCODE(method, effort)                                                    \
-  BENCHMARK_CAPTURE(BM_Encode, method##_##effort, Method::method, Effort::effort) \
+#define ENCODE(method, level)                                                 \
+  BENCHMARK_CAPTURE(BM_Encode, method##_level_##level, Method::method, level) \
       ->Unit(benchmark::kMillisecond)
 #define DECODE(method) \
   BENCHMARK_CAPTURE(BM_Decode, method, Method::method)->Unit(benchmark::kMillisecond)
 
-ENCODE(Lh4, normal);
-ENCODE(Lh5, fast);
-ENCODE(Lh5, normal);
-ENCODE(Lh5, best);
-ENCODE(Lh6, normal);
-ENCODE(Lh7, normal);
+ENCODE(Lh4, 5);
+ENCODE(Lh5, 1);
+ENCODE(Lh5, 2);
+ENCODE(Lh5, 3);
+ENCODE(Lh5, 4);
+ENCODE(Lh5, 5);
+ENCODE(Lh5, 6);
+ENCODE(Lh5, 7);
+ENCODE(Lh5, 8);
+ENCODE(Lh5, 9);
+ENCODE(Lh6, 5);
+ENCODE(Lh7, 1);
+ENCODE(Lh7, 5);
+ENCODE(Lh7, 7);
+ENCODE(Lh7, 9);
 DECODE(Lh4);
 DECODE(Lh5);
 DECODE(Lh6);

@@ -1,7 +1,7 @@
 // EncodeFuzz.cpp - any bytes as data to pack: they must come back, and the packed data must keep
 // all rules for writers.
 //
-// Input: method and effort in one byte, the size of the pieces in the next, data.
+// Input: method and level in one byte, the size of the pieces in the next, data.
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>
@@ -17,9 +17,9 @@ namespace {
 using namespace kozor::codec;
 
 // One encoder serves many members, here as in an archive.
-Encoder& EncoderFor(Method method, Effort effort) {
-  static std::map<std::pair<Method, Effort>, Encoder> encoders;
-  return encoders.try_emplace({method, effort}, method, effort).first->second;
+Encoder& EncoderFor(Method method, int level) {
+  static std::map<std::pair<Method, int>, Encoder> encoders;
+  return encoders.try_emplace({method, level}, method, level).first->second;
 }
 
 }  // namespace
@@ -28,11 +28,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
   if (size < 2) return 0;
   constexpr Method kMethods[] = {Method::Lh1, Method::Lh4, Method::Lh5, Method::Lh6, Method::Lh7};
   const Method method = kMethods[bytes[0] % 5];
-  const auto effort = static_cast<Effort>(bytes[0] / 5 % 3);
+  const int level = kFastestLevel + bytes[0] / 5 % kSmallestLevel;
   const std::size_t pieceSize = bytes[1] + std::size_t{1};
   const std::span data(bytes + 2, size - 2);
 
-  Encoder& encoder = EncoderFor(method, effort);
+  Encoder& encoder = EncoderFor(method, level);
   std::vector<std::uint8_t> packed;
   for (auto left = data; !left.empty(); left = left.subspan(std::min(pieceSize, left.size()))) {
     encoder.Append(left.first(std::min(pieceSize, left.size())), packed);

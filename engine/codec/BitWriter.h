@@ -30,6 +30,24 @@ class BitWriter {
     bits &= 7;
   }
 
+  // Appends all that `more` holds, from the bit on at which this one ends.
+  void Append(const BitWriter& more) {
+    constexpr std::size_t kStep = kPutBits / 8;
+    Reserve(8 * more.used + more.bits);
+    std::size_t next = 0;
+    for (; next + kStep <= more.used; next += kStep) {
+      Put(LoadBigEndian(more.bytes.data() + next) >> 8, kPutBits);
+    }
+    for (; next < more.used; ++next) Put(more.bytes[next], 8);
+    Put(more.bits == 0 ? 0 : more.buffer >> (64 - more.bits), more.bits);
+  }
+
+  void Clear() {
+    used = 0;
+    buffer = 0;
+    bits = 0;
+  }
+
   // Fills the last byte with zero bits.
   void Pad() { Put(0, (8 - bits) & 7); }
 
@@ -40,6 +58,12 @@ class BitWriter {
   }
 
  private:
+  // There are 8 bytes: what is reserved goes beyond what is used.
+  static std::uint64_t LoadBigEndian(const std::uint8_t* from) {
+    std::uint64_t value = 0;
+    for (unsigned i = 0; i < 8; ++i) value = value << 8 | from[i];
+    return value;
+  }
   static void StoreBigEndian(std::uint8_t* to, std::uint64_t value) {
     for (unsigned i = 0; i < 8; ++i) to[i] = static_cast<std::uint8_t>(value >> (56 - 8 * i));
   }

@@ -1,52 +1,63 @@
 // BlockSplitter.cpp - decides where blocks end.
 //
 // A new block costs a head of some dozens of bytes and pays where the statistics of the data
-// change. The items are cut into small segments; then the two neighbours that lose most by being
+// change.  The items are cut into small stretches; then the two neighbours that lose most by being
 // apart become one, again and again, until apart is cheaper everywhere.
-#include "engine/codec/BlockSplitter.h"
-
 #include <algorithm>
 #include <array>
 
 #include "engine/codec/BitCost.h"
+#include "engine/codec/Blocks.h"
 
 namespace kozor::codec {
 namespace {
-
-constexpr std::size_t kSegmentItems = 1024;
 
 // About what a block's head takes, in bits: its fixed fields and the tree code, and the length of
 // every symbol in use.  The splitter is not sensitive to either.
 constexpr std::int64_t kHeadBits = 80;
 constexpr std::int64_t kBitsPerLength = 4;
 
-// What symbols of these counts cost with an ideal code, and the code itself.
+// How much a symbol that occurs `count` times takes off what all symbols would cost if each had
+// been the only one: count * log2(count), less its length in the head.
+constexpr std::int64_t SavedBy(std::uint32_t count) {
+  return std::int64_t{count} * Log2(count) - kBitsPerLength * kCostOfBit;
+}
+
+// Most counts are small, and many are 0: a table spares the logarithm and the branch.
+constexpr std::size_t kTableCounts = 1024;
+constexpr std::array<std::int32_t, kTableCounts> kSavedBy = [] {
+  std::array<std::int32_t, kTableCounts> table{};
+  for (std::uint32_t i = 1; i < table.size(); ++i) table[i] = static_cast<std::int32_t>(SavedBy(i));
+  return table;
+}();
+
+// What symbols cost with an ideal code, and the code itself.  The counts are the sums of `a` and
+// `b`.
 template <std::size_t kSymbols>
-std::int64_t CodeCost(const std::array<std::uint32_t, kSymbols>& counts) {
+std::int64_t CodeCost(const std::array<std::uint32_t, kSymbols>& a,
+                      const std::array<std::uint32_t, kSymbols>& b) {
   std::uint32_t total = 0;
-  std::int64_t weighted = 0;
-  std::int64_t used = 0;
-  for (const std::uint32_t count : counts) {
-    if (count == 0) continue;
+  std::int64_t saved = 0;
+  for (std::size_t i = 0; i < kSymbols; ++i) {
+    const std::uint32_t count = a[i] + b[i];
     total += count;
-    weighted += std::int64_t{count} * Log2(count);
-    ++used;
+    saved += count < kTableCounts ? kSavedBy[count] : SavedBy(count);
   }
-  if (total == 0) return 0;
-  return std::int64_t{total} * Log2(total) - weighted + used * kBitsPerLength * kCostOfBit;
+  return total == 0 ? 0 : std::int64_t{total} * Log2(total) - saved;
 }
 
 // The extra bits of distances are left out: they cost the same in any block.
-std::int64_t BlockCost(const SymbolCounts& counts) {
-  return CodeCost(counts.items) + CodeCost(counts.distances) + kHeadBits * kCostOfBit;
+std::int64_t BlockCost(const SymbolCounts& a, const SymbolCounts& b) {
+  return CodeCost(a.items, b.items) + CodeCost(a.distances, b.distances) + kHeadBits * kCostOfBit;
 }
 
 }  // namespace
 
 std::span<const Block> BlockSplitter::Split(std::span<const Item> items) {
-  CutIntoSegments(items);
+  CutIntoStretches(items);
   if (blocks.size() < 2) return blocks;
-  for (std::size_t i = 0; i < list.size(); ++i) list[i].cost = BlockCost(blocks[i].counts);
+  const SymbolCounts none;
+  for (std::size_t i = 0; i < list.size(); ++i) list[i].cost = BlockCost(blocks[i].counts, none);
   for (std::size_t i = 0; i < list.size(); ++i) UpdateSaving(i);
 
   for (std::size_t best = FindBestSaving(); list[best].saving >= 0; best = FindBestSaving()) {
@@ -59,16 +70,16 @@ std::span<const Block> BlockSplitter::Split(std::span<const Item> items) {
   return blocks;
 }
 
-void BlockSplitter::CutIntoSegments(std::span<const Item> items) {
+void BlockSplitter::CutIntoStretches(std::span<const Item> items) {
   blocks.clear();
   list.clear();
   while (!items.empty()) {
-    const auto segment = items.first(std::min(kSegmentItems, items.size()));
+    const auto stretch = items.first(std::min(stretchItems, items.size()));
     Block& block = blocks.emplace_back();
-    block.items = segment.size();
-    block.counts.Add(segment);
+    block.items = stretch.size();
+    block.counts.Add(stretch);
     list.push_back({list.size() - 1, list.size() + 1, 0, -1});
-    items = items.subspan(segment.size());
+    items = items.subspan(stretch.size());
   }
 }
 
@@ -77,9 +88,8 @@ void BlockSplitter::UpdateSaving(std::size_t index) {
   left.saving = -1;
   if (left.next >= list.size()) return;
   if (blocks[index].items + blocks[left.next].items > kMaxBlockItems) return;
-  SymbolCounts joined = blocks[index].counts;
-  joined.Add(blocks[left.next].counts);
-  left.saving = left.cost + list[left.next].cost - BlockCost(joined);
+  left.saving =
+      left.cost + list[left.next].cost - BlockCost(blocks[index].counts, blocks[left.next].counts);
 }
 
 std::size_t BlockSplitter::FindBestSaving() const {

@@ -3,7 +3,7 @@
 // The format leaves a writer some freedom that readers do not all grant.  So codes are complete or
 // of a single symbol in the form made for it, trailing zero lengths are never sent, and a block
 // without matches sends the single distance symbol 0.
-#include "engine/codec/BlockWriter.h"
+#include "engine/codec/Blocks.h"
 
 #include <algorithm>
 #include <array>
@@ -162,7 +162,7 @@ void WriteBlock(const LhMethod& method, std::span<const Item> items, const Symbo
                 BlockPlace place, BitWriter& out) {
   Code<kItemSymbols> itemCode(counts.items);
   const Code<kWrittenDistanceSymbols> distanceCode(counts.distances);
-  if (place == BlockPlace::last && TakesNoBits(itemCode, distanceCode)) {
+  if (place == BlockPlace::Last && TakesNoBits(itemCode, distanceCode)) {
     // A second symbol that never occurs makes the first one take a bit.
     auto padded = counts.items;
     ++padded[itemCode.single == 0 ? 1 : 0];

@@ -16,6 +16,8 @@
 
 namespace kozor::codec {
 
+class BitWriter;
+
 // A method by the three letters of its id in a member header: "-lh5-" is Method::Lh5.
 enum class Method {
   Lh0,
@@ -79,13 +81,18 @@ std::uint64_t MostUnpackedBytes(Method method, std::uint64_t packedBytes);
 // Whether there is an encoder for the method.
 bool CanEncode(Method method);
 
-// How hard the encoder searches.  Best takes several times as long as normal; bench/README.md has
-// figures.
-enum class Effort { fast, normal, best };
+// How hard an encoder searches, from the fastest to the one that packs best.  Up to level 6 it
+// takes the best match at hand, from 7 on it weighs every way through the data. docs/performance.md
+// has figures.
+inline constexpr int kFastestLevel = 1;
+inline constexpr int kDefaultLevel = 5;
+inline constexpr int kSmallestLevel = 9;
+
+class Lh1Encoder;
 
 // Packs one member, fed in pieces of any size.  Memory stays bounded, at some megabytes, whatever
 // the size of the member, and the same data gives the same packed bytes whatever the sizes of the
-// pieces.  Methods: Lh1, for which no effort makes a difference, Lh4, Lh5, Lh6, Lh7.
+// pieces.  Methods: Lh1, for which no level makes a difference, Lh4, Lh5, Lh6, Lh7.
 //
 // Nothing is promised about the packed size: data that does not compress comes out a little larger
 // than it went in, and a caller then stores it as lh0.  No data gives no packed bytes.
@@ -93,11 +100,10 @@ enum class Effort { fast, normal, best };
 //   Encoder encoder(Method::Lh5);
 //   while (more) encoder.Append(piece, packed);   // appends finished bytes to `packed`
 //   encoder.Finish(packed);
-class Lh1Encoder;
 class Encoder {
  public:
-  // Throws std::invalid_argument unless CanEncode(method).
-  explicit Encoder(Method method, Effort effort = Effort::normal);
+  // Throws std::invalid_argument unless CanEncode(method) and the level is one.
+  explicit Encoder(Method method, int level = kDefaultLevel);
   ~Encoder();
   Encoder(Encoder&&) noexcept;
   Encoder& operator=(Encoder&&) noexcept;
@@ -115,7 +121,37 @@ class Encoder {
 
 // The whole of `data` in one call.
 std::vector<std::uint8_t> Encode(Method method, std::span<const std::uint8_t> data,
-                                 Effort effort = Effort::normal);
+                                 int level = kDefaultLevel);
+
+// Members can also be packed segment by segment, on several threads.  All segments of a member but
+// the last have kSegmentBytes; their bits, joined in order and padded, are what an Encoder makes.
+inline constexpr std::size_t kSegmentBytes = std::size_t{512} << 10;
+
+// How many bytes before a segment its matches reach back to; 0 for a method that is not packed in
+// segments.
+std::size_t HistoryBytes(Method method);
+
+enum class SegmentPlace { Inside, Last };
+
+// Each thread needs one of its own.  It takes at most 20 MiB: 16 MiB for what levels 7 to 9 know of
+// the matches, the rest for tables and items.
+class SegmentEncoder {
+ public:
+  // As Encoder, for methods that have HistoryBytes.
+  explicit SegmentEncoder(Method method, int level = kDefaultLevel);
+  ~SegmentEncoder();
+  SegmentEncoder(SegmentEncoder&&) noexcept;
+  SegmentEncoder& operator=(SegmentEncoder&&) noexcept;
+
+  // Appends the bits of the segment that begins at `begin` and goes to the end of `data`.  The
+  // bytes before it are its history, of which the last HistoryBytes count.
+  void Encode(std::span<const std::uint8_t> data, std::size_t begin, SegmentPlace place,
+              BitWriter& packed);
+
+ private:
+  struct State;
+  std::unique_ptr<State> state;
+};
 
 // CRC-16/ARC (reflected polynomial 0xA001, initial value 0) of `data`, continued from `crc`.
 std::uint16_t Crc16(std::span<const std::uint8_t> data, std::uint16_t crc = 0);

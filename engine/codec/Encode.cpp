@@ -1,26 +1,23 @@
-// Encode.cpp - packs members with the block-Huffman methods, from pieces of any size.
+// Encode.cpp - packs members with the block-Huffman methods: the levels, and members in segments.
 //
-// The data is cut into chunks.  A chunk is parsed into items, the items are split into blocks, and
-// the blocks are written; none of these steps looks beyond the chunk and the window before it.  So
-// memory is bounded, the packed data does not depend on the sizes of the pieces, and chunks could
-// be parsed by several threads, with the bits of their blocks joined in order.
+// A segment is parsed into items, the items are split into blocks, and the blocks are written; none
+// of these steps looks beyond the segment and the window before it.  So memory is bounded, the
+// packed data depends neither on the sizes of the pieces that an encoder is fed nor on who packs
+// which segment, and segments can be packed by several threads.
 #include <algorithm>
+#include <array>
 #include <cstring>
 #include <stdexcept>
 
 #include "engine/codec/BitWriter.h"
-#include "engine/codec/BlockSplitter.h"
-#include "engine/codec/BlockWriter.h"
+#include "engine/codec/Blocks.h"
 #include "engine/codec/Codec.h"
 #include "engine/codec/Lh1Encoder.h"
 #include "engine/codec/LhFormat.h"
-#include "engine/codec/MatchFinder.h"
 #include "engine/codec/Parser.h"
 
 namespace kozor::codec {
 namespace {
-
-constexpr std::size_t kChunkBytes = std::size_t{256} * 1024;
 
 const LhMethod* FindWritten(Method method) {
   switch (method) {
@@ -43,93 +40,145 @@ const LhMethod& RequireWritten(Method method) {
   return *found;
 }
 
+void RequireLevel(int level) {
+  if (level < kFastestLevel || level > kSmallestLevel) throw std::invalid_argument("no such level");
+}
+
+// Levels from kFastestLevel on.  Each takes some 1.2 to 1.5 times as long as the one before, and
+// the first that looks at every way through the data about three times.
+constexpr std::array<LazyEffort, 6> kLazyLevels{{{{4, 16}, {0, 16}, 0, 16},
+                                                 {{6, 24}, {4, 24}, 1, 16},
+                                                 {{10, 32}, {6, 32}, 1, 24},
+                                                 {{16, 48}, {8, 48}, 1, 32},
+                                                 {{32, 64}, {16, 64}, 1, 32},
+                                                 {{128, 192}, {64, 192}, 2, 128}}};
+// A single pass does best where the costs follow the data in small steps.
+constexpr std::array<OptimalEffort, 3> kOptimalLevels{
+    {{{16, 48}, 1, 32 << 10}, {{40, 128}, 2, 64 << 10}, {{120, 256}, 3, 128 << 10}}};
+static_assert(kLazyLevels.size() + kOptimalLevels.size() == kSmallestLevel);
+
+std::unique_ptr<Parser> MakeParser(int level, std::size_t windowBytes) {
+  const auto index = static_cast<std::size_t>(level - kFastestLevel);
+  if (index < kLazyLevels.size()) return MakeLazyParser(kLazyLevels[index], windowBytes);
+  return MakeOptimalParser(kOptimalLevels[index - kLazyLevels.size()], windowBytes);
+}
+
+// Small stretches find better places for a block to end.  Where time counts, the saving is not
+// worth what it takes.
+constexpr int kCoarseLevel = 3;
+std::size_t StretchItems(int level) {
+  return level <= kCoarseLevel ? 2048 : level <= kDefaultLevel ? 1024 : 512;
+}
+
 }  // namespace
 
-struct Encoder::State {
-  State(Method lhMethod, Effort effort)
+struct SegmentEncoder::State {
+  State(Method lhMethod, int level)
       : method(RequireWritten(lhMethod)),
-        buffer(method.windowBytes + kChunkBytes + MatchFinder::kReadAhead),
-        finder(buffer.data(), method.windowBytes),
-        parser(effort == Effort::best ? MakeOptimalParser() : MakeLazyParser(effort)) {}
-
-  void WriteChunk(BlockPlace lastBlock);
-  void SlideWindow();
+        parser(MakeParser(level, method.windowBytes)),
+        splitter(StretchItems(level)) {}
 
   const LhMethod& method;
-  // The window, then the chunk that is being collected.
-  std::vector<std::uint8_t> buffer;
-  std::size_t chunkBegin = 0;
-  std::size_t chunkEnd = 0;
-  MatchFinder finder;
-  std::unique_ptr<Parser> parser;
+  const std::unique_ptr<Parser> parser;
   std::vector<Item> items;
   BlockSplitter splitter;
-  BitWriter bits;
 };
 
-void Encoder::State::WriteChunk(BlockPlace lastBlock) {
-  if (chunkBegin == chunkEnd) return;
-  parser->Parse({buffer.data(), chunkBegin, chunkEnd}, finder, items);
-  std::span<const Item> left = items;
-  for (const Block& block : splitter.Split(items)) {
-    const bool isLast = block.items == left.size();
-    WriteBlock(method, left.first(block.items), block.counts,
-               isLast ? lastBlock : BlockPlace::inside, bits);
+SegmentEncoder::SegmentEncoder(Method method, int level) {
+  RequireLevel(level);
+  state = std::make_unique<State>(method, level);
+}
+SegmentEncoder::~SegmentEncoder() = default;
+SegmentEncoder::SegmentEncoder(SegmentEncoder&&) noexcept = default;
+SegmentEncoder& SegmentEncoder::operator=(SegmentEncoder&&) noexcept = default;
+
+void SegmentEncoder::Encode(std::span<const std::uint8_t> data, std::size_t begin,
+                            SegmentPlace place, BitWriter& packed) {
+  if (begin == data.size()) return;
+  const std::size_t history = std::min(begin, state->method.windowBytes);
+  data = data.subspan(begin - history);
+  state->parser->Parse({data.data(), history, data.size()}, state->items);
+  std::span<const Item> left = state->items;
+  for (const Block& block : state->splitter.Split(left)) {
+    const bool isLast = place == SegmentPlace::Last && block.items == left.size();
+    WriteBlock(state->method, left.first(block.items), block.counts,
+               isLast ? BlockPlace::Last : BlockPlace::Inside, packed);
     left = left.subspan(block.items);
   }
 }
 
-void Encoder::State::SlideWindow() {
-  const std::size_t kept = std::min(method.windowBytes, chunkEnd);
-  const std::size_t slide = chunkEnd - kept;
-  std::memmove(buffer.data(), buffer.data() + slide, kept);
-  finder.Slide(slide);
-  chunkBegin = chunkEnd = kept;
+struct Encoder::State {
+  State(Method lhMethod, int level)
+      : historyBytes(HistoryBytes(lhMethod)), segments(lhMethod, level) {}
+
+  void EncodeSegment(SegmentPlace place, std::vector<std::uint8_t>& packed);
+  void KeepHistory();
+
+  const std::size_t historyBytes;
+  SegmentEncoder segments;
+  // What the next segment can refer to, then the segment that is being collected.
+  std::vector<std::uint8_t> buffer;
+  std::size_t begin = 0;  // of the segment
+  BitWriter bits;
+};
+
+void Encoder::State::EncodeSegment(SegmentPlace place, std::vector<std::uint8_t>& packed) {
+  segments.Encode(buffer, begin, place, bits);
+  if (place == SegmentPlace::Last) bits.Pad();
+  bits.MoveTo(packed);
 }
 
-Encoder::Encoder(Method method, Effort effort) {
+void Encoder::State::KeepHistory() {
+  const std::size_t kept = std::min(historyBytes, buffer.size());
+  buffer.erase(buffer.begin(), buffer.end() - static_cast<std::ptrdiff_t>(kept));
+  begin = kept;
+}
+
+Encoder::Encoder(Method method, int level) {
   if (method == Method::Lh1) {
+    RequireLevel(level);
     lh1 = std::make_unique<Lh1Encoder>();
   } else {
-    state = std::make_unique<State>(method, effort);
+    state = std::make_unique<State>(method, level);
   }
 }
 Encoder::~Encoder() = default;
 Encoder::Encoder(Encoder&&) noexcept = default;
 Encoder& Encoder::operator=(Encoder&&) noexcept = default;
 
-// A full chunk is written when more data comes, not before: the last block is not like the others.
+// A full segment is packed when more data comes, not before: the last one is not like the others.
 void Encoder::Append(std::span<const std::uint8_t> data, std::vector<std::uint8_t>& packed) {
   if (lh1) return lh1->Append(data, packed);
   while (!data.empty()) {
-    if (state->chunkEnd - state->chunkBegin == kChunkBytes) {
-      state->WriteChunk(BlockPlace::inside);
-      state->SlideWindow();
-      state->bits.MoveTo(packed);
+    if (state->buffer.size() - state->begin == kSegmentBytes) {
+      state->EncodeSegment(SegmentPlace::Inside, packed);
+      state->KeepHistory();
     }
-    const std::size_t room = kChunkBytes - (state->chunkEnd - state->chunkBegin);
-    const std::size_t piece = std::min(room, data.size());
-    std::memcpy(state->buffer.data() + state->chunkEnd, data.data(), piece);
-    state->chunkEnd += piece;
-    data = data.subspan(piece);
+    const std::size_t room = kSegmentBytes - (state->buffer.size() - state->begin);
+    const auto piece = data.first(std::min(room, data.size()));
+    state->buffer.insert(state->buffer.end(), piece.begin(), piece.end());
+    data = data.subspan(piece.size());
   }
 }
 
 void Encoder::Finish(std::vector<std::uint8_t>& packed) {
   if (lh1) return lh1->Finish(packed);
-  state->WriteChunk(BlockPlace::last);
-  state->bits.Pad();
-  state->bits.MoveTo(packed);
-  state->finder.Reset();
-  state->chunkBegin = state->chunkEnd = 0;
+  state->EncodeSegment(SegmentPlace::Last, packed);
+  state->buffer.clear();
+  state->begin = 0;
 }
 
 bool CanEncode(Method method) {
   return method == Method::Lh1 || FindWritten(method) != nullptr;
 }
 
-std::vector<std::uint8_t> Encode(Method method, std::span<const std::uint8_t> data, Effort effort) {
-  Encoder encoder(method, effort);
+std::size_t HistoryBytes(Method method) {
+  const LhMethod* const written = FindWritten(method);
+  return written ? written->windowBytes : 0;
+}
+
+std::vector<std::uint8_t> Encode(Method method, std::span<const std::uint8_t> data, int level) {
+  Encoder encoder(method, level);
   std::vector<std::uint8_t> packed;
   encoder.Append(data, packed);
   encoder.Finish(packed);

@@ -11,15 +11,8 @@
 namespace kozor::codec {
 namespace {
 
-struct LazyEffort {
-  SearchEffort first;
-  SearchEffort later;       // for searches that only try to beat a match at hand
-  unsigned steps;           // how many positions to look ahead
-  std::size_t farForThree;  // matches of three bytes from farther away cost more than literals
-};
-
-constexpr LazyEffort kFast{{8, 32}, {4, 32}, 1, 1024};
-constexpr LazyEffort kNormal{{64, 128}, {32, 128}, 2, 4096};
+// Three bytes from farther away cost as much as three literals.
+constexpr std::size_t kFarForThree = std::size_t{16} * 1024;
 
 // What a match is worth, in bits: what a byte costs otherwise, less what the distance takes.
 int Worth(const Match& match) {
@@ -33,56 +26,54 @@ constexpr int kMargin[] = {0, 2, 6};
 
 class LazyParser final : public Parser {
  public:
-  explicit LazyParser(const LazyEffort& lazyEffort) : effort(lazyEffort) {}
-  void Parse(const Chunk& chunk, MatchFinder& finder, std::vector<Item>& items) override;
+  LazyParser(const LazyEffort& lazyEffort, std::size_t windowBytes)
+      : effort(lazyEffort), finder(windowBytes) {}
+  void Parse(const Segment& segment, std::vector<Item>& items) override;
 
  private:
   Match Find(std::size_t position, const SearchEffort& search, unsigned longerThan) {
-    Match match = finder->Longest(position, chunk.end, longerThan, search);
-    if (match.length == kMinMatchLength && match.distance > effort.farForThree) match.length = 0;
+    Match match = finder.Longest(position, longerThan, search);
+    if (match.length == kMinMatchLength && match.distance > kFarForThree) match.length = 0;
     return match;
   }
-  bool Improve(std::size_t& position, Match& match, std::vector<Item>& items);
 
-  LazyEffort effort;
-  Chunk chunk{};
-  MatchFinder* finder = nullptr;
+  const LazyEffort effort;
+  HashChains finder;
 };
 
-void LazyParser::Parse(const Chunk& newChunk, MatchFinder& matchFinder, std::vector<Item>& items) {
-  chunk = newChunk;
-  finder = &matchFinder;
-  items.clear();
-  for (std::size_t position = chunk.begin; position < chunk.end;) {
+void LazyParser::Parse(const Segment& segment, std::vector<Item>& items) {
+  finder.Begin(segment.data, segment.end);
+  finder.Skip(0, segment.begin);
+  items.resize(segment.end - segment.begin);  // the most there can be
+  Item* item = items.data();
+  for (std::size_t position = segment.begin; position < segment.end;) {
     Match match = Find(position, effort.first, 0);
+    std::size_t nextSearch = position + 1;
     if (match.length == 0) {
-      items.push_back(Item::Literal(chunk.data[position++]));
+      *item++ = Item::Literal(segment.data[position++]);
       continue;
     }
-    while (Improve(position, match, items)) {
+    for (unsigned step = 1; step <= effort.steps && match.length < effort.goodLength;) {
+      const Match later = Find(nextSearch++, effort.later, match.length - 1);
+      if (later.length == 0 || Worth(later) < Worth(match) + kMargin[step]) {
+        ++step;
+        continue;
+      }
+      for (; step != 0; --step) *item++ = Item::Literal(segment.data[position++]);
+      match = later;
+      step = 1;
     }
-    items.push_back(Item::Match(match.length, match.distance));
+    *item++ = Item::Match(match.length, match.distance);
     position += match.length;
+    finder.Skip(nextSearch, position - nextSearch);
   }
-}
-
-// Looks for a match that is worth waiting for; moves on to it if there is one.
-bool LazyParser::Improve(std::size_t& position, Match& match, std::vector<Item>& items) {
-  if (match.length >= effort.first.niceLength) return false;
-  for (std::size_t step = 1; step <= effort.steps; ++step) {
-    const Match later = Find(position + step, effort.later, match.length - 1);
-    if (later.length == 0 || Worth(later) < Worth(match) + kMargin[step]) continue;
-    for (; step != 0; --step) items.push_back(Item::Literal(chunk.data[position++]));
-    match = later;
-    return true;
-  }
-  return false;
+  items.resize(static_cast<std::size_t>(item - items.data()));
 }
 
 }  // namespace
 
-std::unique_ptr<Parser> MakeLazyParser(Effort effort) {
-  return std::make_unique<LazyParser>(effort == Effort::fast ? kFast : kNormal);
+std::unique_ptr<Parser> MakeLazyParser(const LazyEffort& effort, std::size_t windowBytes) {
+  return std::make_unique<LazyParser>(effort, windowBytes);
 }
 
 }  // namespace kozor::codec

@@ -1,31 +1,24 @@
-// MatchFinder.cpp - the tables of the match finder.
+// MatchFinder.cpp - see MatchFinder.h.
 #include "engine/codec/MatchFinder.h"
 
 namespace kozor::codec {
 
-// Twice as many hashes as positions in the window keep strangers out of the chains.
-MatchFinder::MatchFinder(const std::uint8_t* buffer, std::size_t windowBytes)
-    : data(buffer),
-      window(windowBytes),
-      hashShift(32 - static_cast<unsigned>(std::bit_width(windowBytes))),
-      newest4(2 * windowBytes),
-      newest3(2 * windowBytes),
-      previous(windowBytes) {
-  Reset();
-}
-
-void MatchFinder::Reset() {
-  entered = 0;
-  std::ranges::fill(newest4, kNone);
-  std::ranges::fill(newest3, kNone);
-}
-
-void MatchFinder::Slide(std::size_t bytes) {
-  const auto slide = static_cast<Position>(bytes);
-  for (std::vector<Position>* table : {&newest4, &newest3, &previous}) {
-    for (Position& position : *table) position = std::max(position - slide, kNone);
-  }
-  entered -= bytes;
+void MatchFinder::BeginTables(const std::uint8_t* newData, std::size_t newEnd) {
+  data = newData;
+  end = newEnd;
+  // Twice as many hashes as positions keep strangers apart, but beyond these sizes the misses of
+  // the cache would cost more than the strangers.
+  constexpr unsigned kMostBits4 = 16;
+  constexpr unsigned kMostBits3 = 15;
+  const std::size_t positions = std::clamp<std::size_t>(newEnd, 64, window);
+  const auto bits = static_cast<unsigned>(std::bit_width(positions));
+  const unsigned bits4 = std::min(bits, kMostBits4);
+  const unsigned bits3 = std::min(bits, kMostBits3);
+  shift4 = 32 - bits4;
+  shift3 = 32 - bits3;
+  newest4.assign(std::size_t{1} << bits4, kNone);
+  newest3.assign(std::size_t{1} << bits3, kNone);
+  if (CanVisit(0)) HashNext(data);
 }
 
 }  // namespace kozor::codec

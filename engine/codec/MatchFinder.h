@@ -1,17 +1,26 @@
 // MatchFinder.h - finds earlier occurrences of the bytes at a position.
 //
-// Positions whose four bytes have the same hash form a chain, newest first: a table gives the
-// newest position of a hash, another the position before each in its chain.  A search walks the
-// chain as far as the window reaches, or until it has seen `depth` candidates.  It goes from near
-// to far, so a candidate is of interest only if its match is longer than all before: the four bytes
-// that would make it longer are compared first, and most candidates fail there.
+// HashChains: positions whose four bytes have the same hash form a chain, newest first.  A table
+// gives the newest position of a hash, another how far back the next one of its chain is.  A search
+// walks the chain as far as the window reaches, or until it has seen `depth` candidates.  It goes
+// from near to far, so a candidate is of interest only if its match is longer than all before: the
+// four bytes that would make it longer are compared first, and most candidates fail there.
 //
-// Matches of three bytes are worth their bits only when they are near.  For them a second table
-// remembers just the newest position of three bytes.
+// BinaryTrees: positions of the same hash form a tree, sorted by the bytes that follow, newest at
+// the root.  A search goes down from the root and turns the position itself into the new root on
+// its way, so it meets the best candidates within few steps where a chain would be long.  Entering
+// a position costs as much as searching it.
 //
-// What a search finds depends on the bytes within the window and on nothing else, not on earlier
-// searches: every position is entered, also those that a parser skips.  So pieces of a member could
-// be searched by several threads, each starting with the window before its piece.
+// In both, matches of three bytes come from a second table that remembers just the newest position
+// of three bytes: they are worth their bits only when they are near.
+//
+// What it takes to be fast, besides:
+// - Links are distances in 16 bits, so the links of a window of 8 KiB are half of a first-level
+//   cache, and nothing has to be corrected when the window moves on.
+// - The tables are no larger than the window or the data asks for: a small member does not pay for
+//   clearing a large one.
+// - The hash of the next position is worked out while this one is searched, and its table entries
+//   are fetched into the cache meanwhile.
 #pragma once
 
 #include <algorithm>
@@ -36,59 +45,141 @@ struct SearchEffort {
   unsigned niceLength;  // a match of this length ends the search
 };
 
+// The tables that both finders have in common.  Positions are visited in ascending order, each once
+// and none left out.
 class MatchFinder {
- public:
+ protected:
+  using Position = std::int32_t;
+  static constexpr Position kNone = -0x40000000;
   // Matches shorter than this come from the table of newest positions alone.
   static constexpr unsigned kHashedBytes = 4;
+  // A position with fewer bytes left is neither searched nor entered.
+  static constexpr std::size_t kBytesNeeded = kHashedBytes + 1;
 
-  // Searches in `buffer`, which stays the caller's.  Up to kReadAhead bytes behind the data that is
-  // searched are read, though they never matter.  The window is a power of two.
-  MatchFinder(const std::uint8_t* buffer, std::size_t windowBytes);
-  static constexpr std::size_t kReadAhead = 8;
+  explicit MatchFinder(std::size_t windowBytes)
+      : window(windowBytes),
+        maxDistance(static_cast<Position>(std::min<std::size_t>(windowBytes, kFar))) {}
 
-  // Forgets everything; the next position searched is 0.
-  void Reset();
-  // The caller has moved the contents of the buffer down by `bytes`.
-  void Slide(std::size_t bytes);
-
-  // Calls found(Match) for each match at `position` that is longer than all nearer ones and longer
-  // than `longerThan`.  `end` is where the data ends; positions are searched in ascending order.
-  template <class Found>
-  void Search(std::size_t position, std::size_t end, unsigned longerThan,
-              const SearchEffort& effort, Found found);
-
-  // The longest match, the nearest of its length.
-  Match Longest(std::size_t position, std::size_t end, unsigned longerThan,
-                const SearchEffort& effort) {
-    Match longest;
-    Search(position, end, longerThan, effort, [&](const Match& match) { longest = match; });
-    return longest;
-  }
-
- private:
-  using Position = std::int32_t;
-  static constexpr Position kNone = INT32_MIN / 2;
+  // Forgets everything; position 0 is visited next.
+  void BeginTables(const std::uint8_t* newData, std::size_t newEnd);
 
   static std::uint32_t Load4(const std::uint8_t* from) {
     return std::uint32_t{from[0]} | std::uint32_t{from[1]} << 8 | std::uint32_t{from[2]} << 16 |
            std::uint32_t{from[3]} << 24;
   }
+  // The first three of the bytes that Load4 gave.
+  static std::uint32_t FirstThree(std::uint32_t bytes) { return bytes << 8; }
   static unsigned CommonLength(const std::uint8_t* a, const std::uint8_t* b, unsigned from,
                                unsigned limit);
-  Position& Newest4(std::uint32_t bytes) { return newest4[bytes * 0x9E3779B1U >> hashShift]; }
-  Position& Newest3(std::uint32_t bytes) {
-    return newest3[(bytes << 8) * 0x9E3779B1U >> hashShift];
-  }
-  void Enter(std::size_t position, Position& at4, Position& at3);
-  void EnterUpTo(std::size_t position, std::size_t end);
 
-  const std::uint8_t* data;
-  std::size_t window;
-  unsigned hashShift;
-  std::size_t entered = 0;         // positions below this are in the tables
-  std::vector<Position> newest4;   // by hash of four bytes
-  std::vector<Position> newest3;   // by hash of three bytes
-  std::vector<Position> previous;  // by position modulo the window: the one before it in its chain
+  unsigned LengthLimit(std::size_t position) const {
+    return static_cast<unsigned>(std::min<std::size_t>(kMaxMatchLength, end - position));
+  }
+  bool CanVisit(std::size_t position) const { return end - position >= kBytesNeeded; }
+
+  // What the tables hold for a position that is now entered.
+  struct Newest {
+    Position of4;
+    Position of3;
+  };
+  Newest Visit(std::size_t position) {
+    const Newest found{newest4[hash4], newest3[hash3]};
+    newest4[hash4] = newest3[hash3] = static_cast<Position>(position);
+    HashNext(data + position + 1);
+    return found;
+  }
+  void HashNext(const std::uint8_t* at) {
+    const std::uint32_t bytes = Load4(at);
+    hash4 = bytes * 0x9E3779B1U >> shift4;
+    hash3 = FirstThree(bytes) * 0x9E3779B1U >> shift3;
+#if defined(__GNUC__)
+    __builtin_prefetch(&newest4[hash4], 1);
+    __builtin_prefetch(&newest3[hash3], 1);
+#endif
+  }
+
+  // Links count back; kFar stands for "out of the window".
+  static constexpr std::size_t kFar = 65535;
+  static std::uint16_t Link(Position from, Position to) {
+    return static_cast<std::uint16_t>(
+        std::min<std::size_t>(kFar, static_cast<std::size_t>(from - to)));
+  }
+
+  const std::uint8_t* data = nullptr;
+  std::size_t end = 0;
+  std::size_t window;    // a power of two
+  Position maxDistance;  // the same, but never more than a link can tell
+
+ private:
+  unsigned shift4 = 0;
+  unsigned shift3 = 0;
+  std::uint32_t hash4 = 0;  // of the position that is visited next
+  std::uint32_t hash3 = 0;
+  std::vector<Position> newest4;
+  std::vector<Position> newest3;
+};
+
+class HashChains : public MatchFinder {
+ public:
+  explicit HashChains(std::size_t windowBytes) : MatchFinder(windowBytes), links(windowBytes) {}
+
+  // `data` to `data + end` will be searched; nothing beyond is read.
+  void Begin(const std::uint8_t* newData, std::size_t newEnd) { BeginTables(newData, newEnd); }
+
+  // Enters positions without a search.
+  void Skip(std::size_t position, std::size_t count) {
+    for (; count != 0 && CanVisit(position); ++position, --count) Enter(position);
+  }
+
+  // The longest match that is longer than `longerThan`, the nearest of its length.
+  Match Longest(std::size_t position, unsigned longerThan, const SearchEffort& effort) {
+    Match longest;
+    Search(position, longerThan, effort, [&](const Match& match) { longest = match; });
+    return longest;
+  }
+
+  // Calls found(Match) for each match that is longer than all nearer ones and than `longerThan`.
+  template <class Found>
+  void Search(std::size_t position, unsigned longerThan, const SearchEffort& effort, Found found);
+
+ private:
+  Newest Enter(std::size_t position) {
+    const Newest newest = Visit(position);
+    links[position & (window - 1)] = Link(static_cast<Position>(position), newest.of4);
+    return newest;
+  }
+
+  std::vector<std::uint16_t> links;  // by position modulo the window
+};
+
+class BinaryTrees : public MatchFinder {
+ public:
+  explicit BinaryTrees(std::size_t windowBytes) : MatchFinder(windowBytes), nodes(windowBytes) {}
+
+  // As in HashChains.
+  void Begin(const std::uint8_t* newData, std::size_t newEnd) { BeginTables(newData, newEnd); }
+  template <class Found>
+  void Search(std::size_t position, unsigned longerThan, const SearchEffort& effort, Found found);
+
+  // Enters positions without asking for matches, which takes few steps down the tree.  What counts
+  // as equal must be the same for all positions of a tree, or its order is lost.
+  void Skip(std::size_t position, std::size_t count, unsigned niceLength) {
+    for (; count != 0; ++position, --count) {
+      Search(position, kMaxMatchLength, {kStepsOfSkip, niceLength}, [](const Match&) {});
+    }
+  }
+
+ private:
+  static constexpr unsigned kStepsOfSkip = 8;
+
+  // Links from a node to the roots of its two subtrees.
+  struct Node {
+    std::uint16_t below = kFar;  // of the positions whose bytes come before those of the node
+    std::uint16_t above = kFar;
+  };
+  Node& At(Position position) { return nodes[static_cast<std::size_t>(position) & (window - 1)]; }
+
+  std::vector<Node> nodes;  // by position modulo the window
 };
 
 // Length of what two places have in common, given that `from` bytes are the same.
@@ -111,57 +202,109 @@ inline unsigned MatchFinder::CommonLength(const std::uint8_t* a, const std::uint
   return length;
 }
 
-inline void MatchFinder::Enter(std::size_t position, Position& at4, Position& at3) {
-  previous[position & (window - 1)] = at4;
-  at4 = at3 = static_cast<Position>(position);
-  entered = position + 1;
-}
+template <class Found>
+inline void HashChains::Search(std::size_t position, unsigned longerThan,
+                               const SearchEffort& effort, Found found) {
+  if (!CanVisit(position)) return;
+  const unsigned limit = LengthLimit(position);
+  const std::uint8_t* const here = data + position;
+  const std::uint32_t bytes = Load4(here);
+  const auto at = static_cast<Position>(position);
+  // Entries from before the beginning and beyond the window both end a chain.
+  const Position last = std::max(at - maxDistance, Position{0});
+  const Newest newest = Enter(position);
 
-// The last three positions before `end` have no four bytes yet and wait for more data.
-inline void MatchFinder::EnterUpTo(std::size_t position, std::size_t end) {
-  while (entered < position && entered + kHashedBytes <= end) {
-    const std::uint32_t bytes = Load4(data + entered);
-    Enter(entered, Newest4(bytes), Newest3(bytes));
+  const auto foundAt = [&](Position candidate, unsigned length) {
+    found(Match{length, static_cast<std::size_t>(at - candidate)});
+  };
+  unsigned best = longerThan;
+  if (best < kMinMatchLength) {
+    best = kMinMatchLength;
+    if (newest.of3 >= last && FirstThree(Load4(data + newest.of3)) == FirstThree(bytes)) {
+      foundAt(newest.of3, best);
+    }
+  }
+  const unsigned enough = std::min(limit, effort.niceLength);
+  if (best >= enough) return;
+
+  const std::uint16_t* const link = links.data();
+  const std::size_t mask = window - 1;
+  Position candidate = newest.of4;
+  std::uint32_t wanted = Load4(here + best - 3);
+  for (unsigned left = effort.depth; candidate >= last && left != 0; --left) {
+    const std::uint8_t* const there = data + candidate;
+    if (Load4(there + best - 3) == wanted && Load4(there) == bytes) {
+      const unsigned length = CommonLength(here, there, kHashedBytes, limit);
+      if (length > best) {
+        foundAt(candidate, length);
+        if (length >= enough) return;
+        best = length;
+        wanted = Load4(here + best - 3);
+      }
+    }
+    candidate -= link[static_cast<std::size_t>(candidate) & mask];
   }
 }
 
 template <class Found>
-void MatchFinder::Search(std::size_t position, std::size_t end, unsigned longerThan,
-                         const SearchEffort& effort, Found found) {
-  EnterUpTo(position, end);
-  const auto limit = static_cast<unsigned>(std::min<std::size_t>(kMaxMatchLength, end - position));
-  if (limit < kHashedBytes) return;
-
-  const std::uint8_t* here = data + position;
-  const std::uint32_t bytes = Load4(here);
-  Position& at4 = Newest4(bytes);
-  Position& at3 = Newest3(bytes);
-  const auto oldest = static_cast<Position>(position - std::min(position, window));
+inline void BinaryTrees::Search(std::size_t position, unsigned longerThan,
+                                const SearchEffort& effort, Found found) {
+  if (!CanVisit(position)) return;
+  const unsigned limit = LengthLimit(position);
+  const unsigned enough = std::min(limit, effort.niceLength);
+  const std::uint8_t* const here = data + position;
+  const auto at = static_cast<Position>(position);
+  // Entries from before the beginning and beyond the window both end a branch.
+  const Position last = std::max(at - maxDistance, Position{0});
+  const Newest newest = Visit(position);
 
   const auto foundAt = [&](Position candidate, unsigned length) {
-    found(Match{length, position - static_cast<std::size_t>(candidate)});
+    found(Match{length, static_cast<std::size_t>(at - candidate)});
   };
-  unsigned best = std::max(longerThan, kMinMatchLength - 1);
-  if (best < kMinMatchLength) {
-    if (at3 >= oldest && ((Load4(data + at3) ^ bytes) << 8) == 0) foundAt(at3, kMinMatchLength);
+  unsigned best = longerThan;
+  if (best < kMinMatchLength && newest.of3 >= last &&
+      FirstThree(Load4(data + newest.of3)) == FirstThree(Load4(here))) {
     best = kMinMatchLength;
+    foundAt(newest.of3, best);
   }
 
-  const unsigned enough = std::min(limit, effort.niceLength);
-  Position candidate = at4;
-  for (unsigned left = effort.depth; best < enough && candidate >= oldest && left != 0; --left) {
-    const std::uint8_t* there = data + candidate;
-    if (Load4(there + best - 3) == Load4(here + best - 3) && Load4(there) == bytes) {
-      const unsigned length = CommonLength(here, there, kHashedBytes, limit);
-      if (length > best) {
-        best = length;
-        foundAt(candidate, length);
-      }
+  // The links that the next smaller and the next greater node go into, and whose links they are.
+  Position belowOwner = at;
+  Position aboveOwner = at;
+  std::uint16_t* below = &At(at).below;
+  std::uint16_t* above = &At(at).above;
+  unsigned commonBelow = 0;  // with the last node on either side: all that follow have the lesser
+  unsigned commonAbove = 0;  // of the two in common with the position
+  Position candidate = newest.of4;
+  for (unsigned left = effort.depth; candidate >= last && left != 0; --left) {
+    const std::uint8_t* const there = data + candidate;
+    Node& node = At(candidate);
+    const unsigned length = CommonLength(here, there, std::min(commonBelow, commonAbove), limit);
+    if (length > best) {
+      best = length;
+      foundAt(candidate, length);
     }
-    candidate = previous[static_cast<std::size_t>(candidate) & (window - 1)];
+    if (length >= enough) {
+      // As good as equal: the position takes the node's place.
+      *below = Link(belowOwner, candidate - node.below);
+      *above = Link(aboveOwner, candidate - node.above);
+      return;
+    }
+    if (there[length] < here[length]) {
+      *below = Link(belowOwner, candidate);
+      belowOwner = candidate;
+      below = &node.above;
+      commonBelow = length;
+      candidate -= node.above;
+    } else {
+      *above = Link(aboveOwner, candidate);
+      aboveOwner = candidate;
+      above = &node.below;
+      commonAbove = length;
+      candidate -= node.below;
+    }
   }
-  // Only now: the oldest candidate shares its place in the chain with this position.
-  Enter(position, at4, at3);
+  *below = *above = kFar;
 }
 
 }  // namespace kozor::codec

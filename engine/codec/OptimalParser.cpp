@@ -1,44 +1,53 @@
-// OptimalParser.cpp - finds the cheapest way through a chunk, given what symbols cost.
+// OptimalParser.cpp - finds the cheapest way through a stretch of data, given what symbols cost.
 //
 // If the cost of every symbol is known, the cheapest items are a shortest path: the cost from a
-// position to the end of the chunk is the least, over all items that can stand there, of the item's
-// cost and the cost from the position behind it.  Going from the end to the beginning, every
-// position is settled by one look at its matches.
+// position to the end is the least, over all items that can stand there, of the item's cost and the
+// cost from the position after it.  Going from the end to the beginning, every position is settled
+// by one look at its matches.
 //
 // The costs follow from the codes, which follow from how often symbols occur, which follows from
-// the items.  So the first pass takes general costs; its items are split into blocks, and each
-// further pass takes, in each block, what the statistics of the pass before give.  The matches are
-// searched only once.
+// the items.  So each stretch starts with what the one before it came to; the first starts with a
+// guess from how often bytes occur.  With more than one pass, the items are split into blocks, and
+// each further pass takes, in each block, what the statistics of the pass before give.  The matches
+// are searched only once.
 #include <algorithm>
 #include <array>
 #include <bit>
 
 #include "engine/codec/BitCost.h"
-#include "engine/codec/BlockSplitter.h"
+#include "engine/codec/Blocks.h"
 #include "engine/codec/Parser.h"
 
 namespace kozor::codec {
 namespace {
 
-constexpr SearchEffort kSearch{128, 192};
-constexpr unsigned kPasses = 3;
-// Matches kept at one position; bounds the memory.  With more of them the longest one counts.
+// Matches kept at one position.  With more of them the longest one counts.
 constexpr std::size_t kMaxMatches = 16;
+// Between two passes, blocks end only at multiples of so many items.
+constexpr std::size_t kStretchItems = 512;
 
-// What symbols cost, as BitCost.h counts it.  A chunk costs less than 2^31.
+// What symbols cost, as BitCost.h counts it.  A stretch costs less than 2^31.
 struct CostModel {
   std::array<std::uint32_t, kItemSymbols> items;
   std::array<std::uint32_t, kWrittenDistanceSymbols> distances;  // with their extra bits
 };
 
-// A guess that suits most data.
-CostModel GeneralCosts() {
-  constexpr std::uint32_t kLiteralBits = 7;
-  constexpr std::uint32_t kDistanceBits = 4;
+// A guess that suits most data: literals by how often every fourth byte of the data has their
+// value, but less apart, for what occurs often is often in a match.
+CostModel GuessCosts(std::span<const std::uint8_t> bytes) {
+  std::array<std::uint32_t, kLiteralSymbols> counts;
+  counts.fill(1);
+  for (std::size_t i = 0; i < bytes.size(); i += 4) ++counts[bytes[i]];
+  const auto total = static_cast<std::uint32_t>(bytes.size() / 4 + kLiteralSymbols);
+  constexpr std::uint32_t kMostLiteralBits = 12;
+  constexpr std::uint32_t kDistanceBits = 3;
   CostModel model;
-  model.items.fill(kLiteralBits * kCostOfBit);
+  for (std::size_t i = 0; i < counts.size(); ++i) {
+    model.items[i] =
+        std::min(Log2(total) - Log2(counts[i]) + kCostOfBit, kMostLiteralBits * kCostOfBit);
+  }
   for (unsigned length = kMinMatchLength; length <= kMaxMatchLength; ++length) {
-    const auto bits = static_cast<unsigned>(std::bit_width(length)) + 3;
+    const auto bits = static_cast<unsigned>(std::bit_width(length)) + 2;
     model.items[length + kLengthToItemSymbol] = bits * kCostOfBit;
   }
   for (unsigned i = 0; i < kWrittenDistanceSymbols; ++i) {
@@ -69,35 +78,61 @@ CostModel CostsFrom(const SymbolCounts& counts) {
   return model;
 }
 
+// Moves `costs` half of the way to what a stretch really had: a single one is too small to tell
+// what rare symbols will cost.
+template <std::size_t kSymbols>
+void Approach(std::array<std::uint32_t, kSymbols>& costs,
+              const std::array<std::uint32_t, kSymbols>& real) {
+  for (std::size_t i = 0; i < kSymbols; ++i) costs[i] = (costs[i] + real[i]) / 2;
+}
+
 class OptimalParser final : public Parser {
  public:
-  void Parse(const Chunk& chunk, MatchFinder& finder, std::vector<Item>& items) override;
+  OptimalParser(const OptimalEffort& optimalEffort, std::size_t windowBytes)
+      : effort(optimalEffort), finder(windowBytes), splitter(kStretchItems) {}
+  void Parse(const Segment& segment, std::vector<Item>& items) override;
 
  private:
-  void CollectMatches(const Chunk& chunk, MatchFinder& finder);
+  void CollectMatches(std::size_t begin, std::size_t end);
+  void ParseStretch(std::span<const std::uint8_t> bytes);
   void ChooseItems(std::span<const std::uint8_t> bytes, std::size_t begin, std::size_t end,
                    const CostModel& model);
-  void ListItems(std::vector<Item>& items) const;
+  void ListItems();
 
-  // Positions count from the beginning of the chunk.
+  const OptimalEffort effort;
+  BinaryTrees finder;
+  CostModel expected;  // of the next stretch
+  // Positions count from the beginning of the stretch.
   std::vector<Item> matches;              // of all positions, those of one by growing length
   std::vector<std::uint32_t> firstMatch;  // by position; one more at the end
   std::vector<std::uint32_t> costToEnd;   // by position; 0 at the end
   std::vector<Item> chosen;               // by position
+  std::vector<Item> stretch;
   BlockSplitter splitter;
 };
 
-void OptimalParser::Parse(const Chunk& chunk, MatchFinder& finder, std::vector<Item>& items) {
-  const std::span bytes(chunk.data + chunk.begin, chunk.end - chunk.begin);
-  CollectMatches(chunk, finder);
+void OptimalParser::Parse(const Segment& segment, std::vector<Item>& items) {
+  finder.Begin(segment.data, segment.end);
+  finder.Skip(0, segment.begin, effort.search.niceLength);
+  items.clear();
+  expected = GuessCosts({segment.data + segment.begin, segment.end - segment.begin});
+  for (std::size_t begin = segment.begin; begin < segment.end;) {
+    const std::size_t end = std::min(segment.end, begin + effort.stretchBytes);
+    CollectMatches(begin, end);
+    ParseStretch({segment.data + begin, end - begin});
+    items.insert(items.end(), stretch.begin(), stretch.end());
+    begin = end;
+  }
+}
+
+void OptimalParser::ParseStretch(std::span<const std::uint8_t> bytes) {
   costToEnd.assign(bytes.size() + 1, 0);
   chosen.resize(bytes.size());
-  ChooseItems(bytes, 0, bytes.size(), GeneralCosts());
-  ListItems(items);
-
-  for (unsigned pass = 1; pass < kPasses; ++pass) {
-    const std::span<const Block> blocks = splitter.Split(items);
-    auto item = items.end();
+  ChooseItems(bytes, 0, bytes.size(), expected);
+  ListItems();
+  for (unsigned pass = 1; pass < effort.passes; ++pass) {
+    const std::span<const Block> blocks = splitter.Split(stretch);
+    auto item = stretch.end();
     std::size_t end = bytes.size();
     for (auto block = blocks.rbegin(); block != blocks.rend(); ++block) {
       std::size_t begin = end;
@@ -105,30 +140,39 @@ void OptimalParser::Parse(const Chunk& chunk, MatchFinder& finder, std::vector<I
       ChooseItems(bytes, begin, end, CostsFrom(block->counts));
       end = begin;
     }
-    ListItems(items);
+    ListItems();
   }
+  SymbolCounts counts;
+  counts.Add(stretch);
+  const CostModel real = CostsFrom(counts);
+  Approach(expected.items, real.items);
+  Approach(expected.distances, real.distances);
 }
 
-void OptimalParser::CollectMatches(const Chunk& chunk, MatchFinder& finder) {
+void OptimalParser::CollectMatches(std::size_t begin, std::size_t end) {
   matches.clear();
   firstMatch.clear();
   const auto beginNext = [&] { firstMatch.push_back(static_cast<std::uint32_t>(matches.size())); };
-  for (std::size_t position = chunk.begin; position < chunk.end; ++position) {
+  for (std::size_t position = begin; position < end; ++position) {
     beginNext();
-    unsigned longest = 0;
-    finder.Search(position, chunk.end, 0, kSearch, [&](const Match& match) {
+    const std::size_t room = end - position;
+    std::size_t longest = 0;
+    finder.Search(position, 0, effort.search, [&](const Match& match) {
+      if (longest == room) return;
+      longest = std::min<std::size_t>(match.length, room);
+      if (longest < kMinMatchLength) return;
       if (matches.size() == firstMatch.back() + kMaxMatches) matches.pop_back();
-      matches.push_back(Item::Match(match.length, match.distance));
-      longest = match.length;
+      matches.push_back(Item::Match(longest, match.distance));
     });
     // Within a very long match there is little to choose: what it covers has no matches.
-    if (longest < kSearch.niceLength) continue;
+    if (longest < effort.search.niceLength) continue;
+    finder.Skip(position + 1, longest - 1, effort.search.niceLength);
     for (; longest > 1; --longest, ++position) beginNext();
   }
   beginNext();
 }
 
-// Settles the positions begin to end, with those behind them settled already.
+// Settles the positions begin to end, with those after them settled already.
 void OptimalParser::ChooseItems(std::span<const std::uint8_t> bytes, std::size_t begin,
                                 std::size_t end, const CostModel& model) {
   const std::uint32_t* const lengthCost = model.items.data() + kLengthToItemSymbol;
@@ -153,15 +197,15 @@ void OptimalParser::ChooseItems(std::span<const std::uint8_t> bytes, std::size_t
   }
 }
 
-void OptimalParser::ListItems(std::vector<Item>& items) const {
-  items.clear();
-  for (std::size_t i = 0; i < chosen.size(); i += chosen[i].Length()) items.push_back(chosen[i]);
+void OptimalParser::ListItems() {
+  stretch.clear();
+  for (std::size_t i = 0; i < chosen.size(); i += chosen[i].Length()) stretch.push_back(chosen[i]);
 }
 
 }  // namespace
 
-std::unique_ptr<Parser> MakeOptimalParser() {
-  return std::make_unique<OptimalParser>();
+std::unique_ptr<Parser> MakeOptimalParser(const OptimalEffort& effort, std::size_t windowBytes) {
+  return std::make_unique<OptimalParser>(effort, windowBytes);
 }
 
 }  // namespace kozor::codec

@@ -6,28 +6,40 @@
 #include <memory>
 #include <vector>
 
-#include "engine/codec/Codec.h"
-#include "engine/codec/Item.h"
+#include "engine/codec/Items.h"
 #include "engine/codec/MatchFinder.h"
 
 namespace kozor::codec {
 
-// A part of the encoder's buffer: bytes begin to end, with those before begin as history.
-struct Chunk {
+// Bytes begin to end of `data` are to be parsed; those before begin are history.
+struct Segment {
   const std::uint8_t* data;
   std::size_t begin;
   std::size_t end;
 };
 
-// Parsers differ in how far they look ahead before they settle for an item.
+// Parsers differ in how far they look ahead before they settle for an item.  What they find depends
+// on the segment and its history alone.
 class Parser {
  public:
   virtual ~Parser() = default;
-  // Replaces `items` by those that make the chunk.  No match goes beyond its end.
-  virtual void Parse(const Chunk& chunk, MatchFinder& finder, std::vector<Item>& items) = 0;
+  // Replaces `items` by those that make the segment.  No match goes beyond its end.
+  virtual void Parse(const Segment& segment, std::vector<Item>& items) = 0;
 };
 
-std::unique_ptr<Parser> MakeLazyParser(Effort effort);
-std::unique_ptr<Parser> MakeOptimalParser();
+struct LazyEffort {
+  SearchEffort first;
+  SearchEffort later;   // for searches that only try to beat a match at hand
+  unsigned steps;       // how many positions to look ahead, at most 2
+  unsigned goodLength;  // a match of this length is taken at once
+};
+std::unique_ptr<Parser> MakeLazyParser(const LazyEffort& effort, std::size_t windowBytes);
+
+struct OptimalEffort {
+  SearchEffort search;
+  unsigned passes;           // over each stretch of the data
+  std::size_t stretchBytes;  // what is parsed at once
+};
+std::unique_ptr<Parser> MakeOptimalParser(const OptimalEffort& effort, std::size_t windowBytes);
 
 }  // namespace kozor::codec

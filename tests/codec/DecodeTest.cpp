@@ -125,7 +125,7 @@ TEST(Decode, CopiesStoredData) {
 TEST(Decode, TellsItsProgressInSmallStepsAndStopsWhenToldTo) {
   const Bytes data = MixedData(1000000);
   for (const Method method : {Method::Lh0, Method::Lh5}) {
-    const Bytes packed = method == Method::Lh0 ? data : Encode(method, data, Effort::fast);
+    const Bytes packed = method == Method::Lh0 ? data : Encode(method, data, kFastestLevel);
     Bytes target(data.size());
     std::vector<std::size_t> told;
     std::size_t stopAt = data.size();

@@ -1,4 +1,5 @@
-// Item.h - what the encoder's stages hand to each other: parsed items, and how often symbols occur.
+// Items.h - what the encoder's stages hand to each other: parsed items, how often symbols occur,
+// and runs of items that go into one block.
 #pragma once
 
 #include <array>
@@ -43,6 +44,12 @@ struct SymbolCounts {
     for (std::size_t i = 0; i < items.size(); ++i) items[i] += more.items[i];
     for (std::size_t i = 0; i < distances.size(); ++i) distances[i] += more.distances[i];
   }
+};
+
+// A run of items that goes into one block, and how often its symbols occur.
+struct Block {
+  std::size_t items = 0;  // 1 to kMaxBlockItems
+  SymbolCounts counts;
 };
 
 }  // namespace kozor::codec
