@@ -6,6 +6,7 @@
 #include "archive/MappedFile.h"
 #include "archive/MemberListing.h"
 #include "archive/MemberOperation.h"
+#include "files/ParentDirectory.h"
 #include "files/Path.h"
 
 namespace {
@@ -64,7 +65,7 @@ class ExtractOperation final : public ZorUnpackOperation {
 
   void Unpack(const ZorLineBuilder& line) {
     RequireSound(line);
-    if (ZorCreateDirectory(target, 1, nullptr) == 0) throw ZorFailure{ZorErrorMakeDirectory};
+    if (!parent.Make(target)) throw ZorFailure{ZorErrorMakeDirectory};
     std::int32_t time = 0;
     std::uint16_t attribute = 0;
     UnpackInto(line, time, attribute);
@@ -76,6 +77,10 @@ class ExtractOperation final : public ZorUnpackOperation {
   void UnpackInto(const ZorLineBuilder& line, std::int32_t& time, std::uint16_t& attribute) {
     ZorMappedFile file(target, progress.memberSize);
     unsigned char* view = file.Map();
+    if (view == nullptr && file.SystemError() == ERROR_PATH_NOT_FOUND) {
+      if (!parent.MakeAnew(target)) throw ZorFailure{ZorErrorMakeDirectory};
+      view = file.Map();
+    }
     if (view == nullptr) throw FailureOf(file);
     std::uint32_t written = 0;  // the archiver's result says all that counts
     CallArchiver([&] {
@@ -89,6 +94,7 @@ class ExtractOperation final : public ZorUnpackOperation {
   CString destination;
   ZorFileList names;
   CString target;
+  ZorParentDirectory parent;
 };
 
 }  // namespace

@@ -4,6 +4,7 @@
 
 #include "ZorFileServices.h"
 #include "files/FileWalk.h"
+#include "files/ParentDirectory.h"
 #include "files/Path.h"
 
 namespace {
@@ -100,4 +101,19 @@ int ZorRemoveDirectory(const char* path, int contentsOnly) {
   const bool isLink = HasAttribute(GetFileAttributesA(path), FILE_ATTRIBUTE_REPARSE_POINT);
   if (!isLink && !RemoveContents(path)) return 0;
   return RemoveDirectoryA(path) != 0;
+}
+
+bool ZorParentDirectory::Make(const char* path) {
+  const char* fileName = ZorGetFileName(path);
+  const bool isLast = fileName != nullptr && !last.IsEmpty() &&
+                      last == CString(path, static_cast<int>(fileName - path));
+  return isLast || MakeAnew(path);
+}
+
+bool ZorParentDirectory::MakeAnew(const char* path) {
+  last.Empty();
+  if (ZorCreateDirectory(path, 1, nullptr) == 0) return false;
+  const char* fileName = ZorGetFileName(path);
+  if (fileName != nullptr) last = CString(path, static_cast<int>(fileName - path));
+  return true;
 }

@@ -10,6 +10,7 @@
 #include <algorithm>
 
 #include "ZorFileServices.h"
+#include "files/ParentDirectory.h"
 #include "files/Path.h"
 #include "volume/VolumeFormat.h"
 #include "volume/VolumeRun.h"
@@ -48,8 +49,10 @@ class RestoreRun final : public ZorVolumeRun {
   }
 
   void OpenTarget() {
-    if (ZorCreateDirectory(targetPath, 1, nullptr) == 0) throw ZorFailure{ZorErrorMakeDirectory};
+    if (!parent.Make(targetPath)) throw ZorFailure{ZorErrorMakeDirectory};
     constexpr unsigned int kFlags = CFile::modeCreate | CFile::modeWrite | CFile::shareExclusive;
+    if (target.Open(targetPath, kFlags)) return;
+    if (!parent.MakeAnew(targetPath)) throw ZorFailure{ZorErrorMakeDirectory};
     if (target.Open(targetPath, kFlags) == 0) throw ZorFailure{ZorErrorFileOpen};
   }
 
@@ -115,6 +118,7 @@ class RestoreRun final : public ZorVolumeRun {
   const CString destination;  // ends in a backslash, or is empty
   CFile volumeFile;
   CFile target;
+  ZorParentDirectory parent;
   CString targetPath;  // empty for a file that is left out
   ZorFileRecord record{};
   ZorVolumeHeader header{};

@@ -135,6 +135,19 @@ TEST(ExtractNames, AreJoinedByTheDefaultRule) {
   }
 }
 
+// Members of one directory follow each other, and it is gone when the second one's turn comes.
+TEST_F(Extract, MakesADirectoryAgainThatWasRemovedMeanwhile) {
+  recording.members = {{.name = "d/1"}, {.name = "d/2"}};
+  archive.inPhase = [this](int phase) {
+    if (phase == ZorArchive::PhaseFileEnd) std::filesystem::remove_all(folder.Path("out/d"));
+  };
+  EXPECT_EQ(Run(), ZorErrorNone);
+  archive.inPhase = nullptr;
+  recording.members = {{.name = "d/1"}, {.name = "e/2"}, {.name = "d/3"}};
+  EXPECT_EQ(Run(), ZorErrorNone);
+  EXPECT_THAT(folder.List("out"), ElementsAre("d/", "d/1", "d/3", "e/", "e/2"));
+}
+
 TEST_F(Extract, ReplacesExistingFilesButNotReadOnlyOnes) {
   folder.WriteFile("out/d/f.txt", "longer than before");
   folder.WriteFile("out/g.txt", "kept");
