@@ -2,7 +2,7 @@
 #include "archive/AddOperation.h"
 
 #include "ZorFileServices.h"
-#include "archive/MemberListing.h"
+#include "archive/ArchiveSearch.h"
 #include "files/NameSet.h"
 #include "files/Path.h"
 

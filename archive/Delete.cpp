@@ -1,5 +1,5 @@
 // Delete.cpp - ZorArchive::Delete: takes members out of an archive, in one run of the archiver.
-#include "archive/MemberListing.h"
+#include "archive/ArchiveSearch.h"
 #include "archive/MemberOperation.h"
 
 namespace {

@@ -3,8 +3,8 @@
 // The archiver isn't told to extract files.  Each member is unpacked straight into a mapped file
 // whose path OnMakeFileName has chosen, so that an application can place, rename or skip each one.
 #include "ZorFileServices.h"
+#include "archive/ArchiveSearch.h"
 #include "archive/MappedFile.h"
-#include "archive/MemberListing.h"
 #include "archive/MemberOperation.h"
 #include "files/ParentDirectory.h"
 #include "files/Path.h"

@@ -23,12 +23,10 @@ bool EndsInReturn(const CString& line) {
 
 CStdioFile::CStdioFile() = default;
 
-CStdioFile::CStdioFile(const char* fileName, unsigned int openFlags) {
-  CFileException error;
-  if (!CStdioFile::Open(fileName, openFlags, &error)) {
-    throw new CFileException(error.m_cause, error.m_lOsError);
-  }
-}
+CStdioFile::CStdioFile(const char* fileName, unsigned int openFlags)
+    : CFile(fileName, openFlags),
+      isText((openFlags & typeText) != 0),
+      buffer(std::make_unique<char[]>(kBufferBytes)) {}
 
 CStdioFile::~CStdioFile() {
   try {

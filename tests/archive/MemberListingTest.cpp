@@ -1,8 +1,7 @@
 // MemberListingTest.cpp - which members a ZorFind selects, what the archiver is asked for it, and
 // what Delete makes of them.
-#include "archive/MemberListing.h"
-
 #include "RecordedArchive.h"
+#include "archive/ArchiveSearch.h"
 
 namespace kozor::test {
 namespace {

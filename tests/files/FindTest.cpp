@@ -128,18 +128,6 @@ TEST_F(Find, ExcludesWhatExclusionMasksFind) {
   EXPECT_EQ(Run({"a.txt", ">" + folder.Lib("A.TXT")}), Names{});
 }
 
-TEST_F(Find, DropsDuplicatesOnlyWhenThereAreSeveralMasks) {
-  folder.WriteFile("z", "");
-  ZorFileList list;
-  list.AddTail("Z");
-  find.AddTail("z");
-  find.Find(list, 0);
-  EXPECT_EQ(NamesOf(list), (Names{"Z", "z"}));
-  find.AddTail("C:ignored");
-  find.Find(list, 0);
-  EXPECT_EQ(NamesOf(list), Names{"Z"});
-}
-
 TEST_F(Find, FiltersByAttributes) {
   const std::pair<const char*, unsigned int> entries[] = {
       {"archive", 0x20}, {"dir/archive", 0x20}, {"hidden", 0x02},          {"hidden+archive", 0x22},
