@@ -80,6 +80,7 @@ class ZOR_API ZorArchive {
   // the archive when it is among the files.  With `append` 0 an existing archive is removed first;
   // else, and if it can't be removed, the files are added to it.  With `selfExtracting` non-zero a
   // self-extracting program is made of the finished archive, which stays.
+  // Folders that can't be read are passed over: ZorFind::Find tells of them.
   // Errors of its own: 40 when two files would get the same name, or when the archive holds a name
   // already and the overwrite mode is 0; 32 when nothing is selected.
   int Compress(const ZorFind& find, const char* archive, int append, int selfExtracting);
