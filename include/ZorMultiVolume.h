@@ -75,9 +75,9 @@ class ZOR_API ZorMultiVolume {
   // without limit, so an application overrides OnAbort.  Folders that can't be read are passed
   // over: ZorFind::Find tells of them.
   //
-  // Errors: 32 nothing selected or stopped; 3 a source can't be
-  // stored (4 GiB or more, a name beyond 523 bytes, shorter than when it was opened) or a file
-  // failed; 5 a medium took less than it promised; 13 a source can't be opened.
+  // Errors: 32 nothing selected or stopped; 3 a source can't be stored (4 GiB or more, a name
+  // beyond 523 bytes, shorter than when it was opened) or a file failed; 5 a medium took less than
+  // it promised; 13 a source can't be opened.
   int Backup(const ZorFind& find, const char* target);
 
   // Restores a set into `destination`.  `source` is the path of every volume, or null to ask
