@@ -10,6 +10,20 @@ inline int KzCreatesExactly() {
   return 0;
 }
 
+inline unsigned int KzNameCodePage() {
+  return 0;
+}
+
+inline int KzLookAtFile(const char* path, BY_HANDLE_FILE_INFORMATION* facts) {
+  constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+  const HANDLE file =
+      CreateFileA(path, 0, kShareAll, nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+  if (file == INVALID_HANDLE_VALUE) return 0;
+  const BOOL done = GetFileInformationByHandle(file, facts);
+  CloseHandle(file);
+  return done;
+}
+
 // Here nobody can replace or remove a file that someone has open, so it is let go first.
 inline int KzReplaceHeld(const char* path, const char* target, HANDLE* held) {
   CloseHandle(*held);
@@ -30,6 +44,13 @@ inline int KzDeleteHeld(const char* path, HANDLE* held) {
 inline int KzCreatesExactly() {
   return 1;
 }
+
+// What KzSetNameCodePage has chosen.
+ZOR_PLATFORM_API unsigned int KzNameCodePage();
+
+// What GetFileInformationByHandle tells of an open file, but for the attributes, by one look at the
+// name.  Returns 1; 0 with GetLastError as CreateFileA.
+ZOR_PLATFORM_API int KzLookAtFile(const char* path, BY_HANDLE_FILE_INFORMATION* facts);
 
 // Replace or remove the file `target` (`path`), which the caller has open against other writers,
 // and hold it until that is done.  Another process that opened the old file just before can tell by

@@ -22,6 +22,12 @@ ZOR_PLATFORM_API int KzMapShare(const char* share, const char* hostDirectory);
 // ERROR_INVALID_PARAMETER for any other.  Paths made before keep the bytes they have.
 ZOR_PLATFORM_API int KzSetActiveCodePage(unsigned int codePage);
 
+// The code page of names in archives that don't record theirs: 932, 65001, 437, 850, 852, 866, 936,
+// 949, 950, 1250 to 1252, 10000, 28591 or 51932.  0, the default: it is guessed, once for each
+// archive.  A name that isn't valid in the page is read as if nothing had been chosen.  Returns 1,
+// or 0 with ERROR_INVALID_PARAMETER for any other.
+ZOR_PLATFORM_API int KzSetNameCodePage(unsigned int codePage);
+
 // Non-zero: a file is found under its exact name only, as in a directory that is case-sensitive on
 // Windows.  Zero, the default: the exact name first, then any that differs in case alone.
 // Wild-cards ignore case either way.  Returns the old value.

@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <optional>
 
+#include "platform/win32/HostRules.h"
 #include "platform/win32/posix/Attributes.h"
 #include "platform/win32/posix/File.h"
 #include "platform/win32/posix/FillRecords.h"
@@ -24,6 +25,15 @@ timespec NewTime(const FILETIME* time) {
 // machines.
 DWORD VolumeSerial(std::uint64_t device) {
   return static_cast<DWORD>(major(device) << 20 | minor(device));
+}
+
+void FillInformation(BY_HANDLE_FILE_INFORMATION& information, const FileFacts& facts,
+                     DWORD attributes) {
+  FillFacts(information, facts, attributes);
+  information.dwVolumeSerialNumber = VolumeSerial(facts.id.device);
+  information.nNumberOfLinks = facts.links;
+  information.nFileIndexHigh = static_cast<DWORD>(facts.id.inode >> 32);
+  information.nFileIndexLow = static_cast<DWORD>(facts.id.inode);
 }
 
 // Attributes and facts of what a name means.
@@ -57,17 +67,22 @@ BOOL WINAPI GetFileTime(HANDLE handle, LPFILETIME creation, LPFILETIME lastAcces
   return TRUE;
 }
 
+int KzLookAtFile(const char* path, BY_HANDLE_FILE_INFORMATION* information) {
+  const std::optional<LibraryPath> parsed = ParsePath(path);
+  Found found;
+  if (!parsed || !LookUpExisting(*parsed, found)) return 0;
+  if (found.facts.dangling) return Fail(ERROR_FILE_NOT_FOUND);
+  FillInformation(*information, found.facts, 0);
+  return 1;
+}
+
 BOOL WINAPI GetFileInformationByHandle(HANDLE handle, LPBY_HANDLE_FILE_INFORMATION information) {
   const auto file = FindObject<File>(handle);
   FileFacts facts;
   if (!file) return FALSE;
   if (!ReadFacts(file->Descriptor(), facts)) return FailErrno();
-  FillFacts(*information, facts,
-            AttributesOf(facts, file->HostName(), StoredAttributes(file->Descriptor())));
-  information->dwVolumeSerialNumber = VolumeSerial(facts.id.device);
-  information->nNumberOfLinks = facts.links;
-  information->nFileIndexHigh = static_cast<DWORD>(facts.id.inode >> 32);
-  information->nFileIndexLow = static_cast<DWORD>(facts.id.inode);
+  FillInformation(*information, facts,
+                  AttributesOf(facts, file->HostName(), StoredAttributes(file->Descriptor())));
   return TRUE;
 }
 

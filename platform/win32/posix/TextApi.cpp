@@ -6,6 +6,8 @@
 
 #include "platform/text/Case.h"
 #include "platform/text/CodePage.h"
+#include "platform/text/ForeignPage.h"
+#include "platform/win32/HostRules.h"
 #include "platform/win32/PosixAdmin.h"
 #include "platform/win32/PosixText.h"
 #include "platform/win32/posix/ActiveCodePage.h"
@@ -15,6 +17,7 @@ namespace kozor::posix {
 
 namespace {
 
+std::atomic<unsigned> namePage{0};
 std::atomic<const text::CodePage*> activePage{text::FindCodePage(text::kCodePage932)};
 
 }  // namespace
@@ -99,6 +102,18 @@ int KzSetActiveCodePage(unsigned int codePage) {
   if (codePage != kCodePage932 && codePage != kUtf8) return Fail(ERROR_INVALID_PARAMETER);
   activePage.store(FindCodePage(codePage));
   return TRUE;
+}
+
+int KzSetNameCodePage(unsigned int codePage) {
+  const bool isKnown =
+      codePage == 0 || FindCodePage(codePage) != nullptr || FindForeignPage(codePage) != nullptr;
+  if (!isKnown) return Fail(ERROR_INVALID_PARAMETER);
+  namePage.store(codePage);
+  return TRUE;
+}
+
+unsigned int KzNameCodePage() {
+  return namePage.load();
 }
 
 UINT WINAPI GetACP() {
