@@ -99,7 +99,7 @@ int WINAPI UnlhaCheckArchive(const char* path, int) {
       throw Failure(ResultCode::ArchiveNotOpened);
     }
     kozor::container::BufferedFile source(file);
-    kozor::container::FindFirstHeader(source);
+    if (!kozor::container::IsArchive(source)) throw Failure(ResultCode::HeaderDamaged);
   });
   return code == 0 ? 1 : 0;
 }

@@ -25,7 +25,7 @@ using HARC = UnlhaArchive*;
 
 // What UnlhaFindFirst and UnlhaFindNext fill.  Callers reserve 560 bytes.
 struct UnlhaMemberRecord {    // offset
-  std::uint32_t size;         //      0  unpacked bytes; all ones for 4 GiB and more
+  std::uint32_t size;         //      0  unpacked bytes; all ones for 4 GiB and more, 0 if damaged
   std::uint8_t reserved[18];  //      4  zero
   std::uint16_t date;         //     22  DOS words, local time
   std::uint16_t time;         //     24
@@ -63,8 +63,8 @@ UNLHA_EXPORT int WINAPI UnlhaKillOwnerWindowEx(HWND window);
 // Keeps the mode and returns the one before.  It has no effect.
 UNLHA_EXPORT int WINAPI UnlhaSetCursorMode(int mode);
 
-// Opens an archive for searching; null when there is none, or when it is damaged so that members
-// would be missed.  Mode 0x200: searches go into directories below.
+// Opens an archive for searching; null when there is none, or no whole member in it.  Mode 0x200:
+// searches go into directories below.
 UNLHA_EXPORT HARC WINAPI UnlhaOpenArchive(HWND window, const char* path, std::uint32_t mode);
 UNLHA_EXPORT int WINAPI UnlhaCloseArchive(HARC archive);
 

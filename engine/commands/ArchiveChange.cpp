@@ -34,10 +34,8 @@ bool OpenForUpdate(const std::string& path, container::File& file) {
   constexpr int kAttempts = 100;
   for (int attempt = 0; attempt < kAttempts; ++attempt) {
     if (!file.Open(path, container::File::Mode::Update)) return false;
-    container::File named;
-    const bool isCurrent = named.Open(path, container::File::Mode::Facts) &&
-                           named.Facts().stamp.IsSameFile(file.Facts().stamp);
-    if (isCurrent) return true;
+    const auto named = container::FindStamp(path);
+    if (named && named->IsSameFile(file.Facts().stamp)) return true;
   }
   file.Close();
   SetLastError(ERROR_SHARING_VIOLATION);
@@ -52,6 +50,7 @@ ArchiveChange::ArchiveChange(container::IndexCache& cache, const CommandLine& co
   if (OpenForUpdate(archive.path, archive.file)) {
     if (IsLink(archive.path)) archive.path = archive.file.FinalPath();
     archive.index = indexes.Get(archive.path, archive.file);
+    if (const auto damage = Index().Damage()) throw Failure(*damage);
     stampOfArchive = archive.file.Facts().stamp;
     container::RefuseCodeBehindArchive(archive);
   } else {

@@ -56,8 +56,7 @@ class Archiver {
                                    const ProgressListener& listener);
 
   std::shared_ptr<const container::ArchiveIndex> IndexOf(const std::string& archive) {
-    container::File file;
-    return indexes.Open(archive, file);
+    return indexes.Get(archive);
   }
 
  private:

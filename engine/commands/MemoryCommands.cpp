@@ -1,8 +1,9 @@
 // MemoryCommands.cpp - members into memory, and memory into members.
 #include <algorithm>
 #include <limits>
-#include <memory>
-#include <utility>
+#include <optional>
+#include <span>
+#include <vector>
 
 #include "engine/commands/ArchiveChange.h"
 #include "engine/commands/Archiver.h"
@@ -59,38 +60,48 @@ class Extraction {
     if (available < target.size()) throw Failure(ResultCode::PackedDataDamaged);
   }
 
-  void Unpack(codec::Method method, std::uint32_t& written) {
-    const auto packedBytes = static_cast<std::size_t>(member.packedBytes);
-    const auto packed = std::make_unique_for_overwrite<std::uint8_t[]>(packedBytes);
-    const std::span<std::uint8_t> bytes(packed.get(), packedBytes);
-    if (file.ReadAt(member.DataOffset(), bytes) != packedBytes)
-      throw Failure(ResultCode::CannotRead);
-
-    std::size_t done = 0;
-    const codec::Status status = codec::Decode(method, bytes, target, TellProgress(), &done);
-    written = static_cast<std::uint32_t>(done);
-    if (isCancelled) throw Failure(ResultCode::Cancelled);
-    if (status == codec::Status::Unsupported) throw Failure(ResultCode::MethodNotSupported);
-    if (status != codec::Status::Ok) throw Failure(ResultCode::PackedDataDamaged);
+  // No exception goes through the decoder, which ends by itself and says how far it has come.
+  template <typename Step>
+  bool Try(Step step) {
+    try {
+      step();
+    } catch (const Failure& thrown) {
+      failure = thrown.code;
+    }
+    return !failure;
   }
 
-  // No exception goes through the decoder.
-  codec::Progress TellProgress() {
-    return [this](std::size_t done) {
-      try {
-        if (done != 0) progress.Report(done);
-      } catch (const Failure&) {
-        isCancelled = true;
-      }
-      return !isCancelled;
+  // The packed data is read in pieces.
+  void Unpack(codec::Method method, std::uint32_t& written) {
+    std::uint64_t next = member.DataOffset();
+    std::vector<std::uint8_t> piece;
+    const auto readPiece = [&]() -> std::span<const std::uint8_t> {
+      const std::uint64_t left = member.EndOffset() - next;
+      piece.resize(static_cast<std::size_t>(std::min<std::uint64_t>(left, kProgressStep)));
+      const bool isRead = Try([&] {
+        if (file.ReadAt(next, piece) != piece.size()) throw Failure(ResultCode::CannotRead);
+      });
+      next += piece.size();
+      return isRead ? std::span<const std::uint8_t>(piece) : std::span<const std::uint8_t>();
     };
+    const auto report = [&](std::size_t bytes) {
+      return Try([&] {
+        if (bytes != 0) progress.Report(bytes);
+      });
+    };
+    std::size_t done = 0;
+    const codec::Status status = codec::DecodePieces(method, readPiece, target, report, &done);
+    written = static_cast<std::uint32_t>(done);
+    if (failure) throw Failure(*failure);
+    if (status == codec::Status::Unsupported) throw Failure(ResultCode::MethodNotSupported);
+    if (status != codec::Status::Ok) throw Failure(ResultCode::PackedDataDamaged);
   }
 
   container::File& file;
   const Member& member;
   const std::span<std::uint8_t> target;
   Progress& progress;
-  bool isCancelled = false;
+  std::optional<ResultCode> failure;
 };
 
 }  // namespace
@@ -106,6 +117,7 @@ void Archiver::ExtractToMemory(std::string_view text, std::span<std::uint8_t> bu
     throw Failure(ResultCode::NotFound);
   }
   const Member& member = index->Members()[*position];
+  if (member.fault) throw Failure(*member.fault);
   result.unixTime = UnixTimeOf(member);
   result.attribute = member.attribute;
 

@@ -20,7 +20,6 @@ namespace kozor::commands {
 namespace {
 
 using container::Failure;
-using container::File;
 using container::FileStamp;
 using container::ResultCode;
 
@@ -80,14 +79,8 @@ std::uint64_t SizeOf(const Data& data) {
   return static_cast<std::uint64_t>(data.nFileSizeHigh) << 32 | data.nFileSizeLow;
 }
 
-std::optional<FileStamp> FindStamp(const std::string& path) {
-  File file;
-  if (!file.Open(path, File::Mode::Facts)) return std::nullopt;
-  return file.Facts().stamp;
-}
-
 FileStamp StampOf(const std::string& path) {
-  const auto stamp = FindStamp(path);
+  const auto stamp = container::FindStamp(path);
   if (!stamp) throw Failure(SourceFailureCode());
   return *stamp;
 }
@@ -96,7 +89,7 @@ FileStamp StampOf(const std::string& path) {
 class ArchiveItself {
  public:
   ArchiveItself(const std::string& archivePath, unsigned int codePage)
-      : path(archivePath), workingPage(codePage), stamp(FindStamp(archivePath)) {}
+      : path(archivePath), workingPage(codePage), stamp(container::FindStamp(archivePath)) {}
 
   // The size spares almost every file the look at its identity.
   bool Is(const std::string& file, std::uint64_t size) const {
@@ -106,8 +99,8 @@ class ArchiveItself {
   // Of a path where no file is: whether it was the archive's before that was removed.
   bool WasAt(const std::string& file) const {
     if (NameKey(file) != NameKey(path)) return false;
-    const auto directory = FindStamp(DirectoryPath(path));
-    const auto other = FindStamp(DirectoryPath(file));
+    const auto directory = container::FindStamp(DirectoryPath(path));
+    const auto other = container::FindStamp(DirectoryPath(file));
     return directory && other && directory->IsSameFile(*other);
   }
 

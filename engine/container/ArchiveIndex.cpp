@@ -1,12 +1,14 @@
 // ArchiveIndex.cpp - see ArchiveIndex.h.
 #include "engine/container/ArchiveIndex.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "engine/container/Failure.h"
 #include "engine/container/FirstHeader.h"
 #include "engine/container/MemberName.h"
 #include "engine/container/MemberWalker.h"
+#include "engine/container/NamePages.h"
 
 namespace kozor::container {
 namespace {
@@ -48,58 +50,128 @@ Member Describe(const MemberHeader& header, std::uint64_t offset) {
   member.originalBytes = header.originalBytes;
   member.crc = header.crc;
   member.attribute = AttributeOf(header);
+  if (header.ClaimsTooMuch()) member.fault = ResultCode::PackedDataDamaged;
   SetTimes(header, member);
   return member;
 }
 
 }  // namespace
 
-ArchiveIndex::ArchiveIndex(ByteSource& source, unsigned int codePage)
-    : workingPage(codePage), prefixBytes(FindFirstHeader(source)), endOffset(prefixBytes) {
+ArchiveIndex::ArchiveIndex(ByteSource& source, unsigned int codePage, unsigned int pageOfNames)
+    : workingPage(codePage),
+      namePage(pageOfNames),
+      prefixBytes(FindFirstHeader(source)),
+      endOffset(prefixBytes) {
   ReadOn(source);
+  const bool isAnyWhole = std::any_of(members.begin(), members.end(),
+                                      [](const Member& member) { return !member.fault; });
+  if (damage && !isAnyWhole) throw Failure(*damage);
 }
 
 ArchiveIndex::ArchiveIndex(const ArchiveIndex& other)
     : workingPage(other.workingPage),
+      namePage(other.namePage),
       members(other.members),
       prefixBytes(other.prefixBytes),
       endOffset(other.endOffset),
-      hasEndMark(other.hasEndMark) {
+      hasEndMark(other.hasEndMark),
+      damage(other.damage) {
   for (std::size_t position = 0; position < members.size(); ++position) EnterName(position);
 }
 
 void ArchiveIndex::ReadOn(ByteSource& source) {
-  // Names that hold a '_' for something else give way to names that are really so.
-  for (const std::size_t position : Walk(source)) {
+  Walk(source);
+  ApplyGuessedPage();
+  for (const std::size_t position : altered) {
     MakeNameUnique(position);
     EnterName(position);
   }
+  altered.clear();
 }
 
-// Adds the members from the end offset on.  Returns the positions of those whose names are altered,
-// which are not entered yet.
-std::vector<std::size_t> ArchiveIndex::Walk(ByteSource& source) {
-  std::vector<std::size_t> altered;
-  MemberWalker walker(source, endOffset);
-  MemberHeader header;
-  while (walker.Next(header)) {
-    Member member = Describe(header, walker.HeaderOffset());
-    ShownName name = DecodeName(header.name, header.IsDirectoryMethod(), workingPage);
-    if (name.text.empty()) member.kind = MemberKind::Unlisted;
-    member.name = std::move(name.text);
-    member.key = std::move(name.key);
-    members.push_back(std::move(member));
-    if (name.altered) {
-      altered.push_back(members.size() - 1);
-    } else {
-      EnterName(members.size() - 1);
-    }
+// Adds the members from the end offset on.
+void ArchiveIndex::Walk(ByteSource& source) {
+  for (;;) {
+    MemberWalker walker(source, endOffset);
+    MemberHeader header;
+    while (walker.Next(header)) AddMember(header, Describe(header, walker.HeaderOffset()));
+    endOffset = walker.NextOffset();
+    hasEndMark = walker.HasEndMark();
+    // An end mark in front of the first member is a header whose first byte has been lost.
+    const bool isFalseEnd = hasEndMark && members.empty() && source.Size() != 1;
+    const bool isDamaged = walker.Status() != HeaderStatus::Complete || isFalseEnd;
+    if (!isDamaged) return;
+
+    const bool isSumWrong = walker.Status() == HeaderStatus::ChecksumWrong;
+    damage = isSumWrong ? ResultCode::HeaderChecksum : ResultCode::HeaderDamaged;
+    Member member = Describe(header, endOffset);
+    endOffset = walker.IsCutInData() ? source.Size()
+                                     : FindAfterDamage(source, endOffset, header, walker.Status());
+    member.packedBytes = endOffset - std::min(endOffset, member.DataOffset());
+    AddDamagedMember(header, std::move(member),
+                     walker.IsCutInData() ? ResultCode::PackedDataDamaged : *damage);
   }
-  if (walker.Status() == HeaderStatus::ChecksumWrong) throw Failure(ResultCode::HeaderChecksum);
-  if (walker.Status() != HeaderStatus::Complete) throw Failure(ResultCode::HeaderDamaged);
-  endOffset = walker.NextOffset();
-  hasEndMark = walker.HasEndMark();
-  return altered;
+}
+
+void ArchiveIndex::AddMember(const MemberHeader& header, Member member) {
+  const std::size_t position = members.size();
+  members.push_back(std::move(member));
+  if (!NeedsPage(header.name)) {
+    NameFields name = header.name;
+    if (name.codePage != 0) ApplyPage(name.codePage, name);
+    NameMember(position, name);
+  } else if (namePage != 0) {
+    NameFields name = header.name;
+    ApplyPage(namePage, name);
+    NameMember(position, name);
+  } else {
+    unnamed.push_back({position, header.name});
+  }
+}
+
+// Whatever it was, it is listed as a file, and by its name as far as that can be read.
+void ArchiveIndex::AddDamagedMember(const MemberHeader& header, Member member, ResultCode fault) {
+  member.kind = MemberKind::File;
+  member.fault = fault;
+  members.push_back(std::move(member));
+  ShownName name = DecodeName(header.name, false, workingPage);
+  Member& added = members.back();
+  added.name = name.text.empty() ? "damaged" : std::move(name.text);
+  if (added.name.size() > kMaxShownBytes) {
+    added.name = MarkName(added.name, members.size(), workingPage);
+  }
+  added.key = KeyOf(added.name, workingPage);
+  altered.push_back(members.size() - 1);
+}
+
+void ArchiveIndex::ApplyGuessedPage() {
+  PageGuess guess;
+  for (const Unnamed& member : unnamed) guess.Add(member.name);
+  const unsigned int page = guess.Best();
+  for (Unnamed& member : unnamed) {
+    if (page != 0) ApplyPage(page, member.name);
+    NameMember(member.position, member.name);
+  }
+  unnamed.clear();
+  unnamed.shrink_to_fit();
+}
+
+void ArchiveIndex::NameMember(std::size_t position, const NameFields& fields) {
+  Member& member = members[position];
+  ShownName name = DecodeName(fields, member.kind == MemberKind::Directory, workingPage);
+  if (name.text.empty()) member.kind = MemberKind::Unlisted;
+  member.name = std::move(name.text);
+  member.key = std::move(name.key);
+  if (member.name.size() > kMaxShownBytes) {
+    member.name = MarkName(member.name, position + 1, workingPage);
+    member.key = KeyOf(member.name, workingPage);
+    name.altered = true;
+  }
+  if (name.altered) {
+    altered.push_back(position);
+  } else {
+    EnterName(position);
+  }
 }
 
 void ArchiveIndex::EnterName(std::size_t position) {
@@ -109,13 +181,13 @@ void ArchiveIndex::EnterName(std::size_t position) {
   byKey.try_emplace(member.key, position);
 }
 
-// Names that differ only in characters that cannot be shown would hide each other.  The later one
-// gets its place in the archive behind it: "__.txt", "__.txt~2".
+// Names that differ only in what cannot be shown would hide each other.  The later one gets its
+// place in the archive behind it: "__.txt", "__.txt~2".
 void ArchiveIndex::MakeNameUnique(std::size_t position) {
   Member& member = members[position];
   if (member.kind != MemberKind::File) return;
-  while (byKey.contains(member.key)) {
-    member.name += "~" + std::to_string(position + 1);
+  for (std::size_t number = position + 1; byKey.contains(member.key); number += members.size()) {
+    member.name = MarkName(member.name, number, workingPage);
     member.key = KeyOf(member.name, workingPage);
   }
 }

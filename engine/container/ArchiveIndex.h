@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "engine/container/ByteSource.h"
+#include "engine/container/Failure.h"
 #include "engine/container/MemberHeader.h"
 #include "engine/container/MemberTime.h"
 
@@ -33,6 +34,7 @@ struct Member {
   std::uint64_t packedBytes = 0;
   std::uint64_t originalBytes = 0;
   std::optional<std::uint16_t> crc;
+  std::optional<ResultCode> fault;  // why the data cannot be delivered, if that is known already
 
   std::uint64_t utcTime = 0;    // last write, 100 ns since 1601
   DosTime localTime;            // the same in local time
@@ -47,9 +49,13 @@ class ArchiveIndex {
  public:
   // The index of an archive without members, at the start of its file.
   explicit ArchiveIndex(unsigned int codePage) : workingPage(codePage) {}
-  // Reads an archive; names are decoded for the working code page.  Throws ResultCode::NotAnArchive
-  // or one of the header codes: an index is complete or not there.
-  ArchiveIndex(ByteSource& source, unsigned int codePage);
+  // Reads an archive.  Names are shown in the working code page; `pageOfNames` is that of names in
+  // headers that do not record theirs, 0 for a guess.
+  //
+  // What is damaged does not hide the rest: it becomes a member with a fault, so that nothing is
+  // lost without a word.  Throws ResultCode::NotAnArchive, and one of the header codes when there
+  // is nothing but damage.
+  ArchiveIndex(ByteSource& source, unsigned int codePage, unsigned int pageOfNames = 0);
   ArchiveIndex(const ArchiveIndex& other);
   ArchiveIndex& operator=(const ArchiveIndex&) = delete;
 
@@ -65,6 +71,9 @@ class ArchiveIndex {
   void ReadOn(ByteSource& source);
 
   unsigned int WorkingPage() const { return workingPage; }
+  unsigned int NamePage() const { return namePage; }
+  // What keeps the archive from being changed: it is not understood to its last byte.
+  std::optional<ResultCode> Damage() const { return damage; }
   // Bytes in front of the first header: the program of a self-extracting archive.
   std::uint64_t PrefixBytes() const { return prefixBytes; }
   // Where the end mark stands, or would stand.
@@ -72,17 +81,31 @@ class ArchiveIndex {
   bool HasEndMark() const { return hasEndMark; }
 
  private:
-  std::vector<std::size_t> Walk(ByteSource& source);
+  // A member whose name is not decoded yet.
+  struct Unnamed {
+    std::size_t position;
+    NameFields name;
+  };
+
+  void Walk(ByteSource& source);
+  void AddMember(const MemberHeader& header, Member member);
+  void AddDamagedMember(const MemberHeader& header, Member member, ResultCode fault);
+  void ApplyGuessedPage();
+  void NameMember(std::size_t position, const NameFields& fields);
   void EnterName(std::size_t position);
   void MakeNameUnique(std::size_t position);
 
   unsigned int workingPage;
+  unsigned int namePage = 0;
+  std::vector<Unnamed> unnamed;      // while reading: their code page is to be guessed
+  std::vector<std::size_t> altered;  // while reading: give way to names that are really so
   std::deque<Member> members;  // elements stay where they are: the tables refer to their names
   std::unordered_map<std::string_view, std::size_t> byName;
   std::unordered_map<std::u16string_view, std::size_t> byKey;
   std::uint64_t prefixBytes = 0;
   std::uint64_t endOffset = 0;
   bool hasEndMark = false;
+  std::optional<ResultCode> damage;
 };
 
 }  // namespace kozor::container

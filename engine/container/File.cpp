@@ -47,6 +47,14 @@ std::uint64_t Join(DWORD high, DWORD low) {
   return static_cast<std::uint64_t>(high) << 32 | low;
 }
 
+FileStamp StampOf(const BY_HANDLE_FILE_INFORMATION& information) {
+  const FILETIME& written = information.ftLastWriteTime;
+  return {.identity = Join(information.nFileIndexHigh, information.nFileIndexLow),
+          .volume = information.dwVolumeSerialNumber,
+          .size = Join(information.nFileSizeHigh, information.nFileSizeLow),
+          .lastWrite = Join(written.dwHighDateTime, written.dwLowDateTime)};
+}
+
 }  // namespace
 
 ResultCode WriteFailureCode() {
@@ -109,12 +117,13 @@ std::uint64_t File::Size() const {
 FileFacts File::Facts() const {
   BY_HANDLE_FILE_INFORMATION information;
   if (!GetFileInformationByHandle(handle, &information)) throw Failure(ResultCode::CannotRead);
-  const FILETIME& written = information.ftLastWriteTime;
-  return {.stamp = {.identity = Join(information.nFileIndexHigh, information.nFileIndexLow),
-                    .volume = information.dwVolumeSerialNumber,
-                    .size = Join(information.nFileSizeHigh, information.nFileSizeLow),
-                    .lastWrite = Join(written.dwHighDateTime, written.dwLowDateTime)},
-          .attributes = information.dwFileAttributes};
+  return {.stamp = StampOf(information), .attributes = information.dwFileAttributes};
+}
+
+std::optional<FileStamp> FindStamp(const std::string& path) {
+  BY_HANDLE_FILE_INFORMATION information;
+  if (!KzLookAtFile(path.c_str(), &information)) return std::nullopt;
+  return StampOf(information);
 }
 
 std::string File::FinalPath() const {

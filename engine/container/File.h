@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -73,6 +74,9 @@ class File {
   void* handle = nullptr;      // a HANDLE
   std::uint64_t position = 0;  // of the file pointer
 };
+
+// Of the file or directory that a path names, without opening it; none when there is none.
+std::optional<FileStamp> FindStamp(const std::string& path);
 
 // Reads a file through a buffer that follows the reader: large pieces while it moves on in small
 // steps, small ones where it leaps over packed data.

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <optional>
 #include <string_view>
+#include <unordered_set>
 #include <vector>
 
 #include "engine/container/Failure.h"
@@ -21,11 +22,15 @@ namespace {
 constexpr std::uint64_t kMaxScan = 1 << 20;  // from the start, or from the end of the program
 constexpr std::size_t kScanPiece = 64 << 10;
 
-bool IsWholeMember(ByteSource& source, std::uint64_t offset) {
-  MemberHeader header;
+bool IsWholeMember(ByteSource& source, std::uint64_t offset, MemberHeader& header) {
   return ParseHeaderAt(source, offset, header) == HeaderStatus::Complete &&
          IsArchiveMethod(header.method) &&
          header.packedBytes <= source.Size() - offset - header.headerBytes;
+}
+
+bool IsEmptyArchive(ByteSource& source) {
+  const ByteSpan start = source.At(0, 1);
+  return source.Size() == 1 && !start.empty() && start[0] == 0;
 }
 
 // Whether the bytes were a header before something happened to one of them.  Such a place must not
@@ -43,9 +48,17 @@ bool LooksLikeDamagedHeader(ByteSource& source, std::uint64_t offset) {
   return fits >= 4;
 }
 
-// The first whole member from `begin` on, byte by byte.
-std::optional<std::uint64_t> Scan(ByteSource& source, std::uint64_t begin, std::uint64_t limit) {
+// How much of headers may be looked at in vain, in bytes.  Real stubs stay far below; bytes that
+// are made to look like headers would cost the length of a header at every place.
+constexpr std::uint64_t kMaxLookedAt = 256 << 20;
+
+// The first place from `begin` on where a method id stands and `accepts` says yes, which tells how
+// many bytes it has looked at.
+template <typename Accepts>
+std::optional<std::uint64_t> Scan(ByteSource& source, std::uint64_t begin, std::uint64_t limit,
+                                  Accepts accepts) {
   limit = std::min(limit, source.Size());
+  std::uint64_t lookedAt = 0;
   for (std::uint64_t at = begin; at < limit;) {
     // Pieces overlap, so that a method id is never cut.
     const ByteSpan piece = source.At(at, kScanPiece);
@@ -56,11 +69,35 @@ std::optional<std::uint64_t> Scan(ByteSource& source, std::uint64_t begin, std::
       if (piece[i + 2] == '-' && piece[i + 6] == '-') candidates.push_back(at + i);
     }
     for (const std::uint64_t candidate : candidates) {
-      if (candidate < limit && IsWholeMember(source, candidate)) return candidate;
+      if (candidate >= limit || lookedAt > kMaxLookedAt) return std::nullopt;
+      if (accepts(candidate, lookedAt)) return candidate;
     }
     at += last;
   }
   return std::nullopt;
+}
+
+bool AcceptsMember(ByteSource& source, std::uint64_t offset, std::uint64_t& lookedAt) {
+  MemberHeader header;
+  const bool isWhole = IsWholeMember(source, offset, header);
+  lookedAt += kCommonHeaderBytes + header.headerBytes;
+  return isWhole;
+}
+
+// Whether members without damage lead from here to the end of the file.  Places in `seen` are known
+// not to.
+bool LeadsToTheEnd(ByteSource& source, std::uint64_t offset, std::uint64_t& lookedAt,
+                   std::unordered_set<std::uint64_t>& seen) {
+  MemberWalker walker(source, offset);
+  MemberHeader header;
+  while (walker.Next(header)) {
+    lookedAt += header.headerBytes;
+    if (!IsArchiveMethod(header.method) || !seen.insert(walker.HeaderOffset()).second) return false;
+  }
+  lookedAt += kCommonHeaderBytes + header.headerBytes;
+  const std::uint64_t end = walker.NextOffset() + (walker.HasEndMark() ? 1 : 0);
+  return walker.Status() == HeaderStatus::Complete && end == source.Size() &&
+         walker.NextOffset() != offset;
 }
 
 // A stub may hold a small archive of its own.  A header right behind the end mark of an archive
@@ -75,7 +112,7 @@ std::uint64_t PassStubArchives(ByteSource& source, std::uint64_t offset) {
     if (!walker.HasEndMark()) return offset;
     const std::uint64_t mark = walker.NextOffset();
     std::uint64_t later = mark + 1;
-    while (later <= mark + kReach && !IsWholeMember(source, later)) ++later;
+    while (later <= mark + kReach && !IsWholeMember(source, later, header)) ++later;
     if (later > mark + kReach) return offset;
     offset = later;
   }
@@ -87,18 +124,42 @@ std::uint64_t FindFirstHeader(ByteSource& source) {
   MemberHeader header;
   const HeaderStatus atStart = ParseHeaderAt(source, 0, header);
   if (atStart == HeaderStatus::Complete && IsArchiveMethod(header.method)) return 0;
-  const ByteSpan start = source.At(0, 1);
-  if (source.Size() == 1 && !start.empty() && start[0] == 0) return 0;
+  if (IsEmptyArchive(source)) return 0;
 
   const std::uint64_t programEnd = EndOfProgram(source);
-  if (LooksLikeDamagedHeader(source, programEnd) && !IsWholeMember(source, programEnd)) {
-    throw Failure(atStart == HeaderStatus::ChecksumWrong ? ResultCode::HeaderChecksum
-                                                         : ResultCode::HeaderDamaged);
+  if (LooksLikeDamagedHeader(source, programEnd) && !IsWholeMember(source, programEnd, header)) {
+    return programEnd;
   }
-  std::optional<std::uint64_t> found = Scan(source, programEnd, programEnd + kMaxScan);
-  if (!found && programEnd != 0) found = Scan(source, 0, kMaxScan);
+  const auto accepts = [&](std::uint64_t offset, std::uint64_t& lookedAt) {
+    return AcceptsMember(source, offset, lookedAt);
+  };
+  std::optional<std::uint64_t> found = Scan(source, programEnd, programEnd + kMaxScan, accepts);
+  if (!found && programEnd != 0) found = Scan(source, 0, kMaxScan, accepts);
   if (!found) throw Failure(ResultCode::NotAnArchive);
   return PassStubArchives(source, *found);
+}
+
+bool IsArchive(ByteSource& source) {
+  MemberHeader header;
+  return ParseHeaderAt(source, FindFirstHeader(source), header) == HeaderStatus::Complete ||
+         IsEmptyArchive(source);
+}
+
+std::uint64_t FindAfterDamage(ByteSource& source, std::uint64_t damaged, const MemberHeader& header,
+                              HeaderStatus status) {
+  const std::uint64_t size = source.Size();
+  if (status == HeaderStatus::ChecksumWrong && header.packedBytes < size) {
+    const std::uint64_t next = damaged + header.headerBytes + header.packedBytes;
+    MemberHeader following;
+    const ByteSpan mark = source.At(next, 1);
+    const bool isEnd = next == size || (next + 1 == size && !mark.empty() && mark[0] == 0);
+    if (isEnd || (next < size && IsWholeMember(source, next, following))) return next;
+  }
+  std::unordered_set<std::uint64_t> seen;
+  const auto accepts = [&](std::uint64_t offset, std::uint64_t& lookedAt) {
+    return LeadsToTheEnd(source, offset, lookedAt, seen);
+  };
+  return Scan(source, damaged + 1, size, accepts).value_or(size);
 }
 
 }  // namespace kozor::container

@@ -5,6 +5,7 @@
 
 #include "engine/container/Failure.h"
 #include "engine/container/MemberTime.h"
+#include "platform/win32/HostRules.h"
 #include "platform/win32/Win32.h"
 
 namespace kozor::container {
@@ -34,19 +35,34 @@ IndexCache::Entry* IndexCache::Lookup(const std::string& path) {
   return &entries.front();
 }
 
+std::shared_ptr<const ArchiveIndex> IndexCache::LookupGood(const std::string& path,
+                                                           const FileStamp& stamp) {
+  const Entry* const entry = Lookup(path);
+  if (entry == nullptr) return nullptr;
+  const bool isGood = entry->isSettled && entry->stamp == stamp &&
+                      entry->index->WorkingPage() == GetACP() &&
+                      entry->index->NamePage() == KzNameCodePage();
+  if (isGood) return entry->index;
+  entries.pop_front();
+  return nullptr;
+}
+
+std::shared_ptr<const ArchiveIndex> IndexCache::Get(const std::string& path) {
+  if (const auto stamp = FindStamp(path)) {
+    const std::scoped_lock lock(mutex);
+    if (auto known = LookupGood(path, *stamp)) return known;
+  }
+  File file;
+  return Open(path, file);
+}
+
 std::shared_ptr<const ArchiveIndex> IndexCache::Get(const std::string& path, File& file) {
   const FileStamp stamp = file.Facts().stamp;
-  const unsigned int workingPage = GetACP();
   const std::scoped_lock lock(mutex);
-  if (const Entry* entry = Lookup(path)) {
-    const bool isGood =
-        entry->isSettled && entry->stamp == stamp && entry->index->WorkingPage() == workingPage;
-    if (isGood) return entry->index;
-    entries.pop_front();
-  }
+  if (auto known = LookupGood(path, stamp)) return known;
   const bool isSettled = IsSettled(stamp);
   BufferedFile source(file);
-  auto index = std::make_shared<ArchiveIndex>(source, workingPage);
+  auto index = std::make_shared<ArchiveIndex>(source, GetACP(), KzNameCodePage());
   entries.push_front({path, stamp, index, isSettled});
   if (entries.size() > kMaxEntries) entries.pop_back();
   return index;

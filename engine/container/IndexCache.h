@@ -13,11 +13,14 @@
 namespace kozor::container {
 
 // An index counts as good while the file has the same identity, size and time of last write, and
-// the working code page is the same.  May be used from several threads.
+// the code pages are the same.  May be used from several threads.
 class IndexCache {
  public:
   // The index of an archive that is open as `file`.  Throws as ArchiveIndex does.
   std::shared_ptr<const ArchiveIndex> Get(const std::string& path, File& file);
+
+  // The same without opening the file, if the index is known.
+  std::shared_ptr<const ArchiveIndex> Get(const std::string& path);
 
   // Opens an archive for reading as well; throws ResultCode::ArchiveNotFound and
   // ResultCode::ArchiveNotOpened.
@@ -36,6 +39,8 @@ class IndexCache {
   };
 
   Entry* Lookup(const std::string& path);
+  // The index of a file in this state, or none.
+  std::shared_ptr<const ArchiveIndex> LookupGood(const std::string& path, const FileStamp& stamp);
   static void ReadOn(Entry& entry, File& file);
 
   std::mutex mutex;

@@ -79,8 +79,6 @@ HeaderStatus ParseLevel0(ByteSpan bytes, MemberHeader& header) {
   const std::size_t crcPosition = 22U + bytes[21];
   const bool hasCrc = crcPosition + 2 <= total;
   if (!hasCrc && crcPosition != total) return HeaderStatus::Broken;
-  if (!BaseSumFits(bytes)) return HeaderStatus::ChecksumWrong;
-
   header.headerBytes = static_cast<std::uint32_t>(total);
   header.attribute = bytes[19];
   header.name.base.assign(bytes.begin() + 22,
@@ -90,7 +88,7 @@ HeaderStatus ParseLevel0(ByteSpan bytes, MemberHeader& header) {
     header.crc = ReadU16(bytes, crcPosition);
     ReadLevel0Extra(bytes.subspan(crcPosition + 2, total - crcPosition - 2), header);
   }
-  return HeaderStatus::Complete;
+  return BaseSumFits(bytes) ? HeaderStatus::Complete : HeaderStatus::ChecksumWrong;
 }
 
 HeaderStatus ParseLevel1(ByteSpan bytes, MemberHeader& header) {
@@ -99,13 +97,15 @@ HeaderStatus ParseLevel1(ByteSpan bytes, MemberHeader& header) {
   if (bytes.size() < baseBytes) return HeaderStatus::Incomplete;
   const std::size_t crcPosition = 22U + bytes[21];
   if (crcPosition + 5 > baseBytes) return HeaderStatus::Broken;
-  if (!BaseSumFits(bytes)) return HeaderStatus::ChecksumWrong;
 
   header.name.base.assign(bytes.begin() + 22,
                           bytes.begin() + static_cast<std::ptrdiff_t>(crcPosition));
   header.crc = ReadU16(bytes, crcPosition);
   header.osId = bytes[crcPosition + 2];
   ReadDosTime(bytes, header);
+
+  header.headerBytes = static_cast<std::uint32_t>(baseBytes);
+  if (!BaseSumFits(bytes)) return HeaderStatus::ChecksumWrong;
 
   // The packed size field counts the chain as well, so that old programs could skip both.
   const std::uint64_t skipBytes = header.packedBytes;
@@ -179,6 +179,16 @@ HeaderStatus ParseByLevel(ByteSpan bytes, MemberHeader& header) {
   }
 }
 
+// Macintosh writers separate the components of a path by ':' as well.
+void SeparateMacintoshNames(NameFields& name) {
+  const auto separate = [](std::string& text) {
+    std::replace(text.begin(), text.end(), ':', '\xFF');
+  };
+  separate(name.base);
+  if (name.file) separate(*name.file);
+  if (name.directory) separate(*name.directory);
+}
+
 // Amiga archives store directories as stored members of size 0 with a directory and no name.
 bool IsAmigaDirectory(const MemberHeader& header) {
   const NameFields& name = header.name;
@@ -201,6 +211,7 @@ HeaderStatus ParseMemberHeader(ByteSpan bytes, MemberHeader& header) {
   header.originalBytes = ReadU32(bytes, 11);
   header.level = bytes[20];
   const HeaderStatus status = ParseByLevel(bytes, header);
+  if (header.osId == 'm') SeparateMacintoshNames(header.name);
   if (status == HeaderStatus::Complete && IsAmigaDirectory(header)) header.method[3] = 'd';
   return status;
 }
@@ -214,6 +225,11 @@ std::optional<codec::Method> MemberHeader::UnpackingMethod() const {
     return codec::CanDecode(codec::Method::Lk7) ? std::optional(codec::Method::Lk7) : std::nullopt;
   }
   return found;
+}
+
+bool MemberHeader::ClaimsTooMuch() const {
+  const auto unpacking = UnpackingMethod();
+  return unpacking && originalBytes > codec::MostUnpackedBytes(*unpacking, packedBytes);
 }
 
 bool IsArchiveMethod(const MethodId& method) {

@@ -70,6 +70,9 @@ struct MemberHeader {
   // The method by which the data can be unpacked; empty when there is no decoder for it.
   std::optional<codec::Method> UnpackingMethod() const;
 
+  // Whether the original size is beyond what the packed bytes can unpack to by that method.
+  bool ClaimsTooMuch() const;
+
   bool IsDirectoryMethod() const { return HasLetters(method, "lhd"); }
   // A symbolic link is a directory whose UNIX mode says so.
   bool IsLink() const { return IsDirectoryMethod() && (unixMode & 0xF000) == 0xA000; }
@@ -82,7 +85,7 @@ struct MemberHeader {
 enum class HeaderStatus {
   Complete,
   Incomplete,     // the header goes on behind the bytes given
-  ChecksumWrong,  // the sum of the base header, or the header CRC
+  ChecksumWrong,  // the sum of the base header, or the header CRC; the fields are as they stand
   Broken,         // breaks a rule of its level, or is no header at all
 };
 

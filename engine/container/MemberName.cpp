@@ -18,6 +18,7 @@ bool IsSeparator(char16_t unit) {
 }
 
 bool IsForbidden(char16_t unit) {
+  if (unit > u'|') return false;
   return unit < 0x20 || std::u16string_view(u"<>:\"|?*").find(unit) != std::u16string_view::npos;
 }
 
@@ -145,8 +146,27 @@ ShownName DecodeName(const NameFields& fields, bool isDirectory, unsigned int wo
   if (path.empty()) return shown;
   if (isDirectory) path += u'\\';
   shown.text = EncodeTextLossy(workingPage, path, shown.altered);
-  shown.key = KeyOf(shown.text, workingPage);
+  shown.key = shown.altered ? KeyOf(shown.text, workingPage) : FoldCase(path);
   return shown;
+}
+
+std::string_view CutName(std::string_view name, std::size_t limit, unsigned int workingPage) {
+  if (name.size() <= limit) return name;
+  const text::CodePage* const page = text::FindCodePage(workingPage);
+  std::size_t length = 0;
+  for (;;) {
+    const std::size_t next = length + page->decode(name.substr(length)).bytes;
+    if (next > limit) return name.substr(0, length);
+    length = next;
+  }
+}
+
+std::string MarkName(std::string_view name, std::size_t number, unsigned int workingPage) {
+  const bool isDirectory = name.ends_with('\\');
+  const std::string mark = '~' + std::to_string(number) + (isDirectory ? "\\" : "");
+  // Where the last byte is the second one of a character, the rest is a byte short of it.
+  const std::string_view plain = isDirectory ? CutName(name, name.size() - 1, workingPage) : name;
+  return std::string(CutName(plain, kMaxShownBytes - mark.size(), workingPage)) + mark;
 }
 
 std::string StoredNameOf(std::string_view path, unsigned int workingPage) {

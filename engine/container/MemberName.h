@@ -24,6 +24,13 @@ struct ShownName {
   bool strayed = false;  // a drive letter or a component ".." was dropped
 };
 
+// The longest beginning of whole characters that has at most `limit` bytes.
+std::string_view CutName(std::string_view name, std::size_t limit, unsigned int workingPage);
+
+// A name with a mark at its end, as in "name.txt~12" and "directory~12\".  It is cut in front of
+// the mark where it would have more than kMaxShownBytes.
+std::string MarkName(std::string_view name, std::size_t number, unsigned int workingPage);
+
 // Decodes the name of a member.  Unicode names win, then the recorded code page; without either the
 // bytes are code page 932, or UTF-8 if they are valid there and not valid 932.
 ShownName DecodeName(const NameFields& fields, bool isDirectory, unsigned int workingPage);

@@ -45,7 +45,8 @@ bool MemberWalker::Next(MemberHeader& header) {
   if (status == HeaderStatus::Incomplete) status = HeaderStatus::Broken;
   if (status != HeaderStatus::Complete) return false;
   if (header.packedBytes > source.Size() - next - header.headerBytes) {
-    status = HeaderStatus::Broken;  // the file ends inside the packed data
+    status = HeaderStatus::Broken;
+    isCutInData = true;
     return false;
   }
   current = next;

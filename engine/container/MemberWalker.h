@@ -21,6 +21,8 @@ class MemberWalker {
 
   // HeaderStatus::Complete unless the walk has ended at damage: checksumWrong or broken then.
   HeaderStatus Status() const { return status; }
+  // Whether the damage is that the file ends inside the data of a member whose header is whole.
+  bool IsCutInData() const { return isCutInData; }
 
   // Of the member that Next has read.
   std::uint64_t HeaderOffset() const { return current; }
@@ -37,6 +39,7 @@ class MemberWalker {
   std::uint64_t current = 0;
   std::uint64_t next;
   bool hasEndMark = false;
+  bool isCutInData = false;
   HeaderStatus status = HeaderStatus::Complete;
 };
 

@@ -49,6 +49,9 @@ bool EncodeText(unsigned int codePage, std::u16string_view text, std::string& by
 }
 
 std::string EncodeTextLossy(unsigned int codePage, std::u16string_view text, bool& altered) {
+  const bool isAscii =
+      std::all_of(text.begin(), text.end(), [](char16_t unit) { return unit < 0x80; });
+  if (isAscii) return {text.begin(), text.end()};
   const text::CodePage& page = PageOrAscii(codePage);
   std::string bytes;
   while (!text.empty()) {

@@ -60,6 +60,7 @@ std::string Extraction::ExtractFile(const Place& place, const Entry& entry,
   constexpr const char* kNotOverwritten = "exists already, not overwritten (see -o)";
   const bool mayReplace = rules.existing == NewFile::Existing::isReplaced;
   if (!mayReplace && IsTaken(place)) return kNotOverwritten;
+  if (const char* fault = FaultOf(header)) return fault;
   NewFile file;
   const auto access = entry.isReadOnly ? NewFile::Access::readOnly : NewFile::Access::readWrite;
   long error = file.Create(place, header.originalBytes, access);

@@ -15,8 +15,6 @@ constexpr std::size_t kReach = std::size_t{2} << 20;
 template <typename Passed>
 const char* Unpack(std::span<std::uint8_t> target, const container::MemberHeader& header,
                    container::ByteSpan packed, Passed passed) {
-  const auto method = header.UnpackingMethod();
-  if (!method) return "its method is not supported";
   std::uint16_t crc = 0;
   std::size_t summed = 0;
   const auto sumUpTo = [&](std::size_t done) {
@@ -25,7 +23,7 @@ const char* Unpack(std::span<std::uint8_t> target, const container::MemberHeader
     passed(done);
     return true;
   };
-  switch (codec::Decode(*method, packed, target, sumUpTo)) {
+  switch (codec::Decode(*header.UnpackingMethod(), packed, target, sumUpTo)) {
     case codec::Status::Ok:
       break;
     case codec::Status::Truncated:
@@ -39,12 +37,18 @@ const char* Unpack(std::span<std::uint8_t> target, const container::MemberHeader
 
 }  // namespace
 
+const char* FaultOf(const container::MemberHeader& header) {
+  if (!header.UnpackingMethod()) return "its method is not supported";
+  return header.ClaimsTooMuch() ? "damaged: its data can't be as long as it says" : nullptr;
+}
+
 const char* UnpackInto(std::span<std::uint8_t> target, const container::MemberHeader& header,
                        container::ByteSpan packed) {
   return Unpack(target, header, packed, [](std::size_t) {});
 }
 
 const char* TestData(const container::MemberHeader& header, container::ByteSpan packed) {
+  if (const char* fault = FaultOf(header)) return fault;
   const std::uint64_t bytes = header.originalBytes;
   if (bytes == 0) return UnpackInto({}, header, packed);
   const long address =

@@ -8,6 +8,9 @@
 
 namespace kozor::sfx {
 
+// What is known to be wrong before anything is unpacked, or null.
+const char* FaultOf(const container::MemberHeader& header);
+
 // Unpacks into `target`, which is as long as the original.  Returns null, or what is wrong with the
 // data; the contents of `target` mean nothing then.
 const char* UnpackInto(std::span<std::uint8_t> target, const container::MemberHeader& header,

@@ -13,6 +13,7 @@ namespace {
 using test::Bytes;
 using test::Join;
 using test::RawArchive;
+using test::RawMember;
 using test::ToBytes;
 using testing::ElementsAre;
 
@@ -61,17 +62,71 @@ TEST(ArchiveIndex, EndsThatAreNoDamage) {
   EXPECT_THAT(NamesIn({0}), ElementsAre());
 }
 
-TEST(ArchiveIndex, WhatIsNoArchiveOrEndsInDamageIsRefused) {
+TEST(ArchiveIndex, WhatIsNoArchiveOrAllDamageIsRefused) {
   EXPECT_EQ(CodeOf({}), ResultCode::NotAnArchive);
   EXPECT_EQ(CodeOf(ToBytes("a text about -lh5- and nothing else, long enough to be scanned")),
             ResultCode::NotAnArchive);
   EXPECT_EQ(CodeOf(test::RandomBytes(100000)), ResultCode::NotAnArchive);
-  EXPECT_EQ(CodeOf(Join({WithoutEndMark(), ToBytes("x")})), ResultCode::HeaderDamaged);
-  EXPECT_EQ(CodeOf(Join({WithoutEndMark(), Bytes(40, 0x1A), ToBytes("x")})),
-            ResultCode::HeaderDamaged);
-  Bytes bytes = RawArchive({{.level = 0, .name = "a"}, {.level = 0, .name = "b"}});
-  bytes[bytes.size() - 4] ^= 1;  // the second name, in front of a CRC and the end mark
+  Bytes bytes = RawArchive({{.level = 0, .name = "a"}});
+  bytes[22] ^= 1;
   EXPECT_EQ(CodeOf(bytes), ResultCode::HeaderChecksum);
+  bytes[6] ^= 1;
+  EXPECT_EQ(CodeOf(bytes), ResultCode::HeaderDamaged);
+}
+
+TEST(ArchiveIndex, DamageCostsOneMemberAndIsListed) {
+  struct Row {
+    const char* what;
+    std::size_t at;  // in the second member
+    ResultCode fault;
+  };
+  const Row rows[] = {
+      {"the time", 16, ResultCode::HeaderChecksum},
+      {"the packed size", 8, ResultCode::HeaderChecksum},
+      {"the method", 2, ResultCode::HeaderDamaged},
+      {"the level", 20, ResultCode::HeaderDamaged},
+  };
+  for (const int level : {0, 1, 2, 3}) {
+    const RawMember second = {.level = level, .name = "second", .contents = "2"};
+    const std::size_t begin = RawArchive({{.name = "first"}}).size() - 1;
+    for (const Row& row : rows) {
+      SCOPED_TRACE(row.what + std::to_string(level));
+      Bytes bytes = RawArchive({{.name = "first"}, second, {.name = "third"}, {.name = "fourth"}});
+      bytes[begin + row.at] ^= 0x40;
+      const ArchiveIndex index = IndexOf(bytes);
+      ASSERT_EQ(index.Members().size(), 4U);
+      EXPECT_TRUE(index.Damage());
+      for (const Member& member : index.Members()) {
+        EXPECT_EQ(member.fault.has_value(), &member == &index.Members()[1]);
+      }
+      EXPECT_TRUE(index.Find("fourth"));
+    }
+  }
+}
+
+TEST(ArchiveIndex, CutOrUnknownEndIsAMemberWithAFault) {
+  Bytes cut = TwoMembers();
+  cut.resize(cut.size() - 3);
+  const ArchiveIndex index = IndexOf(cut);
+  ASSERT_EQ(index.Members().size(), 2U);
+  EXPECT_EQ(index.Members()[1].name, "bb");
+  EXPECT_EQ(index.Members()[1].fault, ResultCode::PackedDataDamaged);
+  EXPECT_TRUE(index.Damage());
+  for (const Bytes& end : {ToBytes("x"), Join({Bytes(40, 0x1A), ToBytes("x")})}) {
+    const Bytes bytes = Join({WithoutEndMark(), end});
+    EXPECT_THAT(NamesIn(bytes), ElementsAre("a", "bb", "damaged"));
+    EXPECT_EQ(IndexOf(bytes).Members()[2].fault, ResultCode::HeaderDamaged);
+  }
+}
+
+TEST(ArchiveIndex, ClaimsBeyondWhatTheDataCanHoldAreFaults) {
+  Bytes bytes =
+      RawArchive({{.name = "liar", .contents = "ab", .method = "-lh5-", .hasHeaderCrc = false},
+                  {.name = "b", .contents = "x"}});
+  EXPECT_FALSE(IndexOf(bytes).Members()[0].fault);
+  std::fill_n(&bytes[11], 4, std::uint8_t{0xFF});
+  EXPECT_EQ(IndexOf(bytes).Members()[0].fault, ResultCode::PackedDataDamaged);
+  EXPECT_FALSE(IndexOf(bytes).Damage());
 }
 
 TEST(ArchiveIndex, FindsTheArchiveBehindAPrefix) {
@@ -110,7 +165,8 @@ TEST(ArchiveIndex, EndOfTheProgramIsBelievedBeforeTheScan) {
   Bytes bytes = Join({program, TwoMembers()});
   EXPECT_THAT(NamesIn(bytes), ElementsAre("a", "bb"));
   bytes[program.size() + 30] ^= 1;
-  EXPECT_EQ(CodeOf(bytes), ResultCode::HeaderDamaged);
+  EXPECT_EQ(IndexOf(bytes).PrefixBytes(), program.size());
+  EXPECT_TRUE(IndexOf(bytes).Damage());
 }
 
 TEST(ArchiveIndex, LinksAndNamelessMembersAreKeptButNotShown) {
@@ -150,6 +206,46 @@ TEST(ArchiveIndex, NamesThatLookAlikeWhenShownStayApart) {
                                   {.name = "_"}});
   EXPECT_THAT(NamesIn(bytes), ElementsAre("_~1", "_~2", "_"));
   EXPECT_THAT(NamesIn(bytes, 65001), ElementsAre("\xED\x95\x9C", "\xEA\xB8\x80", "_"));
+}
+
+TEST(ArchiveIndex, NamesThatAreTooLongAreCutAndMarked) {
+  const std::string directory = std::string(400, 'd') + "\xFF";
+  std::string file;
+  while (file.size() < 200) file += "\x95\x5C";
+  const Bytes bytes = RawArchive({{.name = file + "1", .extensions = {{0x02, directory}}},
+                                  {.name = file + "2", .extensions = {{0x02, directory}}},
+                                  {.name = "short"}});
+  const ArchiveIndex index = IndexOf(bytes);
+  const std::string shown = std::string(400, 'd') + "\\" + file.substr(0, 130);
+  EXPECT_THAT(NamesIn(bytes), ElementsAre(shown + "~1", shown + "~2", "short"));
+  EXPECT_EQ(index.Find(shown + "~2"), 1U);
+}
+
+TEST(ArchiveIndex, CodePagesAreRecordedChosenOrGuessedFromAllNames) {
+  const auto recorded = [](char low, char high) {
+    return std::vector<test::RawExtension>{{0x46, std::string{low, high, 0, 0}}};
+  };
+  const auto shown = [](const std::vector<RawMember>& members, unsigned int page = 0) {
+    const Bytes bytes = RawArchive(members);
+    MemorySource source(bytes);
+    const ArchiveIndex index(source, 65001, page);
+    std::vector<std::string> names;
+    for (const Member& member : index.Members()) names.push_back(member.name);
+    return names;
+  };
+  EXPECT_THAT(shown({{.name = "\xE4\xA0", .extensions = recorded('\x62', '\x03')},    // 866
+                     {.name = "caf\x82", .extensions = recorded('\x52', '\x03')},     // 850
+                     {.name = "\xB0\xA1", .extensions = recorded('\xB5', '\x03')}}),  // 949
+              ElementsAre("\u0444\u0430", "caf\u00E9", "\uAC00"));
+  EXPECT_THAT(shown({{.level = 1, .name = "ab:c", .osId = 'm'}, {.level = 1, .name = "ab:c"}}),
+              ElementsAre("ab\\c", "ab_c"));
+  EXPECT_THAT(shown({{.name = "caf\xE9"}}, 1252), ElementsAre("caf\u00E9"));
+  EXPECT_THAT(shown({{.name = "caf\xE9", .extensions = {{0x02, "\xE9\xFF"}}}}, 28591),
+              ElementsAre("\u00E9\\caf\u00E9"));
+  // Both names are EUC; one of them alone could be code page 932 as well.
+  EXPECT_THAT(shown({{.name = "\xB4\xC1"}, {.name = "\xE1\xFE"}}),
+              ElementsAre("\u6F22", testing::_));
+  EXPECT_THAT(shown({{.name = "\xB4\xC1"}}), ElementsAre("\uFF74\uFF81"));
 }
 
 TEST(ArchiveIndex, AttributesComeFromWhereTheWriterPutThem) {
