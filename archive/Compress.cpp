@@ -81,11 +81,11 @@ class CompressOperation final : public ZorAddOperation {
 
   // The archive's path up to its last backslash, or all of it when it has none.
   CString ArchiveFolder() const {
-    const char* end = nullptr;
-    for (const char* character = archive; *character != '\0'; character = CharNextA(character)) {
-      if (*character == '\\') end = character + 1;
-    }
-    return end == nullptr ? CString(archive) : CString(archive, static_cast<int>(end - archive));
+    const char* directory;
+    const char* name;
+    ZorSplitPath(archive, nullptr, &directory, &name);
+    const bool hasBackslash = directory != nullptr && name != nullptr;
+    return hasBackslash ? CString(archive, static_cast<int>(name - archive)) : CString(archive);
   }
 
   const ZorFind& find;

@@ -1,46 +1,26 @@
-// Path.cpp - taking paths apart, by looking at the text only.
+// Path.cpp - see Path.h.
 #include "files/Path.h"
 
 #include "ZorFileServices.h"
+#include "platform/win32/AnsiPath.h"
 
 namespace {
 
-// Walks by whole characters to the `count`-th backslash, or to the terminator.
-const char* FindBackslash(const char* text, int count) {
-  for (; *text != '\0'; text = CharNextA(text)) {
-    if (*text == '\\' && --count == 0) return text;
-  }
-  return text;
-}
+using kozor::AnsiPath;
 
-// The end of the drive or network root; `path` itself when there is none.
-const char* SkipRoot(const char* path) {
-  if (path[0] == '\0') return path;
-  if (path[1] == ':') return path + 2;
-  if (path[0] != '\\' || path[1] != '\\') return path;
-  const char* server = path + 2;
-  const bool hasShare = *FindBackslash(server, 1) != '\0';
-  return hasShare ? FindBackslash(server, 2) : path;
-}
-
-void Report(const char** piece, const char* value) {
-  if (piece != nullptr) *piece = value;
+// A piece as a pointer into the path; null when it is absent.
+void Report(const char** piece, std::string_view text) {
+  if (piece != nullptr) *piece = text.empty() ? nullptr : text.data();
 }
 
 }  // namespace
 
 void ZorSplitPath(const char* path, const char** root, const char** directory,
                   const char** fileName) {
-  path = ZorText(path);
-  const char* rest = SkipRoot(path);
-  const char* name = rest;
-  const char* end = rest;
-  for (; *end != '\0'; end = CharNextA(end)) {
-    if (*end == '\\') name = end + 1;
-  }
-  Report(root, rest != path ? path : nullptr);
-  Report(directory, name != rest ? rest : nullptr);
-  Report(fileName, name != end ? name : nullptr);
+  const auto pieces = AnsiPath(ZorText(path));
+  Report(root, pieces.Root());
+  Report(directory, pieces.Directory());
+  Report(fileName, pieces.FileName());
 }
 
 const char* ZorGetFileName(const char* path) {
@@ -50,36 +30,30 @@ const char* ZorGetFileName(const char* path) {
 }
 
 CString ZorRootDirectory(const char* path) {
-  path = ZorText(path);
-  const char* end = SkipRoot(path);
-  return end != path ? CString(path, static_cast<int>(end - path)) + '\\' : CString();
+  const std::string_view root = AnsiPath(ZorText(path)).Root();
+  return root.empty() ? CString() : CString(root.data(), static_cast<int>(root.size())) + '\\';
 }
 
 std::vector<int> ZorDirectoryLevels(const char* path, const char* directory, const char* fileName) {
+  const std::string_view whole = path;
+  const auto end = fileName == nullptr ? whole.size() : static_cast<std::size_t>(fileName - path);
   std::vector<int> levels;
-  const char* backslash = directory;
-  while (*backslash != '\0' && (fileName == nullptr || backslash + 1 < fileName)) {
-    const char* end = FindBackslash(backslash + 1, 1);
-    if (end - backslash > 1) levels.push_back(static_cast<int>(end - path));
-    backslash = end;
+  for (auto backslash = static_cast<std::size_t>(directory - path); backslash + 1 < end;) {
+    const std::size_t next = kozor::text::FindSeparator(whole, backslash + 1, kozor::kAnsiRules);
+    if (next - backslash > 1) levels.push_back(static_cast<int>(next));
+    backslash = next;
   }
   return levels;
 }
 
 void ZorSetTrailingBackslash(CString& path, int add) {
-  const char* last = nullptr;
-  for (const char* p = path; *p != '\0'; p = CharNextA(p)) {
-    if (*p == '\\') last = p;
-  }
-  const int length = path.GetLength();
-  const bool endsInBackslash = last != nullptr && last == path + (length - 1);
-  if (endsInBackslash && !add) path = path.Left(length - 1);
-  if (!endsInBackslash && add) path += '\\';
+  const bool isThere = AnsiPath(static_cast<const char*>(path)).EndsInSeparator();
+  if (isThere && !add) path = path.Left(path.GetLength() - 1);
+  if (!isThere && add) path += '\\';
 }
 
 bool ZorHasRoot(const char* path) {
-  path = ZorText(path);
-  return SkipRoot(path) != path;
+  return !AnsiPath(ZorText(path)).Root().empty();
 }
 
 CString ZorDirectoryText(const char* directory) {
@@ -89,9 +63,7 @@ CString ZorDirectoryText(const char* directory) {
 }
 
 int ZorIsFullPath(const char* path) {
-  const char* root;
-  const char* directory;
-  const char* fileName;
-  ZorSplitPath(path, &root, &directory, &fileName);
-  return root != nullptr && directory != nullptr && *directory == '\\' && fileName != nullptr;
+  const auto pieces = AnsiPath(ZorText(path));
+  return !pieces.Root().empty() && pieces.Directory().starts_with('\\') &&
+         !pieces.FileName().empty();
 }

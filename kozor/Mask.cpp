@@ -4,16 +4,11 @@
 #include <algorithm>
 
 #include "platform/text/Case.h"
+#include "platform/text/Path.h"
 
 namespace kozor::program {
 
 namespace {
-
-// Cuts after the last backslash: folder with its backslash, and name.
-std::pair<std::string_view, std::string_view> Cut(std::string_view path) {
-  const std::size_t cut = path.rfind('\\') + 1;
-  return {path.substr(0, cut), path.substr(cut)};
-}
 
 // A mask as the user wrote it, in the form of names.
 std::string LibraryForm(std::string word) {
@@ -30,9 +25,9 @@ bool HasWildcards(std::string_view text) {
 }
 
 Mask::Mask(std::string given) : word(std::move(given)) {
-  const auto [maskFolder, maskName] = Cut(word);
-  folder = maskFolder;
-  name = maskName;
+  const text::Path path(word);
+  folder = path.Folder();
+  name = path.FileName();
   if (HasWildcards(name)) wildCard.emplace(text::UpperKey(name));
 }
 
@@ -43,8 +38,8 @@ bool Mask::MeansName(std::string_view candidate) const {
 bool Mask::Means(std::string_view path) const {
   for (std::size_t end = 0; end != std::string_view::npos;) {
     end = path.find('\\', end + 1);
-    const auto [pathFolder, last] = Cut(path.substr(0, end));
-    if (pathFolder.starts_with(folder) && MeansName(last)) return true;
+    const text::Path begin(path.substr(0, end));
+    if (begin.Folder().starts_with(folder) && MeansName(begin.FileName())) return true;
   }
   return false;
 }

@@ -11,6 +11,7 @@ install(DIRECTORY include/ DESTINATION ${KOZOR_HEADERS} FILES_MATCHING PATTERN "
 install(FILES platform/Export.h DESTINATION ${KOZOR_HEADERS}/platform)
 foreach(part win32 classlib)
   file(GLOB headers CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/platform/${part}/*.h)
+  list(FILTER headers EXCLUDE REGEX "/AnsiPath\\.h$")  # for our own folders
   install(FILES ${headers} DESTINATION ${KOZOR_HEADERS}/platform/${part})
 endforeach()
 

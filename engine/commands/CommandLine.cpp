@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "engine/container/Failure.h"
-#include "engine/container/TemporaryArchive.h"
+#include "engine/container/Path.h"
 
 namespace kozor::commands {
 namespace {
@@ -38,7 +38,7 @@ std::vector<Operand> SplitWords(std::string_view line) {
 // "-w0" and "-w" put temporaries beside the archive.
 std::string WorkDirectory(const std::string& value) {
   if (value.empty() || value == "0") return {};
-  return container::AsDirectory(value);
+  return container::PathOf(value).AsFolder();
 }
 
 void ApplySwitch(const std::string& word, CommandLine& line) {

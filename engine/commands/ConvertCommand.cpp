@@ -4,6 +4,7 @@
 // tells where it stands in its file, so no byte of it has to be changed.
 #include "engine/commands/Archiver.h"
 #include "engine/container/Failure.h"
+#include "engine/container/Path.h"
 #include "engine/container/TemporaryArchive.h"
 #include "engine/sfx/Stub.h"
 #include "platform/win32/ProgramFile.h"
@@ -19,7 +20,7 @@ using container::TemporaryArchive;
 
 // "C:\x\notes.lzh" gives "notes".
 std::string BaseNameOf(const std::string& path) {
-  const std::string name = path.substr(container::DirectoryOf(path).size());
+  const std::string name(container::PathOf(path).FileName());
   const std::size_t dot = name.rfind('.');
   return name.substr(0, dot == 0 ? std::string::npos : dot);
 }
@@ -31,7 +32,7 @@ std::string TargetOf(const CommandLine& line) {
   const bool isBeside =
       line.operands.empty() || line.operands[0].text.empty() || line.operands[0].text == archive;
   const std::string directory =
-      isBeside ? container::DirectoryOf(archive) : container::AsDirectory(line.operands[0].text);
+      isBeside ? container::FolderOf(archive) : container::PathOf(line.operands[0].text).AsFolder();
   return directory + BaseNameOf(archive) + kProgramSuffix;
 }
 
@@ -62,7 +63,7 @@ void Archiver::Convert(const CommandLine& line, const ProgressListener& listener
   const std::string target = TargetOf(line);
   CheckTarget(target, archive);
 
-  TemporaryArchive temporary(container::DirectoryOf(target));
+  TemporaryArchive temporary(container::FolderOf(target));
   MakeProgram(temporary.Path(), path);
   Progress progress(listener);
   progress.Begin(path, index->EndOffset());

@@ -13,7 +13,8 @@
 #include "engine/container/Failure.h"
 #include "engine/container/File.h"
 #include "engine/container/MemberName.h"
-#include "engine/container/TemporaryArchive.h"
+#include "engine/container/Path.h"
+#include "platform/text/WildCard.h"
 #include "platform/win32/Win32.h"
 
 namespace kozor::commands {
@@ -21,22 +22,12 @@ namespace {
 
 using container::Failure;
 using container::FileStamp;
+using container::PathOf;
 using container::ResultCode;
 
-bool EndsInSeparator(const std::string& path) {
-  return !path.empty() && container::DirectoryOf(path) == path;
-}
-
-bool IsSeparator(char c) {
-  return c == '\\' || c == '/';
-}
-
-bool HasRoot(const std::string& name) {
-  return (!name.empty() && IsSeparator(name[0])) || (name.size() > 1 && name[1] == ':');
-}
-
-bool HasWildCard(const std::string& name) {
-  return name.find_first_of("*?") != std::string::npos;
+// Where a name is meant from a base directory, unless it has a root of its own.
+std::string PathFrom(const std::string& base, const std::string& name) {
+  return PathOf(name).IsRooted() ? name : base + name;
 }
 
 // Closes a search of a directory with its object.
@@ -106,10 +97,10 @@ class ArchiveItself {
 
  private:
   std::u16string NameKey(const std::string& file) const {
-    return container::KeyOf(file.substr(container::DirectoryOf(file).size()), workingPage);
+    return container::KeyOf(PathOf(file).FileName(), workingPage);
   }
   static std::string DirectoryPath(const std::string& file) {
-    const std::string directory = container::DirectoryOf(file);
+    const std::string directory = container::FolderOf(file);
     return directory.empty() ? "." : directory;
   }
 
@@ -124,8 +115,8 @@ class Selection {
       : workingPage(codePage), archiveItself(archive, codePage) {}
 
   void AddName(const std::string& base, const std::string& name) {
-    if (HasWildCard(name)) throw Failure(ResultCode::FileNotOpened);
-    const std::string path = PathOf(base, name);
+    if (text::HasWildCards(name)) throw Failure(ResultCode::FileNotOpened);
+    const std::string path = PathFrom(base, name);
     WIN32_FILE_ATTRIBUTE_DATA facts;
     if (!GetFileAttributesExA(path.c_str(), GetFileExInfoStandard, &facts)) {
       const ResultCode code = SourceFailureCode();
@@ -137,9 +128,9 @@ class Selection {
   }
 
   void AddMatches(const std::string& base, const std::string& mask) {
-    const std::string directory = container::DirectoryOf(mask);
+    const std::string directory = container::FolderOf(mask);
     const bool isAnyFound =
-        DirectorySearch(PathOf(base, mask)).ForEach([&](const WIN32_FIND_DATAA& entry) {
+        DirectorySearch(PathFrom(base, mask)).ForEach([&](const WIN32_FIND_DATAA& entry) {
           if (!IsDirectory(entry.dwFileAttributes)) AddName(base, directory + entry.cFileName);
         });
     if (!isAnyFound) throw Failure(ResultCode::NotFound);
@@ -173,10 +164,6 @@ class Selection {
   }
 
  private:
-  static std::string PathOf(const std::string& base, const std::string& name) {
-    return HasRoot(name) ? name : base + name;
-  }
-
   std::string StoredName(const std::string& given) const {
     std::string name = container::StoredNameOf(given, workingPage);
     if (name.empty()) throw Failure(ResultCode::FileNotOpened);
@@ -234,7 +221,7 @@ class Selection {
 
 // A word that begins with '@' is a response file, unless a file of that very name is there.
 bool IsResponseFile(const std::string& base, const std::string& word) {
-  const std::string asFile = HasRoot(word) ? word : base + word;
+  const std::string asFile = PathFrom(base, word);
   return word.starts_with('@') && GetFileAttributesA(asFile.c_str()) == INVALID_FILE_ATTRIBUTES;
 }
 
@@ -255,14 +242,14 @@ std::vector<Operand> ExpandResponseFiles(const std::string& base, std::vector<Op
 
 void SelectNames(std::vector<Operand> words, Selection& selection) {
   std::string base;
-  if (!words.empty() && EndsInSeparator(words.front().text)) {
+  if (!words.empty() && PathOf(words.front().text).IsFolder()) {
     base = words.front().text;
     words.erase(words.begin());
   }
   const std::vector<Operand> names = ExpandResponseFiles(base, std::move(words));
   if (names.empty()) throw Failure(ResultCode::NoFileName);
   for (const Operand& name : names) {
-    const bool isMask = !name.isQuoted && HasWildCard(name.text);
+    const bool isMask = !name.isQuoted && text::HasWildCards(name.text);
     isMask ? selection.AddMatches(base, name.text) : selection.AddName(base, name.text);
   }
 }
@@ -273,7 +260,7 @@ void SelectTrees(const std::vector<Operand>& directories, Selection& selection) 
     const DWORD attributes = GetFileAttributesA(directory.c_str());
     const bool isThere = attributes != INVALID_FILE_ATTRIBUTES && IsDirectory(attributes);
     if (!isThere) throw Failure(ResultCode::NotFound);
-    selection.AddTree(EndsInSeparator(directory) ? directory : directory + '\\');
+    selection.AddTree(PathOf(directory).AsFolder());
   }
 }
 

@@ -8,6 +8,7 @@
 #include "engine/container/Failure.h"
 #include "engine/container/FirstHeader.h"
 #include "engine/container/MemberWalker.h"
+#include "engine/container/Path.h"
 
 namespace kozor::container {
 namespace {
@@ -126,7 +127,7 @@ class Rewrite : public ArchiveUpdate {
   Rewrite(OpenArchive& changed, const std::vector<bool>& removed, const std::string& workDirectory)
       : archive(changed),
         kept(changed.file.IsOpen() ? KeptRanges(*changed.index, removed) : std::vector<Range>()),
-        temporary(workDirectory.empty() ? DirectoryOf(changed.path) : workDirectory),
+        temporary(workDirectory.empty() ? FolderOf(changed.path) : workDirectory),
         output(temporary.Contents(), 0, MemberOutput::FirstByte::Written) {}
 
   MemberOutput& Output() override { return output; }

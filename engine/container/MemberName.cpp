@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "engine/container/Text.h"
+#include "platform/text/Path.h"
 
 namespace kozor::container {
 namespace {
@@ -13,9 +14,8 @@ namespace {
 constexpr char kSeparatorByte = '\xFF';
 constexpr char16_t kSeparatorUnit = 0xFFFF;  // the same in UTF-16 fields
 
-bool IsSeparator(char16_t unit) {
-  return unit == u'\\' || unit == u'/';
-}
+// Decoded names: '/' separates too.
+constexpr text::PathRules kRules = {.slashSeparates = true};
 
 bool IsForbidden(char16_t unit) {
   if (unit > u'|') return false;
@@ -83,25 +83,17 @@ std::u16string GatherPath(const NameFields& fields, bool& altered) {
 
   std::u16string path = fields.unicodeDirectory ? FromUtf16Field(*fields.unicodeDirectory)
                                                 : DecodePieces(codePage, directoryBytes, altered);
-  if (!path.empty() && !IsSeparator(path.back())) path += u'\\';
+  if (!path.empty() && !kRules.IsSeparator(path.back())) path += u'\\';
   path += fields.unicodeFile ? FromUtf16Field(*fields.unicodeFile)
                              : DecodePieces(codePage, fileBytes, altered);
   return path;
-}
-
-// Takes the first component, and the separator behind it, off a path.
-std::u16string_view TakeComponent(std::u16string_view& path) {
-  const std::u16string_view component(path.begin(),
-                                      std::find_if(path.begin(), path.end(), IsSeparator));
-  path.remove_prefix(std::min(path.size(), component.size() + 1));
-  return component;
 }
 
 // Whether a path has a drive letter, or a component that climbs.
 bool Strays(std::u16string_view path) {
   if (IsDrive(path)) return true;
   while (!path.empty()) {
-    if (TakeComponent(path) == u"..") return true;
+    if (text::TakeComponent(path, kRules) == u"..") return true;
   }
   return false;
 }
@@ -110,10 +102,10 @@ bool Strays(std::u16string_view path) {
 // separator at its end.
 std::u16string CleanPath(std::u16string_view path, bool& altered) {
   std::u16string clean;
-  const bool isRooted = !path.empty() && IsSeparator(path.front());
+  const bool isRooted = !path.empty() && kRules.IsSeparator(path.front());
   if (IsDrive(path)) path.remove_prefix(2);
   while (!path.empty()) {
-    std::u16string component(TakeComponent(path));
+    std::u16string component(text::TakeComponent(path, kRules));
     if (component.empty() || component == u"." || component == u"..") continue;
     for (char16_t& unit : component) {
       if (!IsForbidden(unit)) continue;
@@ -124,16 +116,6 @@ std::u16string CleanPath(std::u16string_view path, bool& altered) {
     clean += component;
   }
   return clean;
-}
-
-// What stands behind "C:" or "\\server\share".
-std::u16string_view CutRoot(std::u16string_view path) {
-  if (IsDrive(path)) return path.substr(2);
-  if (path.size() < 2 || !IsSeparator(path[0]) || !IsSeparator(path[1])) return path;
-  const auto share = std::find_if(path.begin() + 2, path.end(), IsSeparator);
-  if (share == path.end()) return path;
-  const auto rest = std::find_if(share + 1, path.end(), IsSeparator);
-  return {rest, path.end()};
 }
 
 }  // namespace
@@ -172,7 +154,8 @@ std::string MarkName(std::string_view name, std::size_t number, unsigned int wor
 std::string StoredNameOf(std::string_view path, unsigned int workingPage) {
   bool altered = false;
   const std::u16string given = DecodeTextLossy(workingPage, path, altered);
-  const std::u16string clean = CleanPath(CutRoot(given), altered);
+  const std::size_t rootUnits = text::BasicPath<char16_t>(given, kRules).Root().size();
+  const std::u16string clean = CleanPath(std::u16string_view(given).substr(rootUnits), altered);
   return altered ? std::string() : EncodeTextLossy(workingPage, clean, altered);
 }
 

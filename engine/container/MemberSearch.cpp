@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "engine/container/MemberName.h"
+#include "platform/text/Path.h"
 
 namespace kozor::container {
 namespace {
@@ -15,11 +16,7 @@ std::string WithoutQuotes(std::string_view text) {
   return plain;
 }
 
-// Splits behind the last separator.
-std::pair<std::u16string_view, std::u16string_view> SplitPath(std::u16string_view path) {
-  const std::size_t end = path.rfind(u'\\') + 1;  // 0 when there is none
-  return {path.substr(0, end), path.substr(end)};
-}
+using KeyPath = text::BasicPath<char16_t>;
 
 std::u16string SearchKey(std::string_view text, unsigned int workingPage) {
   return KeyOf(NormalizeName(WithoutQuotes(text), workingPage), workingPage);
@@ -34,8 +31,8 @@ MemberSearch::MemberSearch(const ArchiveIndex& searched, std::string_view text, 
       kinds(searchKinds),
       isWholeName(text.find('"') != std::string_view::npos),
       wholeName(isWholeName ? FindWholeName(WithoutQuotes(text)) : std::nullopt),
-      directory(SplitPath(SearchKey(text, searched.WorkingPage())).first),
-      mask(SplitPath(SearchKey(text, searched.WorkingPage())).second) {}
+      directory(KeyPath(SearchKey(text, searched.WorkingPage())).Folder()),
+      mask(KeyPath(SearchKey(text, searched.WorkingPage())).FileName()) {}
 
 std::optional<std::size_t> MemberSearch::FindWholeName(std::string_view name) const {
   const auto found = index.Find(name);
@@ -60,10 +57,10 @@ bool MemberSearch::Matches(const Member& member) const {
   if (!IsOfKind(member)) return false;
   std::u16string_view key = member.key;
   if (member.kind == MemberKind::Directory) key.remove_suffix(1);
-  const auto [memberDirectory, fileName] = SplitPath(key);
-  const bool isThere = depth == Depth::AndBelow ? memberDirectory.starts_with(directory)
-                                                : memberDirectory == directory;
-  return isThere && mask.Matches(fileName);
+  const KeyPath path(key);
+  const bool isThere =
+      depth == Depth::AndBelow ? path.Folder().starts_with(directory) : path.Folder() == directory;
+  return isThere && mask.Matches(path.FileName());
 }
 
 }  // namespace kozor::container

@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "engine/container/Failure.h"
+#include "engine/container/Path.h"
 #include "platform/win32/Win32.h"
 
 namespace kozor::container {
@@ -33,18 +34,6 @@ void RemoveLeftovers(const std::string& directory) {
 }
 
 }  // namespace
-
-std::string DirectoryOf(const std::string& path) {
-  const char* end = path.c_str();
-  for (const char* at = path.c_str(); *at != '\0'; at = CharNextA(at)) {
-    if (*at == '\\' || *at == '/' || (*at == ':' && at == path.c_str() + 1)) end = at + 1;
-  }
-  return {path.c_str(), end};
-}
-
-std::string AsDirectory(const std::string& path) {
-  return DirectoryOf(path) == path ? path : path + '\\';
-}
 
 void CopyBytes(File& from, std::uint64_t begin, std::uint64_t end,
                const std::function<void(ByteSpan)>& write, const CopyProgress& progress) {
@@ -119,7 +108,7 @@ void TemporaryArchive::Take(const std::string& targetPath, std::uint32_t attribu
 void TemporaryArchive::CopyBeside(const std::string& targetPath, std::uint32_t attributes,
                                   const Move& move) {
   if (!file.Open(path, File::Mode::Read)) throw Failure(ResultCode::TemporaryNotCopied);
-  TemporaryArchive beside(DirectoryOf(targetPath));
+  TemporaryArchive beside(FolderOf(targetPath));
   std::uint64_t done = 0;
   CopyBytes(file, 0, file.Size(), [&](ByteSpan piece) {
     beside.Contents().WriteAt(done, piece);

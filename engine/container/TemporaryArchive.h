@@ -52,9 +52,4 @@ class TemporaryArchive {
   File file;
 };
 
-// The directory of a path with its separator, or an empty string for a bare name.
-std::string DirectoryOf(const std::string& path);
-// The path of a directory with a separator at its end.
-std::string AsDirectory(const std::string& path);
-
 }  // namespace kozor::container

@@ -5,8 +5,11 @@
 #include <utility>
 
 #include "platform/classlib/CString.h"
+#include "platform/win32/AnsiPath.h"
 
 namespace {
+
+using kozor::AnsiPath;
 
 [[noreturn]] void ThrowLastError() {
   CFileException::ThrowOsError(static_cast<LONG>(GetLastError()));
@@ -54,11 +57,11 @@ const char* TextOf(const char* path) {
 // The name of an entry in a directory: what a search can find has no trailing backslash, unless
 // that is a part of a root.
 CString WithoutTrailingBackslash(const char* path) {
-  const char* previous = path;
-  const char* last = path;
-  for (const char* p = path; *p != '\0'; p = CharNextA(p)) previous = std::exchange(last, p);
-  const bool isRoot = last == path || *previous == ':' || *previous == '\\';
-  return *last == '\\' && !isRoot ? CString(path, static_cast<int>(last - path)) : CString(path);
+  std::string_view entry = path;
+  if (!AnsiPath(entry).EndsInSeparator()) return path;
+  entry.remove_suffix(1);
+  const bool isRoot = entry.empty() || AnsiPath(entry).IsFolder();
+  return isRoot ? CString(path) : CString(path, static_cast<int>(entry.size()));
 }
 
 }  // namespace

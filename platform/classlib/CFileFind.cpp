@@ -3,18 +3,7 @@
 
 #include <cstring>
 
-namespace {
-
-// The part of a path in front of its last name.
-CString DirectoryOf(const char* path) {
-  const char* name = path;
-  for (const char* p = path; *p != '\0'; p = CharNextA(p)) {
-    if (*p == '\\' || (*p == ':' && p == path + 1)) name = p + 1;
-  }
-  return CString(path, static_cast<int>(name - path));
-}
-
-}  // namespace
+#include "platform/win32/AnsiPath.h"
 
 CFileFind::CFileFind() = default;
 
@@ -25,7 +14,7 @@ CFileFind::~CFileFind() {
 int CFileFind::FindFile(const char* name, DWORD /*unused*/) {
   Close();
   if (name == nullptr) name = "*.*";
-  directory = DirectoryOf(name);
+  directory = CString(name, static_cast<int>(kozor::AnsiPath(name).Folder().size()));
   search = FindFirstFileA(name, &next);
   hasNext = search != INVALID_HANDLE_VALUE;
   return hasNext;

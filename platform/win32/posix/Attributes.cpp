@@ -14,6 +14,7 @@
 #include <fstream>
 #include <string>
 
+#include "platform/win32/posix/Paths.h"
 #include "platform/win32/posix/SystemCalls.h"
 
 namespace kozor::posix {
@@ -32,10 +33,6 @@ constexpr mode_t kAllRead = S_IRUSR | S_IRGRP | S_IROTH;
 DWORD DefaultAttributes(const FileFacts& facts, std::string_view hostName) {
   const bool dot = hostName.starts_with('.') && hostName != "." && hostName != "..";
   return (facts.IsDirectory() ? 0 : FILE_ATTRIBUTE_ARCHIVE) | (dot ? FILE_ATTRIBUTE_HIDDEN : 0);
-}
-
-std::string_view LastName(std::string_view hostPath) {
-  return hostPath.substr(hostPath.rfind('/') + 1);
 }
 
 // Hexadecimal digits behind "0x"; what some servers write behind them doesn't matter.
@@ -129,7 +126,7 @@ bool StoreAttributes(const char* hostPath, const FileFacts& facts, DWORD attribu
   const mode_t meanwhile = mode | S_IWUSR;
   const bool openUp = meanwhile != mode && (wanted != mode || ::geteuid() != 0);
   if (openUp && ::chmod(hostPath, meanwhile) != 0) return false;
-  const bool isDefault = attributes == DefaultAttributes(facts, LastName(hostPath));
+  const bool isDefault = attributes == DefaultAttributes(facts, HostNameOf(hostPath));
   if (!WriteStored(hostPath, isDefault, attributes)) {
     const int cause = errno;
     if (openUp) ::chmod(hostPath, mode);
@@ -140,7 +137,7 @@ bool StoreAttributes(const char* hostPath, const FileFacts& facts, DWORD attribu
 }
 
 bool ResetAttributes(const char* hostPath, const FileFacts& facts, DWORD asked) {
-  return StoreAttributes(hostPath, facts, asked | DefaultAttributes(facts, LastName(hostPath)));
+  return StoreAttributes(hostPath, facts, asked | DefaultAttributes(facts, HostNameOf(hostPath)));
 }
 
 }  // namespace kozor::posix

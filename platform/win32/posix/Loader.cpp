@@ -14,6 +14,7 @@
 #include <optional>
 #include <string>
 
+#include "platform/win32/AnsiPath.h"
 #include "platform/win32/PosixSystem.h"
 #include "platform/win32/posix/HostNames.h"
 #include "platform/win32/posix/LastError.h"
@@ -22,6 +23,8 @@
 namespace {
 
 using namespace kozor::posix;
+using kozor::kAnsiSlashRules;
+using kozor::text::Path;
 
 // How often each module is loaded, and the directory of SetDllDirectoryA.
 struct Modules {
@@ -61,20 +64,16 @@ bool IsLoaded(HMODULE module) {
   return modules.loads.contains(module);
 }
 
-bool HasSeparator(std::string_view name) {
-  return name.find_first_of("\\/:") != std::string_view::npos;
-}
-
 // ".DLL" is added to a name without extension; a dot at the end says that there is none.
 std::string WithExtension(std::string_view name) {
-  const std::size_t last = name.find_last_of("\\/") + 1;
   if (name.ends_with('.')) return std::string(name.substr(0, name.size() - 1));
-  const bool hasDot = name.find('.', last) != std::string_view::npos;
+  const bool hasDot = Path(name, kAnsiSlashRules).FileName().find('.') != std::string_view::npos;
   return std::string(name) + (hasDot ? "" : ".DLL");
 }
 
-std::string DirectoryOf(std::string_view hostFile) {
-  return std::string(hostFile.substr(0, hostFile.rfind('/')));
+// Empty for a file that isn't known: the current directory is never searched.
+std::string DirectoryOf(const std::string& hostFile) {
+  return hostFile.empty() ? "" : HostParentOf(hostFile);
 }
 
 std::string ProgramFile() {
@@ -174,7 +173,7 @@ HMODULE WINAPI LoadLibraryA(LPCSTR name) {
     return nullptr;
   }
   const std::string full = WithExtension(name);
-  if (HasSeparator(full)) return LoadByPath(full);
+  if (!Path(full, kAnsiSlashRules).Folder().empty()) return LoadByPath(full);
   std::string hostName;
   if (!ToHostName(full, hostName)) {
     SetLastError(ERROR_MOD_NOT_FOUND);

@@ -44,19 +44,15 @@ class Resolver {
     return found.exists;
   }
 
-  static std::string Join(const std::string& directory, const std::string& name) {
-    if (directory.ends_with('/')) return directory + name;
-    return directory + '/' + name;
-  }
-
   // One name in a directory that exists.
   static Found ResolveIn(const std::string& directory, const std::string& name) {
     Found found;
-    if (ReadExact(Join(directory, name), found)) return found;
+    if (ReadExact(JoinHost(directory, name), found)) return found;
     found.error = ErrorFromErrno(errno);
     if (errno != ENOENT) return found;
     const std::optional<std::string> other = FindOtherSpelling(directory, name);
-    if (other && !ReadExact(Join(directory, *other), found)) found.host = Join(directory, name);
+    if (other && !ReadExact(JoinHost(directory, *other), found))
+      found.host = JoinHost(directory, name);
     if (found.exists) found.error = ERROR_SUCCESS;
     return found;
   }

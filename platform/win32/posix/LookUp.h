@@ -19,7 +19,7 @@ struct Found {
   // missing, or the error that kept us from looking.
   DWORD error = ERROR_SUCCESS;
 
-  std::string_view HostName() const { return std::string_view(host).substr(host.rfind('/') + 1); }
+  std::string_view HostName() const { return HostNameOf(host); }
 };
 
 // Costs one system call where the exact path exists; otherwise one search of a directory for each

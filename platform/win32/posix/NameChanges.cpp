@@ -31,13 +31,6 @@ bool IsReadOnly(const Found& found) {
   return IsReadOnly(found.facts, StoredAttributes(found.host.c_str()));
 }
 
-// The directory part of a host path.
-std::string ParentOf(const std::string& host) {
-  const std::size_t slash = host.rfind('/');
-  if (slash == std::string::npos) return ".";
-  return slash == 0 ? "/" : host.substr(0, slash);
-}
-
 // Waits until changes of names in a directory are on the medium.
 bool SyncDirectory(const std::string& hostDirectory) {
   const int directory = Calls().open(hostDirectory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC, 0);
@@ -79,7 +72,8 @@ bool FindEnds(LPCSTR existingName, LPCSTR newName, Move& move) {
   }
   move.newHost = move.target.host;
   move.respelled = move.target.exists && move.target.host == move.source.host;
-  if (move.respelled) move.newHost = ParentOf(move.source.host) + '/' + newPath->names.back();
+  if (move.respelled)
+    move.newHost = JoinHost(HostParentOf(move.source.host), newPath->names.back());
   const bool links = move.source.facts.link || move.target.facts.link;
   move.sameFile = move.target.exists && !links && move.target.facts.id == move.source.facts.id;
   return true;
@@ -158,8 +152,8 @@ bool Perform(const Move& move) {
 }
 
 bool SyncMove(const Move& move) {
-  const std::string to = ParentOf(move.newHost);
-  const std::string from = ParentOf(move.source.host);
+  const std::string to = HostParentOf(move.newHost);
+  const std::string from = HostParentOf(move.source.host);
   return SyncDirectory(to) && (from == to || SyncDirectory(from));
 }
 

@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "platform/win32/AnsiPath.h"
 #include "platform/win32/PosixAdmin.h"
 #include "platform/win32/PosixSystem.h"
 #include "platform/win32/PosixText.h"
@@ -22,6 +23,7 @@
 namespace {
 
 using namespace kozor::posix;
+using kozor::kAnsiSlashRules;
 
 // The rule of all buffer calls: the length, or the size that would do.
 DWORD GiveText(const std::optional<std::string>& text, DWORD bytes, LPSTR buffer) {
@@ -71,10 +73,8 @@ std::string ShortPrefix(LPCSTR prefix) {
 std::string TempFileName(LPCSTR path, LPCSTR prefix, UINT number) {
   std::array<char, 16> tail{};
   std::snprintf(tail.data(), tail.size(), "%X.TMP", number);
-  const std::string_view directory = path;
-  const char* const separator = CharPrevA(path, path + directory.size());
-  return std::string(directory) + (*separator == '\\' || *separator == '/' ? "" : "\\") +
-         ShortPrefix(prefix) + tail.data();
+  const bool separated = kozor::text::Path(path, kAnsiSlashRules).EndsInSeparator();
+  return path + std::string(separated ? "" : "\\") + ShortPrefix(prefix) + tail.data();
 }
 
 // Numbers that differ from one call and one process to the next.
@@ -145,11 +145,8 @@ DWORD WINAPI GetFullPathNameA(LPCSTR name, DWORD bytes, LPSTR buffer, LPSTR* fil
   if (filePart == nullptr) return length;
   *filePart = nullptr;
   if (length == 0 || length >= bytes) return length;
-  LPSTR last = buffer;
-  for (LPSTR p = buffer; *p != '\0'; p = CharNextA(p)) {
-    if (*p == '\\') last = p + 1;
-  }
-  if (*last != '\0') *filePart = last;
+  const std::size_t nameLength = length - kozor::AnsiPath(buffer).Folder().size();
+  if (nameLength != 0) *filePart = buffer + (length - nameLength);
   return length;
 }
 

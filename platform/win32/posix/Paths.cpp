@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <cctype>
 
+#include "platform/text/Path.h"
+#include "platform/text/WildCard.h"
 #include "platform/win32/posix/ActiveCodePage.h"
 #include "platform/win32/posix/Drives.h"
 #include "platform/win32/posix/HostNames.h"
@@ -13,26 +15,10 @@ namespace kozor::posix {
 
 namespace {
 
+constexpr text::PathRules kRules = {.slashSeparates = true, .isLeadByte = IsLeadByte};
+
 bool IsSeparator(char c) {
-  return c == '\\' || c == '/';
-}
-
-// The text up to the next separator.
-std::string_view FirstComponent(std::string_view text) {
-  std::size_t end = 0;
-  while (end < text.size() && !IsSeparator(text[end])) {
-    end += IsLeadByte(static_cast<unsigned char>(text[end])) ? 2U : 1U;
-  }
-  end = std::min(end, text.size());
-  return text.substr(0, end);
-}
-
-// Takes the first component and the separators behind it off the text.
-std::string_view TakeComponent(std::string_view& text) {
-  const std::string_view component = FirstComponent(text);
-  text.remove_prefix(component.size());
-  while (!text.empty() && IsSeparator(text.front())) text.remove_prefix(1);
-  return component;
+  return kRules.IsSeparator(c);
 }
 
 // Where a path starts, and what is left of its text behind the root.
@@ -61,8 +47,8 @@ std::optional<Start> StartOnDrive(char letter, std::string_view rest, PathUse us
 }
 
 std::optional<Start> StartOnShare(std::string_view rest, PathUse use) {
-  const std::string_view server = TakeComponent(rest);
-  const std::string_view share = TakeComponent(rest);
+  const std::string_view server = text::TakeComponent(rest, kRules);
+  const std::string_view share = text::TakeComponent(rest, kRules);
   if (share.empty()) {
     SetLastError(ERROR_BAD_PATHNAME);
     return std::nullopt;
@@ -115,7 +101,7 @@ bool AddComponents(const Start& start, PathUse use, LibraryPath& path, std::size
   std::string_view rest = start.rest;
   while (!rest.empty() && IsSeparator(rest.front())) rest.remove_prefix(1);
   while (!rest.empty()) {
-    const std::string_view component = TakeComponent(rest);
+    const std::string_view component = text::TakeComponent(rest, kRules);
     path.trailingSeparator = component.data() + component.size() != rest.data();
     if (component == ".") continue;
     if (component == "..") {
@@ -126,8 +112,8 @@ bool AddComponents(const Start& start, PathUse use, LibraryPath& path, std::size
       }
       continue;
     }
-    const bool wild = component.find_first_of("*?") != std::string_view::npos;
-    if (wild && use != PathUse::OneName && rest.empty() && !path.trailingSeparator) {
+    if (text::HasWildCards(component) && use != PathUse::OneName && rest.empty() &&
+        !path.trailingSeparator) {
       path.mask = component;
       return true;
     }
@@ -179,6 +165,20 @@ bool MakeAbsolute(LibraryPath& path) {
   path.base.assign(1, '/');
   for (const std::string_view name : SplitHostPath(directory)) path.names.emplace_back(name);
   return true;
+}
+
+std::string_view HostNameOf(std::string_view hostPath) {
+  return hostPath.substr(hostPath.rfind('/') + 1);
+}
+
+std::string HostParentOf(std::string_view hostPath) {
+  const std::size_t slash = hostPath.rfind('/');
+  if (slash == std::string_view::npos) return ".";
+  return std::string(hostPath.substr(0, std::max(slash, std::size_t{1})));
+}
+
+std::string JoinHost(const std::string& directory, const std::string& name) {
+  return directory.ends_with('/') ? directory + name : directory + '/' + name;
 }
 
 std::vector<std::string_view> SplitHostPath(std::string_view hostPath) {

@@ -50,6 +50,11 @@ bool MakeAbsolute(LibraryPath& path);
 // ERROR_PATH_NOT_FOUND, where no drive holds it.
 std::optional<std::string> ToLibraryPath(std::string_view hostPath, bool* whole = nullptr);
 
+// The last name of a host path, and the directory that holds it: "." for a bare name.
+std::string_view HostNameOf(std::string_view hostPath);
+std::string HostParentOf(std::string_view hostPath);
+std::string JoinHost(const std::string& directory, const std::string& name);
+
 // Splits at '/', leaving out empty components.
 std::vector<std::string_view> SplitHostPath(std::string_view hostPath);
 
