@@ -5,33 +5,18 @@
 
 #include "ZorFileServices.h"
 #include "files/Path.h"
+#include "platform/Clock.h"
 
 namespace {
 
-// A FILETIME counts 100 nanoseconds since 1601-01-01 00:00:00 UTC; file times here count seconds
-// since 1970-01-01 00:00:00 UTC.  Neither knows zones or leap seconds, so converting needs no
-// calendar.
-constexpr std::uint64_t kTicksPerSecond = 10'000'000;
-constexpr std::uint64_t kSecondsFrom1601To1970 = 11'644'473'600;
 // Whatever the width of `long`: volumes store 32 bits.
 constexpr long kLastTime = 0x7FFFFFFF;
 
-FILETIME FileTimeOf(long time) {
-  const std::uint64_t ticks =
-      (static_cast<std::uint64_t>(time) + kSecondsFrom1601To1970) * kTicksPerSecond;
-  FILETIME fileTime;
-  fileTime.dwLowDateTime = static_cast<DWORD>(ticks & 0xFFFFFFFF);
-  fileTime.dwHighDateTime = static_cast<DWORD>(ticks >> 32);
-  return fileTime;
-}
-
 // Parts of a second are dropped.
 std::optional<long> SecondsOf(const FILETIME& fileTime) {
-  const std::uint64_t ticks = std::uint64_t{fileTime.dwHighDateTime} << 32 | fileTime.dwLowDateTime;
-  const std::uint64_t seconds = ticks / kTicksPerSecond;
-  if (seconds < kSecondsFrom1601To1970) return std::nullopt;
-  if (seconds - kSecondsFrom1601To1970 > std::uint64_t{kLastTime}) return std::nullopt;
-  return static_cast<long>(seconds - kSecondsFrom1601To1970);
+  const std::int64_t seconds = kozor::UnixOfFileTime(kozor::Ticks(fileTime));
+  if (seconds < 0 || seconds > kLastTime) return std::nullopt;
+  return static_cast<long>(seconds);
 }
 
 // The directory entry of `name`, or of the first that a mask matches.
@@ -50,7 +35,8 @@ int ZorSetFileTimeStamp(const char* name, long time) {
   HANDLE file = CreateFileA(ZorText(name), GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ, nullptr,
                             OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
   if (file == INVALID_HANDLE_VALUE) return 0;
-  const FILETIME lastWrite = FileTimeOf(time);
+  const auto ticks = kozor::FileTimeOfUnix(static_cast<std::uint64_t>(time));
+  const auto lastWrite = kozor::FromTicks<FILETIME>(ticks);
   const BOOL isSet = SetFileTime(file, nullptr, nullptr, &lastWrite);
   CloseHandle(file);
   return isSet;

@@ -8,40 +8,11 @@
 // docs/volume-format.md.
 #pragma once
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 
+#include "platform/ByteOrder.h"
 #include "platform/classlib/ClassLib.h"
-
-namespace kozor {
-
-// An integer of at most 32 bits as a medium holds it.
-template <typename Int>
-class LittleEndian {
-  static_assert(sizeof(Int) <= sizeof(std::uint32_t));
-
- public:
-  LittleEndian& operator=(Int value) {
-    auto bits = static_cast<std::uint32_t>(value);
-    for (std::uint8_t& byte : bytes) {
-      byte = static_cast<std::uint8_t>(bits);
-      bits >>= 8;
-    }
-    return *this;
-  }
-
-  operator Int() const {
-    std::uint32_t bits = 0;
-    for (std::size_t i = 0; i < bytes.size(); ++i) bits |= std::uint32_t{bytes[i]} << (8 * i);
-    return static_cast<Int>(bits);
-  }
-
- private:
-  std::array<std::uint8_t, sizeof(Int)> bytes{};
-};
-
-}  // namespace kozor
 
 inline constexpr char kVolumeIdentification100[] = "Morlig Filer Library Version 1.00";
 inline constexpr char kVolumeIdentification101[] = "Morlig Filer Library Version 1.01";

@@ -23,7 +23,7 @@ bool IsStored(codec::Method method) {
 
 std::int32_t UnixTimeOf(const Member& member) {
   return static_cast<std::int32_t>(std::clamp<std::int64_t>(
-      container::UnixOfFileTime(member.utcTime), 0, std::numeric_limits<std::int32_t>::max()));
+      UnixOfFileTime(member.utcTime), 0, std::numeric_limits<std::int32_t>::max()));
 }
 
 // One member on its way into a buffer, which may be shorter than it.
@@ -144,9 +144,8 @@ std::uint32_t Archiver::CompressFromMemory(std::string_view text, const MemoryMe
 
   container::NewMember member;
   member.name = container::EncodeName(name, workingPage);
-  member.utcTime = memory.unixTime
-                       ? container::FileTimeOfUnix(static_cast<std::uint32_t>(*memory.unixTime))
-                       : container::CurrentFileTime();
+  member.utcTime = memory.unixTime ? FileTimeOfUnix(static_cast<std::uint32_t>(*memory.unixTime))
+                                   : container::CurrentFileTime();
   member.attribute = memory.attribute.value_or(member.attribute);
 
   Progress progress(listener);

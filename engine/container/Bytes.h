@@ -1,4 +1,4 @@
-// Bytes.h - little-endian numbers in runs of bytes, the way every header field is stored.
+// Bytes.h - runs of bytes of an archive, and the little-endian numbers in them.
 #pragma once
 
 #include <cstddef>
@@ -6,26 +6,26 @@
 #include <span>
 #include <vector>
 
+#include "platform/ByteOrder.h"
+
 namespace kozor::container {
 
 using ByteSpan = std::span<const std::uint8_t>;
 
 // The callers have checked that the number lies inside `bytes`.
 inline std::uint16_t ReadU16(ByteSpan bytes, std::size_t offset) {
-  return static_cast<std::uint16_t>(bytes[offset] | bytes[offset + 1] << 8);
+  return LoadLittle<std::uint16_t>(bytes.data() + offset);
 }
-
 inline std::uint32_t ReadU32(ByteSpan bytes, std::size_t offset) {
-  return ReadU16(bytes, offset) | static_cast<std::uint32_t>(ReadU16(bytes, offset + 2)) << 16;
+  return LoadLittle<std::uint32_t>(bytes.data() + offset);
 }
-
 inline std::uint64_t ReadU64(ByteSpan bytes, std::size_t offset) {
-  return ReadU32(bytes, offset) | static_cast<std::uint64_t>(ReadU32(bytes, offset + 4)) << 32;
+  return LoadLittle<std::uint64_t>(bytes.data() + offset);
 }
 
 // Puts the low `width` bytes of `value` at `at`.
 inline void WriteNumber(std::uint8_t* at, std::uint64_t value, std::size_t width) {
-  for (std::size_t i = 0; i < width; ++i) at[i] = static_cast<std::uint8_t>(value >> (8 * i));
+  StoreLittle(at, value, width);
 }
 
 inline void AppendNumber(std::vector<std::uint8_t>& bytes, std::uint64_t value, std::size_t width) {

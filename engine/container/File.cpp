@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "engine/container/Failure.h"
+#include "platform/Clock.h"
 #include "platform/win32/HostRules.h"
 #include "platform/win32/Win32.h"
 
@@ -43,16 +44,11 @@ OpenArguments ArgumentsOf(File::Mode mode) {
   return {GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ, CREATE_NEW, FILE_ATTRIBUTE_TEMPORARY};
 }
 
-std::uint64_t Join(DWORD high, DWORD low) {
-  return static_cast<std::uint64_t>(high) << 32 | low;
-}
-
 FileStamp StampOf(const BY_HANDLE_FILE_INFORMATION& information) {
-  const FILETIME& written = information.ftLastWriteTime;
-  return {.identity = Join(information.nFileIndexHigh, information.nFileIndexLow),
+  return {.identity = JoinHalves(information.nFileIndexHigh, information.nFileIndexLow),
           .volume = information.dwVolumeSerialNumber,
-          .size = Join(information.nFileSizeHigh, information.nFileSizeLow),
-          .lastWrite = Join(written.dwHighDateTime, written.dwLowDateTime)};
+          .size = JoinHalves(information.nFileSizeHigh, information.nFileSizeLow),
+          .lastWrite = Ticks(information.ftLastWriteTime)};
 }
 
 }  // namespace

@@ -4,7 +4,7 @@
 #include <algorithm>
 
 #include "engine/container/Failure.h"
-#include "engine/container/MemberTime.h"
+#include "platform/Clock.h"
 #include "platform/win32/HostRules.h"
 #include "platform/win32/Win32.h"
 
@@ -20,8 +20,7 @@ constexpr std::uint64_t kTick = kTicksPerSecond / 20;
 bool IsSettled(const FileStamp& stamp) {
   FILETIME now;
   GetSystemTimeAsFileTime(&now);
-  const std::uint64_t present =
-      static_cast<std::uint64_t>(now.dwHighDateTime) << 32 | now.dwLowDateTime;
+  const std::uint64_t present = Ticks(now);
   return present > stamp.lastWrite + kTick || stamp.lastWrite > present + kTick;
 }
 

@@ -8,38 +8,29 @@
 namespace kozor::container {
 namespace {
 
-constexpr DosTime kLastDosTime = {0xFF9F, 0xBF7D};  // 2107-12-31 23:59:58
-constexpr std::uint64_t kFileTimeOf1980 = FileTimeOfUnix(315'532'800);
-
-FILETIME Split(std::uint64_t fileTime) {
-  FILETIME result;
-  result.dwLowDateTime = static_cast<DWORD>(fileTime & 0xFFFFFFFF);
-  result.dwHighDateTime = static_cast<DWORD>(fileTime >> 32);
-  return result;
-}
+constexpr std::uint64_t kFileTimeOf1980 = FileTimeOfDosAsUtc(kFirstDosTime);
 
 }  // namespace
 
 DosTime ValidDosTime(DosTime words) {
-  FILETIME ignored;
-  return DosDateTimeToFileTime(words.date, words.time, &ignored) ? words : kFirstDosTime;
+  return words.IsValid() ? words : kFirstDosTime;
 }
 
 std::uint64_t FileTimeOfDos(DosTime local) {
   std::tm moment = {};
-  moment.tm_year = 80 + (local.date >> 9);
-  moment.tm_mon = (local.date >> 5 & 15) - 1;
-  moment.tm_mday = local.date & 31;
-  moment.tm_hour = local.time >> 11;
-  moment.tm_min = local.time >> 5 & 63;
-  moment.tm_sec = (local.time & 31) * 2;
+  moment.tm_year = local.Year() - 1900;
+  moment.tm_mon = local.Month() - 1;
+  moment.tm_mday = local.Day();
+  moment.tm_hour = local.Hour();
+  moment.tm_min = local.Minute();
+  moment.tm_sec = local.Second();
   moment.tm_isdst = -1;
   const std::time_t seconds = std::mktime(&moment);
   return seconds < 0 ? kFileTimeOf1980 : FileTimeOfUnix(static_cast<std::uint64_t>(seconds));
 }
 
 DosTime DosOfFileTime(std::uint64_t fileTime) {
-  const FILETIME utc = Split(fileTime);
+  const auto utc = FromTicks<FILETIME>(fileTime);
   FILETIME local;
   DosTime words;
   if (FileTimeToLocalFileTime(&utc, &local) &&
@@ -52,9 +43,7 @@ DosTime DosOfFileTime(std::uint64_t fileTime) {
 std::uint64_t CurrentFileTime() {
   FILETIME now;
   GetSystemTimeAsFileTime(&now);
-  const std::uint64_t ticks =
-      static_cast<std::uint64_t>(now.dwHighDateTime) << 32 | now.dwLowDateTime;
-  return ticks - ticks % kTicksPerSecond;
+  return Ticks(now) - Ticks(now) % kTicksPerSecond;
 }
 
 }  // namespace kozor::container

@@ -5,9 +5,9 @@
 #include <chrono>
 
 #include "engine/container/MemberName.h"
-#include "engine/container/MemberTime.h"
 #include "engine/container/Text.h"
 #include "engine/sfx/Console.h"
+#include "platform/Clock.h"
 
 namespace kozor::sfx {
 namespace {
@@ -17,17 +17,6 @@ using std::chrono::sys_days;
 using std::chrono::sys_seconds;
 
 constexpr std::int64_t kLastShownSecond = 253'402'300'799;  // 9999-12-31 23:59:59
-
-std::uint64_t TimeOfDos(container::DosTime words) {
-  const auto date = [](container::DosTime dos) {
-    return std::chrono::year(1980 + (dos.date >> 9)) / (dos.date >> 5 & 15) / (dos.date & 31);
-  };
-  if (!date(words).ok()) words = container::kFirstDosTime;
-  const seconds day = sys_days(date(words)).time_since_epoch();
-  const int second =
-      (words.time >> 11) * 3600 + (words.time >> 5 & 63) * 60 + (words.time & 31) * 2;
-  return container::FileTimeOfUnix(static_cast<std::uint64_t>(day.count() + second));
-}
 
 }  // namespace
 
@@ -41,13 +30,14 @@ Entry DescribeEntry(const container::MemberHeader& header) {
   entry.strays = shown.strayed;
   entry.name = std::move(shown.text);
   std::replace(entry.name.begin(), entry.name.end(), '\\', '/');
-  entry.time = header.utcTime != 0 ? header.utcTime : TimeOfDos({header.dosDate, header.dosTime});
+  const DosTime dos{header.dosDate, header.dosTime};
+  entry.time = header.utcTime != 0 ? header.utcTime
+                                   : FileTimeOfDosAsUtc(dos.IsValid() ? dos : kFirstDosTime);
   return entry;
 }
 
 std::string TimeText(std::uint64_t fileTime) {
-  const sys_seconds moment{
-      seconds(std::min(container::UnixOfFileTime(fileTime), kLastShownSecond))};
+  const sys_seconds moment{seconds(std::min(UnixOfFileTime(fileTime), kLastShownSecond))};
   const sys_days day = std::chrono::floor<std::chrono::days>(moment);
   const std::chrono::year_month_day date(day);
   const auto second = static_cast<unsigned>((moment - day).count());

@@ -5,9 +5,9 @@
 #include <cstdio>
 #include <utility>
 
-#include "engine/container/MemberTime.h"
 #include "engine/sfx/Console.h"
 #include "engine/sfx/linux/SystemCalls.h"
+#include "platform/Clock.h"
 
 namespace kozor::sfx {
 namespace {
@@ -16,8 +16,8 @@ constexpr int kDirectory = O_PATH | O_DIRECTORY;
 
 timespec HostTime(std::uint64_t fileTime) {
   timespec time{};
-  time.tv_sec = container::UnixOfFileTime(fileTime);
-  time.tv_nsec = static_cast<long>(fileTime % container::kTicksPerSecond * 100);
+  time.tv_sec = UnixOfFileTime(fileTime);
+  time.tv_nsec = static_cast<long>(fileTime % kTicksPerSecond * 100);
   return time;
 }
 

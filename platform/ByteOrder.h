@@ -1,0 +1,40 @@
+// ByteOrder.h - numbers as archives and volumes hold them: low byte first, on every machine.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <type_traits>
+
+namespace kozor {
+
+// The caller has checked that the number lies inside what `bytes` points to.
+template <typename Number>
+constexpr Number LoadLittle(const std::uint8_t* bytes) {
+  std::uint64_t bits = 0;
+  for (std::size_t i = 0; i < sizeof(Number); ++i) bits |= std::uint64_t{bytes[i]} << (8 * i);
+  return static_cast<Number>(bits);
+}
+
+// Puts the low `width` bytes of `value`, at most 8, at `bytes`.
+constexpr void StoreLittle(std::uint8_t* bytes, std::uint64_t value, std::size_t width) {
+  for (std::size_t i = 0; i < width; ++i) bytes[i] = static_cast<std::uint8_t>(value >> (8 * i));
+}
+
+// A field of a record that is the bytes of a medium in memory.
+template <typename Number>
+class LittleEndian {
+ public:
+  constexpr LittleEndian& operator=(Number value) {
+    StoreLittle(bytes.data(), static_cast<std::uint64_t>(value), sizeof(Number));
+    return *this;
+  }
+  constexpr operator Number() const { return LoadLittle<Number>(bytes.data()); }
+
+ private:
+  std::array<std::uint8_t, sizeof(Number)> bytes{};
+};
+static_assert(alignof(LittleEndian<std::uint64_t>) == 1 &&
+              sizeof(LittleEndian<std::uint64_t>) == 8);
+
+}  // namespace kozor

@@ -1,0 +1,81 @@
+// Clock.h - the clocks of files: FILETIME, seconds since 1970, and DOS words.
+//
+// A FILETIME is mostly one number here: ticks of 100 nanoseconds since 1601-01-01 00:00:00 UTC.
+// Neither it nor the seconds know leap seconds, so one is the other times a factor.
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+
+namespace kozor {
+
+inline constexpr std::uint64_t kTicksPerSecond = 10'000'000;
+inline constexpr std::int64_t kSecondsFrom1601To1970 = 11'644'473'600;
+inline constexpr std::uint64_t kFileTimeOf1970 = kSecondsFrom1601To1970 * kTicksPerSecond;
+
+static_assert(std::chrono::sys_days(std::chrono::year(1601) / 1 / 1).time_since_epoch() ==
+              -std::chrono::seconds(kSecondsFrom1601To1970));
+
+constexpr std::uint64_t FileTimeOfUnix(std::uint64_t seconds) {
+  return kFileTimeOf1970 + seconds * kTicksPerSecond;
+}
+
+// Whole seconds since 1970, rounded down; negative before.
+constexpr std::int64_t UnixOfFileTime(std::uint64_t fileTime) {
+  return static_cast<std::int64_t>(fileTime / kTicksPerSecond) - kSecondsFrom1601To1970;
+}
+
+// A number that Win32 records have in two halves.
+constexpr std::uint64_t JoinHalves(std::uint32_t high, std::uint32_t low) {
+  return std::uint64_t{high} << 32 | low;
+}
+
+// Between the record and the number.
+template <typename FileTime>
+constexpr std::uint64_t Ticks(const FileTime& time) {
+  return JoinHalves(time.dwHighDateTime, time.dwLowDateTime);
+}
+template <typename FileTime>
+constexpr FileTime FromTicks(std::uint64_t ticks) {
+  FileTime time{};
+  time.dwLowDateTime = static_cast<std::uint32_t>(ticks);
+  time.dwHighDateTime = static_cast<std::uint32_t>(ticks >> 32);
+  return time;
+}
+
+// A moment in DOS words: without a zone, with a grain of two seconds.
+struct DosTime {
+  std::uint16_t date = 0;  // year - 1980 (7 bits), month (4), day (5)
+  std::uint16_t time = 0;  // hour (5 bits), minute (6), second / 2 (5)
+
+  constexpr int Year() const { return 1980 + (date >> 9); }
+  constexpr int Month() const { return date >> 5 & 15; }
+  constexpr int Day() const { return date & 31; }
+  constexpr int Hour() const { return time >> 11; }
+  constexpr int Minute() const { return time >> 5 & 63; }
+  constexpr int Second() const { return (time & 31) * 2; }
+
+  constexpr std::chrono::year_month_day CalendarDay() const {
+    return std::chrono::year(Year()) / Month() / Day();
+  }
+  constexpr bool IsValid() const {
+    return CalendarDay().ok() && Hour() < 24 && Minute() < 60 && Second() < 60;
+  }
+};
+
+inline constexpr DosTime kFirstDosTime = {0x0021, 0x0000};  // 1980-01-01 00:00:00
+inline constexpr DosTime kLastDosTime = {0xFF9F, 0xBF7D};   // 2107-12-31 23:59:58
+
+// Valid words read as UTC.
+constexpr std::uint64_t FileTimeOfDosAsUtc(DosTime dos) {
+  using namespace std::chrono;
+  const seconds since1970 = sys_days(dos.CalendarDay()).time_since_epoch() + hours(dos.Hour()) +
+                            minutes(dos.Minute()) + seconds(dos.Second());
+  return FileTimeOfUnix(static_cast<std::uint64_t>(since1970.count()));
+}
+
+static_assert(UnixOfFileTime(FileTimeOfDosAsUtc(kFirstDosTime)) == 315'532'800);
+static_assert(UnixOfFileTime(FileTimeOfDosAsUtc(kLastDosTime)) == 4'354'819'198);
+static_assert(kLastDosTime.IsValid() && !DosTime{0, 0}.IsValid());
+
+}  // namespace kozor
