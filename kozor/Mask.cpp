@@ -4,11 +4,16 @@
 #include <algorithm>
 
 #include "platform/text/Case.h"
-#include "platform/text/Path.h"
 
 namespace kozor::program {
 
 namespace {
+
+// Cuts after the last backslash.  The paths are relative: a ':' is no drive's.
+std::pair<std::string_view, std::string_view> Cut(std::string_view path) {
+  const std::size_t cut = path.rfind('\\') + 1;
+  return {path.substr(0, cut), path.substr(cut)};
+}
 
 // A mask as the user wrote it, in the form of names.
 std::string LibraryForm(std::string word) {
@@ -25,9 +30,9 @@ bool HasWildcards(std::string_view text) {
 }
 
 Mask::Mask(std::string given) : word(std::move(given)) {
-  const text::Path path(word);
-  folder = path.Folder();
-  name = path.FileName();
+  const auto [maskFolder, maskName] = Cut(word);
+  folder = maskFolder;
+  name = maskName;
   if (HasWildcards(name)) wildCard.emplace(text::UpperKey(name));
 }
 
@@ -38,8 +43,7 @@ bool Mask::MeansName(std::string_view candidate) const {
 bool Mask::Means(std::string_view path) const {
   for (std::size_t end = 0; end != std::string_view::npos;) {
     end = path.find('\\', end + 1);
-    const text::Path begin(path.substr(0, end));
-    if (begin.Folder().starts_with(folder) && MeansName(begin.FileName())) return true;
+    if (MeansItself(path.substr(0, end))) return true;
   }
   return false;
 }

@@ -7,7 +7,7 @@
 #include "engine/container/Path.h"
 #include "engine/container/TemporaryArchive.h"
 #include "engine/sfx/Stub.h"
-#include "platform/win32/ProgramFile.h"
+#include "platform/win32/HostRules.h"
 #include "platform/win32/Win32.h"
 
 namespace kozor::commands {

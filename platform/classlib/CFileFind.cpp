@@ -3,7 +3,18 @@
 
 #include <cstring>
 
-#include "platform/win32/AnsiPath.h"
+namespace {
+
+// The part of a path in front of its last name.
+CString DirectoryOf(const char* path) {
+  const char* name = path;
+  for (const char* p = path; *p != '\0'; p = CharNextA(p)) {
+    if (*p == '\\' || (*p == ':' && p == path + 1)) name = p + 1;
+  }
+  return CString(path, static_cast<int>(name - path));
+}
+
+}  // namespace
 
 CFileFind::CFileFind() = default;
 
@@ -14,7 +25,7 @@ CFileFind::~CFileFind() {
 int CFileFind::FindFile(const char* name, DWORD /*unused*/) {
   Close();
   if (name == nullptr) name = "*.*";
-  directory = CString(name, static_cast<int>(kozor::AnsiPath(name).Folder().size()));
+  directory = DirectoryOf(name);
   search = FindFirstFileA(name, &next);
   hasNext = search != INVALID_HANDLE_VALUE;
   return hasNext;

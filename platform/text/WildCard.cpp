@@ -8,7 +8,7 @@ namespace kozor::text {
 
 WildCard::WildCard(std::u16string_view mask) {
   if (mask == u"*.*") mask = u"*";
-  // Dots at the end are not looked for: behind a star they say that there is no extension.
+  // Dots at the end match nothing themselves: after a star they say that there is no extension.
   const std::size_t length = mask.find_last_not_of(u'.') + 1;
   tokens.reserve(length);
   for (std::size_t i = 0; i < length; ++i) {

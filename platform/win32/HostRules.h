@@ -1,10 +1,17 @@
-// HostRules.h - where the hosts' file systems differ and Win32 has no call that hides it.
+// HostRules.h - where the hosts differ and Win32 has no call that hides it.
 #pragma once
 
 #include "platform/Export.h"
 #include "platform/win32/Win32.h"
 
 #if defined(_WIN32)
+
+// What makes a file a program: its suffix on Windows, mode bits as well elsewhere.
+constexpr char kProgramSuffix[] = ".exe";
+
+inline int KzMakeProgram(const char* /*path*/, const char* /*like*/) {
+  return 1;
+}
 
 inline int KzCreatesExactly() {
   return 0;
@@ -39,11 +46,16 @@ inline int KzDeleteHeld(const char* path, HANDLE* held) {
 
 #else
 
+constexpr char kProgramSuffix[] = ".run";
+
+// Lets all those run the file `path` who may read it, and no one else read it than those who may
+// read the file `like`.  Library paths; the owner can always read and run it.  Returns 1; 0 with
+// GetLastError on failure.
+ZOR_PLATFORM_API int KzMakeProgram(const char* path, const char* like);
+
 // Non-zero where two names that differ in case alone are two files: what is created takes an
-// existing name only if it is spelt the same.
-inline int KzCreatesExactly() {
-  return 1;
-}
+// existing name only if it is spelt the same (KzSetCaseBlindCreation).
+ZOR_PLATFORM_API int KzCreatesExactly();
 
 // What KzSetNameCodePage has chosen.
 ZOR_PLATFORM_API unsigned int KzNameCodePage();

@@ -33,6 +33,16 @@ ZOR_PLATFORM_API int KzSetNameCodePage(unsigned int codePage);
 // Wild-cards ignore case either way.  Returns the old value.
 ZOR_PLATFORM_API int KzSetCaseSensitive(int on);
 
+// Zero, the default: calls that may create a name (files, directories, targets of a move) take an
+// existing one only if it is spelt the same, so "a" and "A" are two files.  Non-zero: they take one
+// that differs in case too, as on Windows, where there is never a second.  Returns the old value.
+ZOR_PLATFORM_API int KzSetCaseBlindCreation(int on);
+
+// When FlushFileBuffers waits for the medium.  Zero, the default: at once.  Non-zero: when the file
+// is closed, once for all calls; CloseHandle returns 0 with the error if the data didn't get there.
+// Returns the old value.
+ZOR_PLATFORM_API int KzSetFlushAtClose(int on);
+
 // Between host paths and library paths.  Relative paths stay relative.  An absolute host path comes
 // out on the drive whose directory is its longest prefix; a library path that exists gives the
 // spelling on disk.  Nothing has to exist.

@@ -60,6 +60,17 @@ inline bool Opens(const std::string& path, DWORD access = GENERIC_READ,
   return OpenFile(path, access, FILE_SHARE_READ, disposition).IsOpen();
 }
 
+// The contents of a file of at most 64 KiB.
+inline std::string ReadText(const std::string& path) {
+  const OpenFile file(path, GENERIC_READ, FILE_SHARE_READ, OPEN_EXISTING);
+  EXPECT_TRUE(file.IsOpen()) << path << ": " << GetLastError();
+  std::string text(64 * 1024, '\0');
+  DWORD got = 0;
+  EXPECT_TRUE(ReadFile(file.Get(), text.data(), static_cast<DWORD>(text.size()), &got, nullptr));
+  text.resize(got);
+  return text;
+}
+
 // Names that a search gives, "." and ".." included, in its order.
 inline Names Search(const std::string& mask) {
   Names names;
@@ -109,15 +120,7 @@ class WinFolder {
     EXPECT_EQ(written, text.size());
   }
 
-  std::string Read(const std::string& name) const {
-    const OpenFile file(Path(name), GENERIC_READ, FILE_SHARE_READ, OPEN_EXISTING);
-    EXPECT_TRUE(file.IsOpen()) << name << ": " << GetLastError();
-    std::string text(64 * 1024, '\0');
-    DWORD got = 0;
-    EXPECT_TRUE(ReadFile(file.Get(), text.data(), static_cast<DWORD>(text.size()), &got, nullptr));
-    text.resize(got);
-    return text;
-  }
+  std::string Read(const std::string& name) const { return ReadText(Path(name)); }
 
   bool MakeDirectory(const std::string& name) const {
     return CreateDirectoryA(Path(name).c_str(), nullptr);

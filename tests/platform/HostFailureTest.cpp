@@ -8,6 +8,7 @@
 
 #include <csignal>
 
+#include "platform/win32/PosixAdmin.h"
 #include "tests/platform/Contract.h"
 #include "tests/support/FailCall.h"
 #include "tests/support/TestFolder.h"
@@ -55,6 +56,54 @@ TEST_F(HostFailure, ReadsFlushesAndMovesReportTheirErrors) {
   EXPECT_FAILS_WITH(ERROR_IO_DEVICE, !Move("g", "h", MOVEFILE_WRITE_THROUGH));
 }
 
+TEST_F(HostFailure, SearchesTellThatADirectoryCouldNotBeRead) {
+  for (const char* name : {"a", "b"}) folder.WriteFile(name, "x");
+  WIN32_FIND_DATAA data;
+  const auto first = [&] { return FindFirstFileA(folder.Lib("*").c_str(), &data); };
+  {
+    const FailCall<&SystemCalls::opendir> failing(1, EACCES, Failing::Always);
+    EXPECT_FAILS_WITH(ERROR_ACCESS_DENIED, first() == INVALID_HANDLE_VALUE);
+  }
+  {
+    const FailCall<&SystemCalls::readdir> failing(1, EIO, Failing::Always);
+    EXPECT_FAILS_WITH(ERROR_IO_DEVICE, first() == INVALID_HANDLE_VALUE);
+  }
+  const FailCall<&SystemCalls::readdir> failing(3, EIO);
+  const HANDLE find = first();
+  ASSERT_NE(find, INVALID_HANDLE_VALUE);
+  EXPECT_TRUE(FindNextFileA(find, &data)) << "what could be read comes first";
+  EXPECT_FAILS_WITH(ERROR_IO_DEVICE, !FindNextFileA(find, &data));
+  FindClose(find);
+}
+
+TEST_F(HostFailure, FlushesCanWaitForTheFileToBeClosed) {
+  EXPECT_EQ(KzSetFlushAtClose(1), 0);
+  const HANDLE file = CreateFileA(folder.Lib("f").c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
+                                  FILE_ATTRIBUTE_NORMAL, nullptr);
+  const HANDLE other = CreateFileA(folder.Lib("g").c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
+                                   FILE_ATTRIBUTE_NORMAL, nullptr);
+  const FailCall<&SystemCalls::fdatasync> failing(1, EIO, Failing::Always);
+  EXPECT_TRUE(FlushFileBuffers(file));
+  EXPECT_EQ(KzSetFlushAtClose(0), 1);
+  EXPECT_FAILS_WITH(ERROR_IO_DEVICE, !CloseHandle(file));
+  EXPECT_FAILS_WITH(ERROR_INVALID_HANDLE, !CloseHandle(file));  // it is closed all the same
+  EXPECT_TRUE(CloseHandle(other)) << "nobody asked for a flush";
+}
+
+// Through a link to its directory a file has a second path, but one name that could be lost.
+TEST_F(HostFailure, AMoveOntoItselfLosesNothing) {
+  folder.WriteFile("d/f", "x");
+  folder.WriteFile("d/g", "y");
+  ASSERT_EQ(::link(folder.Path("d/g").c_str(), folder.Path("d/h").c_str()), 0);
+  ASSERT_EQ(::symlink("d", folder.Path("way").c_str()), 0);
+  EXPECT_TRUE(Move("d\\f", "way\\f", MOVEFILE_REPLACE_EXISTING));
+  EXPECT_TRUE(Move("d\\g", "way\\g", MOVEFILE_REPLACE_EXISTING));
+  EXPECT_EQ(ReadText(folder.Lib("d\\f")) + ReadText(folder.Lib("d\\g")), "xy");
+  EXPECT_TRUE(Move("d\\g", "way\\h", MOVEFILE_REPLACE_EXISTING)) << "two names become one";
+  EXPECT_FALSE(folder.Exists("d/g"));
+  EXPECT_EQ(ReadText(folder.Lib("d\\h")), "y");
+}
+
 TEST_F(HostFailure, MovesWorkWhereTheHostCannotRefuseToReplace) {
   folder.WriteFile("f", "x");
   const FailCall<&SystemCalls::renameat2> failing(1, EINVAL);
@@ -62,32 +111,27 @@ TEST_F(HostFailure, MovesWorkWhereTheHostCannotRefuseToReplace) {
   EXPECT_EQ(folder.List(), Names{"g"});
 }
 
-TEST_F(HostFailure, AMappingWithoutRoomOrAddressesLeavesTheFileAsItWas) {
-  folder.WriteFile("f", "0123456789");
-  const OpenFile file(folder.Lib("f"), kReadWrite, 0, OPEN_EXISTING);
-  const FailCall<&SystemCalls::fallocate> full(1, ENOSPC);
-  EXPECT_FAILS_WITH(ERROR_DISK_FULL, CreateFileMappingA(file.Get(), nullptr, PAGE_READWRITE, 0,
-                                                        1 << 20, nullptr) == nullptr);
-  EXPECT_EQ(GetFileSize(file.Get(), nullptr), 10U);
-  const HANDLE mapping = CreateFileMappingA(file.Get(), nullptr, PAGE_READWRITE, 0, 0, nullptr);
-  const FailCall<&SystemCalls::mmap> failing(1, ENOMEM);
-  EXPECT_FAILS_WITH(ERROR_NOT_ENOUGH_MEMORY,
-                    MapViewOfFile(mapping, FILE_MAP_WRITE, 0, 0, 0) == nullptr);
-  CloseHandle(mapping);
-}
-
-TEST_F(HostFailure, AMappingIsFilledWithZerosWhereBlocksCannotBeReserved) {
+TEST_F(HostFailure, AMappingNeedsRoomAndAddressesButNoReservation) {
   folder.WriteFile("f", "0123456789");
   const OpenFile file(folder.Lib("f"), kReadWrite, FILE_SHARE_READ, OPEN_EXISTING);
+  const auto map = [&](DWORD bytes) {
+    return CreateFileMappingA(file.Get(), nullptr, PAGE_READWRITE, 0, bytes, nullptr);
+  };
+  {
+    const FailCall<&SystemCalls::fallocate> full(1, ENOSPC);
+    EXPECT_FAILS_WITH(ERROR_DISK_FULL, map(1 << 20) == nullptr);
+    EXPECT_EQ(GetFileSize(file.Get(), nullptr), 10U) << "the file is as it was";
+  }
   const FailCall<&SystemCalls::fallocate> unable(1, EOPNOTSUPP);
-  const HANDLE mapping =
-      CreateFileMappingA(file.Get(), nullptr, PAGE_READWRITE, 0, 300'000, nullptr);
-  ASSERT_NE(mapping, nullptr);
+  const FailCall<&SystemCalls::mmap> failing(1, ENOMEM);
+  const HANDLE mapping = map(300'000);
+  EXPECT_FAILS_WITH(ERROR_NOT_ENOUGH_MEMORY,
+                    MapViewOfFile(mapping, FILE_MAP_WRITE, 0, 0, 0) == nullptr);
   CloseHandle(mapping);
   struct stat facts {};
   ASSERT_EQ(::stat(folder.Path("f").c_str(), &facts), 0);
   EXPECT_EQ(facts.st_size, 300'000);
-  EXPECT_GE(facts.st_blocks * 512, 290'000) << "no holes";
+  EXPECT_GE(facts.st_blocks * 512, 290'000) << "filled with zeros: no holes";
   EXPECT_EQ(folder.ReadFile("f")[9], '9');
 }
 

@@ -59,19 +59,17 @@ TEST_F(HostName, WhatCannotBeSaidIsListedButNamesNothing) {
     EXPECT_FAILS_WITH(ERROR_INVALID_NAME, !Opens(row.listed));
     EXPECT_EQ(::unlink(folder.Path(row.host).c_str()), 0);
   }
-}
-
-TEST_F(HostName, BytesThatAreNoCharacterNameNothing) {
   for (const char* name : {"a\x81", "a\x85\x40", "a\xFC\xFC"}) EXPECT_FALSE(Make(name));
   const CodePageScope utf8(CP_UTF8);
   for (const char* name : {"a\xFF", "\xC0\xAF", "\xED\xA0\x80"}) EXPECT_FALSE(Make(name));
 }
 
-TEST_F(HostName, OtherReadingsOfACharacterAreFoundBehindTheExactOne) {
+TEST_F(HostName, OtherReadingsOfACharacterAreFoundAfterTheExactOne) {
   const char* const name = "a\x81\x60z";
   folder.WriteFile("a〜z", "wave dash");
   EXPECT_EQ(List(), Names{name});
   EXPECT_TRUE(Opens(name));
+  EXPECT_FALSE(Make(name)) << "spelt the same, as far as the code page can tell";
   EXPECT_EQ(KzSetCaseSensitive(1), 0);
   EXPECT_TRUE(Opens(name));
   EXPECT_EQ(KzSetCaseSensitive(0), 1);
@@ -83,8 +81,7 @@ TEST_F(HostName, IsFoundWithoutRegardToCaseTheExactSpellingFirst) {
   folder.WriteFile("Dir/ReadMe.TXT", "x");
   EXPECT_TRUE(Opens("dir\\readme.txt"));
   EXPECT_FALSE(Opens("dir\\readme.tx"));
-  EXPECT_TRUE(MakeDirectory("DIR\\New"));
-  EXPECT_FALSE(Make("dir\\README.txt"));
+  EXPECT_TRUE(MakeDirectory("DIR\\New")) << "the directory above is looked up";
   EXPECT_EQ(folder.List(), (Names{"Dir/", "Dir/New/", "Dir/ReadMe.TXT"}));
 
   folder.WriteFile("name", "lower");
@@ -100,21 +97,42 @@ TEST_F(HostName, IsFoundWithoutRegardToCaseTheExactSpellingFirst) {
   EXPECT_TRUE(Opens("ａＢσЖé"));
 }
 
-TEST_F(HostName, CaseCountsOnDemand) {
-  folder.WriteFile("Name", "x");
+TEST_F(HostName, IsCreatedExactlyUnlessToldOtherwise) {
+  const auto make = [&](const char* name, DWORD disposition) {
+    return test::Opens(folder.Lib(name), GENERIC_WRITE, disposition);
+  };
+  folder.WriteFile("a", "lower");
+  folder.WriteFile("b", "b");
+  EXPECT_TRUE(make("A", CREATE_ALWAYS));
+  EXPECT_FAILS_WITH(ERROR_FILE_EXISTS, !make("A", CREATE_NEW));
+  EXPECT_TRUE(make("B", OPEN_ALWAYS));
+  EXPECT_TRUE(MakeDirectory("d"));
+  EXPECT_TRUE(MakeDirectory("D"));
+  EXPECT_FAILS_WITH(ERROR_ALREADY_EXISTS, !MakeDirectory("D"));
+  EXPECT_TRUE(MoveFileExA(folder.Lib("b").c_str(), folder.Lib("D\\x").c_str(), 0));
+  EXPECT_TRUE(MoveFileExA(folder.Lib("a").c_str(), folder.Lib("D\\X").c_str(), 0));
+  EXPECT_EQ(folder.List(), (Names{"A", "B", "D/", "D/X", "D/x", "d/"}));
+  EXPECT_EQ(ReadText(folder.Lib("D\\X")), "lower");
+
   KzSetCaseSensitive(1);
-  EXPECT_TRUE(Opens("Name"));
-  EXPECT_FAILS_WITH(ERROR_FILE_NOT_FOUND, !Opens("name"));
-  EXPECT_TRUE(Make("NAME"));
-  EXPECT_EQ(List("n*"), (Names{"NAME", "Name"})) << "masks ignore case all the same";
+  EXPECT_FAILS_WITH(ERROR_FILE_NOT_FOUND, !Opens("D\\..\\b"));
+  EXPECT_EQ(List("b*"), Names{"B"}) << "masks ignore case all the same";
   KzSetCaseSensitive(0);
+
+  EXPECT_EQ(KzSetCaseBlindCreation(1), 0);
+  EXPECT_FAILS_WITH(ERROR_FILE_EXISTS, !make("d\\..\\b", CREATE_NEW));
+  EXPECT_FAILS_WITH(ERROR_ALREADY_EXISTS,
+                    !MoveFileExA(folder.Lib("A").c_str(), folder.Lib("b").c_str(), 0));
+  EXPECT_TRUE(MoveFileExA(folder.Lib("A").c_str(), folder.Lib("a").c_str(), 0)) << "respelt";
+  EXPECT_EQ(KzSetCaseBlindCreation(0), 1);
+  EXPECT_EQ(folder.List(), (Names{"B", "D/", "D/X", "D/x", "a", "d/"}));
 }
 
 // Large directories are remembered; what is remembered must never be wrong.
 TEST_F(HostName, LargeDirectoriesAreSearchedAsSmallOnesAre) {
   for (int i = 0; i < 600; ++i) ASSERT_TRUE(Make("File" + std::to_string(i)));
   for (int i = 0; i < 600; i += 7) {
-    EXPECT_FALSE(Make("fILE" + std::to_string(i))) << i;
+    EXPECT_FALSE(Make("File" + std::to_string(i))) << i;
     EXPECT_TRUE(Opens("FILE" + std::to_string(i))) << i;
   }
   EXPECT_TRUE(Delete("FILE599"));
@@ -123,7 +141,7 @@ TEST_F(HostName, LargeDirectoriesAreSearchedAsSmallOnesAre) {
   EXPECT_FALSE(Opens("FILE598"));
   EXPECT_TRUE(Opens("MOVED"));
   EXPECT_TRUE(MakeDirectory("Sub"));
-  EXPECT_FALSE(MakeDirectory("SUB"));
+  EXPECT_FALSE(MakeDirectory("Sub"));
   EXPECT_TRUE(RemoveDirectoryA(folder.Lib("SUB").c_str()));
   EXPECT_TRUE(MakeDirectory("SUB"));
   folder.WriteFile("Foreign", "made by another program");

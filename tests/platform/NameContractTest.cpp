@@ -40,7 +40,7 @@ TEST_F(NameContract, DirectoriesAreMadeOneLevelAtATimeAndRemovedEmpty) {
     const char* name;
     DWORD error;
   } rows[] = {
-      {"D\\E", ERROR_ALREADY_EXISTS}, {"f", ERROR_ALREADY_EXISTS}, {"a\\b", ERROR_PATH_NOT_FOUND},
+      {"D\\e", ERROR_ALREADY_EXISTS}, {"f", ERROR_ALREADY_EXISTS}, {"a\\b", ERROR_PATH_NOT_FOUND},
       {"f\\b", ERROR_PATH_NOT_FOUND}, {"a|b", ERROR_INVALID_NAME},
   };
   for (const auto& row : rows) {

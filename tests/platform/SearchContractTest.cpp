@@ -14,34 +14,18 @@ TEST_F(SearchContract, EntriesComeByNameWithoutRegardToCase) {
             (Names{".", "..", "A.TXT", "a1", "aa", "b.txt", "B2", "c", "Z", "_x"}));
 }
 
+// The rules themselves have a table in WildCardTest; these show that the real calls keep them.
 TEST_F(SearchContract, WildCardsFollowTheRealRules) {
   if (UnderWine()) GTEST_SKIP() << "Wine 8 takes a question mark for any one character";
-  for (const char* name :
-       {"a", "ab", "abc", "a.b", "a.bc", "abc.txt", "abc.text", "a.b.txt", "x.c"}) {
-    folder.Write(name, "");
-  }
-  const Names all = {"a", "a.b", "a.b.txt", "a.bc", "ab", "abc", "abc.text", "abc.txt", "x.c"};
-  const struct {
-    const char* mask;
-    Names names;
-  } rows[] = {
-      {"*", all},
-      {"*.*", all},
-      {"*.", {"a", "ab", "abc"}},
-      {"*.txt", {"a.b.txt", "abc.txt"}},
-      {"*.TX?", {"a.b.txt", "abc.txt"}},
-      {"abc.*", {"abc", "abc.text", "abc.txt"}},
-      {"?", {"a"}},
-      {"???", {"a", "ab", "abc"}},
-      {"?.?", {"a", "a.b", "x.c"}},
-      {"a????.txt", {"abc.txt"}},
-      {"*.?", {"a", "a.b", "ab", "abc", "x.c"}},
-      {"*b*c*", {"a.bc", "abc", "abc.text", "abc.txt"}},
-      {"ABC.TXT", {"abc.txt"}},
-      {"a*a*a*a*a*b", {}},
-  };
-  for (const auto& row : rows) {
-    EXPECT_EQ(SearchWithoutDots(folder.Path(row.mask)), row.names) << row.mask;
+  for (const char* name : {"a", "ab", "a.b", "abc.txt", "a.b.txt"}) folder.Write(name, "");
+  const std::pair<const char*, Names> rows[] = {{"*.*", {"a", "a.b", "a.b.txt", "ab", "abc.txt"}},
+                                                {"*.", {"a", "ab"}},
+                                                {"*.TX?", {"a.b.txt", "abc.txt"}},
+                                                {"a.*", {"a", "a.b", "a.b.txt"}},
+                                                {"??.?", {"a", "a.b", "ab"}},
+                                                {"ABC.TXT", {"abc.txt"}}};
+  for (const auto& [mask, names] : rows) {
+    EXPECT_EQ(SearchWithoutDots(folder.Path(mask)), names) << mask;
   }
 }
 

@@ -38,8 +38,10 @@ class FailCall<Kind> {
     if (reached && !always) left = -1;
     if (!reached) return real(arguments...);
     errno = error;
-    if constexpr (std::is_pointer_v<Result>) {
-      return reinterpret_cast<Result>(-1);
+    if constexpr (std::is_same_v<Result, void*>) {
+      return reinterpret_cast<Result>(-1);  // a mapping
+    } else if constexpr (std::is_pointer_v<Result>) {
+      return nullptr;
     } else {
       return static_cast<Result>(-1);
     }

@@ -30,12 +30,12 @@ constexpr DWORD kStorable = FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN |
 constexpr mode_t kAllWrite = S_IWUSR | S_IWGRP | S_IWOTH;
 constexpr mode_t kAllRead = S_IRUSR | S_IRGRP | S_IROTH;
 
-DWORD DefaultAttributes(const FileFacts& facts, std::string_view hostName) {
+DWORD DefaultAttributes(const Metadata& metadata, std::string_view hostName) {
   const bool dot = hostName.starts_with('.') && hostName != "." && hostName != "..";
-  return (facts.IsDirectory() ? 0 : FILE_ATTRIBUTE_ARCHIVE) | (dot ? FILE_ATTRIBUTE_HIDDEN : 0);
+  return (metadata.IsDirectory() ? 0 : FILE_ATTRIBUTE_ARCHIVE) | (dot ? FILE_ATTRIBUTE_HIDDEN : 0);
 }
 
-// Hexadecimal digits behind "0x"; what some servers write behind them doesn't matter.
+// Hexadecimal digits after "0x"; what some servers append is ignored.
 std::optional<DWORD> ParseStored(std::string_view text) {
   if (!text.starts_with("0x") && !text.starts_with("0X")) return std::nullopt;
   DWORD value = 0;
@@ -44,7 +44,7 @@ std::optional<DWORD> ParseStored(std::string_view text) {
   return value & kStorable;
 }
 
-// The text is short, but servers may keep more behind it than we have room for: ERANGE then.
+// The text is short, but servers may append more than we have room for: ERANGE then.
 constexpr std::size_t kRoom = 512;
 
 std::optional<DWORD> ParseResult(ssize_t bytes, const std::array<char, kRoom>& text) {
@@ -67,10 +67,10 @@ mode_t GiveWriteBits(mode_t mode) {
   return mode | S_IWUSR | ((mode & kAllRead) >> 1 & ~FileModeMask());
 }
 
-mode_t WantedMode(const FileFacts& facts, DWORD attributes) {
-  const mode_t mode = facts.mode & 07777;
+mode_t WantedMode(const Metadata& metadata, DWORD attributes) {
+  const mode_t mode = metadata.mode & 07777;
   const bool readOnly = (attributes & FILE_ATTRIBUTE_READONLY) != 0;
-  if (readOnly) return facts.IsDirectory() ? mode : mode & ~kAllWrite;
+  if (readOnly) return metadata.IsDirectory() ? mode : mode & ~kAllWrite;
   return (mode & kAllWrite) != 0 ? mode : GiveWriteBits(mode);
 }
 
@@ -100,33 +100,34 @@ std::optional<DWORD> StoredAttributes(int file) {
   return ParseResult(::fgetxattr(file, kAttributeName, text.data(), text.size()), text);
 }
 
-bool IsReadOnly(const FileFacts& facts, std::optional<DWORD> stored) {
-  return (facts.mode & kAllWrite) == 0 || (stored.value_or(0) & FILE_ATTRIBUTE_READONLY) != 0;
+bool IsReadOnly(const Metadata& metadata, std::optional<DWORD> stored) {
+  return (metadata.mode & kAllWrite) == 0 || (stored.value_or(0) & FILE_ATTRIBUTE_READONLY) != 0;
 }
 
-DWORD AttributesOf(const FileFacts& facts, std::string_view hostName, std::optional<DWORD> stored) {
-  DWORD attributes = stored.value_or(DefaultAttributes(facts, hostName));
-  if (!facts.dangling && IsReadOnly(facts, stored)) attributes |= FILE_ATTRIBUTE_READONLY;
-  if (facts.IsDirectory()) attributes |= FILE_ATTRIBUTE_DIRECTORY;
-  if (facts.link) attributes |= FILE_ATTRIBUTE_REPARSE_POINT;
+DWORD AttributesOf(const Metadata& metadata, std::string_view hostName,
+                   std::optional<DWORD> stored) {
+  DWORD attributes = stored.value_or(DefaultAttributes(metadata, hostName));
+  if (!metadata.dangling && IsReadOnly(metadata, stored)) attributes |= FILE_ATTRIBUTE_READONLY;
+  if (metadata.IsDirectory()) attributes |= FILE_ATTRIBUTE_DIRECTORY;
+  if (metadata.link) attributes |= FILE_ATTRIBUTE_REPARSE_POINT;
   return attributes != 0 ? attributes : FILE_ATTRIBUTE_NORMAL;
 }
 
-DWORD AttributesOf(const FileFacts& facts, std::string_view hostName, const char* hostPath) {
+DWORD AttributesOf(const Metadata& metadata, std::string_view hostName, const char* hostPath) {
   // Only regular files and directories can have extended attributes of users.
-  const bool canHave = facts.IsRegular() || facts.IsDirectory();
-  return AttributesOf(facts, hostName, canHave ? StoredAttributes(hostPath) : std::nullopt);
+  const bool canHave = metadata.IsRegular() || metadata.IsDirectory();
+  return AttributesOf(metadata, hostName, canHave ? StoredAttributes(hostPath) : std::nullopt);
 }
 
-bool StoreAttributes(const char* hostPath, const FileFacts& facts, DWORD attributes) {
+bool StoreAttributes(const char* hostPath, const Metadata& metadata, DWORD attributes) {
   attributes &= kStorable;
-  const mode_t mode = facts.mode & 07777;
-  const mode_t wanted = WantedMode(facts, attributes);
+  const mode_t mode = metadata.mode & 07777;
+  const mode_t wanted = WantedMode(metadata, attributes);
   // The extended attribute can be written only while its owner may write to the file.
   const mode_t meanwhile = mode | S_IWUSR;
   const bool openUp = meanwhile != mode && (wanted != mode || ::geteuid() != 0);
   if (openUp && ::chmod(hostPath, meanwhile) != 0) return false;
-  const bool isDefault = attributes == DefaultAttributes(facts, HostNameOf(hostPath));
+  const bool isDefault = attributes == DefaultAttributes(metadata, HostNameOf(hostPath));
   if (!WriteStored(hostPath, isDefault, attributes)) {
     const int cause = errno;
     if (openUp) ::chmod(hostPath, mode);
@@ -136,8 +137,9 @@ bool StoreAttributes(const char* hostPath, const FileFacts& facts, DWORD attribu
   return (openUp ? meanwhile : mode) == wanted || ::chmod(hostPath, wanted) == 0;
 }
 
-bool ResetAttributes(const char* hostPath, const FileFacts& facts, DWORD asked) {
-  return StoreAttributes(hostPath, facts, asked | DefaultAttributes(facts, HostNameOf(hostPath)));
+bool ResetAttributes(const char* hostPath, const Metadata& metadata, DWORD asked) {
+  return StoreAttributes(hostPath, metadata,
+                         asked | DefaultAttributes(metadata, HostNameOf(hostPath)));
 }
 
 }  // namespace kozor::posix

@@ -8,7 +8,7 @@
 #include <optional>
 #include <string_view>
 
-#include "platform/win32/posix/FileFacts.h"
+#include "platform/win32/posix/Metadata.h"
 
 namespace kozor::posix {
 
@@ -18,19 +18,20 @@ std::optional<DWORD> StoredAttributes(int file);
 
 // All attributes, as the Win32 calls report them: FILE_ATTRIBUTE_NORMAL where there are none.
 // `hostName` is the last component of the path.
-DWORD AttributesOf(const FileFacts& facts, std::string_view hostName, std::optional<DWORD> stored);
+DWORD AttributesOf(const Metadata& metadata, std::string_view hostName,
+                   std::optional<DWORD> stored);
 // The same, reading the stored part.
-DWORD AttributesOf(const FileFacts& facts, std::string_view hostName, const char* hostPath);
+DWORD AttributesOf(const Metadata& metadata, std::string_view hostName, const char* hostPath);
 
 // Whether writing to, replacing and deleting it must fail.
-bool IsReadOnly(const FileFacts& facts, std::optional<DWORD> stored);
+bool IsReadOnly(const Metadata& metadata, std::optional<DWORD> stored);
 
 // Stores attributes and sets the mode bits for read-only.  A directory keeps its mode bits when it
 // is made read-only, because on Windows files can still be made in it. False with errno set.  A
 // file system without extended attributes isn't an error.
-bool StoreAttributes(const char* hostPath, const FileFacts& facts, DWORD attributes);
+bool StoreAttributes(const char* hostPath, const Metadata& metadata, DWORD attributes);
 
 // The attributes of a file that is made anew: its default ones and those that were asked for.
-bool ResetAttributes(const char* hostPath, const FileFacts& facts, DWORD asked);
+bool ResetAttributes(const char* hostPath, const Metadata& metadata, DWORD asked);
 
 }  // namespace kozor::posix

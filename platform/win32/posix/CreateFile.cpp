@@ -5,10 +5,9 @@
 #include <cerrno>
 
 #include "platform/win32/posix/Attributes.h"
+#include "platform/win32/posix/DirectoryNames.h"
 #include "platform/win32/posix/File.h"
-#include "platform/win32/posix/LastError.h"
 #include "platform/win32/posix/LookUp.h"
-#include "platform/win32/posix/OtherSpelling.h"
 #include "platform/win32/posix/SystemCalls.h"
 
 namespace {
@@ -72,19 +71,19 @@ bool KeepsFromReplacing(DWORD stored, DWORD flags) {
 // Why a file that exists can't be opened in this way; ERROR_SUCCESS if it can.
 DWORD RefusalOfExisting(const Request& request, const LibraryPath& path, const Found& found) {
   if (request.disposition == CREATE_NEW) return ERROR_FILE_EXISTS;
-  if (found.facts.dangling) {
+  if (found.metadata.dangling) {
     // Nothing is made in a place that only a link names.
     return request.Creates() ? ERROR_ACCESS_DENIED : ERROR_FILE_NOT_FOUND;
   }
-  if (found.facts.IsDirectory()) {
+  if (found.metadata.IsDirectory()) {
     const bool allowed = (request.flags & FILE_FLAG_BACKUP_SEMANTICS) != 0;
     return allowed && !request.Truncates() ? ERROR_SUCCESS : ERROR_ACCESS_DENIED;
   }
   if (path.trailingSeparator) return ERROR_INVALID_NAME;
-  if (!found.facts.IsRegular()) return ERROR_ACCESS_DENIED;
+  if (!found.metadata.IsRegular()) return ERROR_ACCESS_DENIED;
   if (!request.Writes() && !request.Truncates()) return ERROR_SUCCESS;
   const std::optional<DWORD> stored = StoredAttributes(found.host.c_str());
-  if (IsReadOnly(found.facts, stored)) return ERROR_ACCESS_DENIED;
+  if (IsReadOnly(found.metadata, stored)) return ERROR_ACCESS_DENIED;
   if (request.disposition == CREATE_ALWAYS &&
       KeepsFromReplacing(stored.value_or(0), request.flags)) {
     return ERROR_ACCESS_DENIED;
@@ -96,33 +95,34 @@ DWORD RefusalOfExisting(const Request& request, const LibraryPath& path, const F
 int OpenDescriptor(const Request& request, const Found& found) {
   const char* const host = found.host.c_str();
   const bool writes = request.Writes() || request.Truncates();
-  if (found.facts.IsDirectory() || !writes) return Calls().open(host, O_RDONLY | kOpenFlags, 0);
+  if (found.metadata.IsDirectory() || !writes) return Calls().open(host, O_RDONLY | kOpenFlags, 0);
   const int file = Calls().open(host, O_RDWR | kOpenFlags, 0);
   if (file >= 0 || errno != EACCES || (request.access & GENERIC_READ) != 0) return file;
   return Calls().open(host, O_WRONLY | kOpenFlags, 0);
 }
 
-// What is behind the descriptor may be another file than the look-up saw.
-bool IsStillUsable(int descriptor, const Found& found, FileFacts& facts) {
-  if (!ReadFacts(descriptor, facts)) return FailErrno();
-  const bool good = facts.IsDirectory() ? found.facts.IsDirectory() : facts.IsRegular();
+// The name may have come to mean another file since the look-up.
+bool IsStillUsable(int descriptor, const Found& found, Metadata& metadata) {
+  if (!ReadMetadata(descriptor, metadata)) return FailErrno();
+  const bool good = metadata.IsDirectory() ? found.metadata.IsDirectory() : metadata.IsRegular();
   return good || Fail(ERROR_ACCESS_DENIED);
 }
 
 bool TruncateExisting(const Request& request, const Found& found, const File& file) {
   if (Calls().ftruncate(file.Descriptor(), 0) != 0) return FailErrno();
   return request.disposition != CREATE_ALWAYS ||
-         ResetAttributes(found.host.c_str(), found.facts, request.AskedAttributes()) || FailErrno();
+         ResetAttributes(found.host.c_str(), found.metadata, request.AskedAttributes()) ||
+         FailErrno();
 }
 
 std::shared_ptr<File> OpenExisting(const Request& request, const Found& found) {
   const int descriptor = OpenDescriptor(request, found);
   if (descriptor < 0) return Refuse(ErrorFromErrno(errno));
   auto file = std::make_shared<File>(descriptor, std::string(found.HostName()), request.access);
-  FileFacts facts;
-  if (!IsStillUsable(descriptor, found, facts)) return nullptr;
-  if (facts.IsRegular() &&
-      !file->Hold().Take(descriptor, facts.id, {request.access, request.share})) {
+  Metadata metadata;
+  if (!IsStillUsable(descriptor, found, metadata)) return nullptr;
+  if (metadata.IsRegular() &&
+      !file->Hold().Take(descriptor, metadata.id, {request.access, request.share})) {
     return nullptr;
   }
   if (request.Truncates() && !TruncateExisting(request, found, *file)) return nullptr;
@@ -144,11 +144,11 @@ std::shared_ptr<File> CreateNew(const Request& request, const LibraryPath& path,
   }
   change.Added();
   auto file = std::make_shared<File>(descriptor, std::string(found.HostName()), request.access);
-  FileFacts facts;
-  if (!ReadFacts(descriptor, facts)) return Refuse(ErrorFromErrno(errno));
-  if (!file->Hold().Take(descriptor, facts.id, {request.access, request.share})) return nullptr;
+  Metadata metadata;
+  if (!ReadMetadata(descriptor, metadata)) return Refuse(ErrorFromErrno(errno));
+  if (!file->Hold().Take(descriptor, metadata.id, {request.access, request.share})) return nullptr;
   const DWORD asked = request.AskedAttributes();
-  if (asked != 0 && !ResetAttributes(found.host.c_str(), facts, asked)) {
+  if (asked != 0 && !ResetAttributes(found.host.c_str(), metadata, asked)) {
     return Refuse(ErrorFromErrno(errno));
   }
   return file;
@@ -158,7 +158,7 @@ std::shared_ptr<File> CreateNew(const Request& request, const LibraryPath& path,
 std::shared_ptr<File> Open(const Request& request, const LibraryPath& path) {
   constexpr int kTries = 10;
   for (int i = 0; i < kTries; ++i) {
-    const Found found = LookUp(path);
+    const Found found = LookUp(path, request.Creates() ? Purpose::Create : Purpose::Find);
     if (found.exists) {
       const DWORD refusal = RefusalOfExisting(request, path, found);
       if (refusal != ERROR_SUCCESS) return Refuse(refusal);
@@ -191,6 +191,8 @@ HANDLE WINAPI CreateFileA(LPCSTR name, DWORD access, DWORD share, LPSECURITY_ATT
 }
 
 BOOL WINAPI CloseHandle(HANDLE handle) {
-  if (!FindObject<Closable>(handle)) return FALSE;
-  return RemoveHandle(handle) ? TRUE : Fail(ERROR_INVALID_HANDLE);
+  const auto object = FindObject<Closable>(handle);
+  if (!object) return FALSE;
+  if (!RemoveHandle(handle)) return Fail(ERROR_INVALID_HANDLE);
+  return object->Finish();
 }

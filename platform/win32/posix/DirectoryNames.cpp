@@ -1,25 +1,22 @@
-// OtherSpelling.cpp - see OtherSpelling.h.
-#include "platform/win32/posix/OtherSpelling.h"
+// DirectoryNames.cpp - see DirectoryNames.h.
+#include "platform/win32/posix/DirectoryNames.h"
 
 #include <dirent.h>
 #include <fcntl.h>
 
 #include <algorithm>
-#include <atomic>
 #include <chrono>
 #include <memory>
 #include <unordered_map>
 
 #include "platform/text/Case.h"
-#include "platform/win32/PosixAdmin.h"
-#include "platform/win32/posix/ActiveCodePage.h"
 #include "platform/win32/posix/HostNames.h"
+#include "platform/win32/posix/Metadata.h"
+#include "platform/win32/posix/Paths.h"
 
 namespace kozor::posix {
 
 namespace {
-
-std::atomic<bool> caseSensitive{false};
 
 struct CloseDirectory {
   void operator()(DIR* directory) const { ::closedir(directory); }
@@ -31,43 +28,43 @@ bool IsAscii(std::string_view name) {
                      [](char c) { return static_cast<unsigned char>(c) < 0x80; });
 }
 
-std::u16string SearchKey(std::string_view name) {
-  return caseSensitive ? ExactKey(name) : CaseKey(name);
-}
-
 // A name to look for, prepared for being compared with many.
 class Wanted {
  public:
-  explicit Wanted(const std::string& name)
-      : key(SearchKey(name)), length(name.size()), ascii(IsAscii(name)) {}
-
-  // Whether any other name can count as this one.
-  bool MayHaveOtherSpelling() const {
-    return !caseSensitive || (ActiveCodePage() == text::kCodePage932 && !ascii);
+  Wanted(const std::string& wantedName, Match wantedMatch)
+      : name(wantedName), match(wantedMatch), key(CaseKey(name)), ascii(IsAscii(name)) {
+    if (match == Match::ExactCase) exactKey = ExactKey(name);
   }
 
-  // No character beyond ASCII counts as one of ASCII, so that most names can be told by their
-  // length.
-  bool Equals(std::string_view candidate) const {
-    if (ascii && candidate.size() != length) return false;
-    if (!ascii) return !IsAscii(candidate) && SearchKey(candidate) == key;
-    for (std::size_t i = 0; i < length; ++i) {
-      if (text::ToUpper(static_cast<unsigned char>(candidate[i])) != key[i]) return false;
-    }
-    return true;
+  // Whether any other name can match.
+  bool MayDiffer() const {
+    return match == Match::IgnoreCase || (ActiveCodePage() == text::kCodePage932 && !ascii);
+  }
+
+  bool Matches(std::string_view candidate) const {
+    if (candidate == name) return false;
+    if (match == Match::ExactCase) return ExactKey(candidate) == exactKey;
+    // No character beyond ASCII equals one of ASCII: most names differ in length.
+    if (!ascii) return !IsAscii(candidate) && CaseKey(candidate) == key;
+    return candidate.size() == name.size() &&
+           std::equal(candidate.begin(), candidate.end(), key.begin(), [](char c, char16_t unit) {
+             return text::ToUpper(static_cast<unsigned char>(c)) == unit;
+           });
   }
 
   const std::u16string& Key() const { return key; }
 
  private:
+  const std::string& name;
+  Match match;
   std::u16string key;
-  std::size_t length;  // bytes
+  std::u16string exactKey;  // of ExactCase
   bool ascii;
 };
 
-template <typename Action>
-void ForEachName(DIR* directory, Action action) {
-  while (const dirent* const entry = ::readdir(directory)) action(std::string_view(entry->d_name));
+// Keeps the first match by byte values.
+void KeepFirst(std::optional<std::string>& best, const Wanted& wanted, std::string_view candidate) {
+  if ((!best || candidate < *best) && wanted.Matches(candidate)) best = candidate;
 }
 
 // Directories with fewer entries than this are read anew each time.
@@ -84,70 +81,65 @@ struct Remembered {
   FileId id{};
   timespec changed{};
   Clock::time_point readAt;
-  UINT codePage = 0;
-  bool exact = false;
-  bool hasDoubles = false;  // several names with one key, of which `names` has the first
-  std::unordered_map<std::u16string, std::string> names;
-
-  void Add(std::string_view name) {
-    std::string& place = names[exact ? ExactKey(name) : CaseKey(name)];
-    hasDoubles = hasDoubles || (!place.empty() && place != name);
-    if (place.empty() || name < place) place = name;
-  }
+  unsigned codePage = 0;  // that the keys were made by
+  std::unordered_multimap<std::u16string, std::string> names;
 
   // Whether this is what is in the directory now.
-  bool IsGood(const std::string& hostDirectory) const {
-    FileFacts facts;
-    return directory == hostDirectory && codePage == ActiveCodePage() && exact == caseSensitive &&
+  bool IsCurrent(const std::string& hostDirectory) const {
+    Metadata metadata;
+    return directory == hostDirectory && codePage == ActiveCodePage() &&
            Clock::now() - readAt < kBelieveFor &&
-           ReadFacts(AT_FDCWD, hostDirectory.c_str(), facts) && facts.id == id &&
-           facts.changed.tv_sec == changed.tv_sec && facts.changed.tv_nsec == changed.tv_nsec;
+           ReadMetadata(AT_FDCWD, hostDirectory.c_str(), metadata) && metadata.id == id &&
+           metadata.changed.tv_sec == changed.tv_sec && metadata.changed.tv_nsec == changed.tv_nsec;
   }
 
-  // The facts must have been read before the directory is.
-  void Read(const std::string& hostDirectory, const FileFacts& facts, DIR* stream) {
-    *this = {hostDirectory,    facts.id,      facts.changed, Clock::now(),
-             ActiveCodePage(), caseSensitive, false,         {}};
-    ::rewinddir(stream);
-    ForEachName(stream, [&](std::string_view name) { Add(name); });
+  void Add(std::string_view name) { names.emplace(CaseKey(name), name); }
+
+  void Remove(const std::string& name) {
+    const auto [begin, end] = names.equal_range(CaseKey(name));
+    const auto found =
+        std::find_if(begin, end, [&](const auto& entry) { return entry.second == name; });
+    if (found != end) names.erase(found);
+  }
+
+  std::optional<std::string> Find(const Wanted& wanted) const {
+    std::optional<std::string> best;
+    const auto [begin, end] = names.equal_range(wanted.Key());
+    std::for_each(begin, end, [&](const auto& entry) { KeepFirst(best, wanted, entry.second); });
+    return best;
   }
 };
 
 thread_local Remembered remembered;
 
-std::optional<std::string> FindRemembered(const Wanted& wanted) {
-  const auto found = remembered.names.find(wanted.Key());
-  if (found == remembered.names.end()) return std::nullopt;
-  return found->second;
-}
-
 }  // namespace
 
-std::optional<std::string> FindOtherSpelling(const std::string& hostDirectory,
-                                             const std::string& name) {
-  const Wanted wanted(name);
-  if (!wanted.MayHaveOtherSpelling()) return std::nullopt;
-  if (remembered.IsGood(hostDirectory)) return FindRemembered(wanted);
-  FileFacts facts;
-  if (!ReadFacts(AT_FDCWD, hostDirectory.c_str(), facts)) return std::nullopt;
+std::optional<std::string> FindMatchingName(const std::string& hostDirectory,
+                                            const std::string& name, Match match) {
+  const Wanted wanted(name, match);
+  if (!wanted.MayDiffer()) return std::nullopt;
+  if (remembered.IsCurrent(hostDirectory)) return remembered.Find(wanted);
+  Metadata metadata;  // read before the names: a change meanwhile shows later
+  if (!ReadMetadata(AT_FDCWD, hostDirectory.c_str(), metadata)) return std::nullopt;
   const Directory directory(::opendir(hostDirectory.c_str()));
   if (!directory) return std::nullopt;
   std::optional<std::string> best;
   std::size_t count = 0;
-  ForEachName(directory.get(), [&](std::string_view candidate) {
+  while (const dirent* const entry = ::readdir(directory.get())) {
     ++count;
-    if (wanted.Equals(candidate) && (!best || candidate < *best)) best = candidate;
-  });
-  if (count >= kLarge) remembered.Read(hostDirectory, facts, directory.get());
+    KeepFirst(best, wanted, entry->d_name);
+  }
+  if (count < kLarge) return best;
+  remembered = {hostDirectory, metadata.id, metadata.changed, Clock::now(), ActiveCodePage(), {}};
+  ::rewinddir(directory.get());
+  while (const dirent* const entry = ::readdir(directory.get())) remembered.Add(entry->d_name);
   return best;
 }
 
 DirectoryChange::DirectoryChange(const std::string& hostPath) {
-  const std::size_t slash = hostPath.rfind('/');
-  known = slash != std::string::npos && !remembered.directory.empty() &&
-          hostPath.compare(0, slash, remembered.directory) == 0 &&
-          remembered.IsGood(remembered.directory);
-  if (known) name = hostPath.substr(slash + 1);
+  known = !remembered.directory.empty() && HostParentOf(hostPath) == remembered.directory &&
+          remembered.IsCurrent(remembered.directory);
+  if (known) name = HostNameOf(hostPath);
 }
 
 void DirectoryChange::Added() {
@@ -156,27 +148,15 @@ void DirectoryChange::Added() {
 }
 
 void DirectoryChange::Removed() {
-  if (known && remembered.hasDoubles) {
-    remembered.directory.clear();
-    known = false;
-  }
-  if (known) remembered.names.erase(SearchKey(name));
+  if (known) remembered.Remove(name);
   Keep();
 }
 
 void DirectoryChange::Keep() {
-  FileFacts facts;
-  if (known && ReadFacts(AT_FDCWD, remembered.directory.c_str(), facts)) {
-    remembered.changed = facts.changed;
+  Metadata metadata;
+  if (known && ReadMetadata(AT_FDCWD, remembered.directory.c_str(), metadata)) {
+    remembered.changed = metadata.changed;
   }
 }
 
-bool SetCaseSensitive(bool on) {
-  return caseSensitive.exchange(on);
-}
-
 }  // namespace kozor::posix
-
-int KzSetCaseSensitive(int on) {
-  return kozor::posix::SetCaseSensitive(on != 0) ? 1 : 0;
-}

@@ -1,6 +1,6 @@
-// OtherSpelling.h - finds a name in a directory that differs from the one asked for in case alone.
+// DirectoryNames.h - case-insensitive look-up of a name in a host directory.
 //
-// The host can't do this, so a directory has to be read.  A large one is remembered, one per
+// The host can't do this, so the directory has to be read.  A large one is remembered, one per
 // thread, until it changes: making ten thousand files in a directory must not read it ten thousand
 // times.
 #pragma once
@@ -8,18 +8,21 @@
 #include <optional>
 #include <string>
 
-#include "platform/win32/posix/FileFacts.h"
-
 namespace kozor::posix {
 
-// The entry of a directory that isn't `name` but counts as it: by case (unless SetCaseSensitive),
-// or because the code page can't tell the two apart.  Of several, the first by byte values, so that
-// the result doesn't depend on how the directory is kept.
-std::optional<std::string> FindOtherSpelling(const std::string& hostDirectory,
-                                             const std::string& name);
+enum class Match {
+  IgnoreCase,
+  // Also matches where the code page can't tell two names apart.
+  ExactCase,
+};
+
+// The entry of a directory that isn't `name` itself but matches it.  Of several, the first by byte
+// values, so that the result doesn't depend on the order in which the host keeps them.
+std::optional<std::string> FindMatchingName(const std::string& hostDirectory,
+                                            const std::string& name, Match match);
 
 // A change that this process makes to a directory's names.  Begun before the system call and told
-// of what it did, it keeps what is remembered of a large directory good.
+// its outcome, it keeps what is remembered of a large directory up to date.
 class DirectoryChange {
  public:
   explicit DirectoryChange(const std::string& hostPath);  // of the file concerned
@@ -29,12 +32,8 @@ class DirectoryChange {
  private:
   void Keep();
 
-  std::string directory;
   std::string name;
-  bool known;  // what is remembered was good before the change
+  bool known;  // what is remembered was up to date before the change
 };
-
-// Compares names by case unless `on`; returns the old value.
-bool SetCaseSensitive(bool on);
 
 }  // namespace kozor::posix

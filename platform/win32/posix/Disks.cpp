@@ -10,7 +10,6 @@
 #include <string>
 
 #include "platform/win32/PosixSystem.h"
-#include "platform/win32/posix/LastError.h"
 #include "platform/win32/posix/LookUp.h"
 #include "platform/win32/posix/SystemCalls.h"
 
@@ -38,7 +37,7 @@ bool ReadRoom(LPCSTR directory, struct statvfs& room) {
   if (!path) return false;
   const Found found = LookUp(*path);
   if (!found.exists) return Fail(ERROR_PATH_NOT_FOUND);
-  if (!found.facts.IsDirectory()) return Fail(ERROR_DIRECTORY);
+  if (!found.metadata.IsDirectory()) return Fail(ERROR_DIRECTORY);
   return Calls().statvfs(found.host.c_str(), &room) == 0 || FailErrno();
 }
 
@@ -90,7 +89,7 @@ UINT DriveTypeOf(std::uint64_t fileSystem, std::uint64_t device) {
       return type == DRIVE_FIXED ? DRIVE_CDROM : type;
     }
     case kFuseMagic:
-      // A program of the user's behind it: local or not, nobody can tell.  With a device of its own
+      // A program of the user serves it: local or not, nobody can tell.  With a device of its own
       // it is a disk in a format that the host's kernel doesn't read.
       return major(device) == 0 ? DRIVE_UNKNOWN : DriveTypeOfDevice(device);
     default:
@@ -134,12 +133,13 @@ UINT WINAPI GetDriveTypeA(LPCSTR root) {
   const std::optional<LibraryPath> path = ParseRoot(root);
   if (!path || !path->IsRoot()) return DRIVE_NO_ROOT_DIR;
   const Found found = LookUp(*path);
-  struct statfs facts {};
-  if (!found.exists || !found.facts.IsDirectory() || ::statfs(found.host.c_str(), &facts) != 0) {
+  struct statfs metadata {};
+  if (!found.exists || !found.metadata.IsDirectory() ||
+      ::statfs(found.host.c_str(), &metadata) != 0) {
     return DRIVE_NO_ROOT_DIR;
   }
   if (path->share) return DRIVE_REMOTE;
-  return DriveTypeOf(static_cast<std::uint32_t>(facts.f_type), found.facts.id.device);
+  return DriveTypeOf(static_cast<std::uint32_t>(metadata.f_type), found.metadata.id.device);
 }
 
 BOOL WINAPI GetVersionExA(LPOSVERSIONINFOA information) {

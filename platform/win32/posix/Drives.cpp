@@ -15,7 +15,7 @@
 #include "platform/win32/PosixAdmin.h"
 #include "platform/win32/PosixSystem.h"
 #include "platform/win32/posix/HostNames.h"
-#include "platform/win32/posix/LastError.h"
+#include "platform/win32/posix/SystemCalls.h"
 
 namespace kozor::posix {
 

@@ -1,6 +1,9 @@
-// File.h - an open file or directory behind a HANDLE.
+// File.h - an open file or directory, what most handles stand for.
 #pragma once
 
+#include <atomic>
+#include <cstdint>
+#include <mutex>
 #include <string>
 
 #include "platform/win32/posix/HandleTable.h"
@@ -23,11 +26,29 @@ class File : public Closable {
 
   ShareHold& Hold() { return hold; }
 
+  // Reads or writes all of `bytes` at the file pointer and moves it on; `done` tells how many went
+  // over.  False with errno set; reading ends without an error at the end of the file.
+  bool Read(void* buffer, std::size_t bytes, DWORD& done);
+  bool Write(const void* buffer, std::size_t bytes, DWORD& done);
+
+  // Moves the file pointer by FILE_BEGIN, FILE_CURRENT or FILE_END, if it stays within `limit`.
+  // False with the last error set.
+  bool Seek(std::int64_t distance, DWORD method, std::int64_t limit, std::int64_t& newPosition);
+  std::int64_t Position();
+
+  // Sees to it that the data reach the medium, at once or, by the process's policy, in Finish.
+  bool Flush();
+  bool Finish() override;
+
  private:
   int descriptor;
   std::string hostName;
   DWORD access;
-  // Ends behind the destructor's body, so after the descriptor with its locks.
+  // Calls of several threads on one handle take turns.
+  std::mutex pointerLock;
+  std::int64_t position = 0;  // the file pointer; kept here, moving it is no system call
+  std::atomic<bool> flushIsDue{false};
+  // Ends after the destructor's body, so after the descriptor with its locks.
   ShareHold hold;
 };
 

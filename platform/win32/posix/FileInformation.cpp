@@ -1,19 +1,21 @@
-// FileInformation.cpp - times and facts of open files, and attributes by name.
+// FileInformation.cpp - metadata of open files, attributes by name, and what makes a file a
+// program.
 #include <sys/sysmacros.h>
 
 #include <cerrno>
 #include <optional>
 
+#include "platform/Clock.h"
 #include "platform/win32/HostRules.h"
 #include "platform/win32/posix/Attributes.h"
 #include "platform/win32/posix/File.h"
-#include "platform/win32/posix/FillRecords.h"
-#include "platform/win32/posix/LastError.h"
 #include "platform/win32/posix/LookUp.h"
+#include "platform/win32/posix/SystemCalls.h"
 
 namespace {
 
 using namespace kozor::posix;
+using kozor::Ticks;
 
 // What utimensat takes for a time that may be null, 0 or all ones: as it is.
 timespec NewTime(const FILETIME* time) {
@@ -27,20 +29,25 @@ DWORD VolumeSerial(std::uint64_t device) {
   return static_cast<DWORD>(major(device) << 20 | minor(device));
 }
 
-void FillInformation(BY_HANDLE_FILE_INFORMATION& information, const FileFacts& facts,
+void FillInformation(BY_HANDLE_FILE_INFORMATION& information, const Metadata& metadata,
                      DWORD attributes) {
-  FillFacts(information, facts, attributes);
-  information.dwVolumeSerialNumber = VolumeSerial(facts.id.device);
-  information.nNumberOfLinks = facts.links;
-  information.nFileIndexHigh = static_cast<DWORD>(facts.id.inode >> 32);
-  information.nFileIndexLow = static_cast<DWORD>(facts.id.inode);
+  FillMetadata(information, metadata, attributes);
+  information.dwVolumeSerialNumber = VolumeSerial(metadata.id.device);
+  information.nNumberOfLinks = metadata.links;
+  information.nFileIndexHigh = static_cast<DWORD>(metadata.id.inode >> 32);
+  information.nFileIndexLow = static_cast<DWORD>(metadata.id.inode);
 }
 
-// Attributes and facts of what a name means.
-bool ReadNamed(LPCSTR name, Found& found, DWORD& attributes) {
+// What a name means; false with the last error set.
+bool FindNamed(LPCSTR name, Found& found) {
   const std::optional<LibraryPath> path = ParsePath(name);
-  if (!path || !LookUpExisting(*path, found)) return false;
-  attributes = AttributesOf(found.facts, found.HostName(), found.host.c_str());
+  return path && LookUpExisting(*path, found);
+}
+
+// Its attributes, too.
+bool ReadNamed(LPCSTR name, Found& found, DWORD& attributes) {
+  if (!FindNamed(name, found)) return false;
+  attributes = AttributesOf(found.metadata, found.HostName(), found.host.c_str());
   return true;
 }
 
@@ -58,31 +65,30 @@ BOOL WINAPI SetFileTime(HANDLE handle, const FILETIME* creation, const FILETIME*
 BOOL WINAPI GetFileTime(HANDLE handle, LPFILETIME creation, LPFILETIME lastAccess,
                         LPFILETIME lastWrite) {
   const auto file = FindObject<File>(handle);
-  FileFacts facts;
+  Metadata metadata;
   if (!file) return FALSE;
-  if (!ReadFacts(file->Descriptor(), facts)) return FailErrno();
-  if (creation != nullptr) *creation = ToFileTime(facts.created);
-  if (lastAccess != nullptr) *lastAccess = ToFileTime(facts.accessed);
-  if (lastWrite != nullptr) *lastWrite = ToFileTime(facts.written);
+  if (!ReadMetadata(file->Descriptor(), metadata)) return FailErrno();
+  if (creation != nullptr) *creation = ToFileTime(metadata.created);
+  if (lastAccess != nullptr) *lastAccess = ToFileTime(metadata.accessed);
+  if (lastWrite != nullptr) *lastWrite = ToFileTime(metadata.written);
   return TRUE;
 }
 
 int KzLookAtFile(const char* path, BY_HANDLE_FILE_INFORMATION* information) {
-  const std::optional<LibraryPath> parsed = ParsePath(path);
   Found found;
-  if (!parsed || !LookUpExisting(*parsed, found)) return 0;
-  if (found.facts.dangling) return Fail(ERROR_FILE_NOT_FOUND);
-  FillInformation(*information, found.facts, 0);
+  if (!FindNamed(path, found)) return 0;
+  if (found.metadata.dangling) return Fail(ERROR_FILE_NOT_FOUND);
+  FillInformation(*information, found.metadata, 0);
   return 1;
 }
 
 BOOL WINAPI GetFileInformationByHandle(HANDLE handle, LPBY_HANDLE_FILE_INFORMATION information) {
   const auto file = FindObject<File>(handle);
-  FileFacts facts;
+  Metadata metadata;
   if (!file) return FALSE;
-  if (!ReadFacts(file->Descriptor(), facts)) return FailErrno();
-  FillInformation(*information, facts,
-                  AttributesOf(facts, file->HostName(), StoredAttributes(file->Descriptor())));
+  if (!ReadMetadata(file->Descriptor(), metadata)) return FailErrno();
+  FillInformation(*information, metadata,
+                  AttributesOf(metadata, file->HostName(), StoredAttributes(file->Descriptor())));
   return TRUE;
 }
 
@@ -99,16 +105,26 @@ BOOL WINAPI GetFileAttributesExA(LPCSTR name, GET_FILEEX_INFO_LEVELS level, LPVO
   Found found;
   DWORD attributes = 0;
   if (!ReadNamed(name, found, attributes)) return FALSE;
-  FillFacts(*static_cast<WIN32_FILE_ATTRIBUTE_DATA*>(information), found.facts, attributes);
+  FillMetadata(*static_cast<WIN32_FILE_ATTRIBUTE_DATA*>(information), found.metadata, attributes);
   return TRUE;
 }
 
 BOOL WINAPI SetFileAttributesA(LPCSTR name, DWORD attributes) {
-  const std::optional<LibraryPath> path = ParsePath(name);
   Found found;
-  if (!path || !LookUpExisting(*path, found)) return FALSE;
-  if (found.facts.dangling) return Fail(ERROR_FILE_NOT_FOUND);
+  if (!FindNamed(name, found)) return FALSE;
+  if (found.metadata.dangling) return Fail(ERROR_FILE_NOT_FOUND);
   const bool directory = (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
-  if (directory && !found.facts.IsDirectory()) return Fail(ERROR_INVALID_PARAMETER);
-  return StoreAttributes(found.host.c_str(), found.facts, attributes) ? TRUE : FailErrno();
+  if (directory && !found.metadata.IsDirectory()) return Fail(ERROR_INVALID_PARAMETER);
+  return StoreAttributes(found.host.c_str(), found.metadata, attributes) ? TRUE : FailErrno();
+}
+
+int KzMakeProgram(const char* path, const char* like) {
+  constexpr mode_t kAllRead = S_IRUSR | S_IRGRP | S_IROTH;
+  constexpr mode_t kOwnerAll = S_IRWXU;
+  Found program;
+  Found model;
+  if (!FindNamed(path, program) || !FindNamed(like, model)) return FALSE;
+  const mode_t readable = program.metadata.mode & (model.metadata.mode | kOwnerAll) & 0777;
+  const mode_t mode = readable | (readable & kAllRead) >> 2;
+  return ::chmod(program.host.c_str(), mode) == 0 ? TRUE : FailErrno();
 }

@@ -5,13 +5,16 @@
 #include <cerrno>
 #include <limits>
 
+#include "platform/Clock.h"
+#include "platform/win32/PosixAdmin.h"
 #include "platform/win32/posix/File.h"
-#include "platform/win32/posix/LastError.h"
 #include "platform/win32/posix/SystemCalls.h"
 
 namespace kozor::posix {
 
 namespace {
+
+std::atomic<bool> flushesAtClose{false};
 
 // Where the file system can't reserve blocks, writing zeros does it too.
 bool WriteZeros(int file, std::uint64_t from, std::uint64_t to) {
@@ -44,22 +47,26 @@ std::shared_ptr<File> FindFile(HANDLE handle, bool (File::*allowed)() const) {
 
 bool FileSize(HANDLE handle, std::uint64_t& size) {
   const auto file = FindObject<File>(handle);
-  FileFacts facts;
+  Metadata metadata;
   if (!file) return false;
-  if (!ReadFacts(file->Descriptor(), facts)) return FailErrno();
-  size = facts.size;
+  if (!ReadMetadata(file->Descriptor(), metadata)) return FailErrno();
+  size = metadata.size;
   return true;
 }
 
-// Moves the file pointer and gives the new position.
-bool Seek(HANDLE handle, std::int64_t distance, DWORD method, std::int64_t& position) {
-  static constexpr int kWhence[] = {SEEK_SET, SEEK_CUR, SEEK_END};
-  const auto file = FindObject<File>(handle);
-  if (!file) return false;
-  if (method > FILE_END) return Fail(ERROR_INVALID_PARAMETER);
-  position = ::lseek(file->Descriptor(), distance, kWhence[method]);
-  if (position >= 0) return true;
-  return Fail(errno == EINVAL ? ERROR_NEGATIVE_SEEK : ErrorFromErrno(errno));
+constexpr std::int64_t kNoLimit = std::numeric_limits<std::int64_t>::max();
+
+// Calls `transfer(done)`, which returns what read and write do, until `bytes` went over.
+template <typename Transfer>
+bool TransferAll(std::size_t bytes, DWORD& done, Transfer transfer) {
+  while (done < bytes) {
+    const ssize_t count = transfer(done);
+    if (count < 0 && errno == EINTR) continue;
+    if (count < 0) return false;
+    if (count == 0) break;
+    done += static_cast<DWORD>(count);
+  }
+  return true;
 }
 
 DWORD Low(std::uint64_t value) {
@@ -73,6 +80,62 @@ DWORD High(std::uint64_t value) {
 
 File::~File() {
   ::close(descriptor);
+}
+
+bool File::Read(void* buffer, std::size_t bytes, DWORD& done) {
+  const std::lock_guard guard(pointerLock);
+  const bool isRead = TransferAll(bytes, done, [&](DWORD from) {
+    return Calls().read(descriptor, static_cast<char*>(buffer) + from, bytes - from,
+                        position + from);
+  });
+  position += done;
+  return isRead;
+}
+
+bool File::Write(const void* buffer, std::size_t bytes, DWORD& done) {
+  const std::lock_guard guard(pointerLock);
+  bool isWritten = TransferAll(bytes, done, [&](DWORD from) {
+    return Calls().write(descriptor, static_cast<const char*>(buffer) + from, bytes - from,
+                         position + from);
+  });
+  position += done;
+  if (isWritten && done < bytes) {
+    errno = ENOSPC;  // a host that neither takes a byte nor says why
+    isWritten = false;
+  }
+  return isWritten;
+}
+
+bool File::Seek(std::int64_t distance, DWORD method, std::int64_t limit,
+                std::int64_t& newPosition) {
+  const std::lock_guard guard(pointerLock);
+  std::int64_t from = 0;
+  if (method == FILE_CURRENT) from = position;
+  if (method == FILE_END) from = ::lseek(descriptor, 0, SEEK_END);
+  if (from < 0) return FailErrno();
+  if (method > FILE_END || distance > kNoLimit - from || from + distance > limit) {
+    return Fail(ERROR_INVALID_PARAMETER);
+  }
+  if (from + distance < 0) return Fail(ERROR_NEGATIVE_SEEK);
+  newPosition = position = from + distance;
+  return true;
+}
+
+std::int64_t File::Position() {
+  const std::lock_guard guard(pointerLock);
+  return position;
+}
+
+bool File::Flush() {
+  if (flushesAtClose) {
+    flushIsDue = true;
+    return true;
+  }
+  return Calls().fdatasync(descriptor) == 0 || FailErrno();
+}
+
+bool File::Finish() {
+  return !flushIsDue || Calls().fdatasync(descriptor) == 0 || FailErrno();
 }
 
 std::shared_ptr<File> FindReadable(HANDLE handle) {
@@ -97,6 +160,7 @@ bool GrowReserved(int file, std::uint64_t oldSize, std::uint64_t newSize) {
 }  // namespace kozor::posix
 
 using namespace kozor::posix;
+using kozor::JoinHalves;
 
 BOOL WINAPI ReadFile(HANDLE handle, LPVOID buffer, DWORD bytes, LPDWORD bytesRead,
                      LPOVERLAPPED overlapped) {
@@ -104,15 +168,7 @@ BOOL WINAPI ReadFile(HANDLE handle, LPVOID buffer, DWORD bytes, LPDWORD bytesRea
   *bytesRead = 0;
   const auto file = FindReadable(handle);
   if (!file) return FALSE;
-  while (*bytesRead < bytes) {
-    const ssize_t got = Calls().read(file->Descriptor(), static_cast<char*>(buffer) + *bytesRead,
-                                     bytes - *bytesRead);
-    if (got < 0 && errno == EINTR) continue;
-    if (got < 0) return FailErrno();
-    if (got == 0) break;
-    *bytesRead += static_cast<DWORD>(got);
-  }
-  return TRUE;
+  return file->Read(buffer, bytes, *bytesRead) ? TRUE : FailErrno();
 }
 
 BOOL WINAPI WriteFile(HANDLE handle, LPCVOID buffer, DWORD bytes, LPDWORD bytesWritten,
@@ -121,51 +177,31 @@ BOOL WINAPI WriteFile(HANDLE handle, LPCVOID buffer, DWORD bytes, LPDWORD bytesW
   *bytesWritten = 0;
   const auto file = FindWritable(handle);
   if (!file) return FALSE;
-  while (*bytesWritten < bytes) {
-    const ssize_t put =
-        Calls().write(file->Descriptor(), static_cast<const char*>(buffer) + *bytesWritten,
-                      bytes - *bytesWritten);
-    if (put < 0 && errno == EINTR) continue;
-    if (put <= 0) return put < 0 ? FailErrno() : Fail(ERROR_DISK_FULL);
-    *bytesWritten += static_cast<DWORD>(put);
-  }
-  return TRUE;
+  return file->Write(buffer, bytes, *bytesWritten) ? TRUE : FailErrno();
 }
 
 DWORD WINAPI SetFilePointer(HANDLE handle, LONG distance, PLONG distanceHigh, DWORD method) {
-  std::int64_t wide = distance;
-  if (distanceHigh != nullptr) {
-    wide = static_cast<std::int64_t>(static_cast<std::uint64_t>(*distanceHigh) << 32 |
-                                     static_cast<DWORD>(distance));
-  }
-  LARGE_INTEGER by{};
-  LARGE_INTEGER position{};
-  by.QuadPart = wide;
-  // Without a place for the upper half, a position that needs one is refused, and not gone to.
-  if (distanceHigh == nullptr) {
-    LARGE_INTEGER none{};
-    LARGE_INTEGER old{};
-    if (!SetFilePointerEx(handle, none, &old, FILE_CURRENT)) return INVALID_SET_FILE_POINTER;
-    if (!SetFilePointerEx(handle, by, &position, method)) return INVALID_SET_FILE_POINTER;
-    if (High(static_cast<std::uint64_t>(position.QuadPart)) != 0) {
-      SetFilePointerEx(handle, old, nullptr, FILE_BEGIN);
-      SetLastError(ERROR_INVALID_PARAMETER);
-      return INVALID_SET_FILE_POINTER;
-    }
-  } else if (!SetFilePointerEx(handle, by, &position, method)) {
-    return INVALID_SET_FILE_POINTER;
-  } else {
-    *distanceHigh = static_cast<LONG>(High(static_cast<std::uint64_t>(position.QuadPart)));
-  }
-  const DWORD low = Low(static_cast<std::uint64_t>(position.QuadPart));
-  if (low == INVALID_SET_FILE_POINTER) SetLastError(NO_ERROR);
-  return low;
+  const auto low = static_cast<DWORD>(distance);
+  const std::int64_t wide =
+      distanceHigh == nullptr
+          ? distance
+          : static_cast<std::int64_t>(JoinHalves(static_cast<DWORD>(*distanceHigh), low));
+  // Without a place for the upper half, a position that needs one is refused.
+  const std::int64_t limit = distanceHigh == nullptr ? 0xFFFF'FFFF : kNoLimit;
+  const auto file = FindObject<File>(handle);
+  std::int64_t position = 0;
+  if (!file || !file->Seek(wide, method, limit, position)) return INVALID_SET_FILE_POINTER;
+  const auto bits = static_cast<std::uint64_t>(position);
+  if (distanceHigh != nullptr) *distanceHigh = static_cast<LONG>(High(bits));
+  if (Low(bits) == INVALID_SET_FILE_POINTER) SetLastError(NO_ERROR);
+  return Low(bits);
 }
 
 BOOL WINAPI SetFilePointerEx(HANDLE handle, LARGE_INTEGER distance, PLARGE_INTEGER newPosition,
                              DWORD method) {
+  const auto file = FindObject<File>(handle);
   std::int64_t position = 0;
-  if (!Seek(handle, distance.QuadPart, method, position)) return FALSE;
+  if (!file || !file->Seek(distance.QuadPart, method, kNoLimit, position)) return FALSE;
   if (newPosition != nullptr) newPosition->QuadPart = position;
   return TRUE;
 }
@@ -188,17 +224,21 @@ DWORD WINAPI GetFileSize(HANDLE handle, LPDWORD sizeHigh) {
 BOOL WINAPI SetEndOfFile(HANDLE handle) {
   const auto file = FindWritable(handle);
   if (!file) return FALSE;
-  const off_t position = ::lseek(file->Descriptor(), 0, SEEK_CUR);
-  FileFacts facts;
-  if (position < 0 || !ReadFacts(file->Descriptor(), facts)) return FailErrno();
+  const std::int64_t position = file->Position();
+  Metadata metadata;
+  if (!ReadMetadata(file->Descriptor(), metadata)) return FailErrno();
   const auto wanted = static_cast<std::uint64_t>(position);
-  const bool done = wanted > facts.size ? GrowReserved(file->Descriptor(), facts.size, wanted)
-                                        : Calls().ftruncate(file->Descriptor(), position) == 0;
+  const bool done = wanted > metadata.size ? GrowReserved(file->Descriptor(), metadata.size, wanted)
+                                           : Calls().ftruncate(file->Descriptor(), position) == 0;
   return done ? TRUE : FailErrno();
 }
 
 BOOL WINAPI FlushFileBuffers(HANDLE handle) {
   const auto file = FindWritable(handle);
   if (!file) return FALSE;
-  return Calls().fdatasync(file->Descriptor()) == 0 ? TRUE : FailErrno();
+  return file->Flush();
+}
+
+int KzSetFlushAtClose(int on) {
+  return flushesAtClose.exchange(on != 0) ? 1 : 0;
 }

@@ -21,7 +21,11 @@ class Object {
 };
 
 // What CloseHandle closes.  (A search has FindClose.)
-class Closable : public Object {};
+class Closable : public Object {
+ public:
+  // What is left to do before the handle is gone; false, with the last error set, if it failed.
+  virtual bool Finish() { return true; }
+};
 
 HANDLE AddHandle(std::shared_ptr<Object> object);
 // Null for what is no handle; the last error isn't touched.

@@ -2,16 +2,19 @@
 #include "platform/win32/posix/HostNames.h"
 
 #include <algorithm>
+#include <atomic>
 
 #include "platform/text/Case.h"
-#include "platform/win32/posix/ActiveCodePage.h"
-#include "platform/win32/posix/LastError.h"
+#include "platform/win32/PosixAdmin.h"
+#include "platform/win32/posix/SystemCalls.h"
 
 namespace kozor::posix {
 
 using namespace text;
 
 namespace {
+
+std::atomic<const CodePage*> activePage{FindCodePage(kCodePage932)};
 
 // Longest name that fits WIN32_FIND_DATAA::cFileName with its terminator, in bytes.
 constexpr std::size_t kMaxNameBytes = MAX_PATH - 1;
@@ -102,6 +105,18 @@ bool EncodeName(std::string_view hostName, bool strict, std::string& libraryName
 
 }  // namespace
 
+const CodePage& ActivePage() {
+  return *activePage.load(std::memory_order_relaxed);
+}
+
+unsigned ActiveCodePage() {
+  return ActivePage().number;
+}
+
+bool IsLeadByte(unsigned char byte) {
+  return ActiveCodePage() == kCodePage932 && IsLeadByte932(byte);
+}
+
 bool ToHostName(std::string_view libraryName, std::string& hostName) {
   hostName = libraryName;
   return IsPlain(libraryName) || DecodeName(libraryName, false, hostName) ||
@@ -132,3 +147,12 @@ std::u16string ExactKey(std::string_view hostName) {
 }
 
 }  // namespace kozor::posix
+
+int KzSetActiveCodePage(unsigned int codePage) {
+  using namespace kozor;
+  if (codePage != text::kCodePage932 && codePage != text::kUtf8) {
+    return posix::Fail(ERROR_INVALID_PARAMETER);
+  }
+  posix::activePage.store(text::FindCodePage(codePage));
+  return TRUE;
+}

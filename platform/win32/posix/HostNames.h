@@ -5,7 +5,15 @@
 #include <string>
 #include <string_view>
 
+#include "platform/text/CodePage.h"
+
 namespace kozor::posix {
+
+// The active code page, 932 or 65001: that of library paths, which the application has chosen.
+unsigned ActiveCodePage();
+const text::CodePage& ActivePage();
+// True where it has two-byte characters and this byte begins one.
+bool IsLeadByte(unsigned char byte);
 
 // The host's form of a library name.  False, with the last error ERROR_INVALID_NAME, where it holds
 // a character that Windows forbids in names, or bytes that are no character.

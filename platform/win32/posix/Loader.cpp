@@ -17,8 +17,8 @@
 #include "platform/win32/AnsiPath.h"
 #include "platform/win32/PosixSystem.h"
 #include "platform/win32/posix/HostNames.h"
-#include "platform/win32/posix/LastError.h"
 #include "platform/win32/posix/LookUp.h"
+#include "platform/win32/posix/SystemCalls.h"
 
 namespace {
 
@@ -144,7 +144,7 @@ HMODULE LoadHostFile(const std::string& hostFile) {
 HMODULE LoadByPath(const std::string& name) {
   const std::optional<LibraryPath> path = ParsePath(name.c_str());
   const Found found = path ? LookUp(*path) : Found{};
-  if (!found.exists || found.facts.IsDirectory()) {
+  if (!found.exists || found.metadata.IsDirectory()) {
     SetLastError(ERROR_MOD_NOT_FOUND);
     return nullptr;
   }

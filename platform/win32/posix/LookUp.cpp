@@ -3,15 +3,26 @@
 
 #include <fcntl.h>
 
+#include <atomic>
 #include <cerrno>
 #include <optional>
 
-#include "platform/win32/posix/LastError.h"
-#include "platform/win32/posix/OtherSpelling.h"
+#include "platform/win32/HostRules.h"
+#include "platform/win32/PosixAdmin.h"
+#include "platform/win32/posix/DirectoryNames.h"
+#include "platform/win32/posix/SystemCalls.h"
 
 namespace kozor::posix {
 
 namespace {
+
+std::atomic<bool> findsExactly{false};
+std::atomic<bool> createsExactly{true};
+
+Match MatchFor(Purpose purpose) {
+  const bool exactly = findsExactly || (purpose == Purpose::Create && createsExactly);
+  return exactly ? Match::ExactCase : Match::IgnoreCase;
+}
 
 bool IsMissing(int error) {
   return error == ENOENT || error == ENOTDIR;
@@ -22,50 +33,52 @@ class Resolver {
  public:
   explicit Resolver(const LibraryPath& whole) : path(whole) {}
 
-  Found Resolve() {
+  Found Resolve(Purpose purpose) {
     Found found;
     if (ReadExact(path.Host(), found)) return found;
     if (!IsMissing(errno) || path.names.empty()) {
       found.error = ErrorFromErrno(errno);
       return found;
     }
-    const std::optional<std::string> parent = ResolveDirectory(path.names.size() - 1);
-    if (!parent) {
-      found.error = ERROR_PATH_NOT_FOUND;
-      return found;
-    }
-    return ResolveIn(*parent, path.names.back());
+    return ResolveName(path.names.size() - 1, purpose);
   }
 
  private:
   static bool ReadExact(std::string host, Found& found) {
     found.host = std::move(host);
-    found.exists = ReadFacts(AT_FDCWD, found.host.c_str(), found.facts);
+    found.exists = ReadMetadata(AT_FDCWD, found.host.c_str(), found.metadata);
+    if (found.exists) found.error = ERROR_SUCCESS;
     return found.exists;
   }
 
-  // One name in a directory that exists.
-  static Found ResolveIn(const std::string& directory, const std::string& name) {
+  // The name number `index`, which isn't there as the path writes it.
+  Found ResolveName(std::size_t index, Purpose purpose) {
     Found found;
-    if (ReadExact(JoinHost(directory, name), found)) return found;
-    found.error = ErrorFromErrno(errno);
-    if (errno != ENOENT) return found;
-    const std::optional<std::string> other = FindOtherSpelling(directory, name);
-    if (other && !ReadExact(JoinHost(directory, *other), found))
-      found.host = JoinHost(directory, name);
-    if (found.exists) found.error = ERROR_SUCCESS;
+    found.host = path.Host(index + 1);
+    found.error = ERROR_PATH_NOT_FOUND;
+    const std::optional<std::string> parent = ResolveDirectory(index);
+    if (!parent) return found;
+    const std::string& name = path.names[index];
+    const bool isNew = *parent != path.Host(index);  // in another spelling than was looked at
+    if (isNew && ReadExact(JoinHost(*parent, name), found)) return found;
+    if (isNew && errno != ENOENT) {
+      found.error = ErrorFromErrno(errno);
+      return found;
+    }
+    const std::optional<std::string> other = FindMatchingName(*parent, name, MatchFor(purpose));
+    if (other && ReadExact(JoinHost(*parent, *other), found)) return found;
+    found.host = JoinHost(*parent, name);
+    found.error = ERROR_FILE_NOT_FOUND;
     return found;
   }
 
   // The host path of the first `count` names, if they are a directory.
   std::optional<std::string> ResolveDirectory(std::size_t count) {
     Found found;
-    if (!ReadExact(path.Host(count), found) && count > 0) {
-      const std::optional<std::string> parent = ResolveDirectory(count - 1);
-      if (!parent) return std::nullopt;
-      found = ResolveIn(*parent, path.names[count - 1]);
+    if (!ReadExact(path.Host(count), found) && count > 0 && IsMissing(errno)) {
+      found = ResolveName(count - 1, Purpose::Find);
     }
-    if (!found.exists || !found.facts.IsDirectory()) return std::nullopt;
+    if (!found.exists || !found.metadata.IsDirectory()) return std::nullopt;
     return found.host;
   }
 
@@ -74,17 +87,29 @@ class Resolver {
 
 }  // namespace
 
-Found LookUp(const LibraryPath& path) {
-  return Resolver(path).Resolve();
+Found LookUp(const LibraryPath& path, Purpose purpose) {
+  return Resolver(path).Resolve(purpose);
 }
 
 bool LookUpExisting(const LibraryPath& path, Found& found) {
   found = LookUp(path);
   if (!found.exists) return Fail(found.error);
-  if (path.trailingSeparator && !found.facts.IsDirectory()) {
+  if (path.trailingSeparator && !found.metadata.IsDirectory()) {
     return Fail(ERROR_INVALID_NAME);
   }
   return true;
 }
 
 }  // namespace kozor::posix
+
+int KzSetCaseSensitive(int on) {
+  return kozor::posix::findsExactly.exchange(on != 0) ? 1 : 0;
+}
+
+int KzSetCaseBlindCreation(int on) {
+  return kozor::posix::createsExactly.exchange(on == 0) ? 0 : 1;
+}
+
+int KzCreatesExactly() {
+  return kozor::posix::MatchFor(kozor::posix::Purpose::Create) == kozor::posix::Match::ExactCase;
+}

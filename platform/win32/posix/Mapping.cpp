@@ -5,13 +5,14 @@
 #include <map>
 #include <mutex>
 
+#include "platform/Clock.h"
 #include "platform/win32/posix/File.h"
-#include "platform/win32/posix/LastError.h"
 #include "platform/win32/posix/SystemCalls.h"
 
 namespace {
 
 using namespace kozor::posix;
+using kozor::JoinHalves;
 
 class Mapping : public Closable {
  public:
@@ -28,7 +29,7 @@ class Mapping : public Closable {
   bool writable;
 };
 
-// Lengths of the views of the process, by address: munmap has to be told.
+// Lengths of the views of the process, by address: munmap needs them.
 struct Views {
   std::mutex lock;
   std::map<const void*, std::size_t> lengths;
@@ -40,10 +41,6 @@ Views& TheViews() {
 }
 
 constexpr std::uint64_t kOffsetUnit = 0x10000;
-
-std::uint64_t Join(DWORD high, DWORD low) {
-  return static_cast<std::uint64_t>(high) << 32 | low;
-}
 
 // Makes the file long enough for a mapping of `wanted` bytes.
 bool MakeRoom(const File& file, std::uint64_t fileSize, std::uint64_t wanted, bool writable) {
@@ -63,18 +60,18 @@ HANDLE WINAPI CreateFileMappingA(HANDLE handle, LPSECURITY_ATTRIBUTES security, 
   }
   auto file = FindReadable(handle);
   if (!file || (writable && !FindWritable(handle))) return nullptr;
-  FileFacts facts;
-  if (!ReadFacts(file->Descriptor(), facts)) {
+  Metadata metadata;
+  if (!ReadMetadata(file->Descriptor(), metadata)) {
     FailErrno();
     return nullptr;
   }
-  const std::uint64_t asked = Join(sizeHigh, sizeLow);
-  const std::uint64_t size = asked != 0 ? asked : facts.size;
+  const std::uint64_t asked = JoinHalves(sizeHigh, sizeLow);
+  const std::uint64_t size = asked != 0 ? asked : metadata.size;
   if (size == 0) {
     SetLastError(ERROR_FILE_INVALID);
     return nullptr;
   }
-  if (!MakeRoom(*file, facts.size, size, writable)) return nullptr;
+  if (!MakeRoom(*file, metadata.size, size, writable)) return nullptr;
   SetLastError(ERROR_SUCCESS);
   return AddHandle(std::make_shared<Mapping>(std::move(file), size, writable));
 }
@@ -83,7 +80,7 @@ LPVOID WINAPI MapViewOfFile(HANDLE handle, DWORD access, DWORD offsetHigh, DWORD
                             SIZE_T bytes) {
   const auto mapping = FindObject<Mapping>(handle);
   if (!mapping) return nullptr;
-  const std::uint64_t offset = Join(offsetHigh, offsetLow);
+  const std::uint64_t offset = JoinHalves(offsetHigh, offsetLow);
   const bool writes = access == FILE_MAP_WRITE;
   const auto refuse = [](DWORD error) {
     SetLastError(error);

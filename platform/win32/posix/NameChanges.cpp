@@ -9,10 +9,9 @@
 
 #include "platform/win32/HostRules.h"
 #include "platform/win32/posix/Attributes.h"
+#include "platform/win32/posix/DirectoryNames.h"
 #include "platform/win32/posix/File.h"
-#include "platform/win32/posix/LastError.h"
 #include "platform/win32/posix/LookUp.h"
-#include "platform/win32/posix/OtherSpelling.h"
 #include "platform/win32/posix/Sharing.h"
 #include "platform/win32/posix/SystemCalls.h"
 
@@ -28,7 +27,7 @@ bool ParseAndLookUp(LPCSTR name, std::optional<LibraryPath>& path, Found& found)
 }
 
 bool IsReadOnly(const Found& found) {
-  return IsReadOnly(found.facts, StoredAttributes(found.host.c_str()));
+  return IsReadOnly(found.metadata, StoredAttributes(found.host.c_str()));
 }
 
 // Waits until changes of names in a directory are on the medium.
@@ -60,50 +59,67 @@ struct Move {
   bool sameFile = false;
 };
 
-bool FindEnds(LPCSTR existingName, LPCSTR newName, Move& move) {
+// Of two paths that lead to the same file: whether they name one directory entry, as they do
+// through a link to its directory, or on a host that ignores case by itself, rather than two hard
+// links.
+bool IsOneName(const Found& a, const Found& b) {
+  if (a.metadata.links == 1 || a.metadata.IsDirectory()) return true;
+  Metadata parentOfA;
+  Metadata parentOfB;
+  return a.HostName() == b.HostName() &&
+         ReadMetadata(AT_FDCWD, HostParentOf(a.host).c_str(), parentOfA) &&
+         ReadMetadata(AT_FDCWD, HostParentOf(b.host).c_str(), parentOfB) &&
+         parentOfA.id == parentOfB.id;
+}
+
+bool FindEnds(LPCSTR existingName, LPCSTR newName, Purpose purpose, Move& move) {
   std::optional<LibraryPath> oldPath;
   if (!ParseAndLookUp(existingName, oldPath, move.source)) return false;
   const std::optional<LibraryPath> newPath = ParsePath(newName);
   if (!newPath) return false;
   if (oldPath->IsRoot() || newPath->IsRoot()) return Fail(ERROR_ACCESS_DENIED);
-  move.target = LookUp(*newPath);
+  move.target = LookUp(*newPath, purpose);
   if (!move.target.exists && move.target.error != ERROR_FILE_NOT_FOUND) {
     return Fail(move.target.error);
   }
   move.newHost = move.target.host;
-  move.respelled = move.target.exists && move.target.host == move.source.host;
-  if (move.respelled)
+  const Metadata& metadata = move.source.metadata;
+  const bool links = metadata.link || move.target.metadata.link;
+  move.sameFile = move.target.exists && !links && move.target.metadata.id == metadata.id;
+  const bool oneName = move.sameFile && IsOneName(move.source, move.target);
+  move.respelled = oneName || (move.target.exists && move.target.host == move.source.host);
+  if (move.respelled) {
     move.newHost = JoinHost(HostParentOf(move.source.host), newPath->names.back());
-  const bool links = move.source.facts.link || move.target.facts.link;
-  move.sameFile = move.target.exists && !links && move.target.facts.id == move.source.facts.id;
+  }
   return true;
 }
 
 // Whether a file is the one that the caller holds, and nobody else keeps it from being deleted.
-bool IsHeldAlone(const File& held, const FileFacts& facts) {
-  FileFacts heldFacts;
-  return ReadFacts(held.Descriptor(), heldFacts) && heldFacts.id == facts.id &&
-         !IsDeleteDeniedByOthers(held.Descriptor(), facts.id);
+bool IsHeldAlone(const File& held, const Metadata& metadata) {
+  Metadata heldMetadata;
+  return ReadMetadata(held.Descriptor(), heldMetadata) && heldMetadata.id == metadata.id &&
+         !IsDeleteDeniedByOthers(held.Descriptor(), metadata.id);
 }
 
 bool MayReplace(const Move& move, DWORD flags, const File* held) {
   const Found& target = move.target;
   if ((flags & MOVEFILE_REPLACE_EXISTING) == 0) return Fail(ERROR_ALREADY_EXISTS);
-  if (target.facts.IsDirectory() || move.source.facts.IsDirectory() || target.facts.dangling ||
-      IsReadOnly(target)) {
+  if (target.metadata.IsDirectory() || move.source.metadata.IsDirectory() ||
+      target.metadata.dangling || IsReadOnly(target)) {
     return Fail(ERROR_ACCESS_DENIED);
   }
-  if (held != nullptr) return IsHeldAlone(*held, target.facts) || Fail(ERROR_SHARING_VIOLATION);
+  if (held != nullptr) return IsHeldAlone(*held, target.metadata) || Fail(ERROR_SHARING_VIOLATION);
   // Also a file that its opener lets others delete: only the name could be given away.
   const bool open =
-      IsOpenHere(target.facts.id) ||
-      (target.facts.IsRegular() && IsDeleteDenied(target.host.c_str(), target.facts.id));
+      IsOpenHere(target.metadata.id) ||
+      (target.metadata.IsRegular() && IsDeleteDenied(target.host.c_str(), target.metadata.id));
   return !open || Fail(ERROR_ACCESS_DENIED);
 }
 
 bool MayMove(const Move& move, DWORD flags, const File* held) {
-  const FileFacts& facts = move.source.facts;
-  if (facts.IsRegular() && !facts.link && IsDeleteDenied(move.source.host.c_str(), facts.id)) {
+  const Metadata& metadata = move.source.metadata;
+  if (metadata.IsRegular() && !metadata.link &&
+      IsDeleteDenied(move.source.host.c_str(), metadata.id)) {
     return Fail(ERROR_SHARING_VIOLATION);
   }
   return !move.target.exists || move.respelled || MayReplace(move, flags, held);
@@ -159,7 +175,9 @@ bool SyncMove(const Move& move) {
 
 BOOL MoveName(LPCSTR existingName, LPCSTR newName, DWORD flags, const File* held) {
   Move move;
-  if (!FindEnds(existingName, newName, move)) return FALSE;
+  // A file that is held was found by looking up, so it is replaced whatever its case.
+  const Purpose purpose = held != nullptr ? Purpose::Find : Purpose::Create;
+  if (!FindEnds(existingName, newName, purpose, move)) return FALSE;
   if (held != nullptr && !move.target.exists) return Fail(ERROR_SHARING_VIOLATION);
   if (!MayMove(move, flags, held)) return FALSE;
   if (!Perform(move)) return FailErrno();
@@ -171,19 +189,19 @@ BOOL DeleteName(LPCSTR name, const File* held) {
   std::optional<LibraryPath> path;
   Found found;
   if (!ParseAndLookUp(name, path, found)) return FALSE;
-  if (found.facts.IsDirectory()) return Fail(ERROR_ACCESS_DENIED);
+  if (found.metadata.IsDirectory()) return Fail(ERROR_ACCESS_DENIED);
   // The link goes, and what it points to doesn't matter.
-  if (!found.facts.link) {
+  if (!found.metadata.link) {
     if (IsReadOnly(found)) return Fail(ERROR_ACCESS_DENIED);
-    const bool inUse = held != nullptr ? !IsHeldAlone(*held, found.facts)
-                                       : found.facts.IsRegular() &&
-                                             IsDeleteDenied(found.host.c_str(), found.facts.id);
+    const bool inUse = held != nullptr ? !IsHeldAlone(*held, found.metadata)
+                                       : found.metadata.IsRegular() &&
+                                             IsDeleteDenied(found.host.c_str(), found.metadata.id);
     if (inUse) return Fail(ERROR_SHARING_VIOLATION);
   }
   return Unlink(found.host) ? TRUE : FailErrno();
 }
 
-// Calls `change` with the file behind a handle, and closes the handle when that has succeeded.
+// Calls `change` with the file of a handle, and closes the handle after a success.
 template <typename Change>
 int WhileHeld(HANDLE* held, Change change) {
   const auto file = FindObject<File>(*held);
@@ -209,7 +227,7 @@ BOOL WINAPI CreateDirectoryA(LPCSTR name, LPSECURITY_ATTRIBUTES security) {
   }
   const std::optional<LibraryPath> path = ParsePath(name);
   if (!path) return FALSE;
-  const Found found = LookUp(*path);
+  const Found found = LookUp(*path, Purpose::Create);
   if (found.exists) return Fail(path->IsRoot() ? ERROR_ACCESS_DENIED : ERROR_ALREADY_EXISTS);
   if (found.error != ERROR_FILE_NOT_FOUND) return Fail(found.error);
   DirectoryChange change(found.host);
@@ -223,8 +241,8 @@ BOOL WINAPI RemoveDirectoryA(LPCSTR name) {
   Found found;
   if (!ParseAndLookUp(name, path, found)) return FALSE;
   if (path->IsRoot()) return Fail(ERROR_ACCESS_DENIED);
-  if (!found.facts.IsDirectory()) return Fail(ERROR_DIRECTORY);
-  if (found.facts.link) return Unlink(found.host) ? TRUE : FailErrno();
+  if (!found.metadata.IsDirectory()) return Fail(ERROR_DIRECTORY);
+  if (found.metadata.link) return Unlink(found.host) ? TRUE : FailErrno();
   if (IsReadOnly(found)) return Fail(ERROR_ACCESS_DENIED);
   DirectoryChange change(found.host);
   // Some hosts say "exists" for a directory that isn't empty.

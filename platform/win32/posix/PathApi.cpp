@@ -13,12 +13,11 @@
 #include "platform/win32/PosixAdmin.h"
 #include "platform/win32/PosixSystem.h"
 #include "platform/win32/PosixText.h"
-#include "platform/win32/posix/ActiveCodePage.h"
 #include "platform/win32/posix/Drives.h"
 #include "platform/win32/posix/File.h"
 #include "platform/win32/posix/HostNames.h"
-#include "platform/win32/posix/LastError.h"
 #include "platform/win32/posix/LookUp.h"
+#include "platform/win32/posix/SystemCalls.h"
 
 namespace {
 

@@ -6,10 +6,9 @@
 
 #include "platform/text/Path.h"
 #include "platform/text/WildCard.h"
-#include "platform/win32/posix/ActiveCodePage.h"
 #include "platform/win32/posix/Drives.h"
 #include "platform/win32/posix/HostNames.h"
-#include "platform/win32/posix/LastError.h"
+#include "platform/win32/posix/SystemCalls.h"
 
 namespace kozor::posix {
 
@@ -21,7 +20,7 @@ bool IsSeparator(char c) {
   return kRules.IsSeparator(c);
 }
 
-// Where a path starts, and what is left of its text behind the root.
+// Where a path starts, and what follows the root in its text.
 struct Start {
   std::string base;  // as in LibraryPath
   std::string_view rest;
@@ -37,7 +36,7 @@ std::optional<Start> StartOnDrive(char letter, std::string_view rest, PathUse us
     return std::nullopt;
   }
   if (rest.empty() || !IsSeparator(rest.front())) {
-    // "C:name" is meant from the process's directory if that is on this drive, else from the root.
+    // "C:name" is relative to the process's directory if that is on this drive, else to the root.
     const std::optional<DrivePlace> here = DriveOf(ProcessDirectory());
     if (here && here->letter == std::toupper(static_cast<unsigned char>(letter))) {
       return Start{"", rest};

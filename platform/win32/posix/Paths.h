@@ -17,11 +17,11 @@ struct LibraryPath {
   std::string base;
   std::vector<std::string> names;  // host form
   std::string mask;  // the last component in the code page, where it holds wild-cards (ForSearch)
-  // The root as the caller wrote it, "C:" or "\\\\server\\share"; "" for a path that hangs on the
-  // process's directory.
+  // The root as the caller wrote it, "C:" or "\\\\server\\share"; "" for a path relative to
+  // the process's directory.
   std::string root;
   bool share = false;              // below \\server\share
-  bool trailingSeparator = false;  // so only a directory can be meant
+  bool trailingSeparator = false;  // so it can only mean a directory
 
   bool IsRoot() const { return names.empty() && !base.empty(); }
   // The host path of the first `count` names.

@@ -1,7 +1,7 @@
 // Search.cpp - FindFirstFileA and what follows it.
 //
-// A search reads its directory once, keeps the names that match, in order, and asks for the facts
-// of each one only when it is given out.
+// A search reads its directory once, keeps the names that match, in order, and reads the metadata
+// of each one only when it is returned.
 #include <dirent.h>
 #include <fcntl.h>
 
@@ -13,11 +13,10 @@
 
 #include "platform/text/WildCard.h"
 #include "platform/win32/posix/Attributes.h"
-#include "platform/win32/posix/FillRecords.h"
 #include "platform/win32/posix/HandleTable.h"
 #include "platform/win32/posix/HostNames.h"
-#include "platform/win32/posix/LastError.h"
 #include "platform/win32/posix/LookUp.h"
+#include "platform/win32/posix/SystemCalls.h"
 
 namespace {
 
@@ -27,7 +26,7 @@ using kozor::text::WildCard;
 struct Entry {
   std::string hostName;
   std::u16string key;
-  unsigned char type;  // DT_*, for where the facts can't be had
+  unsigned char type;  // DT_*, for where the metadata can't be read
 };
 
 // The usual Windows file system's order; names that differ in case alone come by their bytes.
@@ -36,10 +35,10 @@ bool ComesBefore(const Entry& a, const Entry& b) {
   return order != 0 ? order < 0 : a.hostName < b.hostName;
 }
 
-void FillData(WIN32_FIND_DATAA& data, const FileFacts& facts, DWORD attributes,
+void FillData(WIN32_FIND_DATAA& data, const Metadata& metadata, DWORD attributes,
               const std::string& libraryName) {
   data = {};
-  FillFacts(data, facts, attributes);
+  FillMetadata(data, metadata, attributes);
   std::memcpy(data.cFileName, libraryName.c_str(), libraryName.size() + 1);
 }
 
@@ -48,9 +47,9 @@ void FillData(WIN32_FIND_DATAA& data, const FileFacts& facts, DWORD attributes,
 std::string ListedName(int directory, const std::string& hostName) {
   std::string libraryName;
   std::string opened;
-  FileFacts ignored;
+  Metadata ignored;
   if (ToLibraryName(hostName, libraryName) && ToHostName(libraryName, opened) &&
-      opened != hostName && ReadFacts(directory, opened.c_str(), ignored)) {
+      opened != hostName && ReadMetadata(directory, opened.c_str(), ignored)) {
     ToStrictLibraryName(hostName, libraryName);
   }
   return libraryName;
@@ -70,7 +69,7 @@ class Search : public Object {
          FINDEX_SEARCH_OPS operation)
       : directory(stream), host(std::move(hostDirectory)) {
     if (!host.ends_with('/')) host += '/';
-    while (const dirent* const entry = ::readdir(directory)) {
+    while (const dirent* const entry = ReadEntry()) {
       if (operation == FindExSearchLimitToDirectories && !MayBeDirectory(entry->d_type)) continue;
       const std::string_view name = entry->d_name;
       const bool dots = name == "." || name == "..";
@@ -94,20 +93,30 @@ class Search : public Object {
     return false;
   }
 
+  // ERROR_SUCCESS unless the directory could not be read to its end.
+  DWORD ReadError() const { return readError; }
+
  private:
+  const dirent* ReadEntry() {
+    errno = 0;
+    const dirent* const entry = Calls().readdir(directory);
+    if (entry == nullptr) readError = ErrorFromErrno(errno);
+    return entry;
+  }
+
   bool Describe(const Entry& entry, WIN32_FIND_DATAA& data) {
-    FileFacts facts;
+    Metadata metadata;
     DWORD attributes = 0;
-    if (ReadFacts(::dirfd(directory), entry.hostName.c_str(), facts)) {
-      attributes = AttributesOf(facts, entry.hostName, (host + entry.hostName).c_str());
+    if (ReadMetadata(::dirfd(directory), entry.hostName.c_str(), metadata)) {
+      attributes = AttributesOf(metadata, entry.hostName, (host + entry.hostName).c_str());
     } else if (errno == ENOENT) {
       return false;
     } else {
       // A directory that may be read but not searched: there is an entry, and no more is known.
-      facts.mode = entry.type == DT_DIR ? S_IFDIR : S_IFREG;
+      metadata.mode = entry.type == DT_DIR ? S_IFDIR : S_IFREG;
       attributes = entry.type == DT_DIR ? FILE_ATTRIBUTE_DIRECTORY : FILE_ATTRIBUTE_ARCHIVE;
     }
-    FillData(data, facts, attributes, ListedName(::dirfd(directory), entry.hostName));
+    FillData(data, metadata, attributes, ListedName(::dirfd(directory), entry.hostName));
     return true;
   }
 
@@ -115,6 +124,7 @@ class Search : public Object {
   std::string host;  // of the directory, with a '/' at the end
   std::vector<Entry> entries;
   std::size_t next = 0;
+  DWORD readError = ERROR_SUCCESS;
 };
 
 std::shared_ptr<Search> Refuse(DWORD error) {
@@ -130,7 +140,7 @@ std::shared_ptr<Search> FindOne(LibraryPath& path, WIN32_FIND_DATAA& data) {
   if (!found.exists) return Refuse(found.error);
   std::string libraryName;
   ToLibraryName(found.HostName(), libraryName);
-  FillData(data, found.facts, AttributesOf(found.facts, found.HostName(), found.host.c_str()),
+  FillData(data, found.metadata, AttributesOf(found.metadata, found.HostName(), found.host.c_str()),
            libraryName);
   return std::make_shared<Search>();
 }
@@ -138,17 +148,17 @@ std::shared_ptr<Search> FindOne(LibraryPath& path, WIN32_FIND_DATAA& data) {
 // Opens the directory of a search; null with the last error set.  `host` receives its host path.
 DIR* OpenDirectory(const LibraryPath& path, std::string& host) {
   host = path.Host();
-  if (DIR* const directory = ::opendir(host.c_str())) return directory;
+  if (DIR* const directory = Calls().opendir(host.c_str())) return directory;
   const Found found = LookUp(path);
-  if (!found.exists || found.facts.dangling) {
+  if (!found.exists || found.metadata.dangling) {
     SetLastError(found.error == ERROR_FILE_NOT_FOUND || found.exists ? ERROR_PATH_NOT_FOUND
                                                                      : found.error);
     return nullptr;
   }
   host = found.host;
-  DIR* const directory = ::opendir(host.c_str());
+  DIR* const directory = Calls().opendir(host.c_str());
   if (directory == nullptr) {
-    SetLastError(found.facts.IsDirectory() ? ErrorFromErrno(errno) : ERROR_DIRECTORY);
+    SetLastError(found.metadata.IsDirectory() ? ErrorFromErrno(errno) : ERROR_DIRECTORY);
   }
   return directory;
 }
@@ -164,7 +174,8 @@ std::shared_ptr<Search> FindMatching(const LibraryPath& path, FINDEX_SEARCH_OPS 
   const bool withDots = !path.IsRoot() || path.share;
   auto search =
       std::make_shared<Search>(directory, std::move(host), WildCard(mask), withDots, operation);
-  return search->Next(data) ? search : Refuse(ERROR_FILE_NOT_FOUND);
+  if (search->Next(data)) return search;
+  return Refuse(search->ReadError() != ERROR_SUCCESS ? search->ReadError() : ERROR_FILE_NOT_FOUND);
 }
 
 }  // namespace
@@ -189,7 +200,8 @@ HANDLE WINAPI FindFirstFileExA(LPCSTR name, FINDEX_INFO_LEVELS level, LPVOID rec
 BOOL WINAPI FindNextFileA(HANDLE find, LPWIN32_FIND_DATAA data) {
   const auto search = FindObject<Search>(find);
   if (!search) return FALSE;
-  return search->Next(*data) ? TRUE : Fail(ERROR_NO_MORE_FILES);
+  if (search->Next(*data)) return TRUE;
+  return Fail(search->ReadError() != ERROR_SUCCESS ? search->ReadError() : ERROR_NO_MORE_FILES);
 }
 
 BOOL WINAPI FindClose(HANDLE find) {

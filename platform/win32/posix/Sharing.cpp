@@ -10,7 +10,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "platform/win32/posix/LastError.h"
+#include "platform/win32/posix/SystemCalls.h"
 
 namespace kozor::posix {
 
@@ -18,31 +18,31 @@ namespace {
 
 // What a file is opened for, and what it keeps others from, as bits of one set.
 enum Claim : unsigned {
-  kReads = 1,
-  kWrites = 2,
-  kDeniesRead = 4,
-  kDeniesWrite = 8,
-  kDeniesDelete = 16,
+  Reads = 1,
+  Writes = 2,
+  DeniesRead = 4,
+  DeniesWrite = 8,
+  DeniesDelete = 16,
 };
 
 unsigned ClaimsOf(const ShareMode& mode) {
   unsigned claims = 0;
-  if ((mode.access & GENERIC_READ) != 0) claims |= kReads;
-  if ((mode.access & GENERIC_WRITE) != 0) claims |= kWrites;
-  if (claims == 0) return 0;  // who asks for facts only disturbs nobody
-  if ((mode.share & FILE_SHARE_READ) == 0) claims |= kDeniesRead;
-  if ((mode.share & FILE_SHARE_WRITE) == 0) claims |= kDeniesWrite;
-  if ((mode.share & FILE_SHARE_DELETE) == 0) claims |= kDeniesDelete;
+  if ((mode.access & GENERIC_READ) != 0) claims |= Reads;
+  if ((mode.access & GENERIC_WRITE) != 0) claims |= Writes;
+  if (claims == 0) return 0;  // reading metadata only never conflicts
+  if ((mode.share & FILE_SHARE_READ) == 0) claims |= DeniesRead;
+  if ((mode.share & FILE_SHARE_WRITE) == 0) claims |= DeniesWrite;
+  if ((mode.share & FILE_SHARE_DELETE) == 0) claims |= DeniesDelete;
   return claims;
 }
 
-// The claims of others that these can't stand beside.
+// The claims of others that conflict with these.
 unsigned ConflictsOf(unsigned claims) {
   unsigned conflicts = 0;
-  if ((claims & kReads) != 0) conflicts |= kDeniesRead;
-  if ((claims & kWrites) != 0) conflicts |= kDeniesWrite;
-  if ((claims & kDeniesRead) != 0) conflicts |= kReads;
-  if ((claims & kDeniesWrite) != 0) conflicts |= kWrites;
+  if ((claims & Reads) != 0) conflicts |= DeniesRead;
+  if ((claims & Writes) != 0) conflicts |= DeniesWrite;
+  if ((claims & DeniesRead) != 0) conflicts |= Reads;
+  if ((claims & DeniesWrite) != 0) conflicts |= Writes;
   return conflicts;
 }
 
@@ -135,7 +135,7 @@ std::ptrdiff_t DenialsInTable(const FileId& id) {
   const auto found = files.claims.find(id);
   if (found == files.claims.end()) return 0;
   return std::count_if(found->second.begin(), found->second.end(),
-                       [](unsigned claims) { return (claims & kDeniesDelete) != 0; });
+                       [](unsigned claims) { return (claims & DeniesDelete) != 0; });
 }
 
 }  // namespace
@@ -162,13 +162,13 @@ bool IsDeleteDenied(const char* hostPath, const FileId& id) {
   if (DenialsInTable(id) != 0) return true;
   const int file = ::open(hostPath, O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC | O_NOFOLLOW);
   if (file < 0) return false;
-  const bool denied = AnyLocked(file, kDeniesDelete);
+  const bool denied = AnyLocked(file, DeniesDelete);
   ::close(file);
   return denied;
 }
 
 bool IsDeleteDeniedByOthers(int held, const FileId& id) {
-  return DenialsInTable(id) > 1 || AnyLocked(held, kDeniesDelete);
+  return DenialsInTable(id) > 1 || AnyLocked(held, DeniesDelete);
 }
 
 bool IsOpenHere(const FileId& id) {

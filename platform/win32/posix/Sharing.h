@@ -1,12 +1,12 @@
 // Sharing.h - who may open a file that others have open.
 //
 // Within the process a table of open files decides.  Between processes advisory locks do, on single
-// bytes far behind any file's end, one for each of: reads, writes, lets nobody read, write, delete.
+// bytes far beyond any file's end, one for each of: reads, writes, lets nobody read, write, delete.
 // They belong to the open file and end with it, also when a process is killed.  Where the file
 // system has no such locks, only the table is left.
 #pragma once
 
-#include "platform/win32/posix/FileFacts.h"
+#include "platform/win32/posix/Metadata.h"
 
 namespace kozor::posix {
 

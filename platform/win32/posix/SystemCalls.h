@@ -1,7 +1,7 @@
-// SystemCalls.h - the system calls whose failure a caller has to survive, as a table that a test
-// can change: "the third write fails" (tests/support/FailCall.h).  Nobody else writes to it.
+// SystemCalls.h - calls of the host, and the one place that turns errno into Win32 numbers.
 #pragma once
 
+#include <dirent.h>
 #include <sys/stat.h>
 #include <sys/statvfs.h>
 #include <sys/types.h>
@@ -9,20 +9,25 @@
 #include <cstddef>
 
 #include "platform/Export.h"
+#include "platform/win32/PosixFiles.h"
 
 namespace kozor::posix {
 
-// Arguments and results are the host's, errno included.
+// The calls whose failure a caller has to survive, as a table that a test can change: "the third
+// write fails" (tests/support/FailCall.h).  Nobody else writes to it.  Arguments and results are
+// the host's, errno included.
 struct SystemCalls {
   int (*open)(const char* path, int flags, mode_t mode);
-  ssize_t (*read)(int file, void* buffer, std::size_t bytes);
-  ssize_t (*write)(int file, const void* buffer, std::size_t bytes);
+  ssize_t (*read)(int file, void* buffer, std::size_t bytes, off_t offset);         // pread
+  ssize_t (*write)(int file, const void* buffer, std::size_t bytes, off_t offset);  // pwrite
   int (*ftruncate)(int file, off_t size);
   int (*fallocate)(int file, int mode, off_t offset, off_t bytes);
   int (*fdatasync)(int file);
   int (*fsync)(int file);
   void* (*mmap)(void* address, std::size_t bytes, int protection, int flags, int file,
                 off_t offset);
+  DIR* (*opendir)(const char* path);
+  dirent* (*readdir)(DIR* directory);  // null at the end, or with errno set
   int (*statx)(int directory, const char* path, int flags, unsigned mask, struct statx* result);
   int (*statvfs)(const char* path, struct statvfs* result);
   int (*renameat2)(int oldDirectory, const char* oldPath, int newDirectory, const char* newPath,
@@ -36,5 +41,14 @@ struct SystemCalls {
 };
 
 ZOR_PLATFORM_API SystemCalls& Calls();
+
+// The Win32 number for an errno value.  ENOENT is ERROR_FILE_NOT_FOUND: whether a directory on the
+// way was missing (ERROR_PATH_NOT_FOUND) only the look-up knows.
+DWORD ErrorFromErrno(int number);
+
+// Sets the last error and returns FALSE, for `return Fail(...)`.
+BOOL Fail(DWORD error);
+// The same with the Win32 number for errno as it stands.
+BOOL FailErrno();
 
 }  // namespace kozor::posix

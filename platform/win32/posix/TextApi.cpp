@@ -1,5 +1,4 @@
-// TextApi.cpp - the active code page, and the Win32 and C run-time functions that walk, compare and
-// convert text.
+// TextApi.cpp - the Win32 and C run-time functions that walk, compare and convert text.
 #include <atomic>
 #include <string>
 #include <string_view>
@@ -10,36 +9,15 @@
 #include "platform/win32/HostRules.h"
 #include "platform/win32/PosixAdmin.h"
 #include "platform/win32/PosixText.h"
-#include "platform/win32/posix/ActiveCodePage.h"
-#include "platform/win32/posix/LastError.h"
-
-namespace kozor::posix {
-
-namespace {
-
-std::atomic<unsigned> namePage{0};
-std::atomic<const text::CodePage*> activePage{text::FindCodePage(text::kCodePage932)};
-
-}  // namespace
-
-const text::CodePage& ActivePage() {
-  return *activePage.load(std::memory_order_relaxed);
-}
-
-unsigned ActiveCodePage() {
-  return ActivePage().number;
-}
-
-bool IsLeadByte(unsigned char byte) {
-  return ActiveCodePage() == text::kCodePage932 && text::IsLeadByte932(byte);
-}
-
-}  // namespace kozor::posix
+#include "platform/win32/posix/HostNames.h"
+#include "platform/win32/posix/SystemCalls.h"
 
 namespace {
 
 using namespace kozor::posix;
 using namespace kozor::text;
+
+std::atomic<unsigned> namePage{0};
 
 struct Character {
   unsigned value;     // lead * 256 + trail for two bytes
@@ -97,12 +75,6 @@ const CodePage* PageByNumber(UINT codePage) {
 }
 
 }  // namespace
-
-int KzSetActiveCodePage(unsigned int codePage) {
-  if (codePage != kCodePage932 && codePage != kUtf8) return Fail(ERROR_INVALID_PARAMETER);
-  activePage.store(FindCodePage(codePage));
-  return TRUE;
-}
 
 int KzSetNameCodePage(unsigned int codePage) {
   const bool isKnown =

@@ -3,12 +3,14 @@
 #include <ctime>
 #include <limits>
 
+#include "platform/Clock.h"
 #include "platform/win32/PosixSystem.h"
-#include "platform/win32/posix/FileFacts.h"
-#include "platform/win32/posix/LastError.h"
+#include "platform/win32/posix/Metadata.h"
+#include "platform/win32/posix/SystemCalls.h"
 
 namespace {
 
+using namespace kozor;
 using namespace kozor::posix;
 using namespace std::chrono;
 
@@ -16,8 +18,6 @@ using TickDuration = duration<std::int64_t, std::ratio<1, kTicksPerSecond>>;
 
 constexpr sys_days kFirstDay{year{1601} / January / 1};
 constexpr int kLastYear = 30827;
-constexpr int kFirstDosYear = 1980;
-constexpr int kLastDosYear = 2107;
 constexpr std::uint64_t kMaxTicks = std::numeric_limits<std::int64_t>::max();
 
 // A calendar day as days since 1601.  std::chrono's own year ends at 32767, which holds all of
@@ -32,12 +32,12 @@ bool DayNumber(int yearNumber, unsigned monthNumber, unsigned dayNumber, std::in
 // Adds seconds to a FILETIME; fails where that leaves its range.
 BOOL Shift(const FILETIME* from, std::int64_t seconds, LPFILETIME to) {
   const std::uint64_t ticks = Ticks(*from);
-  const std::int64_t shift = seconds * kTicksPerSecond;
+  const std::int64_t shift = seconds * std::int64_t{kTicksPerSecond};
   const bool below = shift < 0 && ticks < static_cast<std::uint64_t>(-shift);
   if (ticks > kMaxTicks || below) return Fail(ERROR_INVALID_PARAMETER);
   const std::uint64_t moved = ticks + static_cast<std::uint64_t>(shift);
   if (moved > kMaxTicks) return Fail(ERROR_INVALID_PARAMETER);
-  *to = FromTicks(moved);
+  *to = FromTicks<FILETIME>(moved);
   return TRUE;
 }
 
@@ -80,29 +80,25 @@ BOOL WINAPI SystemTimeToFileTime(const SYSTEMTIME* systemTime, LPFILETIME fileTi
   }
   const TickDuration since = days{dayNumber} + hours{from.wHour} + minutes{from.wMinute} +
                              seconds{from.wSecond} + milliseconds{from.wMilliseconds};
-  *fileTime = FromTicks(static_cast<std::uint64_t>(since.count()));
+  *fileTime = FromTicks<FILETIME>(static_cast<std::uint64_t>(since.count()));
   return TRUE;
 }
 
 BOOL WINAPI DosDateTimeToFileTime(WORD date, WORD time, LPFILETIME fileTime) {
-  const SYSTEMTIME fields{static_cast<WORD>(kFirstDosYear + (date >> 9)),
-                          static_cast<WORD>(date >> 5 & 15),
-                          0,
-                          static_cast<WORD>(date & 31),
-                          static_cast<WORD>(time >> 11),
-                          static_cast<WORD>(time >> 5 & 63),
-                          static_cast<WORD>((time & 31) * 2),
-                          0};
-  return SystemTimeToFileTime(&fields, fileTime);
+  const DosTime dos{date, time};
+  if (!dos.IsValid()) return Fail(ERROR_INVALID_PARAMETER);
+  *fileTime = FromTicks<FILETIME>(FileTimeOfDosAsUtc(dos));
+  return TRUE;
 }
 
 BOOL WINAPI FileTimeToDosDateTime(const FILETIME* fileTime, LPWORD date, LPWORD time) {
   SYSTEMTIME fields{};
   if (!FileTimeToSystemTime(fileTime, &fields)) return FALSE;
-  if (fields.wYear < kFirstDosYear || fields.wYear > kLastDosYear) {
+  if (fields.wYear < kFirstDosTime.Year() || fields.wYear > kLastDosTime.Year()) {
     return Fail(ERROR_INVALID_PARAMETER);
   }
-  *date = static_cast<WORD>((fields.wYear - kFirstDosYear) << 9 | fields.wMonth << 5 | fields.wDay);
+  *date = static_cast<WORD>((fields.wYear - kFirstDosTime.Year()) << 9 | fields.wMonth << 5 |
+                            fields.wDay);
   *time = static_cast<WORD>(fields.wHour << 11 | fields.wMinute << 5 | fields.wSecond / 2);
   return TRUE;
 }
