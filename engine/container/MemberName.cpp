@@ -2,6 +2,8 @@
 #include "engine/container/MemberName.h"
 
 #include <algorithm>
+#include <optional>
+#include <utility>
 #include <vector>
 
 #include "engine/container/Text.h"
@@ -89,6 +91,30 @@ std::u16string GatherPath(const NameFields& fields, bool& altered) {
   return path;
 }
 
+// The path of most members: ASCII, and nothing in it that has to be dropped or replaced.  None for
+// all others.
+std::optional<std::u16string> PlainPath(const NameFields& fields) {
+  if (fields.unicodeDirectory || fields.unicodeFile) return std::nullopt;
+  std::u16string path;
+  const auto append = [&path](std::string_view bytes) {
+    for (const char byte : bytes) {
+      const auto unit = static_cast<unsigned char>(byte);
+      const bool isSeparator = byte == kSeparatorByte || kRules.IsSeparator(unit);
+      if (!isSeparator && (unit >= 0x80 || IsForbidden(unit))) return false;
+      path += isSeparator ? u'\\' : char16_t{unit};
+    }
+    return true;
+  };
+  if (fields.directory && !append(*fields.directory)) return std::nullopt;
+  if (!path.empty() && path.back() != u'\\') path += u'\\';
+  if (!append(fields.file ? *fields.file : fields.base)) return std::nullopt;
+  if (path.ends_with(u'\\')) path.pop_back();
+  const bool isClean = !path.empty() && path[0] != u'.' && path[0] != u'\\' &&
+                       path.find(u"\\.") == path.npos && path.find(u"\\\\") == path.npos &&
+                       path.back() != u'\\';
+  return isClean ? std::optional(std::move(path)) : std::nullopt;
+}
+
 // Whether a path has a drive letter, or a component that climbs.
 bool Strays(std::u16string_view path) {
   if (IsDrive(path)) return true;
@@ -122,9 +148,13 @@ std::u16string CleanPath(std::u16string_view path, bool& altered) {
 
 ShownName DecodeName(const NameFields& fields, bool isDirectory, unsigned int workingPage) {
   ShownName shown;
-  const std::u16string gathered = GatherPath(fields, shown.altered);
-  shown.strayed = Strays(gathered);
-  std::u16string path = CleanPath(gathered, shown.altered);
+  std::optional<std::u16string> plain = PlainPath(fields);
+  if (!plain) {
+    const std::u16string gathered = GatherPath(fields, shown.altered);
+    shown.strayed = Strays(gathered);
+    plain = CleanPath(gathered, shown.altered);
+  }
+  std::u16string& path = *plain;
   if (path.empty()) return shown;
   if (isDirectory) path += u'\\';
   shown.text = EncodeTextLossy(workingPage, path, shown.altered);

@@ -18,8 +18,17 @@ std::string WithoutQuotes(std::string_view text) {
 
 using KeyPath = text::BasicPath<char16_t>;
 
+// A text in quotes is a name.
+bool IsName(std::string_view text) {
+  return text.find('"') != std::string_view::npos;
+}
+
+std::string_view MaskText(std::string_view text) {
+  return IsName(text) ? std::string_view() : text;
+}
+
 std::u16string SearchKey(std::string_view text, unsigned int workingPage) {
-  return KeyOf(NormalizeName(WithoutQuotes(text), workingPage), workingPage);
+  return KeyOf(NormalizeName(text, workingPage), workingPage);
 }
 
 }  // namespace
@@ -29,10 +38,10 @@ MemberSearch::MemberSearch(const ArchiveIndex& searched, std::string_view text, 
     : index(searched),
       depth(searchDepth),
       kinds(searchKinds),
-      isWholeName(text.find('"') != std::string_view::npos),
+      isWholeName(IsName(text)),
       wholeName(isWholeName ? FindWholeName(WithoutQuotes(text)) : std::nullopt),
-      directory(KeyPath(SearchKey(text, searched.WorkingPage())).Folder()),
-      mask(KeyPath(SearchKey(text, searched.WorkingPage())).FileName()) {}
+      directory(KeyPath(SearchKey(MaskText(text), searched.WorkingPage())).Folder()),
+      mask(KeyPath(SearchKey(MaskText(text), searched.WorkingPage())).FileName()) {}
 
 std::optional<std::size_t> MemberSearch::FindWholeName(std::string_view name) const {
   const auto found = index.Find(name);
