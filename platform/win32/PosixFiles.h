@@ -24,8 +24,8 @@ ZOR_PLATFORM_API HANDLE WINAPI CreateFileA(LPCSTR name, DWORD access, DWORD shar
                                            LPSECURITY_ATTRIBUTES security, DWORD disposition,
                                            DWORD flags, HANDLE templateFile);
 
-// Closes what CreateFileA and CreateFileMappingA gave.  Never reports a late write error: whoever
-// has to know calls FlushFileBuffers before.
+// Closes what CreateFileA and CreateFileMappingA gave.  Reports a late write error only where a
+// flush was put off until now (KzSetFlushAtClose); the handle is closed then, too.
 ZOR_PLATFORM_API int WINAPI CloseHandle(HANDLE handle);
 
 // Reads up to `bytes`; fewer only at the end of the file.  `overlapped` must be null.
@@ -50,7 +50,7 @@ ZOR_PLATFORM_API int WINAPI GetFileSizeEx(HANDLE file, PLARGE_INTEGER size);
 // Makes the file end at the file pointer.  Growing reserves the blocks, so a full disk shows here.
 ZOR_PLATFORM_API int WINAPI SetEndOfFile(HANDLE file);
 
-// Returns when the file's data is on the medium.
+// Returns when the file's data is on the medium, or leaves that to CloseHandle (KzSetFlushAtClose).
 ZOR_PLATFORM_API int WINAPI FlushFileBuffers(HANDLE file);
 
 // Null pointers, and times that are 0 or all ones, leave a time as it is.
@@ -81,7 +81,8 @@ ZOR_PLATFORM_API int WINAPI DeleteFileA(LPCSTR name);
 // Gives a file or directory another name on the same drive, in one step.  `flags`:
 // MOVEFILE_REPLACE_EXISTING, MOVEFILE_WRITE_THROUGH (returns when the change of name is on the
 // medium).  ERROR_NOT_SAME_DEVICE between file systems: nothing is ever copied.
-// Differs: a file that is replaced keeps the spelling of its name.
+// Differs: the new name takes an existing file only if it is spelt the same
+// (KzSetCaseBlindCreation).
 ZOR_PLATFORM_API int WINAPI MoveFileExA(LPCSTR existingName, LPCSTR newName, DWORD flags);
 
 ZOR_PLATFORM_API int WINAPI CreateDirectoryA(LPCSTR name, LPSECURITY_ATTRIBUTES security);
@@ -94,8 +95,10 @@ ZOR_PLATFORM_API int WINAPI GetFileAttributesExA(LPCSTR name, GET_FILEEX_INFO_LE
                                                  LPVOID information);
 ZOR_PLATFORM_API int WINAPI SetFileAttributesA(LPCSTR name, DWORD attributes);
 
-// Searches.  Wild-cards stand in the last component only.  Entries come as ".", "..", then by name
-// without regard to case.
+// Searches.  Only the last component may hold wild-cards.  Entries come as ".", "..", then by name
+// without regard to case.  A directory that can't be opened or read to its end is an error of its
+// own, after the entries that could be read: ERROR_ACCESS_DENIED, ERROR_IO_DEVICE and so on, never
+// ERROR_NO_MORE_FILES.
 // Differs: a host name that the code page or Windows can't express has a '?' in the place of each
 // such character, and can't be opened.  There are no short names.
 ZOR_PLATFORM_API HANDLE WINAPI FindFirstFileA(LPCSTR name, LPWIN32_FIND_DATAA data);
