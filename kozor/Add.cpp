@@ -1,5 +1,8 @@
 // Add.cpp - kozor add: files, a directory or standard input into an archive.
 #include <array>
+#include <fstream>
+#include <sstream>
+#include <unordered_map>
 #include <unordered_set>
 #include <vector>
 
@@ -10,6 +13,7 @@
 #include "Host.h"
 #include "Output.h"
 #include "Selection.h"
+#include "WorkFolder.h"
 
 namespace kozor::program {
 
@@ -21,8 +25,10 @@ constexpr std::string_view kHelp =
     R"(Usage: kozor add [OPTION...] ARCHIVE [-C BASE] MASK-OR-PATH...
        kozor add [OPTION...] --dir DIRECTORY ARCHIVE
        kozor add [OPTION...] --stdin NAME ARCHIVE
+       kozor add [OPTION...] --files-from FILE ARCHIVE
 
-Puts files into an LZH archive, which is made if it doesn't exist.
+Puts files into an LZH archive, which is made if it doesn't exist.  ARCHIVE "-"
+makes a new one on standard output.
 
 A MASK-OR-PATH is a file, a directory, which stands for everything below it, or
 a mask with * and ? in its last part, which is looked for in all folders below
@@ -36,7 +42,7 @@ or more, not a plain file) is named on standard error and left out, and the exit
 code is 1.
 )";
 
-constexpr std::array<Option, 8> kOptions = {{
+constexpr std::array<Option, 12> kOptions = {{
     {"-C", "BASE", "take names from this directory on; the current one if\nabsent"},
     {"--exclude", "MASK", "leave out files and folders of this name; may be\nrepeated"},
     {"--new", "",
@@ -53,6 +59,14 @@ constexpr std::array<Option, 8> kOptions = {{
      "put the tree below DIRECTORY in, empty folders\n"
      "included, and replace what the archive holds by the\nsame names"},
     {"--stdin", "NAME", "put standard input in, by the name NAME"},
+    {"--update", "",
+     "add only what the archive doesn't hold or holds in an\n"
+     "older state, and replace that"},
+    {"--files-from", "FILE",
+     "add the files and folders that FILE names, one on a\n"
+     "line; - is standard input"},
+    {"--null", "", "the names in FILE end in zero bytes"},
+    {"--dry-run", "", "print the names of what would be added, and do nothing"},
 }};
 
 // Complains of each selected file whose name the archive holds already.
@@ -83,18 +97,71 @@ void RequireRoomForProgram(fs::path archive) {
 
 void Prepare(Archive& archive, const Arguments& arguments, const Output& output) {
   archive.SetWorkDirectory(output.WorkDirectory().c_str());
-  archive.SetOverwriteMode(arguments.Has("--overwrite") ? 1 : 0);
+  archive.SetOverwriteMode(arguments.Has("--overwrite") || arguments.Has("--update") ? 1 : 0);
 }
 
-void AddFiles(const Arguments& arguments) {
-  const std::string& name = arguments.Operand(0, "the archive");
-  arguments.Operand(1, "what to add");
+// The words of the line, and the names that a file holds.
+std::vector<std::string> WhatToAdd(const Arguments& arguments) {
+  std::vector<std::string> words = arguments.OperandsFrom(1);
+  if (!arguments.Has("--files-from")) {
+    arguments.Operand(1, "what to add");
+    return words;
+  }
+  const std::string list = arguments.Value("--files-from");
+  std::string text;
+  if (list == "-") {
+    const std::vector<unsigned char> input = ReadStandardInput();
+    text.assign(input.begin(), input.end());
+  } else {
+    std::ifstream file(list, std::ios::binary);
+    text.assign(std::istreambuf_iterator<char>(file), {});
+    if (!file) throw Failure(Visible(list) + ": the list of names can't be read");
+  }
+  const char end = arguments.Has("--null") ? '\0' : '\n';
+  std::istringstream names(text);
+  for (std::string name; std::getline(names, name, end);) {
+    if (!name.empty()) words.push_back(name);
+  }
+  return words;
+}
+
+// Which files an archive holds in their present state already.
+class UpToDate {
+ public:
+  UpToDate(const std::string& archive, const std::string& name) {
+    if (!Exists(HostPath(archive))) return;
+    for (const Member& member : ReadMembers(archive, name)) times[member.name] = member.Seconds();
+  }
+  bool operator()(const std::string& name, const FileState& state) const {
+    const auto found = times.find(name);
+    return found != times.end() && found->second >= state.time;
+  }
+
+ private:
+  std::unordered_map<std::string, std::int64_t> times;
+};
+
+std::vector<FileGroup> SelectFiles(const Arguments& arguments, const std::string& name,
+                                   const fs::path& archive) {
+  SelectionRequest request = {.base = arguments.Value("-C", "."),
+                              .words = WhatToAdd(arguments),
+                              .excludes = arguments.Values("--exclude"),
+                              .isOwnFile = [&](const fs::path& path) { return path == archive; }};
+  if (arguments.Has("--update")) request.isUpToDate = UpToDate(LibraryPath(archive), name);
+  return Select(request);
+}
+
+void PrintNames(const std::vector<FileGroup>& groups) {
+  for (const FileGroup& group : groups) {
+    for (const std::string& name : group.names) PrintLine(VisibleLibraryName(name));
+  }
+}
+
+void AddFiles(const Arguments& arguments, const std::string& name) {
   const fs::path own = fs::weakly_canonical(AbsolutePath(name));
-  const std::vector<FileGroup> groups =
-      Select({.base = arguments.Value("-C", "."),
-              .words = arguments.OperandsFrom(1),
-              .excludes = arguments.Values("--exclude"),
-              .isOwnFile = [&](const fs::path& path) { return path == own; }});
+  const std::vector<FileGroup> groups = SelectFiles(arguments, name, own);
+  if (arguments.Has("--dry-run")) return PrintNames(groups);
+  if (groups.empty()) return Remark(Visible(name) + ": up to date");
   if (arguments.Has("--sfx")) RequireRoomForProgram(own);
   std::vector<ZorFind> finds;
   std::uint64_t bytes = 0;
@@ -104,8 +171,9 @@ void AddFiles(const Arguments& arguments) {
   }
 
   Output output(name, arguments.Has("--new"), arguments.Value("--work-dir"));
+  const bool overwrites = arguments.Has("--overwrite") || arguments.Has("--update");
   const auto refuseClashes = [&] {
-    if (arguments.Has("--overwrite") || arguments.Has("--new")) return;
+    if (overwrites || arguments.Has("--new")) return;
     if (HasClashes(groups, output, name)) throw Failure("nothing was added (see --overwrite)");
   };
   // The library looks for clashes itself, but in one run only.
@@ -123,8 +191,7 @@ void AddFiles(const Arguments& arguments) {
   output.Commit();
 }
 
-void AddDirectory(const Arguments& arguments) {
-  const std::string& name = arguments.Operand(0, "the archive");
+void AddDirectory(const Arguments& arguments, const std::string& name) {
   arguments.AllowOperands(1);
   const std::string directory = arguments.Value("--dir");
   if (!fs::is_directory(directory)) throw Failure(Visible(directory) + ": no such directory");
@@ -138,8 +205,7 @@ void AddDirectory(const Arguments& arguments) {
   output.Commit();
 }
 
-void AddStandardInput(const Arguments& arguments) {
-  const std::string& name = arguments.Operand(0, "the archive");
+void AddStandardInput(const Arguments& arguments, const std::string& name) {
   arguments.AllowOperands(1);
   const std::vector<unsigned char> data = ReadStandardInput();
   Output output(name, arguments.Has("--new"), arguments.Value("--work-dir"));
@@ -152,12 +218,27 @@ void AddStandardInput(const Arguments& arguments) {
   output.Commit();
 }
 
+void AddTo(const Arguments& arguments, const std::string& name) {
+  if (arguments.Has("--dir")) return AddDirectory(arguments, name);
+  if (arguments.Has("--stdin")) return AddStandardInput(arguments, name);
+  AddFiles(arguments, name);
+}
+
 void Add(const Arguments& arguments) {
-  arguments.Exclude("--dir", {"--sfx", "--stdin", "--exclude", "-C"});
-  arguments.Exclude("--stdin", {"--sfx", "--exclude", "-C"});
-  if (arguments.Has("--dir")) return AddDirectory(arguments);
-  if (arguments.Has("--stdin")) return AddStandardInput(arguments);
-  AddFiles(arguments);
+  arguments.Exclude(
+      "--dir", {"--sfx", "--stdin", "--exclude", "-C", "--update", "--files-from", "--dry-run"});
+  arguments.Exclude("--stdin",
+                    {"--sfx", "--exclude", "-C", "--update", "--files-from", "--dry-run"});
+  if (arguments.Has("--null") && !arguments.Has("--files-from")) {
+    throw UsageError("--null goes with --files-from");
+  }
+  const std::string& name = arguments.Operand(0, "the archive");
+  if (name != "-") return AddTo(arguments, name);
+  if (arguments.Has("--sfx")) throw UsageError("--sfx makes a file beside the archive, not -");
+  const TemporaryFolder folder;
+  const fs::path archive = folder.Path() / "archive.lzh";
+  AddTo(arguments, archive.string());
+  if (Exists(archive)) CopyToStandardOutput(archive);
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 #include <optional>
 #include <random>
 
+#include "Catalogue.h"
 #include "Commands.h"
 #include "Console.h"
 #include "Failure.h"
@@ -31,11 +32,16 @@ the program asks for the next.  With a # in its last part, which stands for the
 volume's number (set-#.vol), it doesn't ask.  A volume of an older set that is in
 the way is replaced if the user says so, or --force; any other file never.
 
+Beside each volume goes a file with its checksum (set-1.vol.sha256), and at the end
+a catalogue of the set (set-catalogue.vol.json): "kozor verify" and "kozor restore"
+use them.  The catalogue also keeps what volumes don't: permission bits, links and
+empty folders.
+
 MASK-OR-PATH, BASE and --exclude are those of "kozor add"; here either all files
 or none must lie below BASE.
 )";
 
-constexpr std::array<Option, 8> kOptions = {{
+constexpr std::array<Option, 9> kOptions = {{
     {"-C", "BASE", "take names from this directory on; the current one if\nabsent"},
     {"--exclude", "MASK", "leave out files and folders of this name; may be\nrepeated"},
     {"--force", "", "replace volumes of other sets without a question"},
@@ -44,6 +50,7 @@ constexpr std::array<Option, 8> kOptions = {{
     {"--label", "TEXT", "label of the set"},
     {"--memo", "TEXT", "memo of the set"},
     {"--format", "N", "version of the format: 101, or 100 for older programs"},
+    {"--no-catalogue", "", "write no checksums and no catalogue beside the volumes"},
 }};
 
 // The identity and texts of a set.
@@ -55,12 +62,34 @@ struct Areas {
 
 class BackupVolumes : public Volumes {
  public:
+  // After the last volume: the catalogue of everything that stands on them, files and what else the
+  // group has.
+  void WriteCatalogue(const FileGroup& group) {
+    while (!scanner.AtEnd()) ScanUpTo(static_cast<int>(scanner.Result().volumes.size()) + 1);
+    Catalogue& catalogue = scanner.Result();
+    const fs::path base = HostPath(group.base);
+    for (CatalogueFile& file : catalogue.files) {
+      file.mode = Inspect(base / HostName(file.name)).mode;
+    }
+    for (const std::string& name : group.folders) {
+      const FileState state = Inspect(base / HostName(name));
+      catalogue.folders.push_back({name, state.time, state.mode});
+    }
+    for (const std::string& name : group.links) {
+      const fs::path link = base / HostName(name);
+      std::error_code ignored;
+      catalogue.links.push_back({name, fs::read_symlink(link, ignored).string(), LinkTime(link)});
+    }
+    program::WriteCatalogue(catalogue, CataloguePath(volumeName));
+  }
+
   BackupVolumes(const VolumeName& name, const Areas& setAreas, unsigned long maxVolumeBytes,
-                std::uint64_t totalBytes, bool replacesOtherSets)
+                std::uint64_t totalBytes, bool replacesOtherSets, bool writesCatalogue)
       : Volumes(name, totalBytes),
         areas(setAreas),
         maxBytes(maxVolumeBytes),
-        mayReplace(replacesOtherSets) {
+        mayReplace(replacesOtherSets),
+        hasCatalogue(writesCatalogue) {
     SetTitle(areas.label);
     const auto set = [this](auto setter, const std::string& text) {
       (this->*setter)(reinterpret_cast<const unsigned char*>(text.data()),
@@ -75,7 +104,15 @@ class BackupVolumes : public Volumes {
   // The room on the disk under the path at this moment, whichever disk the process's drives mean.
   unsigned long OnQueryDiskSpace(const char* path) override {
     const std::string onOwnDrive = PathOnOwnDrive(HostPath(path));
-    return std::min(maxBytes, ZorMultiVolume::OnQueryDiskSpace(onOwnDrive.c_str()));
+    const unsigned long space = ZorMultiVolume::OnQueryDiskSpace(onOwnDrive.c_str());
+    const unsigned long kept = hasCatalogue ? std::min(space, kChecksumRoom) : 0;
+    return std::min(maxBytes, space - kept);
+  }
+
+  // Before the medium is changed, its volume is read back for its checksum.
+  int OnAbort(const ONABORTPARAM& param) override {
+    if (param.phase == PhaseVolume) ScanUpTo(param.volume);
+    return Volumes::OnAbort(param);
   }
 
   // A volume of another set may be replaced when the user says so, a volume just written never.
@@ -102,6 +139,17 @@ class BackupVolumes : public Volumes {
   }
 
  private:
+  void ScanUpTo(int number) {
+    if (!hasCatalogue) return;
+    while (static_cast<int>(scanner.Result().volumes.size()) < number) {
+      const fs::path path = volumeName.Path(static_cast<int>(scanner.Result().volumes.size()) + 1);
+      scanner.Scan(path);
+      WriteChecksum(scanner.Result().volumes.back(), path);
+    }
+  }
+
+  // Room for the file with a volume's checksum.
+  static constexpr unsigned long kChecksumRoom = 16 << 10;
   static constexpr const char* kNoVolume = "a file that is no volume is in its place";
 
   bool MayReplace(const fs::path& path, const VolumeHeader& header) {
@@ -119,6 +167,8 @@ class BackupVolumes : public Volumes {
   const Areas& areas;
   const unsigned long maxBytes;
   bool mayReplace;
+  const bool hasCatalogue;
+  SetScanner scanner;
 };
 
 // Bytes of "--volume-size"; 4 GiB less one is what a volume can have.
@@ -188,6 +238,12 @@ class LinkTree {
   TemporaryFolder folder;
 };
 
+// The set's volumes, and what stands beside them.
+bool IsOwnFile(const VolumeName& name, fs::path path) {
+  if (name.Means(path) || path == CataloguePath(name)) return true;
+  return path.extension() == ".sha256" && name.Means(path.replace_extension());
+}
+
 // One set is one group of files.
 FileGroup SelectForSet(const SelectionRequest& request) {
   std::vector<FileGroup> groups = Select(request);
@@ -208,13 +264,17 @@ void Backup(const Arguments& arguments) {
       SelectForSet({.base = arguments.Value("-C", "."),
                     .words = arguments.OperandsFrom(1),
                     .excludes = arguments.Values("--exclude"),
-                    .isOwnFile = [&](const fs::path& path) { return name.Means(path); }});
+                    .isOwnFile = [&](const fs::path& path) { return IsOwnFile(name, path); },
+                    .notesLinks = !arguments.Has("--no-catalogue")});
   std::vector<ZorFind> finds = group.Finds();
   std::optional<LinkTree> links;
   if (finds.size() > 1) finds[0] = links.emplace(group).Find();
-  BackupVolumes volumes(name, areas, maxVolumeBytes, group.bytes, arguments.Has("--force"));
+  const bool hasCatalogue = !arguments.Has("--no-catalogue");
+  BackupVolumes volumes(name, areas, maxVolumeBytes, group.bytes, arguments.Has("--force"),
+                        hasCatalogue);
   volumes.SetBackupVersion(format);
   volumes.Require(volumes.Backup(finds[0], nullptr));
+  if (hasCatalogue) volumes.WriteCatalogue(group);
 }
 
 }  // namespace

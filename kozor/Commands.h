@@ -26,6 +26,7 @@ extern const Command kPrintCommand;
 extern const Command kDeleteCommand;
 extern const Command kBackupCommand;
 extern const Command kRestoreCommand;
+extern const Command kVerifyCommand;
 extern const Command kInfoCommand;
 
 }  // namespace kozor::program

@@ -6,6 +6,8 @@
 #include <chrono>
 #include <cmath>
 #include <cstdio>
+#include <fstream>
+#include <span>
 
 #include "Failure.h"
 #include "Host.h"
@@ -78,6 +80,18 @@ std::string LastPart(const std::string& name, std::size_t width) {
   std::size_t start = name.size() - width;
   while (start < name.size() && (static_cast<unsigned char>(name[start]) & 0xC0U) == 0x80) ++start;
   return name.substr(start);
+}
+
+// Calls `take` for each piece of standard input up to its end.
+template <typename Take>
+void ReadInputInBlocks(Take take) {
+  const InterruptibleInput interruptible;
+  std::array<unsigned char, 1 << 16> block{};
+  while (const std::size_t got = std::fread(block.data(), 1, block.size(), stdin)) {
+    take(std::span<const unsigned char>(block).first(got));
+  }
+  StopIfAsked();
+  if (std::ferror(stdin)) throw Failure("standard input: can't read");
 }
 
 }  // namespace
@@ -207,18 +221,33 @@ void FinishStandardOutput() {
   if (std::fflush(stdout) != 0) throw Failure("standard output: can't write");
 }
 
-std::vector<unsigned char> ReadStandardInput() {
-  constexpr std::size_t kBlockBytes = 1 << 16;
-  constexpr std::size_t kMaxBytes = 0xFFFFFFFF;
-  const InterruptibleInput interruptible;
-  std::vector<unsigned char> data;
-  std::array<unsigned char, kBlockBytes> block{};
-  while (const std::size_t got = std::fread(block.data(), 1, block.size(), stdin)) {
-    data.insert(data.end(), block.begin(), block.begin() + static_cast<std::ptrdiff_t>(got));
-    if (data.size() > kMaxBytes) throw Failure("standard input: more than 4 GiB can't be stored");
+void CopyToStandardOutput(const std::filesystem::path& path) {
+  std::ifstream file(path, std::ios::binary);
+  std::array<char, 1 << 16> block{};
+  while (file.read(block.data(), block.size()) || file.gcount() > 0) {
+    WriteStandardOutput(reinterpret_cast<const unsigned char*>(block.data()),
+                        static_cast<std::size_t>(file.gcount()));
   }
-  StopIfAsked();
-  if (std::ferror(stdin)) throw Failure("standard input: can't read");
+  if (!file.eof()) throw Failure(Visible(path.string()) + ": can't read");
+}
+
+void SaveStandardInput(const std::filesystem::path& path) {
+  std::ofstream file(path, std::ios::binary);
+  ReadInputInBlocks([&](std::span<const unsigned char> block) {
+    file.write(reinterpret_cast<const char*>(block.data()),
+               static_cast<std::streamsize>(block.size()));
+  });
+  file.close();
+  if (!file) throw Failure(Visible(path.string()) + ": can't write");
+}
+
+std::vector<unsigned char> ReadStandardInput() {
+  constexpr std::size_t kMaxBytes = 0xFFFFFFFF;
+  std::vector<unsigned char> data;
+  ReadInputInBlocks([&](std::span<const unsigned char> block) {
+    data.insert(data.end(), block.begin(), block.end());
+    if (data.size() > kMaxBytes) throw Failure("standard input: more than 4 GiB can't be stored");
+  });
   return data;
 }
 

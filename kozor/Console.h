@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <filesystem>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -65,6 +66,10 @@ void PrintLine(const std::string& line);
 // Throws Failure unless everything printed has really been taken.
 void FinishStandardOutput();
 
+void CopyToStandardOutput(const std::filesystem::path& path);
+
+// Standard input up to its end, into a new file.
+void SaveStandardInput(const std::filesystem::path& path);
 // Everything up to the end of standard input.  Throws Failure for more than 4 GiB less one byte,
 // and Interrupted when a signal comes meanwhile.
 std::vector<unsigned char> ReadStandardInput();

@@ -11,9 +11,11 @@
 #include "Console.h"
 #include "Failure.h"
 #include "Host.h"
+#include "VolumeReader.h"
 #include "engine/container/ArchiveIndex.h"
 #include "engine/container/Failure.h"
 #include "engine/container/File.h"
+#include "engine/container/FirstHeader.h"
 #include "engine/container/MemberName.h"
 #include "engine/container/MemberWalker.h"
 #include "engine/container/Text.h"
@@ -83,6 +85,19 @@ void MarkSuperseded(std::vector<Member>& members) {
     earlier = &member;
   }
 }
+
+bool IsVolume(const std::filesystem::path& path) {
+  try {
+    const VolumeReader volume(path);
+    return true;
+  } catch (const Failure&) {
+    return false;
+  }
+}
+
+struct DamagedArchive : Failure {
+  using Failure::Failure;
+};
 
 // A name as words are compared with it: without separators at its ends.
 std::string_view Trimmed(std::string_view name) {
@@ -174,8 +189,61 @@ std::vector<Member> ReadMembers(const std::string& archive, const std::string& n
   } catch (const container::Failure& failure) {
     // The library's numbers are the archiver's less this.
     const auto error = static_cast<ZorError>(static_cast<int>(failure.code) - 0x8000);
-    throw Failure(Visible(name) + ": " + std::string(ErrorText(error)));
+    const std::string text = Visible(name) + ": " + std::string(ErrorText(error));
+    const bool damaged = error == ZorErrorEngine8016 || error == ZorErrorEngine8017;
+    if (damaged) throw DamagedArchive(text);
+    if (IsVolume(HostPath(archive))) {
+      throw Failure(Visible(name) + ": a volume of a backup set (see kozor info)");
+    }
+    throw Failure(text);
   }
+}
+
+SourceArchive::SourceArchive(std::string givenName) : name(std::move(givenName)) {
+  if (name == "-") {
+    SaveStandardInput(CopyPath());
+    path = LibraryPath(CopyPath());
+  } else {
+    path = LibraryPath(name);
+  }
+  try {
+    members = ReadMembers(path, name);
+  } catch (const DamagedArchive& damage) {
+    Salvage();
+    if (members.empty()) throw;
+    Complain(std::string(damage.what()) + "; the " + std::to_string(members.size()) +
+             (members.size() == 1 ? " member" : " members") + " before that can be read");
+  }
+}
+
+std::filesystem::path SourceArchive::CopyPath() {
+  if (!copy) copy.emplace();
+  return copy->Path() / "archive.lzh";
+}
+
+// Copies the whole members at the beginning, and ends the copy as an archive ends.
+void SourceArchive::Salvage() {
+  std::uint64_t wholeBytes = 0;
+  {
+    container::File file;
+    if (!file.Open(path, container::File::Mode::Read)) return;
+    container::BufferedFile source(file);
+    try {
+      container::MemberWalker walker(source, container::FindFirstHeader(source));
+      container::MemberHeader header;
+      while (walker.Next(header)) wholeBytes = walker.NextOffset();
+    } catch (const container::Failure&) {
+      return;
+    }
+  }
+  if (wholeBytes == 0) return;
+  const std::filesystem::path whole = CopyPath().replace_filename("whole.lzh");
+  std::filesystem::copy_file(HostPath(path), whole);
+  // The end mark is a zero byte, and so is what a file grows by.
+  std::filesystem::resize_file(whole, wholeBytes);
+  std::filesystem::resize_file(whole, wholeBytes + 1);
+  path = LibraryPath(whole);
+  members = ReadMembers(path, name);
 }
 
 std::vector<const Member*> Meant(const std::vector<Member>& members, const std::string& word) {

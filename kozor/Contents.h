@@ -2,11 +2,13 @@
 #pragma once
 
 #include <cstdint>
+#include <filesystem>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "Mask.h"
+#include "WorkFolder.h"
 
 namespace kozor::program {
 
@@ -30,8 +32,31 @@ struct Member {
 };
 
 // Reads all headers.  `archive` is a library path, `name` what to call it.  Throws Failure when it
-// can't be read or is no archive.
+// can't be read, is no archive or is damaged.
 std::vector<Member> ReadMembers(const std::string& archive, const std::string& name);
+
+// An archive to read, as the user names it.
+//
+// "-" is standard input.  Of an archive that is damaged or cut short the members before the damage
+// are read, after a complaint.  In both cases a copy in the directory for temporaries is what is
+// read.
+class SourceArchive {
+ public:
+  explicit SourceArchive(std::string givenName);
+
+  const std::string& Path() const { return path; }  // the library's
+  const std::string& Name() const { return name; }
+  const std::vector<Member>& Members() const { return members; }
+
+ private:
+  std::filesystem::path CopyPath();
+  void Salvage();
+
+  const std::string name;
+  std::string path;
+  std::vector<Member> members;
+  std::optional<TemporaryFolder> copy;
+};
 
 // The members that a word of the command line means, in the archive's order.
 //

@@ -18,6 +18,7 @@ Brings members of an LZH archive out into files.
 
 Without a MASK everything is extracted.  A MASK is a member's name, a folder, or
 a name with * and ? in its last part, which is looked for in all folders below.
+ARCHIVE "-" is standard input.
 
 )";
 
@@ -106,14 +107,13 @@ class Extraction {
 };
 
 void Extract(const Arguments& arguments) {
-  const std::string& name = arguments.Operand(0, "the archive");
   const DeliveryRules rules = ReadDeliveryRules(arguments);
-  const std::string archive = LibraryPath(name);
-  const std::vector<Member> all = ReadMembers(archive, name);
+  const SourceArchive archive(arguments.Operand(0, "the archive"));
   const std::vector<const Member*> members =
-      Choose(all, arguments.OperandsFrom(1), MaskList(arguments.Values("--exclude")), name);
+      Choose(archive.Members(), arguments.OperandsFrom(1), MaskList(arguments.Values("--exclude")),
+             archive.Name());
   Delivery delivery(AbsolutePath(arguments.Value("-d", ".")), rules);
-  MemberReader reader(archive, name, TotalBytes(members));
+  MemberReader reader(archive.Path(), archive.Name(), TotalBytes(members));
   Extraction(delivery, reader).Run(members);
 }
 

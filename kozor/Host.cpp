@@ -162,6 +162,8 @@ FileState Inspect(const fs::path& path) {
     return state;
   }
   state.isDirectory = S_ISDIR(info.st_mode);
+  state.time = info.st_mtim.tv_sec;
+  state.mode = info.st_mode & 0777;
   state.size = static_cast<std::uintmax_t>(info.st_size);
   if (!state.isDirectory && !S_ISREG(info.st_mode)) {
     state.problem = "neither a file nor a directory";
@@ -171,6 +173,11 @@ FileState Inspect(const fs::path& path) {
     state.problem = ReadingProblem(path);
   }
   return state;
+}
+
+std::int64_t LinkTime(const fs::path& path) {
+  struct stat info {};
+  return lstat(path.c_str(), &info) == 0 ? info.st_mtim.tv_sec : 0;
 }
 
 std::string PathOnOwnDrive(const fs::path& path) {

@@ -39,8 +39,12 @@ struct FileState {
   std::string problem;  // why it can't be read, in words; empty when it can
   bool isDirectory = false;
   std::uintmax_t size = 0;  // of a file, in bytes
+  std::int64_t time = 0;    // last write, seconds since 1970
+  unsigned int mode = 0;    // permission bits
 };
 FileState Inspect(const std::filesystem::path& path);
+// The last write of a link itself, or of what else stands at `path`.
+std::int64_t LinkTime(const std::filesystem::path& path);
 
 // Maps the file system that holds `path`, or would hold it, to a drive of its own, and returns the
 // library's path of `path` on that drive.  Asking for the room on it then asks the right disk.  The

@@ -27,10 +27,6 @@ the volumes before it tell.  They are read, too, if they have the same name but
 for their number.
 )";
 
-bool SameSet(const VolumeHeader& a, const VolumeHeader& b) {
-  return a.id == b.id && a.label == b.label && a.memo == b.memo;
-}
-
 void PrintHeader(const fs::path& path, const VolumeHeader& header) {
   PrintLine("Volume:        " + Visible(path.string()));
   PrintLine(std::string("Format:        ") + (header.formatVersion == 100 ? "1.00" : "1.01"));
@@ -66,7 +62,7 @@ class SetReader {
     if (volume.Header().number != next) {
       throw Failure(Visible(path.string()) + ": another volume of the set");
     }
-    if (next > 1 && !SameSet(first, volume.Header())) {
+    if (next > 1 && !first.IsOfSameSet(volume.Header())) {
       throw Failure(Visible(path.string()) + ": a volume of another set");
     }
     if (next == 1) first = volume.Header();

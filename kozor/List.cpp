@@ -111,9 +111,9 @@ void List(const Arguments& arguments) {
   const std::string& name = arguments.Operand(0, "the archive");
   arguments.Exclude("--json", {"--names", "--long"});
   arguments.Exclude("--names", {"--long"});
-  const std::vector<Member> all = ReadMembers(LibraryPath(name), name);
-  const std::vector<const Member*> members =
-      Choose(all, arguments.OperandsFrom(1), MaskList(arguments.Values("--exclude")), name);
+  const SourceArchive archive(name);
+  const std::vector<const Member*> members = Choose(archive.Members(), arguments.OperandsFrom(1),
+                                                    MaskList(arguments.Values("--exclude")), name);
   if (arguments.Has("--json")) {
     nlohmann::ordered_json json;
     json["archive"] = name;

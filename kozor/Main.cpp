@@ -35,9 +35,9 @@ Exit codes: 0 everything done, 1 something failed or was left out, 2 the command
 line makes no sense, 130 stopped by Ctrl-C.
 )";
 
-constexpr std::array kCommands = {&kAddCommand,    &kExtractCommand, &kListCommand,
-                                  &kTestCommand,   &kPrintCommand,   &kDeleteCommand,
-                                  &kBackupCommand, &kRestoreCommand, &kInfoCommand};
+constexpr std::array kCommands = {
+    &kAddCommand,    &kExtractCommand, &kListCommand,    &kTestCommand,   &kPrintCommand,
+    &kDeleteCommand, &kBackupCommand,  &kRestoreCommand, &kVerifyCommand, &kInfoCommand};
 
 void PrintHelp() {
   std::string text(kHelp);

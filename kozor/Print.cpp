@@ -33,12 +33,11 @@ constexpr std::array<Option, 1> kOptions = {{
 // Unpacks the chosen members one by one and hands each over when it is known to be whole.
 template <typename Whole>
 std::size_t UnpackEach(const Arguments& arguments, Whole whole) {
-  const std::string& name = arguments.Operand(0, "the archive");
-  const std::string archive = LibraryPath(name);
-  const std::vector<Member> all = ReadMembers(archive, name);
+  const SourceArchive archive(arguments.Operand(0, "the archive"));
   const std::vector<const Member*> members =
-      Choose(all, arguments.OperandsFrom(1), MaskList(arguments.Values("--exclude")), name);
-  MemberReader reader(archive, name, TotalBytes(members));
+      Choose(archive.Members(), arguments.OperandsFrom(1), MaskList(arguments.Values("--exclude")),
+             archive.Name());
+  MemberReader reader(archive.Path(), archive.Name(), TotalBytes(members));
   ScratchMemory scratch;
   std::size_t good = 0;
   for (const Member* member : members) {
@@ -50,7 +49,8 @@ std::size_t UnpackEach(const Arguments& arguments, Whole whole) {
       whole(*member, contents);
       ++good;
     } catch (const FileFailure& failure) {
-      Complain(Visible(name) + ": " + VisibleLibraryName(member->name) + ": " + failure.what());
+      Complain(Visible(archive.Name()) + ": " + VisibleLibraryName(member->name) + ": " +
+               failure.what());
     }
   }
   return good;

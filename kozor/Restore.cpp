@@ -1,7 +1,11 @@
 // Restore.cpp - kozor restore: the files of a backup set.
+#include <algorithm>
 #include <array>
+#include <map>
 #include <optional>
+#include <unordered_set>
 
+#include "Catalogue.h"
 #include "Commands.h"
 #include "Console.h"
 #include "Delivery.h"
@@ -9,6 +13,7 @@
 #include "Host.h"
 #include "Mask.h"
 #include "Volumes.h"
+#include "ZorFileServices.h"
 
 namespace kozor::program {
 
@@ -28,7 +33,17 @@ A MASK is the name of a file or folder, with * and ? in its last part if need be
 without a folder in front it is looked for everywhere.  Without a MASK every file
 is restored.
 
+When the set's catalogue stands beside the volumes (see "kozor backup"), only the
+volumes that hold the wanted files are needed, files that have changed since are
+refused, and permission bits, links and empty folders come back as well.
+
 )";
+
+constexpr auto kOptions =
+    Join(kDeliveryOptions,
+         std::array<Option, 1>{{{"--continue", "",
+                                 "where a volume is missing, restore the files of the\n"
+                                 "others (needs the catalogue)"}}});
 
 class RestoreVolumes : public Volumes {
  public:
@@ -91,15 +106,214 @@ class RestoreVolumes : public Volumes {
   std::uint64_t made = 0;
 };
 
+// Restores what a catalogue tells of, each file by itself.
+class CatalogueRestore {
+ public:
+  CatalogueRestore(const Catalogue& known, const VolumeName& volumeName, Delivery& target,
+                   Destination::Links linksRule)
+      : catalogue(known),
+        name(volumeName),
+        delivery(target),
+        linkRule(linksRule),
+        progress(known.TotalBytes()) {}
+
+  // `wanted` tells of a name whether it's chosen.
+  template <typename Wanted>
+  void Run(Wanted wanted, bool goesOn) {
+    FindLinks(wanted);
+    for (const CatalogueFolder& folder : catalogue.folders) {
+      if (wanted(folder.name)) Try(folder.name, [&] { delivery.MakeFolder(folder.name); });
+    }
+    for (const CatalogueFile& file : catalogue.files) {
+      StopIfAsked();
+      if (!wanted(file.name) || LiesBelowLink(file.name)) continue;
+      if (!goesOn) Volume(file.volume);
+      Try(file.name, [&] { RestoreFile(file, goesOn); });
+    }
+    for (const auto& [linkName, link] : links) {
+      const Item item = {linkName, 0, link->time};
+      Try(linkName, [&] { delivery.MakeLink(item, link->target, FileTime(link->time)); });
+    }
+    for (auto folder = catalogue.folders.rbegin(); folder != catalogue.folders.rend(); ++folder) {
+      if (!wanted(folder->name)) continue;
+      Try(folder->name,
+          [&] { delivery.FinishFolder(folder->name, folder->mode, FileTime(folder->time)); });
+    }
+    HideProgress();
+  }
+
+ private:
+  struct MissingVolume : Failure {
+    using Failure::Failure;
+  };
+
+  static std::uint64_t FileTime(std::int64_t seconds) {
+    constexpr std::int64_t kSecondsTo1970 = 11'644'473'600;
+    constexpr std::int64_t kTicksPerSecond = 10'000'000;
+    return static_cast<std::uint64_t>((seconds + kSecondsTo1970) * kTicksPerSecond);
+  }
+
+  template <typename Step>
+  static void Try(const std::string& itemName, Step step) {
+    try {
+      step();
+    } catch (const FileFailure& failure) {
+      Complain(VisibleLibraryName(itemName) + ": " + failure.what());
+    }
+  }
+
+  // A link comes back if what it leads to comes back too, if it led nowhere before, or if it may
+  // lead anywhere.  Any other one becomes a file, or a folder of files.
+  template <typename Wanted>
+  void FindLinks(Wanted wanted) {
+    std::unordered_set<std::string> names;
+    for (const CatalogueFile& file : catalogue.files) names.insert(HostName(file.name));
+    for (const CatalogueFolder& folder : catalogue.folders) names.insert(HostName(folder.name));
+    for (const CatalogueLink& link : catalogue.links) {
+      if (!wanted(link.name)) continue;
+      const fs::path own = HostName(link.name);
+      const fs::path target = (own.parent_path() / link.target).lexically_normal();
+      const bool hasFiles =
+          names.contains(own.string()) ||
+          std::any_of(catalogue.files.begin(), catalogue.files.end(),
+                      [&](const CatalogueFile& f) { return f.name.starts_with(link.name + "\\"); });
+      const bool mayLeadAnywhere = linkRule == Destination::Links::MayLeadOut;
+      if (!hasFiles || mayLeadAnywhere || names.contains(target.string())) links[link.name] = &link;
+    }
+  }
+
+  bool LiesBelowLink(const std::string& fileName) const {
+    if (links.empty()) return false;
+    for (std::size_t end = fileName.find('\\');; end = fileName.find('\\', end + 1)) {
+      if (links.contains(fileName.substr(0, end))) return true;
+      if (end == std::string::npos) return false;
+    }
+  }
+
+  void RestoreFile(const CatalogueFile& file, bool goesOn) {
+    const Item item = {file.name, file.bytes, file.time};
+    if (!delivery.Wants(item)) return;
+    const std::string workName = std::to_string(++made);
+    WorkFolder& work = delivery.Work();
+    try {
+      MappedFile target(work, workName, file.bytes);
+      ReadFile(file, target.Contents(), goesOn);
+      target.Finish(file.mode, FileTime(file.time));
+      if (file.attribute != FILE_ATTRIBUTE_ARCHIVE) {
+        ZorSetFileAttribute(work.LibraryPathOf(workName).c_str(), file.attribute);
+      }
+      delivery.Deliver(item, workName);
+    } catch (...) {
+      work.Remove(workName);
+      throw;
+    }
+    work.Remove(workName);
+    progress.FileEnds(file.bytes);
+    Mention(VisibleLibraryName(file.name));
+  }
+
+  void ReadFile(const CatalogueFile& file, std::span<unsigned char> contents, bool goesOn) {
+    Sha256 sum;
+    std::uint64_t offset = file.offset;
+    for (int number = file.volume; !contents.empty(); ++number) {
+      VolumeReader& volume = VolumeFor(number, goesOn);
+      if (number != file.volume) offset = volume.PayloadOffset();
+      if (offset > volume.Size()) throw FileFailure(kChanged + std::to_string(number));
+      const auto here = contents.first(static_cast<std::size_t>(
+          std::min<std::uint64_t>(contents.size(), volume.Size() - offset)));
+      try {
+        volume.Read(offset, here);
+      } catch (const Failure&) {
+        throw FileFailure(kChanged + std::to_string(number));
+      }
+      sum.Add(here);
+      contents = contents.subspan(here.size());
+      progress.Running(file.bytes - contents.size(), file.name);
+      StopIfAsked();
+    }
+    if (sum.Finish() != file.sha256) {
+      throw FileFailure(kChanged + std::to_string(file.volume) + " or after it");
+    }
+  }
+
+  VolumeReader& VolumeFor(int number, bool goesOn) {
+    try {
+      return Volume(number);
+    } catch (const MissingVolume& missing) {
+      if (!goesOn) throw;
+      throw FileFailure("lost with " + std::string(missing.what()));
+    }
+  }
+
+  VolumeReader& Volume(int number) {
+    if (openVolume && volumeNumber == number) return *openVolume;
+    openVolume.reset();
+    const fs::path path = name.Path(number);
+    const std::string wanted =
+        Visible(path.string()) + ": volume " + std::to_string(number) + " is wanted, but ";
+    try {
+      openVolume.emplace(path);
+    } catch (const Failure&) {
+      throw MissingVolume(wanted + ReasonText(ZorMultiVolume::VolumeNoOpen));
+    }
+    if (IdentityOf(openVolume->Header()) != catalogue.identity) {
+      openVolume.reset();
+      throw MissingVolume(wanted + ReasonText(ZorMultiVolume::VolumeBadIdentity));
+    }
+    if (openVolume->Header().number != number) {
+      openVolume.reset();
+      throw MissingVolume(wanted + ReasonText(ZorMultiVolume::VolumeWrongNumber));
+    }
+    volumeNumber = number;
+    return *openVolume;
+  }
+
+  static inline const std::string kChanged = "changed since it was stored, on volume ";
+
+  const Catalogue& catalogue;
+  const VolumeName& name;
+  Delivery& delivery;
+  const Destination::Links linkRule;
+  Progress progress;
+  std::map<std::string, const CatalogueLink*> links;  // that come back as links
+  std::optional<VolumeReader> openVolume;
+  int volumeNumber = 0;
+  std::uint64_t made = 0;
+};
+
+// The catalogue, if there is one of this set and all its volumes can be had at once.
+std::optional<Catalogue> UsableCatalogue(const VolumeName& name) {
+  std::optional<Catalogue> catalogue = ReadCatalogue(CataloguePath(name));
+  if (!catalogue || (!name.IsPattern() && catalogue->volumes.size() > 1)) return std::nullopt;
+  try {
+    if (IdentityOf(VolumeReader(name.Path(1)).Header()) != catalogue->identity) {
+      Remark(Visible(CataloguePath(name).string()) + ": the catalogue of another set; not used");
+      return std::nullopt;
+    }
+  } catch (const Failure&) {
+    // The first volume is missing.
+  }
+  return catalogue;
+}
+
 void Restore(const Arguments& arguments) {
   const VolumeName name(arguments.Operand(0, "the volume"));
   const DeliveryRules rules = ReadDeliveryRules(arguments);
   const MaskList masks(arguments.OperandsFrom(1));
   const MaskList excludes(arguments.Values("--exclude"));
   Delivery delivery(AbsolutePath(arguments.Value("-d", ".")), rules);
-  RestoreVolumes volumes(name, masks, excludes, delivery);
-  // The destination counts for names that the work folder's take the place of.
-  volumes.Require(volumes.Restore(nullptr, "C:\\"));
+  const bool goesOn = arguments.Has("--continue");
+  if (const std::optional<Catalogue> catalogue = UsableCatalogue(name)) {
+    const auto wanted = [&](const std::string& file) {
+      return (masks.Empty() || masks.Means(file)) && !excludes.Means(file);
+    };
+    CatalogueRestore(*catalogue, name, delivery, rules.links).Run(wanted, goesOn);
+  } else {
+    if (goesOn) Remark("there is no catalogue to go by: --continue is of no use");
+    RestoreVolumes volumes(name, masks, excludes, delivery);
+    // Where files go is decided name by name; the library wants a directory all the same.
+    volumes.Require(volumes.Restore(nullptr, "C:\\"));
+  }
   for (const std::string& mask : masks.Unused()) {
     Complain(VisibleLibraryName(mask) + ": no such file in the set");
   }
@@ -107,7 +321,7 @@ void Restore(const Arguments& arguments) {
 
 }  // namespace
 
-const Command kRestoreCommand = {"restore", "bring the files of a backup set back", kHelp,
-                                 kDeliveryOptions, Restore};
+const Command kRestoreCommand = {"restore", "bring the files of a backup set back", kHelp, kOptions,
+                                 Restore};
 
 }  // namespace kozor::program

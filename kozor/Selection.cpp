@@ -110,6 +110,7 @@ class Collector {
   }
 
   std::size_t LeftOut() const { return leftOut; }
+  std::size_t UpToDate() const { return upToDate; }
 
   // The group as collected.
   FileGroup Finish() {
@@ -128,16 +129,23 @@ class Collector {
     if (IsUnnameable(path)) return LeaveOutUnnameable(path);
     const fs::path host = HostPath(path);
     const FileState state = Inspect(host);
-    if (!state.problem.empty()) {
+    const bool isLink = request.notesLinks && fs::is_symlink(host);
+    if (isLink) group.links.push_back(name);
+    if (isLink && !fs::exists(host)) {
+      ++leftOut;
+    } else if (!state.problem.empty()) {
       LeaveOut(path, state.problem);
     } else if (state.isDirectory) {
-      return;
+      if (!isLink) group.folders.push_back(name);
     } else if (request.isOwnFile && request.isOwnFile(host)) {
       ++leftOut;
     } else if (state.size > kMaxFileBytes) {
       LeaveOut(path, "files of 4 GiB or more can't be stored");
     } else if (name.size() > kMaxNameBytes) {
       LeaveOut(path, "the name is too long");
+    } else if (request.isUpToDate && request.isUpToDate(name, state)) {
+      ++leftOut;
+      ++upToDate;
     } else {
       group.bytes += state.size;
       group.names.push_back(name);
@@ -185,6 +193,7 @@ class Collector {
   std::unordered_set<std::string> seen;
   std::unordered_set<std::string> unnameable;  // host paths
   std::size_t leftOut = 0;
+  std::size_t upToDate = 0;  // of those
   std::size_t searches = 0;
 };
 
@@ -231,7 +240,8 @@ std::vector<FileGroup> Select(const SelectionRequest& request) {
     FileGroup group = collector->Finish();
     if (!group.names.empty()) groups.push_back(std::move(group));
   }
-  if (groups.empty()) throw Failure("there is nothing to store");
+  const bool nothingNew = below.UpToDate() + elsewhere.UpToDate() > 0;
+  if (groups.empty() && !nothingNew) throw Failure("there is nothing to store");
   if (groups.size() == 2) RefuseCommonNames(groups[0], groups[1]);
   return groups;
 }

@@ -12,6 +12,7 @@
 #include <string>
 #include <vector>
 
+#include "Host.h"
 #include "Mask.h"
 #include "ZorFind.h"
 
@@ -22,6 +23,10 @@ struct FileGroup {
   std::string base;                // library path without a trailing backslash, but "C:\"
   std::vector<std::string> names;  // library names of the files, in the order found
   std::uint64_t bytes = 0;         // of all files
+  // Where the request asks for links: directories, and links to files and directories or to
+  // nothing.
+  std::vector<std::string> folders;
+  std::vector<std::string> links;
   // A mask that, with all folders below, selects exactly these files; empty when there is none.
   std::string wholeMask;
 
@@ -35,12 +40,17 @@ struct SelectionRequest {
   std::vector<std::string> excludes;
   // Files that are the run's own and left out without a word; host paths.
   std::function<bool(const std::filesystem::path&)> isOwnFile;
+  // Whether links are noted as such, besides what they lead to; one that leads nowhere isn't
+  // complained of then.
+  bool notesLinks = false;
+  // Files that needn't be stored, by their names in the group and their state; null for none.
+  std::function<bool(const std::string&, const FileState&)> isUpToDate = nullptr;
 };
 
 // The groups, without empty ones: files below the base directory, with names relative to it, and
 // files elsewhere, with names relative to the root of the disk.  Throws Failure when a word means
-// nothing, when nothing is left, and when two files would get one name; complains about every file
-// that can't be stored.
+// nothing, when nothing is left (but for files that needn't be stored), and when two files would
+// get one name; complains about every file that can't be stored.
 std::vector<FileGroup> Select(const SelectionRequest& request);
 
 // Complains of everything below `directory` that can't be stored; true when there is nothing.

@@ -1,12 +1,14 @@
-// VolumeReader.h - what the header of a backup volume says, and the files that begin on it.  The
-// format is laid open in docs/volume-format.md.
+// VolumeReader.h - what the header of a backup volume says, the files that begin on it, and its
+// bytes.  The format is laid open in docs/volume-format.md.
 #pragma once
 
 #include <cstdint>
 #include <filesystem>
-#include <fstream>
 #include <optional>
+#include <span>
 #include <string>
+
+#include "platform/classlib/ClassLib.h"
 
 namespace kozor::program {
 
@@ -17,6 +19,10 @@ struct VolumeHeader {
   std::string id;
   std::string label;
   std::string memo;
+
+  bool IsOfSameSet(const VolumeHeader& other) const {
+    return id == other.id && label == other.label && memo == other.memo;
+  }
 };
 
 struct VolumeRecord {
@@ -24,28 +30,37 @@ struct VolumeRecord {
   std::uint32_t size = 0;  // in bytes
   std::int32_t time = 0;   // seconds since 1970, UTC
   std::uint8_t attribute = 0;
+  std::uint64_t offset = 0;  // of its data on the volume
 };
 
+// Everything here throws Failure, with the volume's name, when the bytes can't be read or make no
+// sense.
 class VolumeReader {
  public:
-  // Throws Failure when `path` can't be read or isn't a volume.
   explicit VolumeReader(const std::filesystem::path& path);
 
   const VolumeHeader& Header() const { return header; }
+  // Where the areas end and the payload begins, and where the volume ends.
+  std::uint64_t PayloadOffset() const { return payload; }
+  std::uint64_t Size() const { return end; }
+
   // Leaves out bytes at the start of the payload that belong to a file of the volume before.
   void Skip(std::uint64_t bytes) { at += bytes; }
-  // The next record that begins on the volume; nothing behind the last one.  Throws Failure when
-  // the bytes there are no record.
+  // The next record that begins on the volume; nothing after the last one.
   std::optional<VolumeRecord> Next();
   // How many bytes of the last file stand on the volumes that follow.
   std::uint64_t BytesCarriedOver() const { return at > end ? at - end : 0; }
 
+  // Reads bytes of the volume.
+  void Read(std::uint64_t offset, std::span<unsigned char> bytes);
+
  private:
-  std::string Read(std::uint64_t offset, std::size_t size);
+  std::string ReadText(std::uint64_t offset, std::size_t size);
 
   std::filesystem::path path;
-  std::ifstream file;
+  CFile file;
   VolumeHeader header;
+  std::uint64_t payload = 0;
   std::uint64_t at = 0;   // where the next record begins
   std::uint64_t end = 0;  // length of the file
 };

@@ -11,9 +11,7 @@ namespace kozor::program {
 
 namespace fs = std::filesystem;
 
-namespace {
-
-std::string Reason(int volumeResult) {
+std::string ReasonText(int volumeResult) {
   switch (volumeResult) {
     case ZorMultiVolume::VolumeNoSpace:
       return "there is no disk, or too little room on it";
@@ -31,8 +29,6 @@ std::string Reason(int volumeResult) {
       return "";
   }
 }
-
-}  // namespace
 
 VolumeName::VolumeName(const std::string& pathOrPattern) : word(pathOrPattern) {
   const fs::path path = AbsolutePath(word);
@@ -97,7 +93,7 @@ int Volumes::OnAbort(const ONABORTPARAM& param) {
 bool Volumes::Ready(const ONABORTPARAM& param) {
   const bool asItStands =
       param.volumeResult == VolumeFirstAsk && (param.volume == 0 || volumeName.IsPattern());
-  std::string objection = asItStands ? ObjectionTo(param) : Reason(param.volumeResult);
+  std::string objection = asItStands ? ObjectionTo(param) : ReasonText(param.volumeResult);
   if (asItStands && objection.empty()) return true;
   const int number = param.volume + 1;
   const std::string wanted = Visible(volumeName.Path(number).string()) + ": volume " +

@@ -32,6 +32,9 @@ class VolumeName {
   bool pattern;
 };
 
+// Why a volume can't be taken, by a ZorMultiVolume::VolumeResult; empty for VolumeFirstAsk.
+std::string ReasonText(int volumeResult);
+
 class Volumes : public ZorMultiVolume {
  public:
   // `totalBytes` of all files of the run, 0 when that isn't known.

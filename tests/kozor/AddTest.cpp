@@ -164,6 +164,30 @@ TEST_F(KozorAdd, TakesStandardInput) {
   EXPECT_THAT(Members("a.lzh"), ElementsAre("in/sub.bin", "-"));
 }
 
+TEST_F(KozorAdd, AddsWhatIsNewOrListedOrOnlySaysSo) {
+  MustRun({"add", "a.lzh", "-C", "tree", "a.txt", "b.c"});
+  const Bytes before = folder.ReadFile("a.lzh");
+  EXPECT_THAT(Kozor({"add", "--update", "a.lzh", "-C", "tree", "*.txt", "--exclude", "sub"}).output,
+              HasSubstr("a.lzh: up to date"));
+  EXPECT_EQ(folder.ReadFile("a.lzh"), before);
+  folder.WriteFile("tree/b.c", "newer");
+  folder.SetTime("tree/b.c", 2'000'000'000);
+  const Words update = {"add", "--update", "--dry-run", "a.lzh", "-C", "tree", "."};
+  EXPECT_EQ(Kozor(update).output, "b.c\nsub/a.txt\nsub/deep/c.txt\n");
+  MustRun({"add", "--update", "a.lzh", "-C", "tree", "."});
+  EXPECT_EQ(Extracted("a.lzh"), "");
+  EXPECT_EQ(Shell("find tree -type f -print0 | $KOZOR add b.lzh --null --files-from -").status, 0);
+  EXPECT_EQ(Members("b.lzh").size(), 4U);
+}
+
+TEST_F(KozorAdd, WritesToStandardOutputAndOthersReadStandardInput) {
+  const CommandResult result = Shell(
+      "$KOZOR add - -C tree . | tee a.lzh | $KOZOR extract - -d out && $KOZOR test - < a.lzh && "
+      "$KOZOR print - a.txt < a.lzh | cmp - tree/a.txt");
+  EXPECT_EQ(result.status, 0) << result.output;
+  EXPECT_EQ(CompareTrees(folder.Path("tree"), folder.Path("out")), "");
+}
+
 TEST_F(KozorAdd, MakesASelfExtractingProgram) {
   if (Shell("uname -m").output != "x86_64\n") GTEST_SKIP() << "programs are for x86-64 only";
   MustRun({"add", "--sfx", "a.lzh", "-C", "tree", "."});

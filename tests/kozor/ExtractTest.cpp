@@ -112,6 +112,15 @@ TEST_F(KozorExtract, ExtractsTheRestOfADamagedArchiveAndPrintsNothingOfTheMember
               AllOf(HasSubstr("is damaged"), Not(HasSubstr("secre"))));
 }
 
+TEST_F(KozorExtract, BringsOutTheWholeMembersOfACutArchive) {
+  folder.WriteFile("a.lzh", RawArchive({Member("first", "1"), Member("last", "abcdef")}));
+  folder.Truncate("a.lzh", folder.ReadFile("a.lzh").size() - 4);
+  EXPECT_THAT(MustFail({"extract", "a.lzh", "-d", "out"}),
+              HasSubstr("the 1 member before that can be read"));
+  EXPECT_THAT(folder.List("out"), ElementsAre("first"));
+  EXPECT_THAT(MustFail({"list", "a.lzh"}), HasSubstr("1 bytes in 1 file\n"));
+}
+
 TEST_F(KozorExtract, SaysWhatIsWrongWithAnArchive) {
   folder.WriteFile("text.txt", "this is a text and not an archive at all");
   folder.WriteFile("empty.lzh", "");

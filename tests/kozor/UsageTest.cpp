@@ -17,8 +17,8 @@ class KozorUsage : public KozorProgram {};
 TEST_F(KozorUsage, HelpsWithEveryCommand) {
   const CommandResult help = Kozor({"--help"});
   EXPECT_EQ(help.status, 0);
-  for (const std::string command :
-       {"add", "extract", "list", "test", "print", "delete", "backup", "restore", "info"}) {
+  for (const std::string command : {"add", "extract", "list", "test", "print", "delete", "backup",
+                                    "restore", "verify", "info"}) {
     EXPECT_THAT(help.output, HasSubstr("\n  " + command + " "));
     for (const Words& words : {Words{command, "--help"}, {"help", command}}) {
       const CommandResult result = Kozor(words);

@@ -76,6 +76,44 @@ TEST_F(KozorVolumes, CantTellTheTerminalWhatToDo) {
       HasSubstr("Label:         \\x1B[2J\\x09\\xC2\\x9B \\xE2\\x80\\xAE \\xFF ok \xE3\x81\x82\n"));
 }
 
+// Modes, links and times, which a comparison of trees doesn't look at.
+constexpr const char* kFacts = "find . -mindepth 1 -printf '%P %y %m %Ts %l\\n' | LC_ALL=C sort";
+
+TEST_F(KozorVolumes, BringBackWithTheirCatalogueWhatTheFormatCantHold) {
+  Shell(
+      "cd tree && mkdir -m 700 empty && chmod 750 a.txt && ln -s a.txt link && ln -s sub folder "
+      "&& ln -s nowhere dangling && touch -d 2001-02-03 empty sub");
+  BackUp({"--volume-size", "50K"}, "set-#.vol");
+  EXPECT_EQ(Shell("sha256sum --quiet -c set-*.sha256").output, "");
+  EXPECT_THAT(Kozor({"verify", "set-#.vol", "-C", "tree"}).output,
+              testing::EndsWith("on 3 volumes OK\n"));
+  MustRun({"restore", "set-#.vol", "-d", "out"});
+  const auto facts = [&](const std::string& tree) {
+    return Shell("cd " + tree + " && " + kFacts).output;
+  };
+  EXPECT_EQ(facts("out"), facts("tree"));
+  EXPECT_EQ(Shell("diff -r --no-dereference tree out").output, "");
+}
+
+TEST_F(KozorVolumes, ShowWithTheirCatalogueWhatHasChangedOrIsLost) {
+  BackUp({"--volume-size", "50K"}, "set-#.vol");
+  folder.Damage("set-2.vol", 30'000, 1);
+  EXPECT_THAT(MustFail({"verify", "set-#.vol"}),
+              AllOf(HasSubstr("set-2.vol: changed"), HasSubstr("big.bin: changed on volume 1")));
+  EXPECT_THAT(MustFail({"restore", "set-#.vol", "-d", "out"}), HasSubstr("big.bin: changed"));
+  EXPECT_THAT(folder.List("out"), ElementsAre("a.txt", "sub/", "sub/c.txt", "sub/empty", "z"));
+  fs::remove(folder.Path("set-2.vol"));
+  fs::remove_all(folder.Path("out"));
+  EXPECT_THAT(MustFail({"restore", "set-#.vol", "-d", "out"}), HasSubstr("volume 2 is wanted"));
+  EXPECT_THAT(MustFail({"restore", "--continue", "set-#.vol", "-d", "out"}),
+              HasSubstr("big.bin: lost with"));
+  EXPECT_THAT(folder.List("out"), ElementsAre("a.txt", "sub/", "sub/c.txt", "sub/empty", "z"));
+  // One file asks only for its volumes.
+  fs::remove_all(folder.Path("out"));
+  MustRun({"restore", "set-#.vol", "-d", "out", "z"});
+  EXPECT_THAT(folder.List("out"), ElementsAre("z"));
+}
+
 TEST_F(KozorVolumes, OfAnotherSetAreRefused) {
   BackUp({"--volume-size", "100000"}, "set-#.vol");
   BackUp({"--volume-size", "100000"}, "other-#.vol");

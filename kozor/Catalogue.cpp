@@ -1,0 +1,222 @@
+// Catalogue.cpp - see Catalogue.h.
+#include "Catalogue.h"
+
+#include <algorithm>
+#include <fstream>
+#include <nlohmann/json.hpp>
+#include <sstream>
+
+#include "Console.h"
+#include "Failure.h"
+#include "Host.h"
+
+namespace kozor::program {
+
+namespace fs = std::filesystem;
+using Json = nlohmann::ordered_json;
+
+namespace {
+
+constexpr int kFormat = 1;
+
+// Replaces the file in one step.
+void WriteWhole(const fs::path& path, const std::string& text) {
+  const fs::path temporary = path.string() + ".tmp";
+  std::ofstream file(temporary, std::ios::binary);
+  file << text;
+  file.close();
+  std::error_code error;
+  if (file) fs::rename(temporary, path, error);
+  if (!file || error) {
+    fs::remove(temporary, error);
+    throw Failure(Visible(path.string()) + ": can't write");
+  }
+}
+
+std::string HostStyle(std::string name) {
+  std::replace(name.begin(), name.end(), '\\', '/');
+  return name;
+}
+
+std::string LibraryStyle(std::string name) {
+  std::replace(name.begin(), name.end(), '/', '\\');
+  return name;
+}
+
+void Put(Json& json, const CatalogueVolume& volume) {
+  json = {{"number", volume.number},
+          {"file", volume.file},
+          {"bytes", volume.bytes},
+          {"sha256", volume.sha256}};
+}
+
+void Put(Json& json, const CatalogueFile& file) {
+  json = {{"name", HostStyle(file.name)}, {"bytes", file.bytes},
+          {"modified", file.time},        {"mode", file.mode},
+          {"attributes", file.attribute}, {"volume", file.volume},
+          {"offset", file.offset},        {"sha256", file.sha256}};
+}
+
+void Put(Json& json, const CatalogueFolder& folder) {
+  json = {{"name", HostStyle(folder.name)}, {"modified", folder.time}, {"mode", folder.mode}};
+}
+
+void Put(Json& json, const CatalogueLink& link) {
+  json = {{"name", HostStyle(link.name)}, {"target", link.target}, {"modified", link.time}};
+}
+
+void Get(const Json& json, CatalogueVolume& volume) {
+  volume = {json.at("number"), json.at("file"), json.at("bytes"), json.at("sha256")};
+}
+
+void Get(const Json& json, CatalogueFile& file) {
+  file = {LibraryStyle(json.at("name")), json.at("bytes"),  json.at("modified"), json.at("mode"),
+          json.at("attributes"),         json.at("volume"), json.at("offset"),   json.at("sha256")};
+}
+
+void Get(const Json& json, CatalogueFolder& folder) {
+  folder = {LibraryStyle(json.at("name")), json.at("modified"), json.at("mode")};
+}
+
+void Get(const Json& json, CatalogueLink& link) {
+  link = {LibraryStyle(json.at("name")), json.at("target"), json.at("modified")};
+}
+
+template <typename Entry>
+Json PutAll(const std::vector<Entry>& entries) {
+  Json all = Json::array();
+  for (const Entry& entry : entries) Put(all.emplace_back(), entry);
+  return all;
+}
+
+template <typename Entry>
+void GetAll(const Json& all, std::vector<Entry>& entries) {
+  for (const Json& json : all) Get(json, entries.emplace_back());
+}
+
+}  // namespace
+
+std::uint64_t Catalogue::TotalBytes() const {
+  std::uint64_t bytes = 0;
+  for (const CatalogueFile& file : files) bytes += file.bytes;
+  return bytes;
+}
+
+std::string IdentityOf(const VolumeHeader& header) {
+  Sha256 sum;
+  for (const std::string* area : {&header.id, &header.label, &header.memo}) {
+    const std::string text = std::to_string(area->size()) + ':' + *area;
+    sum.Add({reinterpret_cast<const unsigned char*>(text.data()), text.size()});
+  }
+  return sum.Finish();
+}
+
+void SetScanner::Scan(const fs::path& path) {
+  VolumeReader volume(path);
+  const auto number = static_cast<int>(catalogue.volumes.size()) + 1;
+  if (volume.Header().number != number) {
+    throw Failure(Visible(path.string()) + ": another volume of the set");
+  }
+  if (isFirst) {
+    first = volume.Header();
+    recordsLeft = std::max<std::int64_t>(first.files, 0);
+    catalogue.identity = IdentityOf(first);
+    isFirst = false;
+  } else if (!first.IsOfSameSet(volume.Header())) {
+    throw Failure(Visible(path.string()) + ": a volume of another set");
+  }
+  // The sum of the volume is made of every byte, in order; those of the files on the way.
+  Sha256 volumeSum;
+  std::vector<unsigned char> block(1 << 16);
+  std::uint64_t at = 0;
+  const auto pass = [&](std::uint64_t end, bool isFile) {
+    while (at < end) {
+      const std::span<unsigned char> piece = std::span(block).first(
+          static_cast<std::size_t>(std::min<std::uint64_t>(block.size(), end - at)));
+      volume.Read(at, piece);
+      volumeSum.Add(piece);
+      if (isFile) fileSum.Add(piece);
+      at += piece.size();
+      StopIfAsked();
+    }
+  };
+  const auto passFile = [&] {
+    const std::uint64_t here = std::min(bytesLeft, volume.Size() - at);
+    pass(at + here, true);
+    bytesLeft -= here;
+    if (bytesLeft == 0) catalogue.files.back().sha256 = fileSum.Finish();
+  };
+  pass(volume.PayloadOffset(), false);
+  volume.Skip(bytesLeft);
+  if (bytesLeft > 0) passFile();
+  while (bytesLeft == 0 && recordsLeft > 0) {
+    const std::optional<VolumeRecord> record = volume.Next();
+    if (!record) break;
+    catalogue.files.push_back({.name = record->name,
+                               .bytes = record->size,
+                               .time = record->time,
+                               .attribute = record->attribute,
+                               .volume = number,
+                               .offset = record->offset});
+    fileSum = Sha256();
+    bytesLeft = record->size;
+    --recordsLeft;
+    pass(record->offset, false);
+    passFile();
+  }
+  pass(volume.Size(), false);
+  catalogue.volumes.push_back(
+      {number, path.filename().string(), volume.Size(), volumeSum.Finish()});
+}
+
+fs::path CataloguePath(const VolumeName& name) {
+  const fs::path first = name.Path(1);
+  std::string file = fs::path(name.Word()).filename().string();
+  const std::size_t mark = file.find('#');
+  if (mark != std::string::npos) file.replace(mark, 1, "catalogue");
+  return first.parent_path() / (file + ".json");
+}
+
+fs::path ChecksumPath(const fs::path& volume) {
+  return volume.string() + ".sha256";
+}
+
+void WriteCatalogue(const Catalogue& catalogue, const fs::path& path) {
+  const Json json = {{"kozor-catalogue", kFormat},           {"identity", catalogue.identity},
+                     {"volumes", PutAll(catalogue.volumes)}, {"files", PutAll(catalogue.files)},
+                     {"folders", PutAll(catalogue.folders)}, {"links", PutAll(catalogue.links)}};
+  WriteWhole(path, json.dump(1, ' ', false, Json::error_handler_t::replace) + '\n');
+}
+
+void WriteChecksum(const CatalogueVolume& volume, const fs::path& volumePath) {
+  WriteWhole(ChecksumPath(volumePath), volume.sha256 + "  " + volume.file + '\n');
+}
+
+std::optional<Catalogue> ReadCatalogue(const fs::path& path) {
+  std::ifstream file(path, std::ios::binary);
+  if (!file) return std::nullopt;
+  try {
+    const Json json = Json::parse(file);
+    if (json.at("kozor-catalogue") != kFormat) {
+      throw Failure(Visible(path.string()) + ": a catalogue of a newer program");
+    }
+    Catalogue catalogue;
+    catalogue.identity = json.at("identity");
+    GetAll(json.at("volumes"), catalogue.volumes);
+    GetAll(json.at("files"), catalogue.files);
+    GetAll(json.at("folders"), catalogue.folders);
+    GetAll(json.at("links"), catalogue.links);
+    return catalogue;
+  } catch (const nlohmann::json::exception&) {
+    throw Failure(Visible(path.string()) + ": a damaged catalogue (move it away to go without)");
+  }
+}
+
+std::optional<std::string> ReadChecksum(const fs::path& volume) {
+  std::ifstream file(ChecksumPath(volume));
+  std::string sum;
+  if (!(file >> sum)) return std::nullopt;
+  return sum;
+}
+
+}  // namespace kozor::program

@@ -1,0 +1,26 @@
+// Sha256.h - checksums of backup volumes and files (FIPS 180-4).
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <span>
+#include <string>
+
+namespace kozor::program {
+
+class Sha256 {
+ public:
+  void Add(std::span<const unsigned char> bytes);
+  // The sum of everything added, as 64 hexadecimal digits.  The object is of no use afterwards.
+  std::string Finish();
+
+ private:
+  void AddBlock(const unsigned char* block);
+
+  std::array<std::uint32_t, 8> state = {0x6a09e667, 0xbb67ae85, 0x3c6ef372, 0xa54ff53a,
+                                        0x510e527f, 0x9b05688c, 0x1f83d9ab, 0x5be0cd19};
+  std::array<unsigned char, 64> pending{};
+  std::uint64_t total = 0;  // bytes added
+};
+
+}  // namespace kozor::program
