@@ -2,7 +2,6 @@
 #include "Archive.h"
 
 #include <algorithm>
-#include <limits>
 
 #include "Failure.h"
 #include "Host.h"
@@ -48,9 +47,6 @@ MemberReader::~MemberReader() {
 }
 
 void MemberReader::Unpack(const Member& member, std::span<unsigned char> target) {
-  if (member.size > std::numeric_limits<std::uint32_t>::max()) {
-    throw FileFailure("members of 4 GiB or more can't be unpacked");
-  }
   unsigned char nothing = 0;
   unsigned char* const buffer = target.empty() ? &nothing : target.data();
   const int done = ExtractMem(archive.c_str(), member.name.c_str(), buffer,

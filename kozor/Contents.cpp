@@ -5,6 +5,7 @@
 #include "Contents.h"
 
 #include <algorithm>
+#include <limits>
 #include <string_view>
 #include <unordered_map>
 
@@ -66,6 +67,9 @@ Member Describe(const container::Member& known, const container::MemberHeader& h
   member.lastWrite = known.utcTime;
   member.attribute = static_cast<std::uint8_t>(known.attribute);
   member.unixMode = header.unixMode;
+  member.overclaims =
+      known.unpacking &&
+      known.originalBytes > codec::MostUnpackedBytes(*known.unpacking, known.packedBytes);
   if (header.IsLink()) {
     member.kind = MemberKind::Link;
     ReadLink(header.name, member);
@@ -163,6 +167,15 @@ std::vector<const Member*> FindMeant(const std::vector<Member>& members, const s
 
 std::int64_t Member::Seconds() const {
   return static_cast<std::int64_t>(lastWrite / kTicksPerSecond) - kSecondsTo1970;
+}
+
+void RequireUnpackable(const Member& member) {
+  if (member.size > std::numeric_limits<std::uint32_t>::max()) {
+    throw FileFailure("members of 4 GiB or more can't be unpacked");
+  }
+  if (member.overclaims) {
+    throw FileFailure("the member is damaged: its data can't unpack to the size that it claims");
+  }
 }
 
 std::vector<Member> ReadMembers(const std::string& archive, const std::string& name) {

@@ -27,9 +27,14 @@ struct Member {
   std::uint8_t attribute = 0;   // FILE_ATTRIBUTE_* bits
   unsigned int unixMode = 0;    // file type included; 0 when not recorded
   bool superseded = false;      // a later member has the same name
+  bool overclaims = false;      // its packed data can't unpack to so many bytes
 
   std::int64_t Seconds() const;  // last write since 1970
 };
+
+// Throws FileFailure for a member whose size shows that it can't be unpacked, before any room is
+// made for it.
+void RequireUnpackable(const Member& member);
 
 // Reads all headers.  `archive` is a library path, `name` what to call it.  Throws Failure when it
 // can't be read, is no archive or is damaged.

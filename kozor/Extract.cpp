@@ -57,6 +57,7 @@ class Extraction {
   }
 
   void ExtractFile(const Member& member) {
+    RequireUnpackable(member);
     const Item item = {member.name, member.size, member.Seconds()};
     if (!delivery.Wants(item)) return;
     const std::string workName = std::to_string(++made);

@@ -44,6 +44,7 @@ std::size_t UnpackEach(const Arguments& arguments, Whole whole) {
     StopIfAsked();
     if (member->kind != MemberKind::File) continue;
     try {
+      RequireUnpackable(*member);
       const std::span<unsigned char> contents = scratch.Get(member->size);
       reader.Unpack(*member, contents);
       whole(*member, contents);
