@@ -1,23 +1,55 @@
-# What every target of our own code has in common: the language level, hidden symbols, warnings as
-# errors, and the sanitizers that a preset asks for.
+# What the targets of our own code have in common.
 
+# The include root of one folder of the source tree: a directory in the build tree that holds a link
+# to the folder under its path from the root of the project, and nothing else.
+function(kozor_include_root result folder)
+  string(REPLACE / - name ${folder})
+  set(root ${PROJECT_BINARY_DIR}/include-roots/${name})
+  cmake_path(GET folder PARENT_PATH parent)
+  file(MAKE_DIRECTORY ${root}/${parent})
+  file(CREATE_LINK ${PROJECT_SOURCE_DIR}/${folder} ${root}/${folder} RESULT error SYMBOLIC)
+  if(NOT error EQUAL 0)  # Windows keeps links from ordinary users: there the whole tree is the root.
+    set(root ${PROJECT_SOURCE_DIR})
+  endif()
+  set(${result} ${root} PARENT_SCOPE)
+endfunction()
+
+# Lets a target, and what links it, include headers of the given folders by their paths from the root
+# of the project, such as "engine/codec/Decode.h".  What is neither named here nor linked can't be
+# included.
+function(kozor_include_folders target)
+  foreach(folder ${ARGN})
+    kozor_include_root(root ${folder})
+    target_include_directories(${target} PUBLIC $<BUILD_INTERFACE:${root}>)
+  endforeach()
+endfunction()
+
+# Every target: the language level, hidden symbols, warnings, the sanitizers that a preset asks for,
+# and the headers of the target's own folder.
 function(kozor_own_code target)
+  cmake_path(RELATIVE_PATH CMAKE_CURRENT_SOURCE_DIR BASE_DIRECTORY ${PROJECT_SOURCE_DIR}
+    OUTPUT_VARIABLE folder)
+  if(NOT folder STREQUAL ".")
+    kozor_include_folders(${target} ${folder})
+  endif()
   target_compile_features(${target} PUBLIC cxx_std_20)
   set_target_properties(${target} PROPERTIES
     CXX_EXTENSIONS OFF
     CXX_VISIBILITY_PRESET hidden
     VISIBILITY_INLINES_HIDDEN ON
     POSITION_INDEPENDENT_CODE ON)
-  target_include_directories(${target} PRIVATE ${PROJECT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/include)
   if(MSVC)
     target_compile_options(${target} PRIVATE /W4 /permissive- $<$<BOOL:${KOZOR_WERROR}>:/WX>)
   else()
     target_compile_options(${target} PRIVATE
       -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wnon-virtual-dtor
       -Woverloaded-virtual -Wcast-qual -Wformat=2
-      # gcc 12 warns of the inside of std::string's operator+ when it optimises.
-      $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>
       $<$<BOOL:${KOZOR_WERROR}>:-Werror>)
+  endif()
+  if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    target_compile_options(${target} PRIVATE
+      -Wno-restrict  # gcc 12 warns of the inside of std::string's operator+ when it optimises.
+      -fno-gnu-unique)  # One unique symbol would keep the archiver loaded until the program ends.
   endif()
   if(KOZOR_SANITIZE)
     target_compile_options(${target} PRIVATE -fsanitize=${KOZOR_SANITIZE}
@@ -26,48 +58,73 @@ function(kozor_own_code target)
   endif()
 endfunction()
 
-# A shared library whose calls to its own functions stay inside, whatever functions of the same name
-# the program has.
-function(kozor_calls_itself target)
-  target_link_options(${target} PRIVATE $<$<PLATFORM_ID:Linux>:LINKER:-Bsymbolic-functions>)
+# A library that others link: its version, and calls inside it that stay inside it, whatever functions
+# of the same names a program has.
+function(kozor_shared_library target)
+  # While the major version is 0, every minor version may change the binary interface.
+  set_target_properties(${target} PROPERTIES
+    VERSION ${PROJECT_VERSION}
+    SOVERSION ${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR}
+    VERIFY_INTERFACE_HEADER_SETS ${PROJECT_IS_TOP_LEVEL})
+  if(NOT WIN32 AND NOT APPLE)
+    target_link_options(${target} PRIVATE LINKER:-Bsymbolic-functions)
+  endif()
+endfunction()
+
+# Lets something that is built into ${PROJECT_BINARY_DIR}/BUILT and installed into the absolute
+# directory INSTALLED find our libraries in both places, wherever the whole is moved to.  The entries
+# are the same before and after installation, because those that CMake can rewrite end with an empty
+# element, which stands for the current directory.
+function(kozor_runpath target built installed)
+  cmake_path(RELATIVE_PATH CMAKE_INSTALL_FULL_LIBDIR BASE_DIRECTORY ${installed} OUTPUT_VARIABLE to_installed)
+  set(libraries ${PROJECT_BINARY_DIR}/lib)
+  cmake_path(RELATIVE_PATH libraries BASE_DIRECTORY ${PROJECT_BINARY_DIR}/${built} OUTPUT_VARIABLE to_built)
+  set(entries $ORIGIN/${to_installed} $ORIGIN/${to_built})
+  list(TRANSFORM entries REPLACE "/\\.$" "")
+  list(REMOVE_DUPLICATES entries)
+  set_target_properties(${target} PROPERTIES BUILD_WITH_INSTALL_RPATH ON INSTALL_RPATH "${entries}")
 endfunction()
 
 # Compiles the standard headers that most of our sources include once for the whole target.  It hides
-# a missing include, so not every preset asks for it.
+# a missing include, and at -O3 gcc 12 warns of the inside of strings, so only some presets ask for it.
 function(kozor_precompile target)
-  if(KOZOR_PRECOMPILED_HEADERS)
+  if(KOZOR_PRECOMPILED_HEADERS STREQUAL "ALL")
     target_precompile_headers(${target} PRIVATE
       <algorithm> <array> <cstdint> <functional> <memory> <optional> <span> <string> <string_view>
       <unordered_map> <utility> <vector>)
   endif()
 endfunction()
 
-# Tests are built once and run for seconds: they are compiled for a short build, whatever the build
-# type; what they test isn't.  They are not position independent by request, so that programs and
+# Tests run for seconds, so what counts is how long they compile: they aren't optimised, whatever the
+# build type; what they test is.  They are not position independent by request, so that programs and
 # their support library can share one precompiled header.
 function(kozor_quick_build target)
   set_target_properties(${target} PROPERTIES POSITION_INDEPENDENT_CODE OFF)
   if(NOT MSVC)
-    target_compile_options(${target} PRIVATE -O0 -g0)
+    target_compile_options(${target} PRIVATE $<$<NOT:$<CONFIG:Debug>>:-O0;-g0>)
   endif()
   if(KOZOR_SANITIZE)
     target_compile_options(${target} PRIVATE -fno-sanitize=undefined)
   endif()
 endfunction()
 
-# A GoogleTest program whose cases CTest knows one by one.  Arguments behind the name are sources;
-# LIBS names what it links.  It is built into DIRECTORY, or beside the module that the tests load.
+# A GoogleTest program whose cases CTest knows one by one.  Arguments after the name are sources;
+# LIBS names what it links.  It is built into DIRECTORY, or beside the module that the tests load.  A
+# LABEL keeps its cases out of the default run: "clock" marks those whose outcome depends on times.
 function(kozor_test name)
-  cmake_parse_arguments(ARG "" "DIRECTORY" "LIBS" ${ARGN})
+  cmake_parse_arguments(ARG "" "DIRECTORY;LABEL" "LIBS" ${ARGN})
   add_executable(${name} ${ARG_UNPARSED_ARGUMENTS})
   kozor_own_code(${name})
   kozor_quick_build(${name})
-  target_precompile_headers(${name} REUSE_FROM KoZorTestSupport)
+  if(KOZOR_PRECOMPILED_HEADERS)
+    target_precompile_headers(${name} REUSE_FROM KoZorTestSupport)
+  endif()
   target_link_libraries(${name} PRIVATE ${ARG_LIBS} KoZorTestSupport GTest::gmock GTest::gtest_main)
   if(ARG_DIRECTORY)
     set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${ARG_DIRECTORY})
   endif()
-  gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 300)
+  gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60 
+    PROPERTIES TIMEOUT 300 LABELS "${ARG_LABEL}")
 endfunction()
 
 # Sources of the present folder that the self-extracting stub takes over, where they are compiled a

@@ -116,10 +116,18 @@ std::string SetDirectory() {
   return path ? LookUp(*path).host : "";
 }
 
+// Where modules of the project are installed: a path relative to the platform library, or absolute.
+std::string InstalledModules() {
+  const std::string directory = KOZOR_ARCHIVER_DIRECTORY;
+  const std::string library = PlatformLibraryFile();
+  if (directory.starts_with('/')) return directory;
+  return library.empty() ? "" : DirectoryOf(library) + '/' + directory;
+}
+
 // The host file of a bare name, or the name itself for the host's loader to search.
 std::string FindModule(const std::string& hostName) {
-  for (const std::string& directory :
-       {DirectoryOf(ProgramFile()), SetDirectory(), DirectoryOf(PlatformLibraryFile())}) {
+  for (const std::string& directory : {DirectoryOf(ProgramFile()), SetDirectory(),
+                                       DirectoryOf(PlatformLibraryFile()), InstalledModules()}) {
     std::string file = FindIn(directory, hostName);
     if (!file.empty()) return file;
   }

@@ -1,0 +1,42 @@
+// Stub.cpp - holds the bytes of the program file that stands in front of self-extracting archives.
+#include "engine/sfx/Stub.h"
+
+#ifdef KOZOR_STUB_FILE
+
+asm(R"(
+  .pushsection .rodata
+  .global kozorStubBegin
+  .hidden kozorStubBegin
+  .global kozorStubEnd
+  .hidden kozorStubEnd
+kozorStubBegin:
+  .incbin ")" KOZOR_STUB_FILE R"("
+kozorStubEnd:
+  .if kozorStubEnd - kozorStubBegin >= 0x10000
+  .error "the stub is too large: programs look for an archive in the first 64 KiB of a file"
+  .endif
+  .popsection
+)");
+
+extern "C" const std::uint8_t kozorStubBegin[];
+extern "C" const std::uint8_t kozorStubEnd[];
+
+namespace kozor::sfx {
+
+std::span<const std::uint8_t> Stub() {
+  return {kozorStubBegin, kozorStubEnd};
+}
+
+}  // namespace kozor::sfx
+
+#else  // There is no stub for this system.
+
+namespace kozor::sfx {
+
+std::span<const std::uint8_t> Stub() {
+  return {};
+}
+
+}  // namespace kozor::sfx
+
+#endif
