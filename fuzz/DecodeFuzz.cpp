@@ -1,43 +1,46 @@
-// DecodeFuzz.cpp - any bytes as packed data: no decoder may do harm, and the fast one for the
-// block-Huffman methods must say the same as the slow one.
+// DecodeFuzz.cpp - any bytes as packed data: every decoder must say the same as its slow twin, in
+// one piece and in small ones, and keep to the bound on what packed data can yield.
 //
-// Input: the method in one byte, the size of the original in three (little-endian), packed data.
-#include <algorithm>
-#include <cstdint>
-#include <cstdlib>
+// Input: method (1 byte), size of the original (3), size of the pieces (1), packed data.
 #include <vector>
 
 #include "engine/codec/Codec.h"
+#include "fuzz/Fuzz.h"
+#include "tests/codec/SampleData.h"
 #include "tests/codec/SlowDecoder.h"
 
-namespace {
+namespace kozor::fuzz {
 
-using namespace kozor::codec;
+using namespace codec;
 
-constexpr std::size_t kHeadBytes = 4;
-constexpr std::size_t kMaxSize = 20000;  // keeps the slow decoder from being too slow
-constexpr int kMethods = static_cast<int>(Method::Lhd) + 1;
+void TestInput(Input input) {
+  constexpr std::size_t kMaxSize = 20000;  // keeps the slow decoder from being too slow
+  const Method method = kPackingMethods[input.Byte() % std::size(kPackingMethods)];
+  const std::size_t size = input.ThreeBytes() % kMaxSize;
+  const std::size_t pieceSize = input.Byte() + std::size_t{1};
+  const auto packed = input.Rest();
 
-bool HasSlowDecoder(Method method) {
-  return method >= Method::Lh4 && method <= Method::Lhx;
-}
+  const SlowResult slow = SlowDecode(method, packed, size);
+  if (slow.status == Status::Ok) Require(size <= MostUnpackedBytes(method, packed.size()));
+  const auto expectSlow = [&](Status status, std::size_t done, std::vector<std::uint8_t>& target) {
+    target.resize(done);
+    Require(status == slow.status && target == slow.bytes);
+  };
 
-}  // namespace
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  if (size < kHeadBytes) return 0;
-  const auto method = static_cast<Method>(data[0] % kMethods);
-  const std::size_t originalSize = (data[1] + data[2] * 0x100U + data[3] * 0x10000U) % kMaxSize;
-  const std::span packed(data + kHeadBytes, size - kHeadBytes);
-
-  std::vector<std::uint8_t> target(originalSize);
+  std::vector<std::uint8_t> target(size);
   std::size_t done = 0;
-  const Status status = Decode(method, packed, target, {}, &done);
-  if (done > originalSize || (status == Status::Ok && done != originalSize)) std::abort();
-  if (!HasSlowDecoder(method)) return 0;
+  Status status = Decode(method, packed, target, {}, &done);
+  expectSlow(status, done, target);
 
-  target.resize(done);
-  const SlowResult slow = SlowDecode(method, packed, originalSize);
-  if (slow.status != status || slow.bytes != target) std::abort();
-  return 0;
+  auto left = packed;
+  const PackedPieces pieces = [&] {
+    const auto piece = left.first(std::min(pieceSize, left.size()));
+    left = left.subspan(piece.size());
+    return piece;
+  };
+  target.assign(size, 0);
+  status = DecodePieces(method, pieces, target, {}, &done);
+  expectSlow(status, done, target);
 }
+
+}  // namespace kozor::fuzz

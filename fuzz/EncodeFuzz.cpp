@@ -1,20 +1,20 @@
 // EncodeFuzz.cpp - any bytes as data to pack: they must come back, and the packed data must keep
 // all rules for writers.
 //
-// Input: method and level in one byte, the size of the pieces in the next, data.
-#include <algorithm>
-#include <cstdint>
-#include <cstdlib>
+// Input: method and level (1 byte), size of the pieces (1), data.
 #include <map>
 #include <utility>
 #include <vector>
 
 #include "engine/codec/Codec.h"
+#include "fuzz/Fuzz.h"
 #include "tests/codec/SlowDecoder.h"
 
-namespace {
+namespace kozor::fuzz {
 
-using namespace kozor::codec;
+using namespace codec;
+
+namespace {
 
 // One encoder serves many members, here as in an archive.
 Encoder& EncoderFor(Method method, int level) {
@@ -24,13 +24,13 @@ Encoder& EncoderFor(Method method, int level) {
 
 }  // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
-  if (size < 2) return 0;
+void TestInput(Input input) {
   constexpr Method kMethods[] = {Method::Lh1, Method::Lh4, Method::Lh5, Method::Lh6, Method::Lh7};
-  const Method method = kMethods[bytes[0] % 5];
-  const int level = kFastestLevel + bytes[0] / 5 % kSmallestLevel;
-  const std::size_t pieceSize = bytes[1] + std::size_t{1};
-  const std::span data(bytes + 2, size - 2);
+  const int choice = input.Byte();
+  const Method method = kMethods[choice % 5];
+  const int level = kFastestLevel + choice / 5 % kSmallestLevel;
+  const std::size_t pieceSize = input.Byte() + std::size_t{1};
+  const auto data = input.Rest();
 
   Encoder& encoder = EncoderFor(method, level);
   std::vector<std::uint8_t> packed;
@@ -40,7 +40,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
   encoder.Finish(packed);
 
   const SlowResult slow = SlowDecode(method, packed, data.size());
-  if (slow.status != Status::Ok || !slow.brokenRules.empty()) std::abort();
-  if (!std::ranges::equal(slow.bytes, data)) std::abort();
-  return 0;
+  Require(slow.status == Status::Ok && slow.brokenRules.empty());
+  Require(std::ranges::equal(slow.bytes, data));
 }
+
+}  // namespace kozor::fuzz

@@ -1,41 +1,55 @@
-// IndexFuzz.cpp - any bytes as an archive: reading its headers does no harm, and an index that
-// comes of it names members that lie in the file, in order, and can be found by their names.
+// IndexFuzz.cpp - any bytes as an archive: reading its headers does no harm, an index that comes of
+// it names members that lie in the file, in order, and can be found by their names; and any text
+// may be searched for.
 //
-// Input: the code page in one byte, then the archive.
-#include <cstdint>
-#include <cstdlib>
-#include <span>
-
+// Input: code page (1 byte), search text (to a zero), archive.
 #include "engine/container/ArchiveIndex.h"
 #include "engine/container/Failure.h"
+#include "engine/container/MemberSearch.h"
+#include "fuzz/Fuzz.h"
+
+namespace kozor::fuzz {
+
+using namespace container;
 
 namespace {
 
-using namespace kozor::container;
-
-void Require(bool condition) {
-  if (!condition) std::abort();
-}
-
-void Check(const ArchiveIndex& index, std::uint64_t fileBytes) {
+void CheckMembers(const ArchiveIndex& index, std::uint64_t fileBytes) {
   std::uint64_t end = index.PrefixBytes();
   for (const Member& member : index.Members()) {
     Require(member.offset >= end);
     end = member.EndOffset();
     Require(member.headerBytes > 0 && end <= fileBytes);
-    if (member.kind != MemberKind::Unlisted) Require(index.FindExactly(member.name).has_value());
   }
   Require(index.EndOffset() == end);
 }
 
+// What a search finds comes in order; what is right here is also found below.
+void CheckSearch(const ArchiveIndex& index, const std::string& text) {
+  MemberSearch below(index, text, MemberSearch::Depth::AndBelow);
+  MemberSearch here(index, text, MemberSearch::Depth::ThisDirectory);
+  auto found = below.Next();
+  for (auto inside = here.Next(); inside; inside = here.Next()) {
+    while (found && *found < *inside) found = below.Next();
+    Require(found == inside && *inside < index.Members().size());
+  }
+}
+
 }  // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  if (size == 0) return 0;
-  MemorySource archive(std::span(data + 1, size - 1));
+void TestInput(Input input) {
+  const unsigned page = input.Byte() % 2 == 0 ? 932 : 65001;
+  const std::string text = input.Text();
+  MemorySource archive(input.Rest());
   try {
-    Check(ArchiveIndex(archive, data[0] % 2 == 0 ? 932 : 65001), archive.Size());
+    const ArchiveIndex index(archive, page);
+    CheckMembers(index, archive.Size());
+    CheckSearch(index, text);
+    for (const Member& member : index.Members()) {
+      if (member.kind == MemberKind::File) Require(index.FindExactly(member.name).has_value());
+    }
   } catch (const Failure&) {  // no archive, or a damaged one
   }
-  return 0;
 }
+
+}  // namespace kozor::fuzz

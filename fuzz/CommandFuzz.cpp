@@ -1,0 +1,49 @@
+// CommandFuzz.cpp - any text as a command line, and any bytes as a response file: operands come out
+// without quotes, and the words of a line are never longer together than the line.
+//
+// Input: command line (to a zero), response file.
+#include "engine/commands/CommandLine.h"
+#include "engine/commands/ResponseFile.h"
+#include "engine/container/Failure.h"
+#include "fuzz/Fuzz.h"
+
+namespace kozor::fuzz {
+
+using namespace commands;
+
+namespace {
+
+void Check(const CommandLine& line, std::size_t mostBytes) {
+  std::size_t bytes = line.archive.size();
+  for (const Operand& operand : line.operands) {
+    Require(operand.text.find('"') == std::string::npos);
+    bytes += operand.text.size();
+  }
+  Require(bytes <= mostBytes);
+}
+
+}  // namespace
+
+void TestInput(Input input) {
+  static const ScratchFolder folder;
+  const std::string text = input.Text();
+  for (const auto parse : {ParseCommand, ParseMemoryCall}) {
+    try {
+      Check(parse(text), text.size());
+    } catch (const container::Failure&) {
+    }
+  }
+
+  folder.Write("names", input.Rest());
+  try {
+    std::size_t bytes = 0;
+    for (const std::string& name : ReadResponseFile(folder.LibraryPath("names"))) {
+      Require(!name.empty() && name.find_first_of("\"\r\n") == std::string::npos);
+      bytes += name.size();
+    }
+    Require(bytes <= input.Rest().size());
+  } catch (const container::Failure&) {
+  }
+}
+
+}  // namespace kozor::fuzz

@@ -1,0 +1,69 @@
+// Fuzz.h - what the fuzz targets share.  A target is one source with one function, TestInput; the
+// rest of the program is FuzzMain.cpp.
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <span>
+#include <string>
+
+namespace kozor::fuzz {
+
+// What the fuzzer made up, handed out from the front; after its end come zeros.
+class Input {
+ public:
+  explicit Input(std::span<const std::uint8_t> bytes) : left(bytes) {}
+
+  std::uint8_t Byte() {
+    if (left.empty()) return 0;
+    const std::uint8_t byte = left.front();
+    left = left.subspan(1);
+    return byte;
+  }
+  // Two bytes, or three, little-endian.
+  std::size_t Word() {
+    const std::size_t low = Byte();
+    return low | std::size_t{Byte()} << 8;
+  }
+  std::size_t ThreeBytes() {
+    const std::size_t low = Word();
+    return low | std::size_t{Byte()} << 16;
+  }
+  // Up to the next zero byte, which is taken, too, or the end.
+  std::string Text() {
+    const auto end = std::ranges::find(left, 0);
+    std::string text(left.begin(), end);
+    left = left.subspan(text.size() + (end != left.end() ? 1 : 0));
+    return text;
+  }
+  std::span<const std::uint8_t> Rest() const { return left; }
+
+ private:
+  std::span<const std::uint8_t> left;
+};
+
+// A finding.
+void Require(bool condition);
+
+// A folder that is empty at the start of a run and goes away with the process; on drive C: under
+// the same path.
+class ScratchFolder {
+ public:
+  ScratchFolder();
+  ~ScratchFolder();
+
+  std::filesystem::path Path(const std::string& name) const { return root / name; }
+  // The path as the library has it, "C:\tmp\...".
+  std::string LibraryPath(const std::string& name) const;
+  void Write(const std::string& name, std::span<const std::uint8_t> bytes) const;
+
+ private:
+  std::filesystem::path root;
+};
+
+// The target.
+void TestInput(Input input);
+
+}  // namespace kozor::fuzz
