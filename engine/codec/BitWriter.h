@@ -35,6 +35,11 @@ class BitWriter {
     constexpr std::size_t kStep = kPutBits / 8;
     Reserve(8 * more.used + more.bits);
     std::size_t next = 0;
+    if (bits == 0) {
+      next = more.used;
+      std::copy_n(more.bytes.data(), next, bytes.data() + used);
+      used += next;
+    }
     for (; next + kStep <= more.used; next += kStep) {
       Put(LoadBigEndian(more.bytes.data() + next) >> 8, kPutBits);
     }

@@ -4,6 +4,7 @@
 
 #include "engine/commands/ArchiveChange.h"
 #include "engine/commands/Archiver.h"
+#include "engine/commands/MemberPacker.h"
 #include "engine/commands/SourceSelection.h"
 #include "engine/container/Failure.h"
 
@@ -61,30 +62,39 @@ void Archiver::Add(const CommandLine& line, const ProgressListener& listener) {
     // counts as under way, so that the copying can be stopped as well.
     std::vector<std::uint8_t> directories;
     bool isCopied = false;
-    const auto copyAndWriteDirectories = [&](const container::CopyProgress& told) {
+    const auto copyAndWrite = [&](std::span<const std::uint8_t> headers,
+                                  const container::CopyProgress& told) {
       if (!std::exchange(isCopied, true)) update.CopyKept(told);
-      if (!directories.empty()) update.Output().Write(directories);
-      directories.clear();
+      if (!headers.empty()) update.Output().Write(headers);
     };
-    for (const Source& source : sources) {
+    MemberPacker packer(line.packing, update, progress, segmentPacker);
+    const auto add = [&](const Source& source) {
       File file;
       OpenSource(source, source.isDirectory ? File::Mode::Facts : File::Mode::Read, file);
       const container::FileFacts facts = file.Facts();
+      NewMember member = DescribeSource(source, facts, change.Index());
       if (source.isDirectory) {
-        const auto header = container::BuildHeader(DescribeSource(source, facts, change.Index()));
+        const auto header = container::BuildHeader(member);
         directories.insert(directories.end(), header.begin(), header.end());
-        continue;
+        return;
       }
       // It was another file when it was selected.  Packing it would never end.
       if (change.IsArchiveItself(facts.stamp)) throw Failure(ResultCode::FileNotOpened);
-      NewMember member = DescribeSource(source, facts, change.Index());
-      progress.Begin(source.name, facts.stamp.size);
-      copyAndWriteDirectories([&](std::uint64_t) { progress.Report(0); });
-      FileInput input(file, pieceBuffer);
-      packer.Pack(input, line.method, member, update.Output(), progress);
-      progress.End(member.originalBytes);
+      packer.Add(
+          std::move(member), std::make_unique<FileInput>(std::move(file)), facts.stamp.size,
+          [&, &added = source, size = facts.stamp.size, before = std::exchange(directories, {})] {
+            progress.Begin(added.name, size);
+            copyAndWrite(before, [&](std::uint64_t) { progress.Report(0); });
+          });
+    };
+    try {
+      for (const Source& source : sources) add(source);
+    } catch (...) {
+      packer.FinishBeforeFailure();
+      throw;
     }
-    copyAndWriteDirectories({});
+    packer.Finish();
+    copyAndWrite(directories, {});
   });
 }
 

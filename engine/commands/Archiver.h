@@ -1,7 +1,7 @@
 // Archiver.h - what the archiver does: the commands, the two memory calls, and opening for
 // searches.
 //
-// One object serves a process.  It remembers the archives used last and keeps its encoders; an
+// One object serves a process.  It remembers the archives used last and keeps its encoder; an
 // archive is open only while a call works on it.  Every operation throws a container::Failure where
 // it cannot go on, and leaves the archive as it was then.  Command lines and codes:
 // docs/archiver.md.
@@ -16,8 +16,8 @@
 #include <vector>
 
 #include "engine/commands/CommandLine.h"
-#include "engine/commands/MemberPacker.h"
 #include "engine/commands/Progress.h"
+#include "engine/commands/SegmentQueue.h"
 #include "engine/container/IndexCache.h"
 
 namespace kozor::commands {
@@ -65,8 +65,7 @@ class Archiver {
   void Convert(const CommandLine& line, const ProgressListener& listener);
 
   container::IndexCache indexes;
-  MemberPacker packer;
-  std::vector<std::uint8_t> pieceBuffer;
+  SegmentPacker segmentPacker;
 };
 
 }  // namespace kozor::commands

@@ -1,6 +1,9 @@
 // CommandLine.cpp - see CommandLine.h.
 #include "engine/commands/CommandLine.h"
 
+#include <charconv>
+#include <cstdlib>
+#include <system_error>
 #include <utility>
 
 #include "engine/container/Failure.h"
@@ -41,14 +44,44 @@ std::string WorkDirectory(const std::string& value) {
   return container::PathOf(value).AsFolder();
 }
 
+// The number that a switch ends with; nothing unless it lies in the range.
+std::optional<unsigned> NumberIn(std::string_view digits, unsigned least, unsigned most) {
+  unsigned number = 0;
+  const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), number);
+  const bool isWhole = error == std::errc() && end == digits.data() + digits.size();
+  return isWhole && number >= least && number <= most ? std::optional(number) : std::nullopt;
+}
+
+void ApplyPackSwitch(std::string_view word, PackSettings& packing) {
+  constexpr unsigned kMostThreads = 1024;  // nobody means more
+  if (word == "-o1") packing.method = NewMethod::Lh1;
+  if (word == "-o5") packing.method = NewMethod::Lh5;
+  if (word == "-o6") packing.method = NewMethod::Lh6;
+  if (word == "-o7") packing.method = NewMethod::Lh7;
+  if (word == "-z1") packing.method = NewMethod::Stored;
+  if (word.starts_with("-ol")) {
+    const auto level = NumberIn(word.substr(3), codec::kFastestLevel, codec::kSmallestLevel);
+    if (level) packing.level = static_cast<int>(*level);
+  }
+  if (word.starts_with("-j")) {
+    const auto threads = NumberIn(word.substr(2), 1, kMostThreads);
+    if (threads) packing.threads = *threads;
+  }
+}
+
+PackSettings DefaultPacking() {
+  PackSettings packing;
+  const char* const switches = std::getenv("KOZOR_ARCHIVER");
+  if (switches == nullptr) return packing;
+  for (const Operand& word : SplitWords(switches)) ApplyPackSwitch(word.text, packing);
+  return packing;
+}
+
 void ApplySwitch(const std::string& word, CommandLine& line) {
   if (word.starts_with("-w")) line.workDirectory = WorkDirectory(word.substr(2));
   if (word == "-d1") line.isDirectoryMode = true;
   if (word == "-gw4") line.makesProgram = true;
-  if (word == "-o5") line.method = NewMethod::Lh5;
-  if (word == "-o6") line.method = NewMethod::Lh6;
-  if (word == "-o7") line.method = NewMethod::Lh7;
-  if (word == "-z1") line.method = NewMethod::Stored;
+  ApplyPackSwitch(word, line.packing);
 }
 
 using WordIterator = std::vector<Operand>::iterator;
@@ -56,6 +89,7 @@ using WordIterator = std::vector<Operand>::iterator;
 // Switches, the archive and its operands.
 CommandLine ParseArguments(WordIterator word, WordIterator end) {
   CommandLine line;
+  line.packing = DefaultPacking();
   for (; word != end && word->text.starts_with('-'); ++word) ApplySwitch(word->text, line);
   if (word != end) line.archive = std::move(word++->text);
   line.operands.assign(std::make_move_iterator(word), std::make_move_iterator(end));

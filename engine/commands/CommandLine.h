@@ -6,11 +6,20 @@
 #include <string_view>
 #include <vector>
 
+#include "engine/codec/Codec.h"
+
 namespace kozor::commands {
 
 enum class Command { Add, Delete, MakeProgram };
 
-enum class NewMethod { Lh5, Lh6, Lh7, Stored };
+enum class NewMethod { Lh1, Lh5, Lh6, Lh7, Stored };
+
+// How new members are packed.
+struct PackSettings {
+  NewMethod method = NewMethod::Lh5;  // -o1, -o5, -o6, -o7, -z1
+  int level = codec::kDefaultLevel;   // -ol1 to -ol9
+  unsigned threads = 0;               // -j<n>; 0: as many as there are processors
+};
 
 struct Operand {
   std::string text;
@@ -23,7 +32,7 @@ struct CommandLine {
   std::string archive;
   std::vector<Operand> operands;  // what follows the archive
   std::string workDirectory;      // for temporaries, ends in a separator; empty: beside the archive
-  NewMethod method = NewMethod::Lh5;
+  PackSettings packing;
   bool isDirectoryMode = false;  // -d1
   bool makesProgram = false;     // -gw4
 };
@@ -31,6 +40,9 @@ struct CommandLine {
 // Words are separated by blanks; double quotes enclose, and are never part of, a word.  Words that
 // begin with '-' are switches up to the first operand, which is the archive; unknown ones are
 // accepted.  After the archive every word is an operand.
+//
+// The environment variable KOZOR_ARCHIVER holds switches for PackSettings that are read before
+// those of a line.  Whatever else stands there is ignored.
 
 // A line of Unlha, with a command.  Throws ResultCode::UnknownCommand, and ResultCode::NoFileName
 // when the line names no archive, or none of the files that the command needs.

@@ -7,6 +7,7 @@
 
 #include "engine/commands/ArchiveChange.h"
 #include "engine/commands/Archiver.h"
+#include "engine/commands/MemberPacker.h"
 #include "engine/container/Failure.h"
 
 namespace kozor::commands {
@@ -149,14 +150,18 @@ std::uint32_t Archiver::CompressFromMemory(std::string_view text, const MemoryMe
   member.attribute = memory.attribute.value_or(member.attribute);
 
   Progress progress(listener);
+  std::uint64_t packedBytes = 0;
   change.Apply([&](container::ArchiveUpdate& update) {
-    progress.Begin(name, memory.data.size());
-    update.CopyKept([&](std::uint64_t) { progress.Report(0); });
-    MemoryInput input(memory.data);
-    packer.Pack(input, line.method, member, update.Output(), progress);
-    progress.End(member.originalBytes);
+    MemberPacker packer(line.packing, update, progress, segmentPacker);
+    packer.Add(std::move(member), std::make_unique<MemoryInput>(memory.data), memory.data.size(),
+               [&] {
+                 progress.Begin(name, memory.data.size());
+                 update.CopyKept([&](std::uint64_t) { progress.Report(0); });
+               });
+    packer.Finish();
+    packedBytes = packer.LastPackedBytes();
   });
-  return static_cast<std::uint32_t>(member.packedBytes);
+  return static_cast<std::uint32_t>(packedBytes);
 }
 
 }  // namespace kozor::commands

@@ -1,8 +1,10 @@
-// PackInput.h - the original data of a new member: a file or a block of memory, read in pieces.
+// PackInput.h - the original data of a new member: a file or a block of memory.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
-#include <vector>
+#include <span>
+#include <utility>
 
 #include "engine/container/File.h"
 
@@ -12,32 +14,40 @@ class PackInput {
  public:
   virtual ~PackInput() = default;
 
-  // The next piece, empty at the end.  It holds good until the next call.
-  virtual container::ByteSpan Next() = 0;
+  // Fills `target` with the bytes that come next and returns how many there were: fewer than asked
+  // for only at the end.
+  virtual std::size_t Read(std::span<std::uint8_t> target) = 0;
   // Goes back to the start.
   virtual void Rewind() = 0;
 };
 
 class FileInput : public PackInput {
  public:
-  // `buffer` is lent for the pieces.
-  FileInput(container::File& opened, std::vector<std::uint8_t>& lent)
-      : file(opened), buffer(lent) {}
+  explicit FileInput(container::File opened) : file(std::move(opened)) {}
 
-  container::ByteSpan Next() override;
+  std::size_t Read(std::span<std::uint8_t> target) override {
+    const std::size_t read = file.ReadAt(position, target);
+    position += read;
+    return read;
+  }
   void Rewind() override { position = 0; }
 
  private:
-  container::File& file;
-  std::vector<std::uint8_t>& buffer;
+  container::File file;
   std::uint64_t position = 0;
 };
 
+// The bytes stay the caller's.
 class MemoryInput : public PackInput {
  public:
   explicit MemoryInput(container::ByteSpan bytes) : contents(bytes), rest(bytes) {}
 
-  container::ByteSpan Next() override;
+  std::size_t Read(std::span<std::uint8_t> target) override {
+    const container::ByteSpan piece = rest.first(std::min(rest.size(), target.size()));
+    std::copy(piece.begin(), piece.end(), target.begin());
+    rest = rest.subspan(piece.size());
+    return piece.size();
+  }
   void Rewind() override { rest = contents; }
 
  private:

@@ -157,8 +157,9 @@ TEST_F(AddTest, NamesThatDifferInCaseAlone) {
 }
 
 TEST_F(AddTest, MethodIsTheOneOfTheSwitchOrNone) {
-  const std::pair<const char*, const char*> rows[] = {
-      {"", "-lh5-"}, {"-o5", "-lh5-"}, {"-o6", "-lh6-"}, {"-o7", "-lh7-"}, {"-z1", "-lh0-"}};
+  const std::pair<const char*, const char*> rows[] = {{"", "-lh5-"},    {"-o5", "-lh5-"},
+                                                      {"-o6", "-lh6-"}, {"-o7", "-lh7-"},
+                                                      {"-o1", "-lh1-"}, {"-z1", "-lh0-"}};
   for (const auto& [switches, method] : rows) {
     ASSERT_EQ(Add("x.lzh", "src", {"a.txt"}, switches), 0);
     EXPECT_EQ(MethodOfFirstMember(), method);

@@ -1,0 +1,149 @@
+// PackingTest.cpp - how members are packed: on several threads, by switches and by default switches
+// of the environment.
+#include <gmock/gmock.h>
+
+#include <cstdlib>
+#include <string>
+#include <tuple>
+#include <vector>
+
+#include "tests/engine/EngineFixture.h"
+
+namespace kozor::test {
+namespace {
+
+using testing::IsEmpty;
+
+class PackingTest : public EngineTest {
+ protected:
+  PackingTest() { SetDefaults(nullptr); }
+  ~PackingTest() override { SetDefaults(nullptr); }
+
+  static void SetDefaults(const char* switches) {
+    if (switches != nullptr) {
+      setenv("KOZOR_ARCHIVER", switches, 1);
+    } else {
+      unsetenv("KOZOR_ARCHIVER");
+    }
+  }
+
+  // Enough for segments and threads: one file of several segments, one that does not pack, empty
+  // ones, and many small ones around them.
+  void MakeManyFiles() {
+    for (int i = 0; i < 60; ++i) {
+      names.push_back("small" + std::to_string(i));
+      folder.WriteFile("src/" + names.back(), TextBytes(static_cast<std::size_t>(i) * 300, i + 1));
+    }
+    folder.WriteFile("src/large", TextBytes(1900000));
+    folder.WriteFile("src/noise", RandomBytes(1300000));
+    folder.WriteFile("src/exact", TextBytes(2 * 524288, 9));
+    names.insert(names.begin() + 20, {"large", "noise", "exact"});
+  }
+
+  Bytes Packed(const std::string& switches) {
+    std::filesystem::remove(folder.Path("x.lzh"));
+    EXPECT_EQ(Add("x.lzh", "src", names, switches), 0) << switches;
+    return folder.ReadFile("x.lzh");
+  }
+
+  std::string MethodOfFirstMember() {
+    const Bytes archive = folder.ReadFile("x.lzh");
+    return {archive.begin() + 2, archive.begin() + 7};
+  }
+
+  std::vector<std::string> names;
+};
+
+TEST_F(PackingTest, NumberOfThreadsChangesNoByte) {
+  MakeManyFiles();
+  for (const std::string method : {"-o5", "-o7 -ol2", "-o6 -ol7", "-z1"}) {
+    const Bytes expected = Packed(method + " -j1");
+    for (const char* threads : {" -j2", " -j7", ""}) {
+      EXPECT_TRUE(SameBytes(Packed(method + threads), expected)) << method << threads;
+    }
+    for (const std::string& name : names) {
+      EXPECT_TRUE(SameBytes(Extract("x.lzh", name).bytes, folder.ReadFile("src/" + name))) << name;
+    }
+  }
+  const Bytes data = folder.ReadFile("src/large");
+  ASSERT_EQ(Compress("memory.lzh", "large", data), 0);
+  EXPECT_TRUE(SameBytes(Extract("memory.lzh", "large").bytes, data));
+}
+
+TEST_F(PackingTest, ProgressIsTheSameOnAnyNumberOfThreads) {
+  MakeManyFiles();
+  using Report = std::tuple<UINT, std::string, std::uint32_t>;
+  std::vector<Report> reports;
+  Listen([&](UINT state, const UnlhaProgressRecord& record) {
+    reports.emplace_back(state, record.name, record.done);
+    return 1;
+  });
+  Packed("-j1");
+  const std::vector<Report> expected = std::exchange(reports, {});
+  Packed("-j4");
+  EXPECT_EQ(reports, expected);
+  EXPECT_GT(expected.size(), 3 * names.size());
+}
+
+TEST_F(PackingTest, CancelAndFailureComeInTheirTurn) {
+  MakeManyFiles();
+  ASSERT_EQ(Compress("x.lzh", "old", TextBytes(5000)), 0);
+  const Bytes before = folder.ReadFile("x.lzh");
+  std::size_t reports = 0;
+  std::size_t stopAt = 0;
+  std::string lastName;
+  Listen([&](UINT, const UnlhaProgressRecord& record) {
+    lastName = record.name;
+    return ++reports == stopAt ? 0 : 1;
+  });
+  for (stopAt = 1; stopAt < 200; stopAt += 17) {
+    reports = 0;
+    EXPECT_EQ(Add("x.lzh", "src", names, "-w0 -j3"), 0x8020);
+    EXPECT_EQ(reports, stopAt);
+    ASSERT_TRUE(SameBytes(folder.ReadFile("x.lzh"), before)) << stopAt;
+  }
+  stopAt = 0;
+
+  // A file that others keep for themselves: all before it are told of, none after it.
+  const HANDLE held = CreateFileA(folder.Lib("src/small40").c_str(), GENERIC_READ, 0, nullptr,
+                                  OPEN_EXISTING, 0, nullptr);
+  ASSERT_NE(held, INVALID_HANDLE_VALUE);
+  EXPECT_EQ(Add("x.lzh", "src", names, "-w0 -j3"), 0x800D);
+  EXPECT_EQ(lastName, "small39");
+  CloseHandle(held);
+  EXPECT_TRUE(SameBytes(folder.ReadFile("x.lzh"), before));
+  EXPECT_THAT(Temporaries(), IsEmpty());
+}
+
+TEST_F(PackingTest, SwitchesChooseMethodAndLevel) {
+  names = {"text"};
+  folder.WriteFile("src/text", TextBytes(200000));
+  const std::size_t fastest = Packed("-ol1").size();
+  const std::size_t byDefault = Packed("").size();
+  const std::size_t smallest = Packed("-ol9").size();
+  EXPECT_LT(byDefault, fastest);
+  EXPECT_LT(smallest, byDefault);
+  for (const char* nonsense :
+       {"-ol0", "-ol10", "-olx", "-ol", "-j0", "-j-1", "-jx", "-j9999999999"}) {
+    EXPECT_EQ(Packed(nonsense).size(), byDefault) << nonsense;
+  }
+}
+
+TEST_F(PackingTest, EnvironmentHoldsDefaultSwitches) {
+  names = {"text"};
+  folder.WriteFile("src/text", TextBytes(200000));
+  SetDefaults(" -o7  -ol9 -x -ol0 -w/nowhere a \"b c");
+  const std::size_t smallest = Packed("").size();
+  EXPECT_EQ(MethodOfFirstMember(), "-lh7-");
+  EXPECT_GT(Packed("-ol1").size(), smallest);
+  EXPECT_EQ(MethodOfFirstMember(), "-lh7-");
+  Packed("-o1");
+  EXPECT_EQ(MethodOfFirstMember(), "-lh1-");
+  EXPECT_TRUE(SameBytes(Extract("x.lzh", "text").bytes, folder.ReadFile("src/text")));
+  SetDefaults("-z1");
+  ASSERT_EQ(Compress("memory.lzh", "text", TextBytes(100)), 0);
+  EXPECT_GT(folder.ReadFile("memory.lzh").size(), 100U);
+}
+
+}  // namespace
+}  // namespace kozor::test
