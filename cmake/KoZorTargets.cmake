@@ -32,6 +32,7 @@ function(kozor_own_code target)
   if(NOT folder STREQUAL ".")
     kozor_include_folders(${target} ${folder})
   endif()
+  kozor_include_folders(${target} platform/base)  # includes nothing of ours and is open to everyone
   target_compile_features(${target} PUBLIC cxx_std_20)
   set_target_properties(${target} PROPERTIES
     CXX_EXTENSIONS OFF

@@ -5,7 +5,7 @@
 
 #include "ZorFileServices.h"
 #include "files/Path.h"
-#include "platform/Clock.h"
+#include "platform/base/Clock.h"
 
 namespace {
 

@@ -99,10 +99,6 @@ bool IsVolume(const std::filesystem::path& path) {
   }
 }
 
-struct DamagedArchive : Failure {
-  using Failure::Failure;
-};
-
 // A name as words are compared with it: without separators at its ends.
 std::string_view Trimmed(std::string_view name) {
   name.remove_prefix(std::min(name.find_first_not_of('\\'), name.size()));
@@ -196,19 +192,17 @@ std::vector<Member> ReadMembers(const std::string& archive, const std::string& n
       container::MemberHeader header;
       container::ParseHeaderAt(source, known.offset, header);
       members.push_back(Describe(known, header));
+      members.back().damaged = index.Damage() && known.fault;
     }
     MarkSuperseded(members);
     return members;
   } catch (const container::Failure& failure) {
     // The library's numbers are the archiver's less this.
     const auto error = static_cast<ZorError>(static_cast<int>(failure.code) - 0x8000);
-    const std::string text = Visible(name) + ": " + std::string(ErrorText(error));
-    const bool damaged = error == ZorErrorEngine8016 || error == ZorErrorEngine8017;
-    if (damaged) throw DamagedArchive(text);
-    if (IsVolume(HostPath(archive))) {
+    if (error == ZorErrorEngine8019 && IsVolume(HostPath(archive))) {
       throw Failure(Visible(name) + ": a volume of a backup set (see kozor info)");
     }
-    throw Failure(text);
+    throw Failure(Visible(name) + ": " + std::string(ErrorText(error)));
   }
 }
 
@@ -219,44 +213,18 @@ SourceArchive::SourceArchive(std::string givenName) : name(std::move(givenName))
   } else {
     path = LibraryPath(name);
   }
-  try {
-    members = ReadMembers(path, name);
-  } catch (const DamagedArchive& damage) {
-    Salvage();
-    if (members.empty()) throw;
-    Complain(std::string(damage.what()) + "; the " + std::to_string(members.size()) +
-             (members.size() == 1 ? " member" : " members") + " before that can be read");
-  }
+  members = ReadMembers(path, name);
+  const auto damaged = std::count_if(members.begin(), members.end(),
+                                     [](const Member& member) { return member.damaged; });
+  if (damaged == 0) return;
+  const std::size_t whole = members.size() - static_cast<std::size_t>(damaged);
+  Complain(Visible(name) + ": the archive is damaged or cut short; " + std::to_string(whole) +
+           (whole == 1 ? " member" : " members") + " can be read");
 }
 
 std::filesystem::path SourceArchive::CopyPath() {
   if (!copy) copy.emplace();
   return copy->Path() / "archive.lzh";
-}
-
-// Copies the whole members at the beginning, and ends the copy as an archive ends.
-void SourceArchive::Salvage() {
-  std::uint64_t wholeBytes = 0;
-  {
-    container::File file;
-    if (!file.Open(path, container::File::Mode::Read)) return;
-    container::BufferedFile source(file);
-    try {
-      container::MemberWalker walker(source, container::FindFirstHeader(source));
-      container::MemberHeader header;
-      while (walker.Next(header)) wholeBytes = walker.NextOffset();
-    } catch (const container::Failure&) {
-      return;
-    }
-  }
-  if (wholeBytes == 0) return;
-  const std::filesystem::path whole = CopyPath().replace_filename("whole.lzh");
-  std::filesystem::copy_file(HostPath(path), whole);
-  // The end mark is a zero byte, and so is what a file grows by.
-  std::filesystem::resize_file(whole, wholeBytes);
-  std::filesystem::resize_file(whole, wholeBytes + 1);
-  path = LibraryPath(whole);
-  members = ReadMembers(path, name);
 }
 
 std::vector<const Member*> Meant(const std::vector<Member>& members, const std::string& word) {

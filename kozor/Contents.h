@@ -28,6 +28,7 @@ struct Member {
   unsigned int unixMode = 0;    // file type included; 0 when not recorded
   bool superseded = false;      // a later member has the same name
   bool overclaims = false;      // its packed data can't unpack to so many bytes
+  bool damaged = false;         // its header or its data is known not to be whole
 
   std::int64_t Seconds() const;  // last write since 1970
 };
@@ -37,14 +38,13 @@ struct Member {
 void RequireUnpackable(const Member& member);
 
 // Reads all headers.  `archive` is a library path, `name` what to call it.  Throws Failure when it
-// can't be read, is no archive or is damaged.
+// can't be read, is no archive, or is nothing but damage.
 std::vector<Member> ReadMembers(const std::string& archive, const std::string& name);
 
 // An archive to read, as the user names it.
 //
-// "-" is standard input.  Of an archive that is damaged or cut short the members before the damage
-// are read, after a complaint.  In both cases a copy in the directory for temporaries is what is
-// read.
+// "-" is standard input, of which a copy in the directory for temporaries is read.  Damage in the
+// archive is complained of; what is damaged is a member among the others.
 class SourceArchive {
  public:
   explicit SourceArchive(std::string givenName);
@@ -55,7 +55,6 @@ class SourceArchive {
 
  private:
   std::filesystem::path CopyPath();
-  void Salvage();
 
   const std::string name;
   std::string path;

@@ -11,7 +11,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "platform/ByteOrder.h"
+#include "platform/base/ByteOrder.h"
 #include "platform/classlib/ClassLib.h"
 
 inline constexpr char kVolumeIdentification100[] = "Morlig Filer Library Version 1.00";

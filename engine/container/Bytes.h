@@ -6,7 +6,7 @@
 #include <span>
 #include <vector>
 
-#include "platform/ByteOrder.h"
+#include "platform/base/ByteOrder.h"
 
 namespace kozor::container {
 

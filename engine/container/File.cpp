@@ -7,7 +7,7 @@
 #include <utility>
 
 #include "engine/container/Failure.h"
-#include "platform/Clock.h"
+#include "platform/base/Clock.h"
 #include "platform/win32/HostRules.h"
 #include "platform/win32/Win32.h"
 

@@ -1,8 +1,8 @@
-// MemberTime.h - the clocks of member headers (platform/Clock.h) with the zone of the machine: DOS
+// MemberTime.h - the clocks of member headers (platform/base/Clock.h) with the zone of the machine: DOS
 // words are local time of whoever wrote them.
 #pragma once
 
-#include "platform/Clock.h"
+#include "platform/base/Clock.h"
 
 namespace kozor::container {
 

@@ -7,7 +7,7 @@
 #include "engine/container/MemberName.h"
 #include "engine/container/Text.h"
 #include "engine/sfx/Console.h"
-#include "platform/Clock.h"
+#include "platform/base/Clock.h"
 
 namespace kozor::sfx {
 namespace {

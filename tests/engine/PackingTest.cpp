@@ -30,9 +30,9 @@ class PackingTest : public EngineTest {
   // Enough for segments and threads: one file of several segments, one that does not pack, empty
   // ones, and many small ones around them.
   void MakeManyFiles() {
-    for (int i = 0; i < 60; ++i) {
+    for (std::uint32_t i = 0; i < 60; ++i) {
       names.push_back("small" + std::to_string(i));
-      folder.WriteFile("src/" + names.back(), TextBytes(static_cast<std::size_t>(i) * 300, i + 1));
+      folder.WriteFile("src/" + names.back(), TextBytes(i * 300U, i + 1));
     }
     folder.WriteFile("src/large", TextBytes(1900000));
     folder.WriteFile("src/noise", RandomBytes(1300000));

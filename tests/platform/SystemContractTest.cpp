@@ -1,5 +1,5 @@
 // SystemContractTest.cpp - modules, disks and times.
-#include "platform/Clock.h"
+#include "platform/base/Clock.h"
 #include "tests/platform/Contract.h"
 
 namespace kozor::test {

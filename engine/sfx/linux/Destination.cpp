@@ -7,7 +7,7 @@
 
 #include "engine/sfx/Console.h"
 #include "engine/sfx/linux/SystemCalls.h"
-#include "platform/Clock.h"
+#include "platform/base/Clock.h"
 
 namespace kozor::sfx {
 namespace {

@@ -5,7 +5,7 @@
 #include <cerrno>
 #include <optional>
 
-#include "platform/Clock.h"
+#include "platform/base/Clock.h"
 #include "platform/win32/HostRules.h"
 #include "platform/win32/posix/Attributes.h"
 #include "platform/win32/posix/File.h"

@@ -5,7 +5,7 @@
 #include <cerrno>
 #include <limits>
 
-#include "platform/Clock.h"
+#include "platform/base/Clock.h"
 #include "platform/win32/PosixAdmin.h"
 #include "platform/win32/posix/File.h"
 #include "platform/win32/posix/SystemCalls.h"

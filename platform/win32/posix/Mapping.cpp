@@ -5,7 +5,7 @@
 #include <map>
 #include <mutex>
 
-#include "platform/Clock.h"
+#include "platform/base/Clock.h"
 #include "platform/win32/posix/File.h"
 #include "platform/win32/posix/SystemCalls.h"
 

@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <limits>
 
-#include "platform/Clock.h"
+#include "platform/base/Clock.h"
 #include "platform/win32/posix/SystemCalls.h"
 
 namespace kozor::posix {

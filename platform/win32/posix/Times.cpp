@@ -3,7 +3,7 @@
 #include <ctime>
 #include <limits>
 
-#include "platform/Clock.h"
+#include "platform/base/Clock.h"
 #include "platform/win32/PosixSystem.h"
 #include "platform/win32/posix/Metadata.h"
 #include "platform/win32/posix/SystemCalls.h"
