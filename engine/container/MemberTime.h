@@ -1,5 +1,5 @@
-// MemberTime.h - the clocks of member headers (platform/base/Clock.h) with the zone of the machine: DOS
-// words are local time of whoever wrote them.
+// MemberTime.h - the clocks of member headers (platform/base/Clock.h) with the zone of the machine:
+// DOS words are local time of whoever wrote them.
 #pragma once
 
 #include "platform/base/Clock.h"

@@ -115,8 +115,7 @@ TEST_F(KozorExtract, ExtractsTheRestOfADamagedArchiveAndPrintsNothingOfTheMember
 TEST_F(KozorExtract, BringsOutTheWholeMembersOfACutArchive) {
   folder.WriteFile("a.lzh", RawArchive({Member("first", "1"), Member("last", "abcdef")}));
   folder.Truncate("a.lzh", folder.ReadFile("a.lzh").size() - 4);
-  EXPECT_THAT(MustFail({"extract", "a.lzh", "-d", "out"}),
-              HasSubstr("1 member can be read"));
+  EXPECT_THAT(MustFail({"extract", "a.lzh", "-d", "out"}), HasSubstr("1 member can be read"));
   EXPECT_THAT(folder.List("out"), ElementsAre("first"));
   EXPECT_THAT(MustFail({"list", "a.lzh"}), HasSubstr("7 bytes in 2 files\n"));
 }

@@ -15,8 +15,8 @@
 
 namespace {
 
-// Without any initialised variable, the linker gives the zeroed ones an offset beyond the end of the
-// file.  Programs that look for an archive after the program then skip its beginning.
+// Without any initialised variable, the linker gives the zeroed ones an offset beyond the end of
+// the file.  Programs that look for an archive after the program then skip its beginning.
 [[gnu::used, gnu::retain]] std::uint32_t initialised = 1;
 
 using kozor::sfx::host::Map;
