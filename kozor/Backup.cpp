@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <optional>
 #include <random>
+#include <set>
 
 #include "Catalogue.h"
 #include "Commands.h"
@@ -60,6 +61,13 @@ struct Areas {
   std::string memo;
 };
 
+bool LiesBelowAny(const std::set<std::string, std::less<>>& names, std::string_view name) {
+  for (std::size_t cut = name.find('\\'); cut != name.npos; cut = name.find('\\', cut + 1)) {
+    if (names.contains(name.substr(0, cut))) return true;
+  }
+  return false;
+}
+
 class BackupVolumes : public Volumes {
  public:
   // After the last volume: the catalogue of everything that stands on them, files and what else the
@@ -71,7 +79,9 @@ class BackupVolumes : public Volumes {
     for (CatalogueFile& file : catalogue.files) {
       file.mode = Inspect(base / HostName(file.name)).mode;
     }
+    const std::set<std::string, std::less<>> links(group.links.begin(), group.links.end());
     for (const std::string& name : group.folders) {
+      if (LiesBelowAny(links, name)) continue;  // the link brings it back
       const FileState state = Inspect(base / HostName(name));
       catalogue.folders.push_back({name, state.time, state.mode});
     }

@@ -81,7 +81,8 @@ constexpr const char* kFacts = "find . -mindepth 1 -printf '%P %y %m %Ts %l\\n' 
 
 TEST_F(KozorVolumes, BringBackWithTheirCatalogueWhatTheFormatCantHold) {
   Shell(
-      "cd tree && mkdir -m 700 empty && chmod 750 a.txt && ln -s a.txt link && ln -s sub folder "
+      "cd tree && mkdir -m 700 empty sub/deep && chmod 750 a.txt && ln -s a.txt link && ln -s sub "
+      "folder "
       "&& ln -s nowhere dangling && touch -d 2001-02-03 empty sub");
   BackUp({"--volume-size", "50K"}, "set-#.vol");
   EXPECT_EQ(Shell("sha256sum --quiet -c set-*.sha256").output, "");
