@@ -40,7 +40,8 @@ class Stream {
     unsigned value = 0;
     for (; bits != 0; --bits, ++bitsRead) {
       const std::size_t at = bitsRead / 8;
-      value = value * 2 + (at < packed.size() ? packed[at] >> (7 - bitsRead % 8) & 1U : 0U);
+      value =
+          value * 2 + (at < packed.size() ? unsigned{packed[at]} >> (7 - bitsRead % 8) & 1U : 0U);
     }
     return value;
   }
