@@ -165,8 +165,10 @@ void AddFiles(const Arguments& arguments, const std::string& name) {
   if (arguments.Has("--sfx")) RequireRoomForProgram(own);
   std::vector<ZorFind> finds;
   std::uint64_t bytes = 0;
+  std::size_t files = 0;
   for (const FileGroup& group : groups) {
     bytes += group.bytes;
+    files += group.names.size();
     for (ZorFind& find : group.Finds()) finds.push_back(find);
   }
 
@@ -188,6 +190,7 @@ void AddFiles(const Arguments& arguments, const std::string& name) {
     archive.Require(done, name);
     archive.SetOverwriteMode(1);
   }
+  archive.RequireAll(files);
   output.Commit();
 }
 

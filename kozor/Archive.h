@@ -21,6 +21,8 @@ class Archive : public ZorArchive {
   // Passes on a success.  Otherwise throws Interrupted after a signal, and else Failure with the
   // cause; `name` is the archive as the user gave it.
   void Require(int succeeded, const std::string& name) const;
+  // Complains unless so many files have been added.
+  void RequireAll(std::size_t selected) const { progress.RequireAll(selected); }
 
  protected:
   int OnAbort(const ONABORTPARAM& param) override;

@@ -284,6 +284,7 @@ void Backup(const Arguments& arguments) {
                         hasCatalogue);
   volumes.SetBackupVersion(format);
   volumes.Require(volumes.Backup(finds[0], nullptr));
+  volumes.RequireAll(group.names.size());
   if (hasCatalogue) volumes.WriteCatalogue(group);
 }
 

@@ -133,6 +133,13 @@ void Progress::Running(std::uint64_t bytes, std::string_view libraryName) {
 
 void Progress::FileEnds(std::uint64_t bytes) {
   finished += bytes;
+  ++files;
+}
+
+void Progress::RequireAll(std::size_t selected) const {
+  if (files >= selected) return;
+  Complain(std::to_string(selected - files) + " of " + std::to_string(selected) +
+           " files were left out: a folder could not be read again");
 }
 
 void Progress::Draw(std::uint64_t done, std::string_view libraryName) {

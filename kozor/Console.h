@@ -37,13 +37,17 @@ class Progress {
   void Running(std::uint64_t bytes, std::string_view libraryName);
   // The current file is done, all `bytes` of it.
   void FileEnds(std::uint64_t bytes);
+  // Complains unless as many files are done as were selected: a folder that can't be read a second
+  // time is skipped without a word below us.
+  void RequireAll(std::size_t selected) const;
 
  private:
   void Draw(std::uint64_t done, std::string_view libraryName);
 
   std::uint64_t total;
   std::string title;
-  std::uint64_t finished = 0;  // bytes of the files that are done
+  std::size_t files = 0;       // that are done
+  std::uint64_t finished = 0;  // their bytes
   std::uint64_t shown = 0;     // never less than before
 };
 

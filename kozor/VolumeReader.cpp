@@ -11,6 +11,17 @@
 
 namespace kozor::program {
 
+// Files fail by throwing pointers, which nobody above knows.
+template <typename Work>
+void VolumeReader::Guarded(const Work& work) const {
+  try {
+    work();
+  } catch (CException* exception) {
+    exception->Delete();
+    throw Failure(Visible(path.string()) + ": can't read");
+  }
+}
+
 VolumeReader::VolumeReader(const std::filesystem::path& volumePath) : path(volumePath) {
   const FileState state = Inspect(path);
   if (state.isDirectory) throw Failure(Visible(path.string()) + ": a directory, not a volume");
@@ -19,12 +30,15 @@ VolumeReader::VolumeReader(const std::filesystem::path& volumePath) : path(volum
       file.Open(LibraryPath(path).c_str(), CFile::modeRead | CFile::shareDenyNone) == 0) {
     throw Failure(Visible(path.string()) + ": the volume can't be opened");
   }
-  end = static_cast<std::uint64_t>(file.GetLength());
+  std::uint64_t offset = 0;
   ZorVolumeHeader raw{};
-  if (ZorReadVolumeHeader(file, &raw) == 0) {
-    throw Failure(Visible(path.string()) + ": not a volume of a backup set");
-  }
-  std::uint64_t offset = file.Seek(0, CFile::current);
+  Guarded([&] {
+    end = static_cast<std::uint64_t>(file.GetLength());
+    if (ZorReadVolumeHeader(file, &raw) == 0) {
+      throw Failure(Visible(path.string()) + ": not a volume of a backup set");
+    }
+    offset = file.Seek(0, CFile::current);
+  });
   header.formatVersion = offset == sizeof(ZorVolumeHeader) ? 101 : kBackupVersion100;
   header.number = raw.volumeNumber;
   header.files = raw.numberOfFiles;
@@ -63,7 +77,7 @@ void VolumeReader::Read(std::uint64_t offset, std::span<unsigned char> bytes) {
   if (offset > end || bytes.size() > end - offset) {
     throw Failure(Visible(path.string()) + ": the volume is damaged or cut short");
   }
-  try {
+  Guarded([&] {
     file.Seek(static_cast<std::int64_t>(offset), CFile::begin);
     while (!bytes.empty()) {
       constexpr std::size_t kMostBytes = 1 << 24;
@@ -73,10 +87,7 @@ void VolumeReader::Read(std::uint64_t offset, std::span<unsigned char> bytes) {
       }
       bytes = bytes.subspan(wanted);
     }
-  } catch (CException* exception) {
-    exception->Delete();
-    throw Failure(Visible(path.string()) + ": can't read");
-  }
+  });
 }
 
 std::string VolumeReader::ReadText(std::uint64_t offset, std::size_t size) {

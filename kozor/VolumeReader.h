@@ -56,6 +56,9 @@ class VolumeReader {
 
  private:
   std::string ReadText(std::uint64_t offset, std::size_t size);
+  // Does it, and throws Failure where the file fails.
+  template <typename Work>
+  void Guarded(const Work& work) const;
 
   std::filesystem::path path;
   CFile file;

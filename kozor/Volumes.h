@@ -43,6 +43,8 @@ class Volumes : public ZorMultiVolume {
 
   // Passes on a success.  Otherwise throws Interrupted after a signal, and else Failure.
   void Require(int succeeded) const;
+  // Complains unless so many files have been stored.
+  void RequireAll(std::size_t selected) const { progress.RequireAll(selected); }
 
  protected:
   int OnAbort(const ONABORTPARAM& param) override;
