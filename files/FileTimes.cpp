@@ -35,7 +35,7 @@ int ZorSetFileTimeStamp(const char* name, long time) {
   HANDLE file = CreateFileA(ZorText(name), GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ, nullptr,
                             OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
   if (file == INVALID_HANDLE_VALUE) return 0;
-  const auto ticks = kozor::FileTimeOfUnix(static_cast<std::uint64_t>(time));
+  const auto ticks = kozor::FileTimeOfUnix(time);
   const auto lastWrite = kozor::FromTicks<FILETIME>(ticks);
   const BOOL isSet = SetFileTime(file, nullptr, nullptr, &lastWrite);
   CloseHandle(file);

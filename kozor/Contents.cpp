@@ -20,6 +20,7 @@
 #include "engine/container/MemberName.h"
 #include "engine/container/MemberWalker.h"
 #include "engine/container/Text.h"
+#include "platform/base/Clock.h"
 #include "platform/text/Case.h"
 
 namespace kozor::program {
@@ -27,8 +28,6 @@ namespace kozor::program {
 namespace {
 
 constexpr unsigned int kUtf8 = 65001;
-constexpr std::int64_t kTicksPerSecond = 10'000'000;
-constexpr std::int64_t kSecondsTo1970 = 11'644'473'600;
 
 // A link's name and target stand in the header as one path, "name|target", cut at its last
 // separator as any other.
@@ -162,7 +161,7 @@ std::vector<const Member*> FindMeant(const std::vector<Member>& members, const s
 }  // namespace
 
 std::int64_t Member::Seconds() const {
-  return static_cast<std::int64_t>(lastWrite / kTicksPerSecond) - kSecondsTo1970;
+  return UnixOfFileTime(lastWrite);
 }
 
 void RequireUnpackable(const Member& member) {

@@ -14,6 +14,7 @@
 #include "Mask.h"
 #include "Volumes.h"
 #include "ZorFileServices.h"
+#include "platform/base/Clock.h"
 
 namespace kozor::program {
 
@@ -132,12 +133,12 @@ class CatalogueRestore {
     }
     for (const auto& [linkName, link] : links) {
       const Item item = {linkName, 0, link->time};
-      Try(linkName, [&] { delivery.MakeLink(item, link->target, FileTime(link->time)); });
+      Try(linkName, [&] { delivery.MakeLink(item, link->target, FileTimeOfUnix(link->time)); });
     }
     for (auto folder = catalogue.folders.rbegin(); folder != catalogue.folders.rend(); ++folder) {
       if (!wanted(folder->name)) continue;
       Try(folder->name,
-          [&] { delivery.FinishFolder(folder->name, folder->mode, FileTime(folder->time)); });
+          [&] { delivery.FinishFolder(folder->name, folder->mode, FileTimeOfUnix(folder->time)); });
     }
     HideProgress();
   }
@@ -146,12 +147,6 @@ class CatalogueRestore {
   struct MissingVolume : Failure {
     using Failure::Failure;
   };
-
-  static std::uint64_t FileTime(std::int64_t seconds) {
-    constexpr std::int64_t kSecondsTo1970 = 11'644'473'600;
-    constexpr std::int64_t kTicksPerSecond = 10'000'000;
-    return static_cast<std::uint64_t>((seconds + kSecondsTo1970) * kTicksPerSecond);
-  }
 
   template <typename Step>
   static void Try(const std::string& itemName, Step step) {
@@ -198,7 +193,7 @@ class CatalogueRestore {
     try {
       MappedFile target(work, workName, file.bytes);
       ReadFile(file, target.Contents(), goesOn);
-      target.Finish(file.mode, FileTime(file.time));
+      target.Finish(file.mode, FileTimeOfUnix(file.time));
       if (file.attribute != FILE_ATTRIBUTE_ARCHIVE) {
         ZorSetFileAttribute(work.LibraryPathOf(workName).c_str(), file.attribute);
       }

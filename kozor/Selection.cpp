@@ -9,6 +9,7 @@
 #include "Console.h"
 #include "Failure.h"
 #include "Host.h"
+#include "platform/text/Path.h"
 
 namespace kozor::program {
 
@@ -48,8 +49,8 @@ Search ReadWord(const fs::path& base, const std::string& word) {
     if (!state.problem.empty()) throw Failure(Visible(word) + ": " + state.problem);
     const std::string libraryPath = LibraryPath(path);
     if (state.isDirectory) return {libraryPath, "*.*", true};
-    const std::size_t cut = libraryPath.rfind('\\') + 1;
-    return {libraryPath.substr(0, cut), libraryPath.substr(cut), false};
+    const text::Path pieces(libraryPath);
+    return {std::string(pieces.Folder()), std::string(pieces.FileName()), false};
   }
   if (!HasWildcards(word)) throw Failure(Visible(word) + ": no such file or directory");
   const fs::path directory = AbsolutePath(base / fs::path(word).parent_path());
@@ -170,9 +171,10 @@ class Collector {
   // The library shows all such names of a directory alike where they differ in those characters
   // alone, so the host is asked for their own.
   void LeaveOutUnnameable(const std::string& path) {
-    const std::size_t cut = path.rfind('\\') + 1;
-    const Mask shown(path.substr(cut));
-    for (const fs::directory_entry& entry : fs::directory_iterator(HostPath(path.substr(0, cut)))) {
+    const text::Path pieces(path);
+    const Mask shown(std::string(pieces.FileName()));
+    const fs::path folder = HostPath(std::string(pieces.Folder()));
+    for (const fs::directory_entry& entry : fs::directory_iterator(folder)) {
       const std::string own = entry.path().filename().string();
       if (CanBeExpressed(entry.path()) || !shown.MeansItself(own)) continue;
       if (!unnameable.insert(entry.path().string()).second) continue;

@@ -20,6 +20,7 @@
 
 #include "Failure.h"
 #include "Host.h"
+#include "platform/base/Clock.h"
 
 namespace kozor::program {
 
@@ -86,11 +87,9 @@ void RemoveLeftovers(int parent) {
 }  // namespace
 
 timespec HostTime(std::uint64_t fileTime) {
-  constexpr std::int64_t kTicksPerSecond = 10'000'000;
-  constexpr std::int64_t kSecondsTo1970 = 11'644'473'600;
   timespec time{};
-  time.tv_sec = static_cast<std::int64_t>(fileTime / kTicksPerSecond) - kSecondsTo1970;
-  time.tv_nsec = static_cast<long>(fileTime % kTicksPerSecond * 100);
+  time.tv_sec = UnixOfFileTime(fileTime);
+  time.tv_nsec = NanosecondsOfFileTime(fileTime);
   return time;
 }
 

@@ -26,7 +26,7 @@ std::uint64_t FileTimeOfDos(DosTime local) {
   moment.tm_sec = local.Second();
   moment.tm_isdst = -1;
   const std::time_t seconds = std::mktime(&moment);
-  return seconds < 0 ? kFileTimeOf1980 : FileTimeOfUnix(static_cast<std::uint64_t>(seconds));
+  return seconds < 0 ? kFileTimeOf1980 : FileTimeOfUnix(seconds);
 }
 
 DosTime DosOfFileTime(std::uint64_t fileTime) {

@@ -16,13 +16,18 @@ inline constexpr std::uint64_t kFileTimeOf1970 = kSecondsFrom1601To1970 * kTicks
 static_assert(std::chrono::sys_days(std::chrono::year(1601) / 1 / 1).time_since_epoch() ==
               -std::chrono::seconds(kSecondsFrom1601To1970));
 
-constexpr std::uint64_t FileTimeOfUnix(std::uint64_t seconds) {
-  return kFileTimeOf1970 + seconds * kTicksPerSecond;
+// Seconds from 1601 on, so not below -kSecondsFrom1601To1970.
+constexpr std::uint64_t FileTimeOfUnix(std::int64_t seconds) {
+  return static_cast<std::uint64_t>(seconds + kSecondsFrom1601To1970) * kTicksPerSecond;
 }
 
 // Whole seconds since 1970, rounded down; negative before.
 constexpr std::int64_t UnixOfFileTime(std::uint64_t fileTime) {
   return static_cast<std::int64_t>(fileTime / kTicksPerSecond) - kSecondsFrom1601To1970;
+}
+// What that leaves of the second.
+constexpr std::int32_t NanosecondsOfFileTime(std::uint64_t fileTime) {
+  return static_cast<std::int32_t>(fileTime % kTicksPerSecond * (1'000'000'000 / kTicksPerSecond));
 }
 
 // A number that Win32 records have in two halves.
@@ -71,7 +76,7 @@ constexpr std::uint64_t FileTimeOfDosAsUtc(DosTime dos) {
   using namespace std::chrono;
   const seconds since1970 = sys_days(dos.CalendarDay()).time_since_epoch() + hours(dos.Hour()) +
                             minutes(dos.Minute()) + seconds(dos.Second());
-  return FileTimeOfUnix(static_cast<std::uint64_t>(since1970.count()));
+  return FileTimeOfUnix(since1970.count());
 }
 
 static_assert(UnixOfFileTime(FileTimeOfDosAsUtc(kFirstDosTime)) == 315'532'800);

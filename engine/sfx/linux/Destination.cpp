@@ -17,7 +17,7 @@ constexpr int kDirectory = O_PATH | O_DIRECTORY;
 timespec HostTime(std::uint64_t fileTime) {
   timespec time{};
   time.tv_sec = UnixOfFileTime(fileTime);
-  time.tv_nsec = static_cast<long>(fileTime % kTicksPerSecond * 100);
+  time.tv_nsec = NanosecondsOfFileTime(fileTime);
   return time;
 }
 

@@ -70,7 +70,7 @@ FILETIME ToFileTime(const timespec& time) {
 
 timespec FromFileTime(const FILETIME& time) {
   const std::uint64_t ticks = Ticks(time);
-  return {UnixOfFileTime(ticks), static_cast<long>(ticks % kTicksPerSecond * kNanosecondsPerTick)};
+  return {UnixOfFileTime(ticks), NanosecondsOfFileTime(ticks)};
 }
 
 }  // namespace kozor::posix
