@@ -3,7 +3,6 @@
 //
 // Input: command line (to a zero), response file.
 #include "engine/commands/CommandLine.h"
-#include "engine/commands/ResponseFile.h"
 #include "engine/container/Failure.h"
 #include "fuzz/Fuzz.h"
 

@@ -1,12 +1,14 @@
 // CommandLine.cpp - see CommandLine.h.
 #include "engine/commands/CommandLine.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cstdlib>
 #include <system_error>
 #include <utility>
 
 #include "engine/container/Failure.h"
+#include "engine/container/File.h"
 #include "engine/container/Path.h"
 
 namespace kozor::commands {
@@ -15,14 +17,15 @@ namespace {
 using container::Failure;
 using container::ResultCode;
 
+constexpr std::string_view kBlanks = " \t";
+
 // Blanks and quotes are no trail bytes in any code page.
 std::vector<Operand> SplitWords(std::string_view line) {
   std::vector<Operand> words;
   bool isInWord = false;
   bool isInQuotes = false;
   for (const char c : line) {
-    const bool isBlank = c == ' ' || c == '\t';
-    if (isBlank && !isInQuotes) {
+    if (kBlanks.find(c) != std::string_view::npos && !isInQuotes) {
       isInWord = false;
       continue;
     }
@@ -109,6 +112,22 @@ Command CommandOf(const std::string& letter, const CommandLine& line) {
   throw Failure(ResultCode::UnknownCommand);
 }
 
+std::string ReadText(const std::string& path) {
+  container::File file;
+  if (!file.Open(path, container::File::Mode::Read)) throw Failure(ResultCode::ResponseFileNotRead);
+  std::string text(static_cast<std::size_t>(file.Size()), '\0');
+  text.resize(file.ReadAt(0, {reinterpret_cast<std::uint8_t*>(text.data()), text.size()}));
+  return text;
+}
+
+std::string NameInLine(std::string_view line) {
+  const std::size_t begin = std::min(line.find_first_not_of(kBlanks), line.size());
+  const std::size_t end = line.find_last_not_of(kBlanks) + 1;
+  std::string name(line.substr(begin, end - begin));
+  std::erase(name, '"');
+  return name;
+}
+
 }  // namespace
 
 CommandLine ParseCommand(std::string_view text) {
@@ -125,6 +144,19 @@ CommandLine ParseMemoryCall(std::string_view text) {
   CommandLine line = ParseArguments(words.begin(), words.end());
   RequireNames(line, 1);
   return line;
+}
+
+std::vector<std::string> ReadResponseFile(const std::string& path) {
+  constexpr std::string_view kLineEnds = "\r\n\x1A";  // 0x1A marks the end of old text files
+  const std::string text = ReadText(path);
+  std::vector<std::string> names;
+  for (std::string_view rest = text; !rest.empty();) {
+    const std::size_t end = std::min(rest.find_first_of(kLineEnds), rest.size());
+    std::string name = NameInLine(rest.substr(0, end));
+    if (!name.empty()) names.push_back(std::move(name));
+    rest.remove_prefix(std::min(end + 1, rest.size()));
+  }
+  return names;
 }
 
 }  // namespace kozor::commands

@@ -1,4 +1,5 @@
-// CommandLine.h - the archiver's command lines: words, switches, operands.
+// CommandLine.h - the archiver's command lines: words, switches, operands, and the response files
+// that operands name.
 #pragma once
 
 #include <optional>
@@ -51,5 +52,9 @@ CommandLine ParseCommand(std::string_view line);
 // A line of the memory calls, which names an archive and one member.  Throws
 // ResultCode::NoFileName.
 CommandLine ParseMemoryCall(std::string_view line);
+
+// The names in a response file: one a line, whatever the line ends are, without the blanks around
+// it and without double quotes.  Empty lines are ignored.  Throws ResultCode::ResponseFileNotRead.
+std::vector<std::string> ReadResponseFile(const std::string& path);
 
 }  // namespace kozor::commands

@@ -9,7 +9,6 @@
 #include <utility>
 
 #include "engine/commands/MemberPacker.h"
-#include "engine/commands/ResponseFile.h"
 #include "engine/container/Failure.h"
 #include "engine/container/File.h"
 #include "engine/container/MemberName.h"

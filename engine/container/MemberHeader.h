@@ -12,7 +12,7 @@
 #include <string>
 
 #include "engine/codec/Codec.h"
-#include "engine/container/Bytes.h"
+#include "engine/container/ByteSource.h"
 
 namespace kozor::container {
 

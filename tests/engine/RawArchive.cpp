@@ -4,7 +4,7 @@
 #include <numeric>
 
 #include "engine/codec/Codec.h"
-#include "engine/container/Bytes.h"
+#include "engine/container/ByteSource.h"
 
 namespace kozor::test {
 namespace {
