@@ -9,9 +9,9 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-class Compress : public RecordedArchiveTest {
+class ArchiveCompress : public ArchiveRecorded {
  protected:
-  Compress() {
+  ArchiveCompress() {
     folder.WriteFile("src/a.txt", "a");
     folder.WriteFile("src/sub/b c.txt", "b");
   }
@@ -26,7 +26,7 @@ class Compress : public RecordedArchiveTest {
   const std::string rooted = Lib("src/a.txt");
 };
 
-TEST_F(Compress, GivesEachFileALineOfItsOwnWithoutAWorkDirectory) {
+TEST_F(ArchiveCompress, GivesEachFileALineOfItsOwnWithoutAWorkDirectory) {
   archive.SetWorkDirectory(nullptr);
   EXPECT_EQ(Run(Selection(Lib("src") + "\\", {"*.*", Lib("src/*.tmp")})), ZorErrorNone);
   EXPECT_THAT(TakeLines(), ElementsAre(" -w0 \"#\\a.lzh\" \"#\\src\\\" \"a.txt\"",
@@ -36,7 +36,7 @@ TEST_F(Compress, GivesEachFileALineOfItsOwnWithoutAWorkDirectory) {
   EXPECT_THAT(TakeLines(), ElementsAre(" -jsb -w0 \"#\\a.lzh\" \"#\\src\\a.txt\""));
 }
 
-TEST_F(Compress, GivesAllFilesInOneResponseFileInTheWorkDirectory) {
+TEST_F(ArchiveCompress, GivesAllFilesInOneResponseFileInTheWorkDirectory) {
   folder.WriteFile("tmp/~$ZORARC.RSP", std::string(1000, 'x'));
   Bytes contents;
   recording.during = [&] { contents = folder.ReadFile("tmp/~$ZORARC.RSP"); };
@@ -53,7 +53,7 @@ TEST_F(Compress, GivesAllFilesInOneResponseFileInTheWorkDirectory) {
   EXPECT_THAT(TakeLines(), ElementsAre(" \"-w#\\tmp\\\" \"#\\a.lzh\" \"@#\\tmp\\~$ZORARC.RSP\""));
 }
 
-TEST_F(Compress, TakesTheResponseFileAwayWhateverTheArchiverSays) {
+TEST_F(ArchiveCompress, TakesTheResponseFileAwayWhateverTheArchiverSays) {
   folder.WriteFile("tmp/keep", "");
   archive.SetWorkDirectory(Lib("tmp").c_str());
   recording.results = {0x800D};
@@ -69,7 +69,7 @@ TEST_F(Compress, TakesTheResponseFileAwayWhateverTheArchiverSays) {
   EXPECT_THAT(TakeLines(), IsEmpty());
 }
 
-TEST_F(Compress, ReportsItsOwnBeginAndEndWithTheNumberOfFiles) {
+TEST_F(ArchiveCompress, ReportsItsOwnBeginAndEndWithTheNumberOfFiles) {
   recording.reports = {{0, 0, 0, ""}, {6, 0, 1, "x"}};
   EXPECT_EQ(Run(), ZorErrorNone);
   EXPECT_THAT(TakeCalls("OnAbort 0 "),
@@ -77,14 +77,14 @@ TEST_F(Compress, ReportsItsOwnBeginAndEndWithTheNumberOfFiles) {
                           "3 2/2 1/1 '#\\a.lzh' 'x'", "4 2/2 1/1 '#\\a.lzh' 'x'"));
 }
 
-TEST_F(Compress, LeavesOutTheFilesBehindAFailingOne) {
+TEST_F(ArchiveCompress, LeavesOutTheFilesBehindAFailingOne) {
   folder.WriteFile("src/z.txt", "z");
   recording.results = {0, 0x8013};
   EXPECT_EQ(Run(), ZorErrorEngine8013);
   EXPECT_EQ(TakeLines().size(), 2U);
 }
 
-TEST_F(Compress, RemovesAnOldArchiveUnlessItAdds) {
+TEST_F(ArchiveCompress, RemovesAnOldArchiveUnlessItAdds) {
   EXPECT_EQ(Run(1), ZorErrorNone);
   EXPECT_TRUE(folder.Exists("a.lzh"));
   chmod(folder.Path("a.lzh").c_str(), 0444);
@@ -97,7 +97,7 @@ TEST_F(Compress, RemovesAnOldArchiveUnlessItAdds) {
   EXPECT_FALSE(folder.Exists("a.lzh"));
 }
 
-TEST_F(Compress, RefusesNamesInTheArchiveUnlessItMayOverwrite) {
+TEST_F(ArchiveCompress, RefusesNamesInTheArchiveUnlessItMayOverwrite) {
   recording.members = {{.name = "SUB/B C.TXT"}};
   EXPECT_EQ(Run(1), ZorErrorSameName);
   EXPECT_THAT(TakeCalls(), ElementsAre("GetRunning", "SetOwnerWindowEx", "SetCursorMode 0",
@@ -113,7 +113,7 @@ TEST_F(Compress, RefusesNamesInTheArchiveUnlessItMayOverwrite) {
   EXPECT_EQ(Run(1), ZorErrorNone);
 }
 
-TEST_F(Compress, RefusesFilesThatWouldMeetAtOneStoredName) {
+TEST_F(ArchiveCompress, RefusesFilesThatWouldMeetAtOneStoredName) {
   folder.WriteFile("d/src/a.txt", "a");
   ASSERT_NE(DefineDosDeviceA(0, "D:", folder.Path("d").c_str()), 0);
   ASSERT_NE(DefineDosDeviceA(0, "E:", folder.Path().c_str()), 0);
@@ -125,7 +125,7 @@ TEST_F(Compress, RefusesFilesThatWouldMeetAtOneStoredName) {
   DefineDosDeviceA(DDD_REMOVE_DEFINITION, "E:", nullptr);
 }
 
-TEST_F(Compress, ConvertsSilentlyIntoTheArchivesFolder) {
+TEST_F(ArchiveCompress, ConvertsSilentlyIntoTheArchivesFolder) {
   const ZorFind find = Selection(Lib("src"), {"a.txt"});
   recording.reports = {{6, 0, 1, "x"}};
   EXPECT_EQ(Run(find, 1, 1), ZorErrorNone);
@@ -137,7 +137,7 @@ TEST_F(Compress, ConvertsSilentlyIntoTheArchivesFolder) {
   EXPECT_EQ(Run(find, 1, 1), ZorErrorEngine801C);
 }
 
-TEST_F(Compress, HandsADirectoryOverWithoutLookingAtIt) {
+TEST_F(ArchiveCompress, HandsADirectoryOverWithoutLookingAtIt) {
   for (const char* directory : {"C:\\none", "C:\\none\\"}) {
     EXPECT_EQ(ErrorOf(archive.CompressDir(directory, path.c_str(), 0)), ZorErrorNone);
     EXPECT_THAT(TakeLines(), ElementsAre(" -w0 -d1 \"#\\a.lzh\" \"C:\\none\\\""));

@@ -14,9 +14,9 @@ using testing::IsEmpty;
 
 constexpr std::int64_t kStamp = 1'000'000'000;
 
-class Extract : public RecordedArchiveTest {
+class ArchiveExtract : public ArchiveRecorded {
  protected:
-  Extract() {
+  ArchiveExtract() {
     recording.members = {{.name = "d/f.txt", .contents = "hello"},
                          {.name = "g.txt", .contents = "", .attribute = 0x21}};
   }
@@ -35,7 +35,7 @@ class Extract : public RecordedArchiveTest {
   }
 };
 
-TEST_F(Extract, TreatsOneMemberAfterTheOther) {
+TEST_F(ArchiveExtract, TreatsOneMemberAfterTheOther) {
   recording.reports = {{1, 2, 5, ""}};
   archive.SetBackgroundMode(0);
   EXPECT_EQ(Run(), ZorErrorNone);
@@ -61,7 +61,7 @@ TEST_F(Extract, TreatsOneMemberAfterTheOther) {
           "OnAbort 1 4 2/2 0/0 '#\\a.lzh'" + second, "KillOwnerWindowEx"));
 }
 
-TEST_F(Extract, MakesFilesWithContentsTimesAndAttributesUnlessToldNotTo) {
+TEST_F(ArchiveExtract, MakesFilesWithContentsTimesAndAttributesUnlessToldNotTo) {
   EXPECT_EQ(Run(), ZorErrorNone);
   EXPECT_EQ(Text("out/d/f.txt"), "hello");
   EXPECT_EQ(Text("out/g.txt"), "");
@@ -75,7 +75,7 @@ TEST_F(Extract, MakesFilesWithContentsTimesAndAttributesUnlessToldNotTo) {
   EXPECT_EQ(Attribute("out/g.txt") & 1U, 0U);
 }
 
-TEST_F(Extract, NeedsADestinationWithARootBeforeAnythingElse) {
+TEST_F(ArchiveExtract, NeedsADestinationWithARootBeforeAnythingElse) {
   EXPECT_EQ(ErrorOf(archive.Extract("C:\\none", nullptr, nullptr)), ZorErrorNoDirectory);
   EXPECT_THAT(TakeCalls(), ElementsAre("OnAbort 0 4 0/0 0/0 - -"));
   const ZorFind find = Selection(Lib("out"), {"*.*"});
@@ -85,7 +85,7 @@ TEST_F(Extract, NeedsADestinationWithARootBeforeAnythingElse) {
   EXPECT_TRUE(folder.Exists("out/d/f.txt"));
 }
 
-TEST_F(Extract, TakesASelectionAndCountsAnEmptyOneAsCancelled) {
+TEST_F(ArchiveExtract, TakesASelectionAndCountsAnEmptyOneAsCancelled) {
   ZorFind find = Selection(Lib("out"), {"*.txt", ">g.txt"});
   find.SetSubDirectory(0);
   EXPECT_EQ(ErrorOf(archive.Extract(find, path.c_str(), Lib("else").c_str())), ZorErrorNone);
@@ -95,7 +95,7 @@ TEST_F(Extract, TakesASelectionAndCountsAnEmptyOneAsCancelled) {
   EXPECT_THAT(TakeCalls("OnAbort"), IsEmpty());
 }
 
-TEST_F(Extract, SkipsAMemberWithoutATarget) {
+TEST_F(ArchiveExtract, SkipsAMemberWithoutATarget) {
   archive.makeName = [this](const char* name) {
     return name[0] == 'd' ? CString() : CString((Lib("else\\") + name).c_str());
   };
@@ -106,7 +106,7 @@ TEST_F(Extract, SkipsAMemberWithoutATarget) {
                           "2/2 0/0 '#\\a.lzh' '#\\else\\g.txt' 'g.txt' 0 2e45 6000 21"));
 }
 
-TEST_F(Extract, OffersNamesWithoutTheirRoot) {
+TEST_F(ArchiveExtract, OffersNamesWithoutTheirRoot) {
   recording.members = {{.name = "\\d\\f.txt"}, {.name = "E:\\d\\g.txt"}, {.name = "E:h.txt"}};
   archive.makeName = [](const char*) { return CString(); };
   EXPECT_EQ(Run(), ZorErrorNone);
@@ -114,7 +114,7 @@ TEST_F(Extract, OffersNamesWithoutTheirRoot) {
               ElementsAre("'\\d\\f.txt'", "'\\d\\g.txt'", "'E:h.txt'"));
 }
 
-TEST(ExtractNames, AreJoinedByTheDefaultRule) {
+TEST(ArchiveExtractNames, AreJoinedByTheDefaultRule) {
   struct NameMaker : ZorArchive {
     using ZorArchive::OnMakeFileName;
   };
@@ -136,7 +136,7 @@ TEST(ExtractNames, AreJoinedByTheDefaultRule) {
 }
 
 // Members of one directory follow each other, and it is gone when the second one's turn comes.
-TEST_F(Extract, MakesADirectoryAgainThatWasRemovedMeanwhile) {
+TEST_F(ArchiveExtract, MakesADirectoryAgainThatWasRemovedMeanwhile) {
   recording.members = {{.name = "d/1"}, {.name = "d/2"}};
   archive.inPhase = [this](int phase) {
     if (phase == ZorArchive::PhaseFileEnd) std::filesystem::remove_all(folder.Path("out/d"));
@@ -148,7 +148,7 @@ TEST_F(Extract, MakesADirectoryAgainThatWasRemovedMeanwhile) {
   EXPECT_THAT(folder.List("out"), ElementsAre("d/", "d/1", "d/3", "e/", "e/2"));
 }
 
-TEST_F(Extract, ReplacesExistingFilesButNotReadOnlyOnes) {
+TEST_F(ArchiveExtract, ReplacesExistingFilesButNotReadOnlyOnes) {
   folder.WriteFile("out/d/f.txt", "longer than before");
   folder.WriteFile("out/g.txt", "kept");
   chmod(folder.Path("out/g.txt").c_str(), 0444);
@@ -157,7 +157,7 @@ TEST_F(Extract, ReplacesExistingFilesButNotReadOnlyOnes) {
   EXPECT_EQ(Text("out/g.txt"), "kept");
 }
 
-TEST_F(Extract, LeavesThePartOfAFailedMemberTrimmedAndUnstamped) {
+TEST_F(ArchiveExtract, LeavesThePartOfAFailedMemberTrimmedAndUnstamped) {
   recording.results = {0x800C};
   EXPECT_EQ(Run(), ZorErrorEngine800C);
   EXPECT_EQ(Text("out/d/f.txt"), "hello");
@@ -166,14 +166,14 @@ TEST_F(Extract, LeavesThePartOfAFailedMemberTrimmedAndUnstamped) {
 }
 
 // The last report repeats what stood in the record, and the texts must still be there.
-TEST_F(Extract, KeepsTheTextsOfTheRecordUntilTheLastReport) {
+TEST_F(ArchiveExtract, KeepsTheTextsOfTheRecordUntilTheLastReport) {
   recording.archivesThatOpen = 2;  // for the list and the first member
   EXPECT_EQ(Run(), ZorErrorArchiveOpen);
   EXPECT_THAT(TakeCalls("OnAbort 1 4 "),
               ElementsAre("1/2 5/5 '#\\a.lzh' '#\\out\\d\\f.txt' 'd\\f.txt' 5 2e45 6000 20"));
 }
 
-TEST_F(Extract, NamesWhyATargetCannotBeMapped) {
+TEST_F(ArchiveExtract, NamesWhyATargetCannotBeMapped) {
   folder.WriteFile("out/d/f.txt", "old");
   {
     const FailCall<&posix::SystemCalls::fallocate> full(1, ENOSPC);
@@ -184,14 +184,14 @@ TEST_F(Extract, NamesWhyATargetCannotBeMapped) {
 }
 
 // Else the file would keep bytes that aren't the member's, and nobody would know.
-TEST_F(Extract, FailsWhenATargetCannotBeTrimmed) {
+TEST_F(ArchiveExtract, FailsWhenATargetCannotBeTrimmed) {
   const FailCall<&posix::SystemCalls::ftruncate> failing(1, EIO);
   EXPECT_EQ(Run(), ZorErrorFileFailure);
   EXPECT_FALSE(folder.Exists("out/g.txt"));
 }
 
 // A size that can't be counted together with the slack is refused before anything is touched.
-TEST_F(Extract, MapsNoFileOfNearlyFourGigabytes) {
+TEST_F(ArchiveExtract, MapsNoFileOfNearlyFourGigabytes) {
   ZorMappedFile file(path.c_str(), 0xFFFFFFFF - 1023);
   EXPECT_EQ(file.Map(), nullptr);
   EXPECT_EQ(file.SystemError(), static_cast<std::uint32_t>(ERROR_NOT_ENOUGH_MEMORY));

@@ -14,7 +14,7 @@ using testing::ElementsAre;
 using testing::ElementsAreArray;
 
 // An archive of one member, a source of one file, and the operations on them by name.
-class OperationTest : public RecordedArchiveTest {
+class OperationTest : public ArchiveRecorded {
  protected:
   OperationTest() {
     folder.WriteFile("src/x.txt", "x");
@@ -38,9 +38,9 @@ class OperationTest : public RecordedArchiveTest {
 };
 
 // Every test runs once with each operation.
-class Frame : public OperationTest, public testing::WithParamInterface<const char*> {
+class ArchiveFrame : public OperationTest, public testing::WithParamInterface<const char*> {
  protected:
-  Frame() { recording.reports = {{1, 3, 5, "reported/name"}}; }
+  ArchiveFrame() { recording.reports = {{1, 3, 5, "reported/name"}}; }
 
   bool Compresses() const { return std::string(GetParam()).starts_with("Compress"); }
   ZorError Run() { return OperationTest::Run(GetParam()); }
@@ -57,12 +57,12 @@ class Frame : public OperationTest, public testing::WithParamInterface<const cha
   }
 };
 
-INSTANTIATE_TEST_SUITE_P(Operations, Frame,
+INSTANTIATE_TEST_SUITE_P(Operations, ArchiveFrame,
                          testing::Values("Compress", "CompressMem", "CompressDir", "Extract",
                                          "ExtractMem", "Delete"),
                          [](const auto& instance) { return std::string(instance.param); });
 
-TEST_P(Frame, OpensAndClosesInTheOrderOfItsFamily) {
+TEST_P(ArchiveFrame, OpensAndClosesInTheOrderOfItsFamily) {
   EXPECT_EQ(Run(), ZorErrorNone);
   const std::vector<std::string> calls = TakeCalls();
   const std::vector<std::string> opening =
@@ -73,7 +73,7 @@ TEST_P(Frame, OpensAndClosesInTheOrderOfItsFamily) {
   EXPECT_EQ(calls[calls.size() - 2].substr(0, 11), Compresses() ? "OnAbort 0 4" : "OnAbort 1 4");
 }
 
-TEST_P(Frame, EndsWithBusyAndWithoutAnyReportWhenTheArchiverIsAtWork) {
+TEST_P(ArchiveFrame, EndsWithBusyAndWithoutAnyReportWhenTheArchiverIsAtWork) {
   recording.busy = true;
   EXPECT_EQ(Run(), ZorErrorEngineBusy);
   EXPECT_THAT(TakeCalls(), ElementsAre("GetRunning"));
@@ -85,7 +85,7 @@ TEST_P(Frame, EndsWithBusyAndWithoutAnyReportWhenTheArchiverIsAtWork) {
   EXPECT_EQ(recording.calls.size(), Compresses() ? 2U : 3U);
 }
 
-TEST_P(Frame, NeedsAnExistingArchiveUnlessItMakesOne) {
+TEST_P(ArchiveFrame, NeedsAnExistingArchiveUnlessItMakesOne) {
   std::filesystem::remove(folder.Path("a.lzh"));
   EXPECT_EQ(Run(), Compresses() ? ZorErrorNone : ZorErrorArchiveNotFound);
   if (Compresses()) return;
@@ -94,7 +94,7 @@ TEST_P(Frame, NeedsAnExistingArchiveUnlessItMakesOne) {
 }
 
 // Whichever report is answered so: only the end is reported after it.  The end can't be stopped.
-TEST_P(Frame, StopsAtEveryReport) {
+TEST_P(ArchiveFrame, StopsAtEveryReport) {
   EXPECT_EQ(Run(), ZorErrorNone);
   const std::string whole = TakePhases();
   bool worked = false;
@@ -112,12 +112,12 @@ TEST_P(Frame, StopsAtEveryReport) {
   EXPECT_EQ(Run(), ZorErrorNone);
 }
 
-TEST_P(Frame, PassesTheArchiversCodeOn) {
+TEST_P(ArchiveFrame, PassesTheArchiversCodeOn) {
   recording.results = {0x800C};
   ExpectFailure(ZorErrorEngine800C);
 }
 
-TEST(FrameErrors, CodesOfTheArchiversListKeepTheirPlaceAndAllOthersAreUnknown) {
+TEST(ArchiveFrameErrors, CodesOfTheArchiversListKeepTheirPlaceAndAllOthersAreUnknown) {
   const struct {
     int code;
     int error;
@@ -126,7 +126,7 @@ TEST(FrameErrors, CodesOfTheArchiversListKeepTheirPlaceAndAllOthersAreUnknown) {
   for (const auto& row : rows) EXPECT_EQ(ZorErrorFromEngine(row.code), row.error) << row.code;
 }
 
-TEST_P(Frame, WithoutAnObjectForTheCallbacksStillMakesItsOwnReports) {
+TEST_P(ArchiveFrame, WithoutAnObjectForTheCallbacksStillMakesItsOwnReports) {
   { const ZorArchive copy(archive); }  // its end takes the callbacks' object away
   EXPECT_EQ(Run(), ZorErrorNone);
   EXPECT_THAT(recording.answers, ElementsAre(1));
@@ -135,7 +135,7 @@ TEST_P(Frame, WithoutAnObjectForTheCallbacksStillMakesItsOwnReports) {
 
 // A hook may throw in its operation, below the archiver, and at the very end; each time the closing
 // steps come to their end and the object serves again.
-TEST_P(Frame, ClosesAndServesAgainWhenAHookHasThrown) {
+TEST_P(ArchiveFrame, ClosesAndServesAgainWhenAHookHasThrown) {
   for (const int throwing : {0, 2, 4}) {
     SCOPED_TRACE(throwing);
     archive.inPhase = [&](int phase) {
@@ -157,7 +157,7 @@ TEST_P(Frame, ClosesAndServesAgainWhenAHookHasThrown) {
   }
 }
 
-TEST_P(Frame, DoesntAskAHookAgainThatHasThrown) {
+TEST_P(ArchiveFrame, DoesntAskAHookAgainThatHasThrown) {
   recording.heedsAnswers = false;
   recording.reports.push_back({1, 4, 5, "reported/name"});
   int asked = 0;
@@ -171,7 +171,7 @@ TEST_P(Frame, DoesntAskAHookAgainThatHasThrown) {
 
 // A quote would end its name on the line, and the rest would name something else; so a hostile
 // archive could have members touched that weren't selected.
-TEST_F(RecordedArchiveTest, EveryOperationRefusesANameWithAQuote) {
+TEST_F(ArchiveRecorded, EveryOperationRefusesANameWithAQuote) {
   const char* const name = "x\" \"y.txt";
   folder.WriteFile("src/z.txt", "z");
   recording.members = {{.name = name}};
@@ -188,7 +188,7 @@ TEST_F(RecordedArchiveTest, EveryOperationRefusesANameWithAQuote) {
   expectRefused(archive.Delete(Selection("", {"*.txt", "*.*"}), path.c_str()));
 }
 
-TEST_F(RecordedArchiveTest, EveryOperationReadsNullAsTheEmptyText) {
+TEST_F(ArchiveRecorded, EveryOperationReadsNullAsTheEmptyText) {
   const auto expect = [&](int result, ZorError error) { EXPECT_EQ(ErrorOf(result), error); };
   const ZorFind find = Selection(Lib("."), {"a.lzh"});
   unsigned char buffer[8] = {};
@@ -211,7 +211,7 @@ constexpr unsigned int kStart = 0;
 constexpr unsigned int kRun = 1;
 constexpr unsigned int kEnd = 6;
 
-class Progress : public OperationTest {
+class ArchiveProgress : public OperationTest {
  protected:
   // What OnAbort hears between its first and its last report while the archiver makes these.
   std::vector<std::string> Hear(const char* operation, std::vector<ScriptedReport> reports) {
@@ -223,7 +223,7 @@ class Progress : public OperationTest {
   }
 };
 
-TEST_F(Progress, TellsOfBeginProgressAndEndOfEachFileWhileCompressing) {
+TEST_F(ArchiveProgress, TellsOfBeginProgressAndEndOfEachFileWhileCompressing) {
   EXPECT_THAT(Hear("CompressDir", {{kStart, 0, 0, ""},
                                    {kRun, 0, 9, "d/x.txt"},
                                    {kRun, 4, 9, "d/x.txt"},
@@ -243,7 +243,7 @@ TEST_F(Progress, TellsOfBeginProgressAndEndOfEachFileWhileCompressing) {
               ElementsAre("0 3 1/0 4294967295/4294967295 '#\\a.lzh' 'x'"));
 }
 
-TEST_F(Progress, TellsOfNothingButTheRunWhereTheOperationKeepsTheRest) {
+TEST_F(ArchiveProgress, TellsOfNothingButTheRunWhereTheOperationKeepsTheRest) {
   EXPECT_THAT(Hear("Delete", {{kStart, 0, 9, "x"},
                               {kRun, 0, 9, "x"},
                               {kRun, 4, 9, "x"},
@@ -252,9 +252,9 @@ TEST_F(Progress, TellsOfNothingButTheRunWhereTheOperationKeepsTheRest) {
               ElementsAre("1 2 0/1 4/9 '#\\a.lzh' -"));
 }
 
-class TempSweep : public OperationTest {
+class ArchiveTempSweep : public OperationTest {
  protected:
-  TempSweep() {
+  ArchiveTempSweep() {
     folder.WriteFile("lhtmp001.lzh", "another's");
     recording.during = [this] {
       for (const char* name : {"LHTMP005.LZH", "lhtmp002.lzh", "lhtmp003.lzh", "lhtmp0001.lzh",
@@ -267,7 +267,7 @@ class TempSweep : public OperationTest {
 
 // Between the last report and the end of the callback.  One that can't be removed stays, and
 // doesn't save the others.
-TEST_F(TempSweep, RemovesThoseOfTheRunBesideTheArchiveAndNothingElse) {
+TEST_F(ArchiveTempSweep, RemovesThoseOfTheRunBesideTheArchiveAndNothingElse) {
   archive.inPhase = [this](int phase) {
     if (phase != 4) return;
     EXPECT_TRUE(folder.Exists("lhtmp002.lzh"));
@@ -280,7 +280,7 @@ TEST_F(TempSweep, RemovesThoseOfTheRunBesideTheArchiveAndNothingElse) {
                           "src/", "src/x.txt", "sub/", "sub/lhtmp004.lzh"));
 }
 
-TEST_F(TempSweep, WatchesTheWorkDirectoryWhenThereIsOne) {
+TEST_F(ArchiveTempSweep, WatchesTheWorkDirectoryWhenThereIsOne) {
   folder.WriteFile("sub/a", "");
   archive.SetWorkDirectory(Lib("sub").c_str());
   recording.results = {0x800C};
@@ -289,7 +289,7 @@ TEST_F(TempSweep, WatchesTheWorkDirectoryWhenThereIsOne) {
   EXPECT_FALSE(folder.Exists("sub/lhtmp004.lzh"));
 }
 
-TEST_F(TempSweep, DoesntActBeforeTheWorkHasBegun) {
+TEST_F(ArchiveTempSweep, DoesntActBeforeTheWorkHasBegun) {
   archive.inPhase = [this](int phase) {
     if (phase == 0) folder.WriteFile("lhtmp002.lzh", "new");
   };
@@ -298,7 +298,7 @@ TEST_F(TempSweep, DoesntActBeforeTheWorkHasBegun) {
   EXPECT_TRUE(folder.Exists("lhtmp002.lzh"));
 }
 
-TEST_F(TempSweep, WatchesNothingForABareArchiveName) {
+TEST_F(ArchiveTempSweep, WatchesNothingForABareArchiveName) {
   EXPECT_EQ(ErrorOf(archive.CompressMem("a.lzh", "x", nullptr, 0, 1)), ZorErrorNone);
   EXPECT_TRUE(folder.Exists("lhtmp002.lzh"));
 }

@@ -9,7 +9,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-class MemberListing : public RecordedArchiveTest {
+class ArchiveMemberListing : public ArchiveRecorded {
  protected:
   ZorError List(const ZorFind& find, int background = 1) {
     list.RemoveAll();
@@ -20,7 +20,7 @@ class MemberListing : public RecordedArchiveTest {
   ZorFileList list;
 };
 
-TEST_F(MemberListing, SearchesForAMaskWithoutRootAndMark) {
+TEST_F(ArchiveMemberListing, SearchesForAMaskWithoutRootAndMark) {
   const struct {
     const char* mask;
     const char* text;
@@ -39,7 +39,7 @@ TEST_F(MemberListing, SearchesForAMaskWithoutRootAndMark) {
   }
 }
 
-TEST_F(MemberListing, OpensAndClosesTheArchiveForEachMaskInTheModeOfTheFlags) {
+TEST_F(ArchiveMemberListing, OpensAndClosesTheArchiveForEachMaskInTheModeOfTheFlags) {
   ZorFind find = Selection("C:\\base", {"a", "b"});
   List(find);
   EXPECT_THAT(TakeCalls(),
@@ -52,7 +52,7 @@ TEST_F(MemberListing, OpensAndClosesTheArchiveForEachMaskInTheModeOfTheFlags) {
   EXPECT_THAT(TakeCalls(), IsEmpty());
 }
 
-TEST_F(MemberListing, KeepsTheFirstOfEqualNamesAndNoneThatAnExclusionMaskFinds) {
+TEST_F(ArchiveMemberListing, KeepsTheFirstOfEqualNamesAndNoneThatAnExclusionMaskFinds) {
   recording.members = {{.name = "b/x.TXT"}, {.name = "a.txt"}, {.name = "B/X.txt"}};
   List(Selection("", {"*.*"}));
   EXPECT_THAT(Names(), ElementsAre("b\\x.TXT", "a.txt", "B\\X.txt"));
@@ -64,15 +64,17 @@ TEST_F(MemberListing, KeepsTheFirstOfEqualNamesAndNoneThatAnExclusionMaskFinds) 
   EXPECT_THAT(Names(), ElementsAre("a.txt", "c.txt"));
 }
 
-class Delete : public RecordedArchiveTest {
+class ArchiveDelete : public ArchiveRecorded {
  protected:
-  Delete() { recording.members = {{.name = "d/f.txt"}, {.name = "g.txt"}, {.name = "h.tmp"}}; }
+  ArchiveDelete() {
+    recording.members = {{.name = "d/f.txt"}, {.name = "g.txt"}, {.name = "h.tmp"}};
+  }
   ZorError Run(std::initializer_list<std::string> masks) {
     return ErrorOf(archive.Delete(Selection("C:\\base", masks), path.c_str()));
   }
 };
 
-TEST_F(Delete, HandsASingleMaskOverAsItIs) {
+TEST_F(ArchiveDelete, HandsASingleMaskOverAsItIs) {
   archive.SetWorkDirectory("C:\\tmp");
   EXPECT_EQ(Run({">*.none"}), ZorErrorNone);
   EXPECT_THAT(TakeCalls(), ElementsAre("GetRunning", "SetCursorMode 0", "SetOwnerWindowEx",
@@ -81,7 +83,7 @@ TEST_F(Delete, HandsASingleMaskOverAsItIs) {
                                        "OnAbort 1 4 0/1 0/0 '#\\a.lzh' -", "KillOwnerWindowEx"));
 }
 
-TEST_F(Delete, ResolvesSeveralMasksIntoNames) {
+TEST_F(ArchiveDelete, ResolvesSeveralMasksIntoNames) {
   archive.SetBackgroundMode(0);
   EXPECT_EQ(Run({"*.*", ">*.tmp"}), ZorErrorNone);
   EXPECT_THAT(recording.calls, testing::Contains("OnAbort 1 0 0/2 0/0 '#\\a.lzh' -"));
@@ -89,7 +91,7 @@ TEST_F(Delete, ResolvesSeveralMasksIntoNames) {
               ElementsAre(" -jyd -w0 \"#\\a.lzh\" \"d\\f.txt\" \"g.txt\""));
 }
 
-TEST_F(Delete, DoesntTroubleTheArchiverForNothing) {
+TEST_F(ArchiveDelete, DoesntTroubleTheArchiverForNothing) {
   for (const bool noMask : {true, false}) {
     EXPECT_EQ(noMask ? Run({}) : Run({"*.none", "*.not"}), ZorErrorCanceled);
     EXPECT_THAT(TakeCalls("OnAbort"), IsEmpty());

@@ -11,9 +11,9 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-class Memory : public RecordedArchiveTest {
+class ArchiveMemory : public ArchiveRecorded {
  protected:
-  Memory() { recording.members = {{.name = "d\\f.txt", .contents = "hello"}}; }
+  ArchiveMemory() { recording.members = {{.name = "d\\f.txt", .contents = "hello"}}; }
 
   ZorError Compress(const char* name) {
     const auto* data = reinterpret_cast<const unsigned char*>("data");
@@ -29,7 +29,7 @@ class Memory : public RecordedArchiveTest {
   unsigned char buffer[8] = {};
 };
 
-TEST_F(Memory, GivesTheArchiverDataNameAndOptions) {
+TEST_F(ArchiveMemory, GivesTheArchiverDataNameAndOptions) {
   EXPECT_EQ(Compress("g.txt"), ZorErrorNone);
   EXPECT_THAT(TakeCalls(),
               ElementsAre("GetRunning", "SetOwnerWindowEx", "SetCursorMode 0",
@@ -45,7 +45,7 @@ TEST_F(Memory, GivesTheArchiverDataNameAndOptions) {
   EXPECT_FALSE(folder.Exists("a.lzh"));
 }
 
-TEST_F(Memory, RefusesToReplaceAMemberUnlessItMay) {
+TEST_F(ArchiveMemory, RefusesToReplaceAMemberUnlessItMay) {
   EXPECT_EQ(Compress("D\\F.TXT"), ZorErrorSameName);
   EXPECT_THAT(TakeCalls("OnAbort"), IsEmpty());
   EXPECT_EQ(Compress("C:\\d\\f.txt"), ZorErrorNone);  // would be "\d\f.txt"
@@ -56,7 +56,7 @@ TEST_F(Memory, RefusesToReplaceAMemberUnlessItMay) {
   EXPECT_EQ(Compress("g"), ZorErrorNone);  // nothing to compare with
 }
 
-TEST_F(Memory, RefusesMoreDataThanAMemberCanHold) {
+TEST_F(ArchiveMemory, RefusesMoreDataThanAMemberCanHold) {
   if constexpr (sizeof(unsigned long) <= 4) GTEST_SKIP() << "`long` can't count that far here";
   const auto size = static_cast<unsigned long>(std::numeric_limits<std::uint32_t>::max());
   EXPECT_EQ(ErrorOf(archive.CompressMem(path.c_str(), "g", buffer, size + 1, 0)),
@@ -64,7 +64,7 @@ TEST_F(Memory, RefusesMoreDataThanAMemberCanHold) {
   EXPECT_TRUE(folder.Exists("a.lzh"));
 }
 
-TEST_F(Memory, UnpacksOneMemberAndReportsItByName) {
+TEST_F(ArchiveMemory, UnpacksOneMemberAndReportsItByName) {
   recording.reports = {{1, 2, 5, ""}};
   EXPECT_EQ(Extract(), ZorErrorNone);
   EXPECT_STREQ(reinterpret_cast<const char*>(buffer), "hello");
@@ -80,7 +80,7 @@ TEST_F(Memory, UnpacksOneMemberAndReportsItByName) {
                           "OnAbort 1 4 1/1 5/5 '#\\a.lzh'" + member, "KillOwnerWindowEx"));
 }
 
-TEST_F(Memory, NeedsTheMember) {
+TEST_F(ArchiveMemory, NeedsTheMember) {
   EXPECT_EQ(Extract("none"), ZorErrorArchiveOpen);
   EXPECT_THAT(TakeCalls("CloseArchive"), ElementsAre(""));
   unsigned long size = 77;
@@ -91,7 +91,7 @@ TEST_F(Memory, NeedsTheMember) {
   EXPECT_EQ(Extract(), ZorErrorArchiveOpen);
 }
 
-TEST_F(Memory, TellsOfAMemberInTheTermsOfTheSystem) {
+TEST_F(ArchiveMemory, TellsOfAMemberInTheTermsOfTheSystem) {
   setenv("TZ", "JST-9", 1);
   tzset();
   archive.SetBackgroundMode(0);
@@ -112,7 +112,7 @@ TEST_F(Memory, TellsOfAMemberInTheTermsOfTheSystem) {
                           "FindFirst \"d\\f.txt\"", "GetAttribute", "CloseArchive"));
 }
 
-TEST_F(Memory, TranslatesTheAttributesItKnows) {
+TEST_F(ArchiveMemory, TranslatesTheAttributesItKnows) {
   const struct {
     int archivers;
     unsigned long attribute;
@@ -129,7 +129,7 @@ TEST_F(Memory, TranslatesTheAttributesItKnows) {
   EXPECT_EQ(GetInfo(nullptr, nullptr, nullptr), ZorErrorArchiveNotFound);
 }
 
-TEST_F(Memory, IsArchiveReturnsWhatTheArchiverSaysEvenIfItIsAtWork) {
+TEST_F(ArchiveMemory, IsArchiveReturnsWhatTheArchiverSaysEvenIfItIsAtWork) {
   recording.busy = true;
   recording.checkResult = 7;
   EXPECT_EQ(archive.IsArchive("C:\\none.lzh"), 7);

@@ -43,7 +43,7 @@ void ExpectNoneWorks() {
   EXPECT_EQ(folder.List(), std::vector<std::string>{"a.lzh"});
 }
 
-TEST(MissingArchiver, MakesEveryArchiveOperationFailAndChangesNothing) {
+TEST(ArchiveMissingArchiver, MakesEveryArchiveOperationFailAndChangesNothing) {
   ExpectNoneWorks();
   // Nor does it hide that the archive is missing.
   ZorArchive archive;
@@ -51,7 +51,7 @@ TEST(MissingArchiver, MakesEveryArchiveOperationFailAndChangesNothing) {
   EXPECT_EQ(archive.GetError(), ZorErrorArchiveNotFound);
 }
 
-TEST(MissingArchiver, IsWhatAnIncompleteOneCountsAs) {
+TEST(ArchiveMissingArchiver, IsWhatAnIncompleteOneCountsAs) {
   std::string directory = "C:" INCOMPLETE_ARCHIVER_FOLDER;
   std::replace(directory.begin(), directory.end(), '/', '\\');
   ASSERT_NE(SetDllDirectoryA(directory.c_str()), 0);

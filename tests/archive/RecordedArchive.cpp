@@ -43,7 +43,7 @@ CString RecordedArchive::OnMakeFileName(const char* directory, const char* name)
   return makeName ? makeName(name) : ZorArchive::OnMakeFileName(directory, name);
 }
 
-RecordedArchiveTest::RecordedArchiveTest()
+ArchiveRecorded::ArchiveRecorded()
     : module(LoadLibraryA("UNLHA32.DLL")),
       recording(RecordingOf(module)),
       archive(recording),
@@ -53,20 +53,20 @@ RecordedArchiveTest::RecordedArchiveTest()
   recording.hide = folder.Lib();
 }
 
-RecordedArchiveTest::~RecordedArchiveTest() {
+ArchiveRecorded::~ArchiveRecorded() {
   FreeLibrary(module);
 }
 
-ZorError RecordedArchiveTest::ErrorOf(int result) const {
+ZorError ArchiveRecorded::ErrorOf(int result) const {
   EXPECT_EQ(result, archive.GetError() == ZorErrorNone ? 1 : 0);
   return archive.GetError();
 }
 
-std::vector<std::string> RecordedArchiveTest::TakeCalls() {
+std::vector<std::string> ArchiveRecorded::TakeCalls() {
   return std::exchange(recording.calls, {});
 }
 
-std::vector<std::string> RecordedArchiveTest::TakeCalls(const std::string& beginning) {
+std::vector<std::string> ArchiveRecorded::TakeCalls(const std::string& beginning) {
   std::vector<std::string> taken;
   for (const std::string& call : TakeCalls()) {
     if (call.starts_with(beginning)) taken.push_back(call.substr(beginning.size()));

@@ -39,10 +39,10 @@ class RecordedArchive : public ZorArchive {
 
 // Keeps the module loaded, so that its log lives from call to call.  In the log "#" is the test's
 // folder.
-class RecordedArchiveTest : public testing::Test {
+class ArchiveRecorded : public testing::Test {
  protected:
-  RecordedArchiveTest();
-  ~RecordedArchiveTest() override;
+  ArchiveRecorded();
+  ~ArchiveRecorded() override;
 
   std::string Lib(const std::string& name) const { return folder.Lib(name); }
   // What became of an operation with this result.

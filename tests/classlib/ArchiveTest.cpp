@@ -32,7 +32,7 @@ using kozor::test::Bytes;
 using kozor::test::TestFolder;
 using StringList = CList<CString, const CString&>;
 
-class Archive : public testing::Test {
+class ClassLibArchive : public testing::Test {
  protected:
   template <class Action>
   Bytes Stored(Action store) const {
@@ -68,7 +68,7 @@ class Archive : public testing::Test {
   std::string path = folder.Lib("stream");
 };
 
-TEST_F(Archive, StoresStringsBehindLengthsOfThreeWidths) {
+TEST_F(ClassLibArchive, StoresStringsBehindLengthsOfThreeWidths) {
   const struct {
     int length;
     Bytes prefix;
@@ -94,7 +94,7 @@ TEST_F(Archive, StoresStringsBehindLengthsOfThreeWidths) {
   }
 }
 
-TEST_F(Archive, StoresListsAndLoadsThemBehindWhatIsThere) {
+TEST_F(ClassLibArchive, StoresListsAndLoadsThemBehindWhatIsThere) {
   StringList list;
   list.AddTail("one");
   list.AddTail("");
@@ -110,7 +110,7 @@ TEST_F(Archive, StoresListsAndLoadsThemBehindWhatIsThere) {
             (std::vector<std::string>{"one", "", "one", ""}));
 }
 
-TEST_F(Archive, KeepsWhatWasLoadedBeforeTheStreamEnds) {
+TEST_F(ClassLibArchive, KeepsWhatWasLoadedBeforeTheStreamEnds) {
   const struct {
     Bytes bytes;
     int elements;
@@ -122,7 +122,7 @@ TEST_F(Archive, KeepsWhatWasLoadedBeforeTheStreamEnds) {
   }
 }
 
-TEST_F(Archive, TakesNoMemoryOnTheWordOfAHostileStream) {
+TEST_F(ClassLibArchive, TakesNoMemoryOnTheWordOfAHostileStream) {
   const struct {
     Bytes bytes;
     int cause;
@@ -144,7 +144,7 @@ TEST_F(Archive, TakesNoMemoryOnTheWordOfAHostileStream) {
   EXPECT_LT(largestRequest, 0x20000u);
 }
 
-TEST_F(Archive, LeavesTheFileBehindWhatWasLoaded) {
+TEST_F(ClassLibArchive, LeavesTheFileBehindWhatWasLoaded) {
   folder.WriteFile("stream", Bytes{1, 0, 'r', 'e', 's', 't'});
   CFile file(path.c_str(), CFile::modeRead);
   CArchive archive(&file, CArchive::load);

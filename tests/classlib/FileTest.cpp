@@ -28,7 +28,7 @@ int CauseOf(Action action) {
   }
 }
 
-class File : public testing::Test {
+class ClassLibFile : public testing::Test {
  protected:
   // The cause with which opening fails, 0 if it doesn't.
   int Open(const char* name, unsigned int flags) const {
@@ -49,7 +49,7 @@ class File : public testing::Test {
   std::string path = folder.Lib("file");
 };
 
-TEST_F(File, OpeningTellsWhyItFails) {
+TEST_F(ClassLibFile, OpeningTellsWhyItFails) {
   folder.WriteFile("file", "12345");
   folder.WriteFile("readonly", "12345");
   ASSERT_TRUE(SetFileAttributesA(folder.Lib("readonly").c_str(), FILE_ATTRIBUTE_READONLY));
@@ -62,7 +62,7 @@ TEST_F(File, OpeningTellsWhyItFails) {
   EXPECT_EQ(Open("readonly", CFile::modeCreate | CFile::modeWrite), CFileException::accessDenied);
 }
 
-TEST_F(File, CreatingEmptiesAnExistingFileUnlessToldNotTo) {
+TEST_F(ClassLibFile, CreatingEmptiesAnExistingFileUnlessToldNotTo) {
   folder.WriteFile("file", "12345");
   EXPECT_EQ(Open("file", CFile::modeWrite), 0);
   EXPECT_EQ(Open("file", CFile::modeCreate | CFile::modeNoTruncate | CFile::modeReadWrite), 0);
@@ -71,7 +71,7 @@ TEST_F(File, CreatingEmptiesAnExistingFileUnlessToldNotTo) {
   EXPECT_EQ(Contents(), "");
 }
 
-TEST_F(File, SharesAsTheFlagsSay) {
+TEST_F(ClassLibFile, SharesAsTheFlagsSay) {
   folder.WriteFile("file", "12345");
   const struct {
     unsigned int first, second;
@@ -90,7 +90,7 @@ TEST_F(File, SharesAsTheFlagsSay) {
   }
 }
 
-TEST_F(File, ReadsWritesAndSeeks) {
+TEST_F(ClassLibFile, ReadsWritesAndSeeks) {
   CFile file(path.c_str(), CFile::modeCreate | CFile::modeReadWrite);
   file.Write("0123456789", 10);
   EXPECT_EQ(file.Seek(-4, CFile::end), 6u);
@@ -109,7 +109,7 @@ TEST_F(File, ReadsWritesAndSeeks) {
   EXPECT_EQ(status.m_size, 0x1'0000'0002u);
 }
 
-TEST_F(File, ThrowsWhenTheHandleIsNoGood) {
+TEST_F(ClassLibFile, ThrowsWhenTheHandleIsNoGood) {
   EXPECT_EQ(CauseOf([&] { CFile file(path.c_str(), CFile::modeRead); }),
             CFileException::fileNotFound);
   folder.WriteFile("file", "12345");
@@ -122,7 +122,7 @@ TEST_F(File, ThrowsWhenTheHandleIsNoGood) {
   EXPECT_EQ(CauseOf([&] { CFile::Remove(path.c_str()); }), CFileException::fileNotFound);
 }
 
-TEST_F(File, StatusFindsEntriesOfDirectoriesOnly) {
+TEST_F(ClassLibFile, StatusFindsEntriesOfDirectoriesOnly) {
   const CodePageScope japanese(932);
   folder.WriteFile("dir/file", "12345");
   folder.WriteFile("\xE8\xA1\xA8/file", "1");  // in code page 932 the name ends in the byte 0x5C
@@ -143,9 +143,9 @@ TEST_F(File, StatusFindsEntriesOfDirectoriesOnly) {
   }
 }
 
-using StdioFile = File;
+using ClassLibStdioFile = ClassLibFile;
 
-TEST_F(StdioFile, WritesAndReadsLinesOfAnyLength) {
+TEST_F(ClassLibStdioFile, WritesAndReadsLinesOfAnyLength) {
   const std::vector<std::string> lines = {"\"a.txt\"", "", std::string(8191, 'x'),
                                           std::string(8192, 'y'), std::string(30'000, 'z')};
   std::string expected;
@@ -173,7 +173,7 @@ TEST_F(StdioFile, WritesAndReadsLinesOfAnyLength) {
   EXPECT_TRUE(line.IsEmpty());
 }
 
-TEST_F(StdioFile, ChangesBetweenReadingAndWritingWhereTheProgramStands) {
+TEST_F(ClassLibStdioFile, ChangesBetweenReadingAndWritingWhereTheProgramStands) {
   folder.WriteFile("file", "one\ntwo\nthree\n");
   CStdioFile file(path.c_str(), CFile::modeReadWrite);
   CString line;
@@ -191,7 +191,7 @@ TEST_F(StdioFile, ChangesBetweenReadingAndWritingWhereTheProgramStands) {
   EXPECT_EQ(Contents(), "One\nTWO\nthree\n");
 }
 
-TEST_F(StdioFile, ReportsALostWriteOnceAndIsClosedThen) {
+TEST_F(ClassLibStdioFile, ReportsALostWriteOnceAndIsClosedThen) {
   folder.WriteFile("file", "");
   CStdioFile file(path.c_str(), CFile::modeRead);
   file.WriteString("stays in the buffer");
@@ -200,7 +200,7 @@ TEST_F(StdioFile, ReportsALostWriteOnceAndIsClosedThen) {
   EXPECT_TRUE(file.Open(path.c_str(), CFile::modeRead));
 }
 
-TEST_F(File, ASearchGivesEveryEntryTheLastOneTooAndTellsOfIt) {
+TEST_F(ClassLibFile, ASearchGivesEveryEntryTheLastOneTooAndTellsOfIt) {
   folder.WriteFile("a.txt", "1");
   folder.WriteFile("b.bin", "12345");
   folder.WriteFile("dir/x", "");

@@ -29,7 +29,7 @@ std::vector<std::string> Contents(const StringList& list) {
 }
 
 // Every element is also known by its position, which must stay good whatever becomes of others.
-TEST(List, AgreesWithAnotherListOverManyChanges) {
+TEST(ClassLibList, AgreesWithAnotherListOverManyChanges) {
   std::mt19937 random(5);
   StringList list(3);
   std::list<std::pair<std::string, POSITION>> expected;

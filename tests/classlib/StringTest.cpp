@@ -20,14 +20,14 @@ const char* TextOf(const CString& string) {
   return string;
 }
 
-TEST(String, IsAnotherClassThanOneOfTheSameNameInAnotherFile) {
+TEST(ClassLibString, IsAnotherClassThanOneOfTheSameNameInAnotherFile) {
   EXPECT_EQ(WhatTheirsSay(), "CString CFile CObject");
   EXPECT_EQ(CString("ours").GetLength(), 4);
   EXPECT_FALSE(CFile().IsOpen());
   EXPECT_EQ(WhatTheirsSay(), "CString CFile CObject");
 }
 
-TEST(String, CopiesShareTheirTextUntilOneChanges) {
+TEST(ClassLibString, CopiesShareTheirTextUntilOneChanges) {
   CString first = "text";
   CString second = first;
   CString third;
@@ -41,7 +41,7 @@ TEST(String, CopiesShareTheirTextUntilOneChanges) {
   EXPECT_STREQ(third, "next");
 }
 
-TEST(String, EmptyStringsStayEmptyWhateverHappensToOthers) {
+TEST(ClassLibString, EmptyStringsStayEmptyWhateverHappensToOthers) {
   CString empty = nullptr;
   CString changed;
   changed.GetBuffer(4)[0] = 'x';
@@ -56,7 +56,7 @@ TEST(String, EmptyStringsStayEmptyWhateverHappensToOthers) {
   EXPECT_EQ(moved, empty);
 }
 
-TEST(String, ChangesByPartsOfItself) {
+TEST(ClassLibString, ChangesByPartsOfItself) {
   CString s = "abc";
   s += s;
   EXPECT_STREQ(s, "abcabc");
@@ -73,7 +73,7 @@ TEST(String, ChangesByPartsOfItself) {
   EXPECT_STREQ(s, "bab");
 }
 
-TEST(String, SumsAndOrdersTakeBothKindsOfText) {
+TEST(ClassLibString, SumsAndOrdersTakeBothKindsOfText) {
   const CodePageScope japanese(932);
   const CString a = "a";
   EXPECT_STREQ('x' + a + a + "b" + 'c', "xaabc");
@@ -83,7 +83,7 @@ TEST(String, SumsAndOrdersTakeBothKindsOfText) {
   EXPECT_EQ(CString("A\x82\x60").CompareNoCase("a\x82\x81"), 0);
 }
 
-TEST(String, PiecesAreCutDownToTheText) {
+TEST(ClassLibString, PiecesAreCutDownToTheText) {
   const CString s = "0123456789";
   EXPECT_STREQ(s.Left(3), "012");
   EXPECT_STREQ(s.Left(99), "0123456789");
@@ -98,7 +98,7 @@ TEST(String, PiecesAreCutDownToTheText) {
   EXPECT_STREQ(s.Mid(3, -2), "");
 }
 
-TEST(String, TakesItsLengthFromTheTerminatorOrTheCaller) {
+TEST(ClassLibString, TakesItsLengthFromTheTerminatorOrTheCaller) {
   CString s = "x";
   char* buffer = s.GetBuffer(8);
   EXPECT_STREQ(buffer, "x");
@@ -114,7 +114,7 @@ TEST(String, TakesItsLengthFromTheTerminatorOrTheCaller) {
   EXPECT_EQ((withZero + withZero).GetLength(), 6);
 }
 
-TEST(String, GrowsInFewSteps) {
+TEST(ClassLibString, GrowsInFewSteps) {
   CString s;
   int moves = 0;
   for (int i = 0; i < 1'000'000; ++i) {
@@ -126,7 +126,7 @@ TEST(String, GrowsInFewSteps) {
   EXPECT_LT(moves, 50);
 }
 
-TEST(String, TakesWideTextThroughTheCodePage) {
+TEST(ClassLibString, TakesWideTextThroughTheCodePage) {
   const WCHAR wide[] = {'a', 0x8868, 0x3042, 0};
   {
     const CodePageScope japanese(932);
@@ -138,7 +138,7 @@ TEST(String, TakesWideTextThroughTheCodePage) {
   EXPECT_STREQ(CString(static_cast<const WCHAR*>(nullptr)), "");
 }
 
-TEST(String, MayBeSharedBetweenThreads) {
+TEST(ClassLibString, MayBeSharedBetweenThreads) {
   const CString shared = "shared text";
   std::vector<std::thread> threads;
   std::vector<int> faults(4);

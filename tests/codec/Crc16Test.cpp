@@ -16,7 +16,7 @@ std::uint16_t CrcBitByBit(std::span<const std::uint8_t> data) {
   return static_cast<std::uint16_t>(crc);
 }
 
-TEST(Crc16, IsTheSameAtOnceAndInPieces) {
+TEST(CodecCrc16, IsTheSameAtOnceAndInPieces) {
   const auto data = RandomData(400);
   for (std::size_t size = 0; size <= data.size(); ++size) {
     const auto part = std::span(data).first(size);

@@ -79,7 +79,7 @@ constexpr BrokenBlock kBrokenBlocks[] = {
     {"distance code: no symbols, but used", ONE_ITEM ONLY_MATCH "0010 000 000"},
 };
 
-TEST(DamagedData, IsRefusedForEachBrokenRule) {
+TEST(CodecDamagedData, IsRefusedForEachBrokenRule) {
   for (const BrokenBlock& block : kBrokenBlocks) {
     SCOPED_TRACE(block.name);
     BitComposer stream;
@@ -90,7 +90,7 @@ TEST(DamagedData, IsRefusedForEachBrokenRule) {
 }
 
 // Then there is packed data left at the end of the target, and a match may reach beyond it.
-TEST(ShortTarget, TakesTheBeginningAndNothingBehindIt) {
+TEST(CodecShortTarget, TakesTheBeginningAndNothingBehindIt) {
   const Bytes data = MixedData(4000);
   const Bytes packed = Encode(Method::Lh5, data);
   for (std::size_t size = 0; size < data.size() - 500; ++size) {
@@ -100,7 +100,7 @@ TEST(ShortTarget, TakesTheBeginningAndNothingBehindIt) {
   }
 }
 
-TEST(DamagedData, CutAnywhereGivesTheBytesBeforeTheCut) {
+TEST(CodecDamagedData, CutAnywhereGivesTheBytesBeforeTheCut) {
   for (const Method method : kPackingMethods) {
     SCOPED_TRACE(static_cast<int>(method));
     RandomStream stream = MakeRandomStream(method, 1);
@@ -112,7 +112,7 @@ TEST(DamagedData, CutAnywhereGivesTheBytesBeforeTheCut) {
   }
 }
 
-TEST(DamagedData, ChangedInOneBitDoesNoHarm) {
+TEST(CodecDamagedData, ChangedInOneBitDoesNoHarm) {
   for (const Method method : kPackingMethods) {
     SCOPED_TRACE(static_cast<int>(method));
     RandomStream stream = MakeRandomStream(method, 2, 1500);
@@ -125,7 +125,7 @@ TEST(DamagedData, ChangedInOneBitDoesNoHarm) {
   }
 }
 
-TEST(DamagedData, OfAnyKindIsReadAsTheSlowDecoderDoes) {
+TEST(CodecDamagedData, OfAnyKindIsReadAsTheSlowDecoderDoes) {
   const Bytes noise = RandomData(20000);
   for (const Method method : kPackingMethods) {
     SCOPED_TRACE(static_cast<int>(method));

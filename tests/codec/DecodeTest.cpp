@@ -27,7 +27,7 @@ std::string DecodeText(Method method, const Bytes& packed, std::size_t size) {
   return {target.begin(), target.end()};
 }
 
-TEST(Decode, UnpacksTheWorkedExampleAlsoWithoutItsLastZeroByte) {
+TEST(CodecDecode, UnpacksTheWorkedExampleAlsoWithoutItsLastZeroByte) {
   Bytes packed = kWorkedExample;
   EXPECT_EQ(DecodeText(Method::Lh5, packed, 15), kWorkedText);
   packed.pop_back();
@@ -55,7 +55,7 @@ const HandMadeBlock kHandMadeBlocks[] = {
      "0000000000000010  00001 000  000000000 001000001  0000 0000", "AA"},
 };
 
-TEST(Decode, UnpacksBlocksOfUnusualShape) {
+TEST(CodecDecode, UnpacksBlocksOfUnusualShape) {
   for (const HandMadeBlock& block : kHandMadeBlocks) {
     SCOPED_TRACE(block.name);
     const Bytes packed = BitComposer().Picture(block.bits).Bytes();
@@ -63,7 +63,7 @@ TEST(Decode, UnpacksBlocksOfUnusualShape) {
   }
 }
 
-TEST(Decode, AgreesWithTheSlowDecoderOnRandomStreams) {
+TEST(CodecDecode, AgreesWithTheSlowDecoderOnRandomStreams) {
   for (const Method method : kPackingMethods) {
     SCOPED_TRACE(static_cast<int>(method));
     for (unsigned seed = 0; seed < 100; ++seed) {
@@ -93,7 +93,7 @@ TEST(Decode, AgreesWithTheSlowDecoderOnRandomStreams) {
 }
 
 // What a header may claim at most is never less than what there is.
-TEST(Decode, YieldsNoMoreThanIsPossible) {
+TEST(CodecDecode, YieldsNoMoreThanIsPossible) {
   for (const Method method : kPackingMethods) {
     for (unsigned seed = 0; seed < 100; ++seed) {
       const RandomStream stream = MakeRandomStream(method, seed);
@@ -108,7 +108,7 @@ TEST(Decode, YieldsNoMoreThanIsPossible) {
   EXPECT_LT(MostUnpackedBytes(Method::Lh1, 1000), 60000U);
 }
 
-TEST(Decode, CopiesStoredData) {
+TEST(CodecDecode, CopiesStoredData) {
   const Bytes data = TextData(300000);
   for (const Method method : {Method::Lh0, Method::Lz4, Method::Pm0}) {
     Bytes target(data.size());
@@ -122,7 +122,7 @@ TEST(Decode, CopiesStoredData) {
   EXPECT_EQ(Decode(Method::Lhd, {}, {}), Status::Ok);
 }
 
-TEST(Decode, TellsItsProgressInSmallStepsAndStopsWhenToldTo) {
+TEST(CodecDecode, TellsItsProgressInSmallStepsAndStopsWhenToldTo) {
   const Bytes data = MixedData(1000000);
   for (const Method method : {Method::Lh0, Method::Lh5}) {
     const Bytes packed = method == Method::Lh0 ? data : Encode(method, data, kFastestLevel);

@@ -31,13 +31,13 @@ void ExpectGoodStream(Method method, const Bytes& data, int level) {
 
 using MethodAndLevel = std::tuple<Method, int>;
 
-class Encoding : public testing::TestWithParam<MethodAndLevel> {
+class CodecEncoding : public testing::TestWithParam<MethodAndLevel> {
  protected:
   const Method method = std::get<0>(GetParam());
   const int level = std::get<1>(GetParam());
 };
 
-TEST_P(Encoding, KeepsTheRulesForDataOfAllKindsAndSizes) {
+TEST_P(CodecEncoding, KeepsTheRulesForDataOfAllKindsAndSizes) {
   for (const Bytes& data : {TextData(100000), RandomData(20000), MixedData(150000),
                             Bytes(100000, std::uint8_t{0}), Bytes(5, 'x')}) {
     ASSERT_NO_FATAL_FAILURE(ExpectGoodStream(method, data, level)) << data.size();
@@ -48,7 +48,7 @@ TEST_P(Encoding, KeepsTheRulesForDataOfAllKindsAndSizes) {
   }
 }
 
-TEST_P(Encoding, ComesBackAcrossSegments) {
+TEST_P(CodecEncoding, ComesBackAcrossSegments) {
   ExpectRoundTrip(method, MixedData(2 * kSegmentBytes + 100000), level);
   for (const std::size_t size :
        {kSegmentBytes - 1, kSegmentBytes, kSegmentBytes + 1, 2 * kSegmentBytes + 3}) {
@@ -58,13 +58,13 @@ TEST_P(Encoding, ComesBackAcrossSegments) {
 
 // After the first segment such data is nothing but equal matches, and a block of them takes no
 // bits.
-TEST_P(Encoding, EndsWithABlockThatTakesBits) {
+TEST_P(CodecEncoding, EndsWithABlockThatTakesBits) {
   for (const std::size_t size : {2 * kSegmentBytes, kSegmentBytes + 256, kSegmentBytes + 1}) {
     ASSERT_NO_FATAL_FAILURE(ExpectGoodStream(method, Bytes(size, 'x'), level)) << size;
   }
 }
 
-TEST_P(Encoding, DependsOnNeitherPiecesNorMembersBefore) {
+TEST_P(CodecEncoding, DependsOnNeitherPiecesNorMembersBefore) {
   const Bytes data = MixedData(kSegmentBytes + 50000);
   const Bytes expected = Encode(method, data, level);
   Encoder encoder(method, level);
@@ -90,7 +90,7 @@ std::string NameOf(const testing::TestParamInfo<MethodAndLevel>& info) {
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    All, Encoding,
+    All, CodecEncoding,
     testing::Values(MethodAndLevel{Method::Lh1, 5}, MethodAndLevel{Method::Lh4, 5},
                     MethodAndLevel{Method::Lh5, 1}, MethodAndLevel{Method::Lh5, 2},
                     MethodAndLevel{Method::Lh5, 5}, MethodAndLevel{Method::Lh5, 7},
@@ -99,7 +99,7 @@ INSTANTIATE_TEST_SUITE_P(
     NameOf);
 
 // Bounds far from what is reached today, but near enough to notice a search or a code gone wrong.
-TEST(Encode, PacksAsWellAsTheMethodsCan) {
+TEST(CodecEncode, PacksAsWellAsTheMethodsCan) {
   EXPECT_LT(Encode(Method::Lh5, Bytes(1 << 20, std::uint8_t{0})).size(), 600U);
   EXPECT_LT(Encode(Method::Lh5, RandomData(1 << 18)).size(), (1U << 18) + 600);
   const Bytes text = TextData(200000);
@@ -113,7 +113,7 @@ TEST(Encode, PacksAsWellAsTheMethodsCan) {
 }
 
 // Segments packed by encoders of their own, joined at bit level, are what one encoder makes.
-TEST(Encode, JoinsSegmentsToOneStream) {
+TEST(CodecEncode, JoinsSegmentsToOneStream) {
   const Bytes data = MixedData(2 * kSegmentBytes + 12345);
   for (const Method method : {Method::Lh5, Method::Lh7}) {
     for (const int level : {kDefaultLevel, 7}) {
@@ -137,7 +137,7 @@ TEST(Encode, JoinsSegmentsToOneStream) {
 }
 
 // What repeats after 30000 bytes is in reach of a window of 32 KiB and out of reach of 8 KiB.
-TEST(Encode, UsesTheWholeWindow) {
+TEST(CodecEncode, UsesTheWholeWindow) {
   const Bytes noise = RandomData(30000);
   Bytes data = noise;
   data.insert(data.end(), noise.begin(), noise.end());
@@ -146,7 +146,7 @@ TEST(Encode, UsesTheWholeWindow) {
   EXPECT_LT(Encode(Method::Lh7, data).size(), 31000U);
 }
 
-TEST(Encode, RefusesMethodsWithoutAnEncoderAndLevelsBeyondNine) {
+TEST(CodecEncode, RefusesMethodsWithoutAnEncoderAndLevelsBeyondNine) {
   for (const Method method : {Method::Lh0, Method::Lh2, Method::Lhx, Method::Lhd}) {
     EXPECT_THROW(Encoder{method}, std::invalid_argument);
   }

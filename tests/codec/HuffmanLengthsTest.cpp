@@ -72,7 +72,7 @@ std::uint32_t Below(std::mt19937& random, std::uint32_t limit) {
   return static_cast<std::uint32_t>(random() % limit);
 }
 
-TEST(HuffmanLengths, AreTheBestWithoutALimit) {
+TEST(CodecHuffmanLengths, AreTheBestWithoutALimit) {
   std::mt19937 random(3);
   for (int round = 0; round < 200; ++round) {
     Counts counts(2 + Below(random, 508));
@@ -84,7 +84,7 @@ TEST(HuffmanLengths, AreTheBestWithoutALimit) {
   }
 }
 
-TEST(HuffmanLengths, AreTheBestWithinALimit) {
+TEST(CodecHuffmanLengths, AreTheBestWithinALimit) {
   std::mt19937 random(5);
   for (int round = 0; round < 200; ++round) {
     Counts counts(2 + Below(random, 6));
@@ -96,7 +96,7 @@ TEST(HuffmanLengths, AreTheBestWithinALimit) {
 }
 
 // Fibonacci numbers make the deepest code for their sum.
-TEST(HuffmanLengths, StayWithinSixteenBits) {
+TEST(CodecHuffmanLengths, StayWithinSixteenBits) {
   Counts counts{1, 1};
   while (counts.size() < 22) counts.push_back(counts.end()[-1] + counts.end()[-2]);
   const Lengths lengths = Build(counts, 16);

@@ -9,9 +9,9 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-class AddTest : public EngineTest {
+class EngineAdd : public EngineTest {
  protected:
-  AddTest() {
+  EngineAdd() {
     MakeTree(folder, "src",
              {{"a.txt", 1000}, {"empty", 0}, {"sub/b.bin", 70000}, {"sub/deep/c", 1}});
   }
@@ -29,7 +29,7 @@ class AddTest : public EngineTest {
   }
 };
 
-TEST_F(AddTest, FirstRunMakesTheArchiveSecondAppendsInPlaceThirdReplaces) {
+TEST_F(EngineAdd, FirstRunMakesTheArchiveSecondAppendsInPlaceThirdReplaces) {
   ASSERT_EQ(Add("x.lzh", "src", {"a.txt", "sub\\b.bin"}), 0);
   ExpectMember("a.txt", "src/a.txt");
   ExpectMember("sub\\b.bin", "src/sub/b.bin");
@@ -46,13 +46,13 @@ TEST_F(AddTest, FirstRunMakesTheArchiveSecondAppendsInPlaceThirdReplaces) {
   EXPECT_THAT(Temporaries(), IsEmpty());
 }
 
-TEST_F(AddTest, FullNamesLoseTheirRoot) {
+TEST_F(EngineAdd, FullNamesLoseTheirRoot) {
   const std::string line = "a" + Quoted("x.lzh") + Quoted("src/a.txt");
   ASSERT_EQ(engine.Command(nullptr, line.c_str(), nullptr, 0), 0);
   EXPECT_THAT(Names("x.lzh"), ElementsAre(folder.Lib("src/a.txt").substr(2)));
 }
 
-TEST_F(AddTest, ResponseFileHoldsNames) {
+TEST_F(EngineAdd, ResponseFileHoldsNames) {
   folder.WriteFile("work/names.rsp", "\"a.txt\"\r\n\n  \"sub\\b.bin\"\n\"empty\"");
   const std::string response = "@" + folder.Lib("work/names.rsp");
   ASSERT_EQ(Add("x.lzh", "src", {response}, "\"-w" + folder.Lib("work") + "\\\""), 0);
@@ -60,7 +60,7 @@ TEST_F(AddTest, ResponseFileHoldsNames) {
   EXPECT_EQ(Add("x.lzh", "src", {"@" + folder.Lib("work/none.rsp")}), 0x802A);
 }
 
-TEST_F(AddTest, FileThatBeginsWithAnAtIsAFile) {
+TEST_F(EngineAdd, FileThatBeginsWithAnAtIsAFile) {
   folder.WriteFile("src/@a", "text");
   ASSERT_EQ(Add("x.lzh", "src", {"@a", "-b"}), 0x800F);
   folder.WriteFile("src/-b", "text");
@@ -68,7 +68,7 @@ TEST_F(AddTest, FileThatBeginsWithAnAtIsAFile) {
   EXPECT_THAT(Names("x.lzh"), ElementsAre("@a", "-b"));
 }
 
-TEST_F(AddTest, WildCardsAreAMaskOutsideOfQuotesAndNoNameInThem) {
+TEST_F(EngineAdd, WildCardsAreAMaskOutsideOfQuotesAndNoNameInThem) {
   folder.WriteFile("src/sub/d.bin", "d");
   const std::string line = "a" + Quoted("x.lzh") + Quoted("src/");
   ASSERT_EQ(engine.Command(nullptr, (line + " sub\\?.bin").c_str(), nullptr, 0), 0);
@@ -86,7 +86,7 @@ TEST_F(AddTest, WildCardsAreAMaskOutsideOfQuotesAndNoNameInThem) {
   EXPECT_FALSE(folder.Exists("y.lzh"));
 }
 
-TEST_F(AddTest, TreeTakenAgainIsReplaced) {
+TEST_F(EngineAdd, TreeTakenAgainIsReplaced) {
   ASSERT_EQ(AddTree("x.lzh", "src"), 0);
   const std::size_t size = folder.ReadFile("x.lzh").size();
   ASSERT_EQ(AddTree("x.lzh", "src"), 0);
@@ -96,7 +96,7 @@ TEST_F(AddTest, TreeTakenAgainIsReplaced) {
 }
 
 // It can't be appended to in place: what stays is copied, whatever else there is to do.
-TEST_F(AddTest, AnArchiveWithAnUnusualEndKeepsItsMembers) {
+TEST_F(EngineAdd, AnArchiveWithAnUnusualEndKeepsItsMembers) {
   folder.WriteFile("src/x.lzh", "is a member, too");
   for (const bool isPadded : {false, true}) {
     ASSERT_EQ(AddTree("good.lzh", "src"), 0);
@@ -114,7 +114,7 @@ TEST_F(AddTest, AnArchiveWithAnUnusualEndKeepsItsMembers) {
   }
 }
 
-TEST_F(AddTest, ArchiveIsNeverPutIntoItself) {
+TEST_F(EngineAdd, ArchiveIsNeverPutIntoItself) {
   ASSERT_EQ(Add("src/x.lzh", "src", {"a.txt"}), 0);
   ASSERT_EQ(Add("src/x.lzh", "src", {"empty", "x.lzh"}), 0);
   ASSERT_EQ(AddTree("src/x.lzh", "src"), 0);
@@ -138,14 +138,14 @@ TEST_F(AddTest, ArchiveIsNeverPutIntoItself) {
   EXPECT_EQ(Add("src/x.lzh", "src", {"empty"}), 0);
 }
 
-TEST_F(AddTest, NameGivenTwiceIsAddedOnceAndMeansOneFile) {
+TEST_F(EngineAdd, NameGivenTwiceIsAddedOnceAndMeansOneFile) {
   ASSERT_EQ(Add("x.lzh", "src", {"a.txt", "A.TXT", ".\\a.txt", "a.txt"}), 0);
   EXPECT_THAT(Names("x.lzh"), ElementsAre("a.txt"));
   folder.WriteFile("src/sub/a.txt", "stored by the same name as the other one");
   EXPECT_EQ(Add("y.lzh", "src", {"sub\\a.txt", "sub\\..\\a.txt"}), 0x8028);
 }
 
-TEST_F(AddTest, NamesThatDifferInCaseAlone) {
+TEST_F(EngineAdd, NamesThatDifferInCaseAlone) {
   folder.WriteFile("src/a.txt", "small");
   folder.WriteFile("src/A.TXT", "LARGE");
   ASSERT_EQ(Add("x.lzh", "src", {"a.txt", "A.TXT"}), 0);
@@ -156,7 +156,7 @@ TEST_F(AddTest, NamesThatDifferInCaseAlone) {
   ExpectMember("A.TXT", "src/A.TXT");
 }
 
-TEST_F(AddTest, MethodIsTheOneOfTheSwitchOrNone) {
+TEST_F(EngineAdd, MethodIsTheOneOfTheSwitchOrNone) {
   const std::pair<const char*, const char*> rows[] = {{"", "-lh5-"},    {"-o5", "-lh5-"},
                                                       {"-o6", "-lh6-"}, {"-o7", "-lh7-"},
                                                       {"-o1", "-lh1-"}, {"-z1", "-lh0-"}};
@@ -172,7 +172,7 @@ TEST_F(AddTest, MethodIsTheOneOfTheSwitchOrNone) {
   ExpectMember("a.txt", "src/a.txt");
 }
 
-TEST_F(AddTest, AttributesComeBack) {
+TEST_F(EngineAdd, AttributesComeBack) {
   SetFileAttributesA(folder.Lib("src/a.txt").c_str(),
                      FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN);
   ASSERT_EQ(Add("x.lzh", "src", {"a.txt", "empty"}), 0);
@@ -180,7 +180,7 @@ TEST_F(AddTest, AttributesComeBack) {
   EXPECT_EQ(Extract("x.lzh", "empty").attribute, 0x20);
 }
 
-TEST_F(AddTest, FailuresLeaveTheArchiveAsItWas) {
+TEST_F(EngineAdd, FailuresLeaveTheArchiveAsItWas) {
   folder.WriteFile("src/large", "");
   // Its size and the 1 KiB that extraction reserves are one more than 32 bits can say.
   std::filesystem::resize_file(folder.Path("src/large"), 0x1'0000'0000 - 1024);
@@ -203,7 +203,7 @@ TEST_F(AddTest, FailuresLeaveTheArchiveAsItWas) {
   EXPECT_THAT(Temporaries(), IsEmpty());
 }
 
-TEST_F(AddTest, ArchivesThatCannotBeChanged) {
+TEST_F(EngineAdd, ArchivesThatCannotBeChanged) {
   folder.WriteFile("text", "no archive at all, but long enough to hold a header");
   EXPECT_EQ(Add("text", "src", {"a.txt"}), 0x8019);
   ASSERT_EQ(Add("x.lzh", "src", {"a.txt"}), 0);

@@ -51,7 +51,7 @@ Bytes WithoutEndMark() {
   return bytes;
 }
 
-TEST(ArchiveIndex, EndsThatAreNoDamage) {
+TEST(EngineArchiveIndex, EndsThatAreNoDamage) {
   const Bytes padding(100, 0x1A);
   const Bytes garbage = ToBytes("garbage behind the end mark");
   for (const Bytes& bytes :
@@ -62,7 +62,7 @@ TEST(ArchiveIndex, EndsThatAreNoDamage) {
   EXPECT_THAT(NamesIn({0}), ElementsAre());
 }
 
-TEST(ArchiveIndex, WhatIsNoArchiveOrAllDamageIsRefused) {
+TEST(EngineArchiveIndex, WhatIsNoArchiveOrAllDamageIsRefused) {
   EXPECT_EQ(CodeOf({}), ResultCode::NotAnArchive);
   EXPECT_EQ(CodeOf(ToBytes("a text about -lh5- and nothing else, long enough to be scanned")),
             ResultCode::NotAnArchive);
@@ -74,7 +74,7 @@ TEST(ArchiveIndex, WhatIsNoArchiveOrAllDamageIsRefused) {
   EXPECT_EQ(CodeOf(bytes), ResultCode::HeaderDamaged);
 }
 
-TEST(ArchiveIndex, DamageCostsOneMemberAndIsListed) {
+TEST(EngineArchiveIndex, DamageCostsOneMemberAndIsListed) {
   struct Row {
     const char* what;
     std::size_t at;  // in the second member
@@ -104,7 +104,7 @@ TEST(ArchiveIndex, DamageCostsOneMemberAndIsListed) {
   }
 }
 
-TEST(ArchiveIndex, CutOrUnknownEndIsAMemberWithAFault) {
+TEST(EngineArchiveIndex, CutOrUnknownEndIsAMemberWithAFault) {
   Bytes cut = TwoMembers();
   cut.resize(cut.size() - 3);
   const ArchiveIndex index = IndexOf(cut);
@@ -119,7 +119,7 @@ TEST(ArchiveIndex, CutOrUnknownEndIsAMemberWithAFault) {
   }
 }
 
-TEST(ArchiveIndex, ClaimsBeyondWhatTheDataCanHoldAreFaults) {
+TEST(EngineArchiveIndex, ClaimsBeyondWhatTheDataCanHoldAreFaults) {
   Bytes bytes =
       RawArchive({{.name = "liar", .contents = "ab", .method = "-lh5-", .hasHeaderCrc = false},
                   {.name = "b", .contents = "x"}});
@@ -129,7 +129,7 @@ TEST(ArchiveIndex, ClaimsBeyondWhatTheDataCanHoldAreFaults) {
   EXPECT_FALSE(IndexOf(bytes).Damage());
 }
 
-TEST(ArchiveIndex, FindsTheArchiveBehindAPrefix) {
+TEST(EngineArchiveIndex, FindsTheArchiveBehindAPrefix) {
   Bytes program(5000, 0x90);
   program[0] = 'M';
   program[1] = 'Z';
@@ -151,7 +151,7 @@ TEST(ArchiveIndex, FindsTheArchiveBehindAPrefix) {
   }
 }
 
-TEST(ArchiveIndex, EndOfTheProgramIsBelievedBeforeTheScan) {
+TEST(EngineArchiveIndex, EndOfTheProgramIsBelievedBeforeTheScan) {
   // An ELF file of 64 bytes whose section headers end at 200; text that reads as a whole archive
   // stands inside.
   Bytes program(200);
@@ -169,7 +169,7 @@ TEST(ArchiveIndex, EndOfTheProgramIsBelievedBeforeTheScan) {
   EXPECT_TRUE(IndexOf(bytes).Damage());
 }
 
-TEST(ArchiveIndex, LinksAndNamelessMembersAreKeptButNotShown) {
+TEST(EngineArchiveIndex, LinksAndNamelessMembersAreKeptButNotShown) {
   const std::string linkMode = {'\xFF', '\xA1'};
   const ArchiveIndex index = IndexOf(RawArchive({{.level = 1,
                                                   .name = "link|target",
@@ -189,7 +189,7 @@ TEST(ArchiveIndex, LinksAndNamelessMembersAreKeptButNotShown) {
   EXPECT_EQ(index.Members()[2].name, "d\\");
 }
 
-TEST(ArchiveIndex, ExactNameComesBeforeCase) {
+TEST(EngineArchiveIndex, ExactNameComesBeforeCase) {
   const ArchiveIndex index = IndexOf(RawArchive({{.level = 0, .name = "README"},
                                                  {.level = 0, .name = "readme"},
                                                  {.level = 0, .name = "readme"}}));
@@ -199,7 +199,7 @@ TEST(ArchiveIndex, ExactNameComesBeforeCase) {
   EXPECT_EQ(index.FindExactly("Readme"), std::nullopt);
 }
 
-TEST(ArchiveIndex, NamesThatLookAlikeWhenShownStayApart) {
+TEST(EngineArchiveIndex, NamesThatLookAlikeWhenShownStayApart) {
   const std::vector<test::RawExtension> isUtf8 = {{0x46, std::string("\xE9\xFD\0\0", 4)}};
   const Bytes bytes = RawArchive({{.name = "\xED\x95\x9C", .extensions = isUtf8},
                                   {.name = "\xEA\xB8\x80", .extensions = isUtf8},
@@ -208,7 +208,7 @@ TEST(ArchiveIndex, NamesThatLookAlikeWhenShownStayApart) {
   EXPECT_THAT(NamesIn(bytes, 65001), ElementsAre("\xED\x95\x9C", "\xEA\xB8\x80", "_"));
 }
 
-TEST(ArchiveIndex, NamesThatAreTooLongAreCutAndMarked) {
+TEST(EngineArchiveIndex, NamesThatAreTooLongAreCutAndMarked) {
   const std::string directory = std::string(400, 'd') + "\xFF";
   std::string file;
   while (file.size() < 200) file += "\x95\x5C";
@@ -221,7 +221,7 @@ TEST(ArchiveIndex, NamesThatAreTooLongAreCutAndMarked) {
   EXPECT_EQ(index.Find(shown + "~2"), 1U);
 }
 
-TEST(ArchiveIndex, CodePagesAreRecordedChosenOrGuessedFromAllNames) {
+TEST(EngineArchiveIndex, CodePagesAreRecordedChosenOrGuessedFromAllNames) {
   const auto recorded = [](char low, char high) {
     return std::vector<test::RawExtension>{{0x46, std::string{low, high, 0, 0}}};
   };
@@ -248,7 +248,7 @@ TEST(ArchiveIndex, CodePagesAreRecordedChosenOrGuessedFromAllNames) {
   EXPECT_THAT(shown({{.name = "\xB4\xC1"}}), ElementsAre("\uFF74\uFF81"));
 }
 
-TEST(ArchiveIndex, AttributesComeFromWhereTheWriterPutThem) {
+TEST(EngineArchiveIndex, AttributesComeFromWhereTheWriterPutThem) {
   const std::string readOnlyMode = {'\x24', '\x81'};  // a file, r--r--r--
   const ArchiveIndex index = IndexOf(
       RawArchive({{.level = 0, .name = "a", .attribute = 0x01},

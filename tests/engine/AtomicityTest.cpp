@@ -38,7 +38,7 @@ class SmallDisk {
   std::filesystem::path mountPoint;
 };
 
-class AtomicityTest : public EngineTest {
+class EngineAtomicity : public EngineTest {
  protected:
   using Change = std::function<int()>;
 
@@ -103,7 +103,7 @@ class AtomicityTest : public EngineTest {
   }
 };
 
-TEST_F(AtomicityTest, KilledWhileAppendingInPlace) {
+TEST_F(EngineAtomicity, KilledWhileAppendingInPlace) {
   folder.WriteFile("src/new1", TextBytes(400000));
   folder.WriteFile("src/new2", RandomBytes(2000000));
   ASSERT_EQ(Compress("x.lzh", "old", TextBytes(1000)), 0);
@@ -112,14 +112,14 @@ TEST_F(AtomicityTest, KilledWhileAppendingInPlace) {
   });
 }
 
-TEST_F(AtomicityTest, KilledWhileRewriting) {
+TEST_F(EngineAtomicity, KilledWhileRewriting) {
   folder.WriteFile("src/old", RandomBytes(1500000));
   ASSERT_EQ(Compress("x.lzh", "old", TextBytes(1000)), 0);
   ASSERT_EQ(Compress("x.lzh", "kept", RandomBytes(1500000)), 0);
   KillAtManyMoments({"old", "kept"}, {"kept", "old"}, [&] { return Add("x.lzh", "src", {"old"}); });
 }
 
-TEST_F(AtomicityTest, RestOfAnAppendThatNeverCommittedIsOverwritten) {
+TEST_F(EngineAtomicity, RestOfAnAppendThatNeverCommittedIsOverwritten) {
   const Bytes archive = RawArchive({{.name = "old", .contents = "old"}});
   Bytes rest = RawArchive({{.name = "lost", .contents = "lost"}});
   rest.erase(rest.begin());
@@ -132,7 +132,7 @@ TEST_F(AtomicityTest, RestOfAnAppendThatNeverCommittedIsOverwritten) {
   EXPECT_LT(bytes.size(), archive.size() + 60);
 }
 
-TEST_F(AtomicityTest, FullDiskLeavesTheArchiveAsItWas) {
+TEST_F(EngineAtomicity, FullDiskLeavesTheArchiveAsItWas) {
   const SmallDisk disk(folder.Path("disk"), "size=2m");
   if (!disk.isThere) GTEST_SKIP() << "a small file system needs root";
   folder.WriteFile("src/large", RandomBytes(3000000));
@@ -151,7 +151,7 @@ TEST_F(AtomicityTest, FullDiskLeavesTheArchiveAsItWas) {
   EXPECT_THAT(Temporaries(), IsEmpty());
 }
 
-TEST_F(AtomicityTest, WorkDirectoryMayBeOnAnotherFileSystem) {
+TEST_F(EngineAtomicity, WorkDirectoryMayBeOnAnotherFileSystem) {
   const SmallDisk disk(folder.Path("disk"), "size=8m");
   if (!disk.isThere) GTEST_SKIP() << "a file system of its own needs root";
   folder.WriteFile("src/a", RandomBytes(1000000));
@@ -162,7 +162,7 @@ TEST_F(AtomicityTest, WorkDirectoryMayBeOnAnotherFileSystem) {
   EXPECT_THAT(Temporaries(), IsEmpty());
 }
 
-TEST_F(AtomicityTest, TwoProcessesLoseNoUpdate) {
+TEST_F(EngineAtomicity, TwoProcessesLoseNoUpdate) {
   const char* const given = std::getenv("KOZOR_TEST_PAIRS");
   const int pairs = given != nullptr ? std::atoi(given) : 300;
   ASSERT_EQ(Compress("x.lzh", "rewritten", {}), 0);
@@ -189,7 +189,7 @@ TEST_F(AtomicityTest, TwoProcessesLoseNoUpdate) {
   for (int i = 0; i < pairs; ++i) EXPECT_THAT(names, testing::Contains(nameOf(i)));
 }
 
-TEST_F(AtomicityTest, TemporariesOfOthersStay) {
+TEST_F(EngineAtomicity, TemporariesOfOthersStay) {
   folder.WriteFile("lhtmp001.lzh", "a file of this name, but not left by a run");
   folder.WriteFile("lhtmp002.lzh", "left by a run");
   folder.WriteFile("lhtmp003.lzh", "of a run that is at work");
@@ -203,7 +203,7 @@ TEST_F(AtomicityTest, TemporariesOfOthersStay) {
   CloseHandle(atWork);
 }
 
-TEST_F(AtomicityTest, ArchiveInUseIsNotChanged) {
+TEST_F(EngineAtomicity, ArchiveInUseIsNotChanged) {
   ASSERT_EQ(Compress("x.lzh", "old", {}), 0);
   const HANDLE other =
       CreateFileA(folder.Lib("x.lzh").c_str(), GENERIC_READ | GENERIC_WRITE,

@@ -12,15 +12,15 @@ namespace {
 
 using testing::ElementsAre;
 
-class BindingTest : public EngineTest {
+class EngineBinding : public EngineTest {
  protected:
-  BindingTest() {
+  EngineBinding() {
     folder.WriteFile("x.lzh", RawArchive({{.name = "a.txt", .contents = "12345"},
                                           {.name = "b.txt", .extensions = {{0x02, "sub\xFF"}}}}));
   }
 };
 
-TEST(Binding, ModuleIsReallyUnloaded) {
+TEST(EngineModule, ModuleIsReallyUnloaded) {
   for (int i = 0; i < 2; ++i) {
     const Engine once;
     EXPECT_EQ(once.SetCursorMode(17), 0);  // a module that stayed would remember
@@ -29,7 +29,7 @@ TEST(Binding, ModuleIsReallyUnloaded) {
   }
 }
 
-TEST_F(BindingTest, RecordIsFilledWhole) {
+TEST_F(EngineBinding, RecordIsFilledWhole) {
   UnlhaMemberRecord record;
   std::fill_n(reinterpret_cast<std::uint8_t*>(&record), sizeof(record), std::uint8_t{0xEE});
   const HARC handle = Open("x.lzh");
@@ -50,7 +50,7 @@ TEST_F(BindingTest, RecordIsFilledWhole) {
   EXPECT_EQ(engine.CloseArchive(handle), 0);
 }
 
-TEST_F(BindingTest, SeveralHandlesSearchOnTheirOwn) {
+TEST_F(EngineBinding, SeveralHandlesSearchOnTheirOwn) {
   const HARC below = Open("x.lzh");
   const HARC here = Open("x.lzh", kSearchHere);
   UnlhaMemberRecord record;
@@ -65,7 +65,7 @@ TEST_F(BindingTest, SeveralHandlesSearchOnTheirOwn) {
   engine.CloseArchive(here);
 }
 
-TEST_F(BindingTest, HandlesThatAreNotOpenAreRefused) {
+TEST_F(EngineBinding, HandlesThatAreNotOpenAreRefused) {
   const HARC handle = Open("x.lzh");
   engine.CloseArchive(handle);
   UnlhaMemberRecord record;
@@ -80,7 +80,7 @@ TEST_F(BindingTest, HandlesThatAreNotOpenAreRefused) {
   EXPECT_EQ(engine.Command(nullptr, nullptr, nullptr, 0), 0x801C);
 }
 
-TEST_F(BindingTest, OpenHandleKeepsWhatItSawWhileTheArchiveChanges) {
+TEST_F(EngineBinding, OpenHandleKeepsWhatItSawWhileTheArchiveChanges) {
   const HARC handle = Open("x.lzh");
   ASSERT_EQ(Compress("x.lzh", "c.txt", {}), 0);
   ASSERT_EQ(Delete("x.lzh", {"a.txt"}), 0);
@@ -91,7 +91,7 @@ TEST_F(BindingTest, OpenHandleKeepsWhatItSawWhileTheArchiveChanges) {
   EXPECT_THAT(Names("x.lzh"), ElementsAre("sub\\b.txt", "c.txt"));
 }
 
-TEST_F(BindingTest, ChangeFromOutsideIsNoticedThoughSizeAndTimeAreTheSame) {
+TEST_F(EngineBinding, ChangeFromOutsideIsNoticedThoughSizeAndTimeAreTheSame) {
   bool isNoticed = false;
   for (int attempt = 0; attempt < 20 && !isNoticed; ++attempt) {  // a late look may miss it
     const auto now = std::filesystem::file_time_type::clock::now();
@@ -106,14 +106,14 @@ TEST_F(BindingTest, ChangeFromOutsideIsNoticedThoughSizeAndTimeAreTheSame) {
   EXPECT_TRUE(isNoticed);
 }
 
-TEST_F(BindingTest, CheckArchiveKnowsArchives) {
+TEST_F(EngineBinding, CheckArchiveKnowsArchives) {
   folder.WriteFile("text", "text");
   for (const char* name : {"x.lzh", "text", "missing", ""}) {
     EXPECT_EQ(engine.CheckArchive(folder.Lib(name).c_str(), 1) != 0, name == std::string("x.lzh"));
   }
 }
 
-TEST_F(BindingTest, ProgressComesInOrder) {
+TEST_F(EngineBinding, ProgressComesInOrder) {
   MakeTree(folder, "src", {{"one", 600000}, {"two", 0}});
   std::vector<std::string> told;
   std::uint32_t lastDone = 0;
@@ -134,7 +134,7 @@ TEST_F(BindingTest, ProgressComesInOrder) {
   EXPECT_GE(told.size(), 5U);
 }
 
-TEST_F(BindingTest, LongNamesAreCutBehindAWholeCharacter) {
+TEST_F(EngineBinding, LongNamesAreCutBehindAWholeCharacter) {
   std::string name = "n";
   while (name.size() < 530) name += "\x95\x5C";  // the 512th byte is a lead byte
   std::string told;
@@ -146,7 +146,7 @@ TEST_F(BindingTest, LongNamesAreCutBehindAWholeCharacter) {
   EXPECT_EQ(told, name.substr(0, 511));
 }
 
-TEST_F(BindingTest, CancelAtAnyReportLeavesTheArchiveAsItWas) {
+TEST_F(EngineBinding, CancelAtAnyReportLeavesTheArchiveAsItWas) {
   MakeTree(folder, "src", {{"a.txt", 300000}, {"new", 300000}});
   const Bytes before = folder.ReadFile("x.lzh");
   const std::vector<std::string> runs[] = {{"new"}, {"a.txt", "new"}};  // in place, and rewritten
@@ -173,7 +173,7 @@ TEST_F(BindingTest, CancelAtAnyReportLeavesTheArchiveAsItWas) {
   EXPECT_EQ(Extract("x.lzh", "new").code, 0x8020);
 }
 
-TEST_F(BindingTest, OneRunAtATime) {
+TEST_F(EngineBinding, OneRunAtATime) {
   int inside = 0;
   std::thread::id thread;
   Listen([&](UINT state, const UnlhaProgressRecord&) {
@@ -190,7 +190,7 @@ TEST_F(BindingTest, OneRunAtATime) {
   EXPECT_EQ(engine.GetRunning(), 0);
 }
 
-TEST_F(BindingTest, NamesInBothCodePages) {
+TEST_F(EngineBinding, NamesInBothCodePages) {
   // The same character in 932 and in UTF-8; its second byte in 932 is 0x5C.
   ASSERT_EQ(Compress("j.lzh", "\x95\x5C\\\x95\x5C.txt", ToBytes("text")), 0);
   EXPECT_THAT(Names("j.lzh"), ElementsAre("\x95\x5C\\\x95\x5C.txt"));
@@ -204,7 +204,7 @@ TEST_F(BindingTest, NamesInBothCodePages) {
   EXPECT_EQ(Extract("j.lzh", "_").bytes, ToBytes("hangul"));
 }
 
-TEST_F(BindingTest, LinesOfEveryShape) {
+TEST_F(EngineBinding, LinesOfEveryShape) {
   const std::string path = folder.Lib("x.lzh");
   std::uint8_t buffer[5];
   std::uint32_t written = 0;

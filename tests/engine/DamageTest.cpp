@@ -12,10 +12,10 @@ namespace {
 
 using Contents = std::map<std::string, Bytes>;
 
-class DamageTest : public EngineTest {
+class EngineDamage : public EngineTest {
  protected:
   // Headers of all levels, and what our own writing has: packed, stored, empty, beyond ASCII.
-  DamageTest() {
+  EngineDamage() {
     expected = {{"level0", ToBytes("zero")},        {"level1", ToBytes("one")},
                 {"level3", ToBytes("three")},       {"text", TextBytes(400)},
                 {"d\\noise", RandomBytes(60)},      {"empty", {}},
@@ -50,7 +50,7 @@ class DamageTest : public EngineTest {
   Bytes good;
 };
 
-TEST_F(DamageTest, CutAnywhere) {
+TEST_F(EngineDamage, CutAnywhere) {
   std::size_t successes = 0;
   for (std::size_t size = 0; size < good.size(); ++size) {
     Contents contents;
@@ -63,7 +63,7 @@ TEST_F(DamageTest, CutAnywhere) {
   EXPECT_EQ(successes, expected.size());
 }
 
-TEST_F(DamageTest, AnyByteChanged) {
+TEST_F(EngineDamage, AnyByteChanged) {
   // An end mark in the place of a header's first byte is the one change that the format has no
   // check over: an append that never committed looks the same.
   std::vector<std::size_t> passed;
@@ -80,7 +80,7 @@ TEST_F(DamageTest, AnyByteChanged) {
   EXPECT_LT(passed.size(), expected.size());
 }
 
-TEST_F(DamageTest, ChangeRefusesADamagedArchiveAndLeavesItAlone) {
+TEST_F(EngineDamage, ChangeRefusesADamagedArchiveAndLeavesItAlone) {
   for (const std::size_t size : {good.size() - 5, std::size_t{30}}) {
     const Bytes cut = GoodUpTo(size);
     folder.WriteFile("bad.lzh", cut);
@@ -90,7 +90,7 @@ TEST_F(DamageTest, ChangeRefusesADamagedArchiveAndLeavesItAlone) {
   }
 }
 
-TEST_F(DamageTest, SizesThatLieCostNothing) {
+TEST_F(EngineDamage, SizesThatLieCostNothing) {
   // A member that says it is 4 GiB - 1 long, with two bytes of data.
   Bytes archive =
       RawArchive({{.name = "liar", .contents = "ab", .method = "-lh5-", .hasHeaderCrc = false}});

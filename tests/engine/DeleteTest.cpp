@@ -9,7 +9,7 @@ namespace {
 
 using testing::ElementsAre;
 
-class DeleteTest : public EngineTest {
+class EngineDelete : public EngineTest {
  protected:
   // Members of several levels, with extensions that the archiver knows nothing of.
   const RawMember first{.level = 0, .name = "first.txt", .contents = "one"};
@@ -23,7 +23,7 @@ class DeleteTest : public EngineTest {
   void WriteAll() { folder.WriteFile("x.lzh", RawArchive({first, second, third, fourth})); }
 };
 
-TEST_F(DeleteTest, KeptMembersStayByteForByte) {
+TEST_F(EngineDelete, KeptMembersStayByteForByte) {
   struct Row {
     std::vector<std::string> names;
     Bytes left;
@@ -43,7 +43,7 @@ TEST_F(DeleteTest, KeptMembersStayByteForByte) {
   EXPECT_THAT(Temporaries(), ElementsAre());
 }
 
-TEST_F(DeleteTest, NothingSelectedChangesNothing) {
+TEST_F(EngineDelete, NothingSelectedChangesNothing) {
   WriteAll();
   EXPECT_EQ(Delete("x.lzh", {"*.bak"}), 0x800F);
   EXPECT_EQ(Delete("x.lzh", {"second.doc"}), 0x800F);
@@ -52,7 +52,7 @@ TEST_F(DeleteTest, NothingSelectedChangesNothing) {
   EXPECT_TRUE(SameBytes(folder.ReadFile("x.lzh"), RawArchive({first, second, third, fourth})));
 }
 
-TEST_F(DeleteTest, ExactNameLeavesItsTwinAndTakesItsOlderSelves) {
+TEST_F(EngineDelete, ExactNameLeavesItsTwinAndTakesItsOlderSelves) {
   const RawMember upper{.level = 0, .name = "README", .contents = "1"};
   const RawMember lower{.level = 0, .name = "readme", .contents = "2"};
   folder.WriteFile("x.lzh", RawArchive({upper, lower, upper}));
@@ -60,7 +60,7 @@ TEST_F(DeleteTest, ExactNameLeavesItsTwinAndTakesItsOlderSelves) {
   EXPECT_TRUE(SameBytes(folder.ReadFile("x.lzh"), RawArchive({lower})));
 }
 
-TEST_F(DeleteTest, NamesThatLookLikeSomethingElse) {
+TEST_F(EngineDelete, NamesThatLookLikeSomethingElse) {
   const char* const names[] = {"-leading", "@at", " blank ahead", "\x95\x5C.txt", "d\\\x95\x5C"};
   for (const char* name : names) ASSERT_EQ(Compress("x.lzh", name, ToBytes(name)), 0) << name;
   ASSERT_EQ(Compress("x.lzh", "stays", {}), 0);
@@ -68,7 +68,7 @@ TEST_F(DeleteTest, NamesThatLookLikeSomethingElse) {
   EXPECT_THAT(Names("x.lzh"), ElementsAre("stays"));
 }
 
-TEST_F(DeleteTest, PrefixOfASelfExtractorStays) {
+TEST_F(EngineDelete, PrefixOfASelfExtractorStays) {
   Bytes program(3000, 0x90);
   program[0] = 'M';
   program[1] = 'Z';
@@ -86,7 +86,7 @@ TEST_F(DeleteTest, PrefixOfASelfExtractorStays) {
   EXPECT_TRUE(SameBytes(folder.ReadFile("y.ttp"), atari));
 }
 
-TEST_F(DeleteTest, EndMarkIsOneAgain) {
+TEST_F(EngineDelete, EndMarkIsOneAgain) {
   Bytes withoutMark = RawArchive({first, fourth});
   withoutMark.pop_back();
   folder.WriteFile("x.lzh", Join({withoutMark, Bytes(60, 0x1A)}));
@@ -98,7 +98,7 @@ TEST_F(DeleteTest, EndMarkIsOneAgain) {
   EXPECT_EQ(folder.ReadFile("y.lzh").back(), 0);
 }
 
-TEST_F(DeleteTest, DirectoriesGoByNameOrMaskAndTheArchiveWithItsLastMember) {
+TEST_F(EngineDelete, DirectoriesGoByNameOrMaskAndTheArchiveWithItsLastMember) {
   const RawMember directory{
       .level = 1, .name = "", .extensions = {{0x02, "sub\xFF"}}, .method = "-lhd-"};
   folder.WriteFile("x.lzh", RawArchive({directory, first, second}));
@@ -109,7 +109,7 @@ TEST_F(DeleteTest, DirectoriesGoByNameOrMaskAndTheArchiveWithItsLastMember) {
   EXPECT_FALSE(folder.Exists("y.lzh"));
 }
 
-TEST_F(DeleteTest, GoesThroughALinkToTheArchive) {
+TEST_F(EngineDelete, GoesThroughALinkToTheArchive) {
   folder.WriteFile("far/x.lzh", RawArchive({first, third, fourth}));
   std::filesystem::create_symlink("far/x.lzh", folder.Path("link.lzh"));
   ASSERT_EQ(Delete("link.lzh", {"*.txt"}), 0);

@@ -6,9 +6,9 @@
 namespace kozor::test {
 namespace {
 
-class InteropTest : public EngineTest {
+class EngineInterop : public EngineTest {
  protected:
-  InteropTest() {
+  EngineInterop() {
     MakeTree(folder, "src",
              {{"README", 3000},
               {"Mixed.Txt", 70000},
@@ -42,9 +42,9 @@ struct Reader {
 const Reader kReaders[] = {
     {"lhasa", "xq ../x.lzh"}, {"7zz", "x -y ../x.lzh"}, {"bsdtar", "-xf ../x.lzh"}};
 
-class ReadersTest : public InteropTest, public testing::WithParamInterface<Reader> {};
+class EngineReaders : public EngineInterop, public testing::WithParamInterface<Reader> {};
 
-TEST_P(ReadersTest, ExtractWholeTrees) {
+TEST_P(EngineReaders, ExtractWholeTrees) {
   for (const char* method : {"-o5", "-o5 -ol1", "-o6 -ol7", "-o7 -ol9", "-z1"}) {
     std::filesystem::remove(folder.Path("x.lzh"));
     std::filesystem::remove_all(folder.Path("out"));
@@ -58,7 +58,7 @@ TEST_P(ReadersTest, ExtractWholeTrees) {
   }
 }
 
-TEST_P(ReadersTest, ExtractTreesWithMembersAppendedReplacedAndDeleted) {
+TEST_P(EngineReaders, ExtractTreesWithMembersAppendedReplacedAndDeleted) {
   std::filesystem::create_directories(folder.Path("src/hollow"));
   ASSERT_EQ(AddTree("x.lzh", "src"), 0);
   ASSERT_EQ(Compress("x.lzh", "extra", TextBytes(100)), 0);
@@ -70,18 +70,18 @@ TEST_P(ReadersTest, ExtractTreesWithMembersAppendedReplacedAndDeleted) {
   EXPECT_TRUE(IsSkipped() || folder.Exists("out/hollow"));
 }
 
-INSTANTIATE_TEST_SUITE_P(All, ReadersTest, testing::ValuesIn(kReaders), [](const auto& reader) {
+INSTANTIATE_TEST_SUITE_P(All, EngineReaders, testing::ValuesIn(kReaders), [](const auto& reader) {
   return std::string("By") + reader.param.program;
 });
 
-TEST_F(InteropTest, RecordedCodePageIsHonoured) {
+TEST_F(EngineInterop, RecordedCodePageIsHonoured) {
   if (!HaveProgram("bsdtar")) GTEST_SKIP() << "bsdtar is not installed";
   ASSERT_EQ(Compress("x.lzh", "\x95\x5C\\\x8A\xBF\x8E\x9A.txt", TextBytes(10)), 0);
   const CommandResult listing = RunCommand("LC_ALL=C.UTF-8 bsdtar -tf " + ShellPath("x.lzh"));
   EXPECT_EQ(listing.output, "\xE8\xA1\xA8/\xE6\xBC\xA2\xE5\xAD\x97.txt\n");
 }
 
-TEST_F(InteropTest, ArchivesByJlhaAreRead) {
+TEST_F(EngineInterop, ArchivesByJlhaAreRead) {
   if (!HaveProgram("jlha")) GTEST_SKIP() << "jlha is not installed";
   for (const char* command : {"a0o5", "a1o6", "a2o7", "a2z"}) {
     SCOPED_TRACE(command);

@@ -41,7 +41,7 @@ MemberHeader Parsed(const Bytes& bytes) {
   return header;
 }
 
-TEST(MemberHeader, ReadsTheSameFactsInEveryLevel) {
+TEST(EngineMemberHeader, ReadsTheSameFactsInEveryLevel) {
   for (std::uint8_t level = 0; level < 4; ++level) {
     SCOPED_TRACE(int{level});
     const Bytes bytes = FromHex(kExamples[level]);
@@ -62,7 +62,7 @@ TEST(MemberHeader, ReadsTheSameFactsInEveryLevel) {
   }
 }
 
-TEST(MemberHeader, NoticesEveryChangedByteThatASumCovers) {
+TEST(EngineMemberHeader, NoticesEveryChangedByteThatASumCovers) {
   for (std::size_t level = 0; level < 4; ++level) {
     Bytes bytes = FromHex(kExamples[level]);
     // Level 1 has no header CRC here, so its extensions are not covered.
@@ -75,7 +75,7 @@ TEST(MemberHeader, NoticesEveryChangedByteThatASumCovers) {
   }
 }
 
-TEST(MemberHeader, AsksForMoreBytesWhereverItIsCut) {
+TEST(EngineMemberHeader, AsksForMoreBytesWhereverItIsCut) {
   for (const char* hex : kExamples) {
     for (Bytes bytes = FromHex(hex); !bytes.empty();) {
       bytes.pop_back();
@@ -84,7 +84,7 @@ TEST(MemberHeader, AsksForMoreBytesWhereverItIsCut) {
   }
 }
 
-TEST(MemberHeader, RefusesSizesThatContradictEachOther) {
+TEST(EngineMemberHeader, RefusesSizesThatContradictEachOther) {
   struct Row {
     const char* what;
     int level;
@@ -113,7 +113,7 @@ TEST(MemberHeader, RefusesSizesThatContradictEachOther) {
   }
 }
 
-TEST(MemberHeader, TakesOldHeadersWithoutCrc) {
+TEST(EngineMemberHeader, TakesOldHeadersWithoutCrc) {
   // 20 + N bytes behind the size: the CRC field, here of 0, is missing.
   Bytes bytes = RawHeader({.level = 0, .name = "a.txt"});
   bytes.resize(bytes.size() - 2);
@@ -121,7 +121,7 @@ TEST(MemberHeader, TakesOldHeadersWithoutCrc) {
   EXPECT_FALSE(Parsed(bytes).crc.has_value());
 }
 
-TEST(MemberHeader, BelievesTheBestTime) {
+TEST(EngineMemberHeader, BelievesTheBestTime) {
   const auto number = [](std::uint64_t value, std::size_t width) {
     std::string text(width, '\0');
     WriteNumber(reinterpret_cast<std::uint8_t*>(text.data()), value, width);
@@ -147,7 +147,7 @@ TEST(MemberHeader, BelievesTheBestTime) {
   }
 }
 
-TEST(MemberHeader, SizesOfMoreThan32BitsCountInLevels2And3Only) {
+TEST(EngineMemberHeader, SizesOfMoreThan32BitsCountInLevels2And3Only) {
   std::string sizes(16, '\0');
   sizes[4] = 1;   // packed 4 GiB
   sizes[13] = 2;  // original 2 TiB
@@ -159,7 +159,7 @@ TEST(MemberHeader, SizesOfMoreThan32BitsCountInLevels2And3Only) {
   }
 }
 
-TEST(MemberHeader, Os9HeaderMayCountTwoBytesTooFew) {
+TEST(EngineMemberHeader, Os9HeaderMayCountTwoBytesTooFew) {
   Bytes bytes = RawHeader({.name = "a.txt", .osId = 'K', .hasHeaderCrc = false});
   const std::size_t size = bytes.size();
   bytes[0] = static_cast<std::uint8_t>(size - 2);
@@ -168,7 +168,7 @@ TEST(MemberHeader, Os9HeaderMayCountTwoBytesTooFew) {
   EXPECT_EQ(Parse(bytes), HeaderStatus::Broken);
 }
 
-TEST(MemberHeader, StoredMemberWithADirectoryAndNoNameIsADirectory) {
+TEST(EngineMemberHeader, StoredMemberWithADirectoryAndNoNameIsADirectory) {
   RawMember amiga{.level = 1, .name = "", .extensions = {{0x02, "work\xFF"}}};
   EXPECT_TRUE(Parsed(RawHeader(amiga)).IsDirectoryMethod());
   amiga.contents = "x";
@@ -185,13 +185,13 @@ NewMember Example() {
           .attribute = 0x20};
 }
 
-TEST(NewHeader, HasTheDocumentedBytes) {
+TEST(EngineNewHeader, HasTheDocumentedBytes) {
   EXPECT_EQ(BuildHeader(Example()),
             FromHex("2e 00 2d 6c 68 30 2d 06 00 00 00 06 00 00 00 00 3b 3d 4b 20 02 34 5a 57"
                     "05 00 00 65 2a 08 00 01 61 2e 74 78 74 07 00 02 64 69 72 ff 00 00"));
 }
 
-TEST(NewHeader, GivesBackSizesAttributesAndTimesThatNeedAFieldOfTheirOwn) {
+TEST(EngineNewHeader, GivesBackSizesAttributesAndTimesThatNeedAFieldOfTheirOwn) {
   const std::uint64_t kCenturies = std::uint64_t{200} * 365 * 86400 * kTicksPerSecond;
   for (const std::uint64_t time : {kFileTimeOf1970 - 1, kFileTimeOf1970 + kCenturies}) {
     NewMember member = Example();
@@ -209,7 +209,7 @@ TEST(NewHeader, GivesBackSizesAttributesAndTimesThatNeedAFieldOfTheirOwn) {
   }
 }
 
-TEST(NewHeader, MakesAnEndMarkForNoLengthOfTheName) {
+TEST(EngineNewHeader, MakesAnEndMarkForNoLengthOfTheName) {
   for (const std::uint16_t attribute : {std::uint16_t{0x20}, std::uint16_t{0x21}}) {
     for (std::size_t length = 1; length < 600; ++length) {
       NewMember member = Example();
@@ -224,7 +224,7 @@ TEST(NewHeader, MakesAnEndMarkForNoLengthOfTheName) {
   }
 }
 
-TEST(NewHeader, RefusesNamesThatReadersGiveUpOn) {
+TEST(EngineNewHeader, RefusesNamesThatReadersGiveUpOn) {
   NewMember member = Example();
   member.name.directory.assign(4093, 'd');
   EXPECT_NO_THROW(BuildHeader(member));

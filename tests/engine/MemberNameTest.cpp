@@ -18,7 +18,7 @@ std::string Shown(const NameFields& fields, unsigned int page = k932) {
   return DecodeName(fields, false, page).text;
 }
 
-TEST(MemberName, EverySeparatorOfEveryWriterCounts) {
+TEST(EngineMemberName, EverySeparatorOfEveryWriterCounts) {
   struct Row {
     NameFields fields;
     const char* shown;
@@ -37,7 +37,7 @@ TEST(MemberName, EverySeparatorOfEveryWriterCounts) {
   for (const Row& row : rows) EXPECT_EQ(Shown(row.fields), row.shown);
 }
 
-TEST(MemberName, NothingClimbsOrNamesADrive) {
+TEST(EngineMemberName, NothingClimbsOrNamesADrive) {
   const std::pair<const char*, const char*> rows[] = {
       {"..\\..\\x", "x"},
       {"a\\..\\..\\x", "a\\x"},
@@ -57,7 +57,7 @@ TEST(MemberName, NothingClimbsOrNamesADrive) {
   for (const auto& [name, shown] : rows) EXPECT_EQ(Shown({.base = name}), shown) << name;
 }
 
-TEST(MemberName, CodePageIsRecordedOrGuessed) {
+TEST(EngineMemberName, CodePageIsRecordedOrGuessed) {
   struct Row {
     const char* what;
     NameFields fields;
@@ -74,7 +74,7 @@ TEST(MemberName, CodePageIsRecordedOrGuessed) {
   for (const Row& row : rows) EXPECT_EQ(Shown(row.fields, kUtf8Page), row.shown) << row.what;
 }
 
-TEST(MemberName, UnderlineStandsForWhatCannotBeShown) {
+TEST(EngineMemberName, UnderlineStandsForWhatCannotBeShown) {
   const ShownName hangul =
       DecodeName({.file = std::string(kHangulUtf8) + ".txt", .codePage = 65001}, false, k932);
   EXPECT_EQ(hangul.text, "_.txt");
@@ -86,7 +86,7 @@ TEST(MemberName, UnderlineStandsForWhatCannotBeShown) {
   EXPECT_EQ(Shown({.unicodeFile = std::u16string(1, u'\xD800')}, kUtf8Page), "_");
 }
 
-TEST(MemberName, StoredWithoutRoot) {
+TEST(EngineMemberName, StoredWithoutRoot) {
   const std::pair<const char*, const char*> rows[] = {
       {"d/f.txt", "d\\f.txt"},
       {"C:\\d\\f.txt", "\\d\\f.txt"},
@@ -99,7 +99,7 @@ TEST(MemberName, StoredWithoutRoot) {
   for (const auto& [given, stored] : rows) EXPECT_EQ(StoredNameOf(given, k932), stored) << given;
 }
 
-TEST(MemberName, WhatIsStoredIsShownAgainAndItsCodePageRecordedBeyondAscii) {
+TEST(EngineMemberName, WhatIsStoredIsShownAgainAndItsCodePageRecordedBeyondAscii) {
   const std::pair<std::string, unsigned int> rows[] = {
       {"d\\plain.txt", 0},
       {std::string("\\") + kHyouUtf8 + "\\" + kHyouUtf8 + ".txt", k932},
@@ -119,7 +119,7 @@ TEST(MemberName, WhatIsStoredIsShownAgainAndItsCodePageRecordedBeyondAscii) {
   EXPECT_EQ(EncodeName(kHyou932, k932).file, kHyou932);
 }
 
-TEST(MemberName, KeysIgnoreCaseOfPlainAndFullWidthLetters) {
+TEST(EngineMemberName, KeysIgnoreCaseOfPlainAndFullWidthLetters) {
   EXPECT_EQ(KeyOf("ABC\\d.TXT", k932), KeyOf("abc\\D.txt", k932));
   EXPECT_EQ(KeyOf("\x82\x60", k932), KeyOf("\x82\x81", k932));  // full-width A and a
   // Trail bytes that look like A and a.

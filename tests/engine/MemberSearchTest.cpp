@@ -10,7 +10,7 @@
 namespace kozor::container {
 namespace {
 
-class MemberSearchTest : public testing::Test {
+class EngineMemberSearch : public testing::Test {
  protected:
   std::vector<std::string> Find(const char* text, MemberSearch::Depth depth) {
     MemberSearch search(index, text, depth);
@@ -39,7 +39,7 @@ class MemberSearchTest : public testing::Test {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-TEST_F(MemberSearchTest, DirectoryPartAndDepthDecide) {
+TEST_F(EngineMemberSearch, DirectoryPartAndDepthDecide) {
   EXPECT_THAT(Below("*.*"), ElementsAre("a.txt", "sub\\b.txt", "sub\\deep\\C.TXT", "sub2\\d.doc",
                                         "\\rooted\\e.txt", "A.TXT"));
   EXPECT_THAT(Here("*.*"), ElementsAre("a.txt", "A.TXT"));
@@ -49,7 +49,7 @@ TEST_F(MemberSearchTest, DirectoryPartAndDepthDecide) {
   EXPECT_THAT(Below("sub"), IsEmpty());
 }
 
-TEST_F(MemberSearchTest, QuotedNameIsFoundAloneAndOtherTextIsAMask) {
+TEST_F(EngineMemberSearch, QuotedNameIsFoundAloneAndOtherTextIsAMask) {
   EXPECT_THAT(Below("\"A.TXT\""), ElementsAre("A.TXT"));
   EXPECT_THAT(Below("a.txt"), ElementsAre("a.txt", "A.TXT"));
   EXPECT_THAT(Below("\"*.txt\""), IsEmpty());

@@ -11,14 +11,14 @@ namespace {
 
 using testing::ElementsAre;
 
-class MemoryTest : public EngineTest {
+class EngineMemory : public EngineTest {
  protected:
   std::string Line(const std::string& archive, const std::string& name) {
     return Quoted(archive) + " \"" + name + '"';
   }
 };
 
-TEST_F(MemoryTest, EverySizeComesBack) {
+TEST_F(EngineMemory, EverySizeComesBack) {
   for (const std::size_t size : {0U, 1U, 65535U, 65536U, 262144U, 262145U, 2000000U}) {
     for (const Bytes& bytes : {TextBytes(size), RandomBytes(size)}) {
       ASSERT_EQ(Compress("x.lzh", "member", bytes), 0);
@@ -30,7 +30,7 @@ TEST_F(MemoryTest, EverySizeComesBack) {
   }
 }
 
-TEST_F(MemoryTest, NullOutputsAndInputsAreFine) {
+TEST_F(EngineMemory, NullOutputsAndInputsAreFine) {
   const auto compressNull = [&](const char* name, std::uint32_t size) {
     return engine.CompressMem(nullptr, Line("x.lzh", name).c_str(), nullptr, size, nullptr, nullptr,
                               nullptr);
@@ -43,7 +43,7 @@ TEST_F(MemoryTest, NullOutputsAndInputsAreFine) {
             0);
 }
 
-TEST_F(MemoryTest, BufferThatIsTooSmallGetsWhatFits) {
+TEST_F(EngineMemory, BufferThatIsTooSmallGetsWhatFits) {
   const Bytes text = TextBytes(100000);
   ASSERT_EQ(Compress("x.lzh", "packed", text), 0);
   ASSERT_EQ(Compress("x.lzh", "stored", RandomBytes(1000)), 0);
@@ -57,7 +57,7 @@ TEST_F(MemoryTest, BufferThatIsTooSmallGetsWhatFits) {
   EXPECT_EQ(ExtractInto("x.lzh", "packed", 100001).written, 100000U);
 }
 
-TEST_F(MemoryTest, TimeAndAttributeAreThePresentOnesOrAsGiven) {
+TEST_F(EngineMemory, TimeAndAttributeAreThePresentOnesOrAsGiven) {
   const std::time_t before = std::time(nullptr);
   ASSERT_EQ(Compress("x.lzh", "now", {}), 0);
   const Extracted now = Extract("x.lzh", "now");
@@ -74,7 +74,7 @@ TEST_F(MemoryTest, TimeAndAttributeAreThePresentOnesOrAsGiven) {
   EXPECT_EQ(Extract("x.lzh", "then").attribute, attribute);
 }
 
-TEST_F(MemoryTest, TimesStayInsideThe31Bits) {
+TEST_F(EngineMemory, TimesStayInsideThe31Bits) {
   folder.WriteFile("x.lzh", RawArchive({{.name = "late", .time = 0xFFFFFFFF},
                                         {.level = 0, .name = "none", .time = 0},
                                         {.level = 0, .name = "nonsense", .time = 0xFFFFFFFF},
@@ -86,7 +86,7 @@ TEST_F(MemoryTest, TimesStayInsideThe31Bits) {
   EXPECT_EQ(Search("x.lzh", "n*")[1].date, 0x21);  // 1980-01-01
 }
 
-TEST_F(MemoryTest, ExactlyTheSameNameIsReplaced) {
+TEST_F(EngineMemory, ExactlyTheSameNameIsReplaced) {
   ASSERT_EQ(Compress("x.lzh", "a.txt", ToBytes("old")), 0);
   ASSERT_EQ(Compress("x.lzh", "A.txt", ToBytes("other")), 0);
   ASSERT_EQ(Compress("x.lzh", "a.txt", ToBytes("new")), 0);
@@ -95,7 +95,7 @@ TEST_F(MemoryTest, ExactlyTheSameNameIsReplaced) {
   EXPECT_EQ(Extract("x.lzh", "a.TXT").bytes, ToBytes("other"));
 }
 
-TEST_F(MemoryTest, NamesAreStoredWithoutRootAndRefusedWhenTheyCannotBe) {
+TEST_F(EngineMemory, NamesAreStoredWithoutRootAndRefusedWhenTheyCannotBe) {
   ASSERT_EQ(Compress("x.lzh", "C:\\d\\f.txt", ToBytes("f")), 0);
   EXPECT_THAT(Names("x.lzh"), ElementsAre("\\d\\f.txt"));
   EXPECT_EQ(Extract("x.lzh", "\\D\\f.txt").bytes, ToBytes("f"));
@@ -106,7 +106,7 @@ TEST_F(MemoryTest, NamesAreStoredWithoutRootAndRefusedWhenTheyCannotBe) {
   EXPECT_EQ(Extract("x.lzh", std::string(533, 'n')).bytes, ToBytes("long"));
 }
 
-TEST_F(MemoryTest, MembersThatCannotBeDelivered) {
+TEST_F(EngineMemory, MembersThatCannotBeDelivered) {
   folder.WriteFile(
       "x.lzh", RawArchive({{.name = "unknown", .contents = "123", .method = "-lh9-"},
                            {.name = "dir", .method = "-lhd-"},

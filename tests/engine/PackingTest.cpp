@@ -14,10 +14,10 @@ namespace {
 
 using testing::IsEmpty;
 
-class PackingTest : public EngineTest {
+class EnginePacking : public EngineTest {
  protected:
-  PackingTest() { SetDefaults(nullptr); }
-  ~PackingTest() override { SetDefaults(nullptr); }
+  EnginePacking() { SetDefaults(nullptr); }
+  ~EnginePacking() override { SetDefaults(nullptr); }
 
   static void SetDefaults(const char* switches) {
     if (switches != nullptr) {
@@ -54,7 +54,7 @@ class PackingTest : public EngineTest {
   std::vector<std::string> names;
 };
 
-TEST_F(PackingTest, NumberOfThreadsChangesNoByte) {
+TEST_F(EnginePacking, NumberOfThreadsChangesNoByte) {
   MakeManyFiles();
   for (const std::string method : {"-o5", "-o7 -ol2", "-o6 -ol7", "-z1"}) {
     const Bytes expected = Packed(method + " -j1");
@@ -70,7 +70,7 @@ TEST_F(PackingTest, NumberOfThreadsChangesNoByte) {
   EXPECT_TRUE(SameBytes(Extract("memory.lzh", "large").bytes, data));
 }
 
-TEST_F(PackingTest, ProgressIsTheSameOnAnyNumberOfThreads) {
+TEST_F(EnginePacking, ProgressIsTheSameOnAnyNumberOfThreads) {
   MakeManyFiles();
   using Report = std::tuple<UINT, std::string, std::uint32_t>;
   std::vector<Report> reports;
@@ -85,7 +85,7 @@ TEST_F(PackingTest, ProgressIsTheSameOnAnyNumberOfThreads) {
   EXPECT_GT(expected.size(), 3 * names.size());
 }
 
-TEST_F(PackingTest, CancelAndFailureComeInTheirTurn) {
+TEST_F(EnginePacking, CancelAndFailureComeInTheirTurn) {
   MakeManyFiles();
   ASSERT_EQ(Compress("x.lzh", "old", TextBytes(5000)), 0);
   const Bytes before = folder.ReadFile("x.lzh");
@@ -115,7 +115,7 @@ TEST_F(PackingTest, CancelAndFailureComeInTheirTurn) {
   EXPECT_THAT(Temporaries(), IsEmpty());
 }
 
-TEST_F(PackingTest, SwitchesChooseMethodAndLevel) {
+TEST_F(EnginePacking, SwitchesChooseMethodAndLevel) {
   names = {"text"};
   folder.WriteFile("src/text", TextBytes(200000));
   const std::size_t fastest = Packed("-ol1").size();
@@ -129,7 +129,7 @@ TEST_F(PackingTest, SwitchesChooseMethodAndLevel) {
   }
 }
 
-TEST_F(PackingTest, EnvironmentHoldsDefaultSwitches) {
+TEST_F(EnginePacking, EnvironmentHoldsDefaultSwitches) {
   names = {"text"};
   folder.WriteFile("src/text", TextBytes(200000));
   SetDefaults(" -o7  -ol9 -x -ol0 -w/nowhere a \"b c");

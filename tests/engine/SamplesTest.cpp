@@ -52,7 +52,7 @@ std::vector<Sample> ReadManifest() {
   return samples;
 }
 
-class SamplesTest : public EngineTest {
+class EngineSamples : public EngineTest {
  protected:
   void Take(const Sample& sample) {
     fs::copy_file(SampleFolder() / sample.path, folder.Path("x.lzh"),
@@ -72,7 +72,7 @@ class SamplesTest : public EngineTest {
   }
 };
 
-TEST_F(SamplesTest, EveryCrcIsRight) {
+TEST_F(EngineSamples, EveryCrcIsRight) {
   const std::vector<Sample> samples = ReadManifest();
   if (samples.empty()) GTEST_SKIP() << "no samples in " << SampleFolder();
   int checked = 0;
@@ -93,7 +93,7 @@ TEST_F(SamplesTest, EveryCrcIsRight) {
   std::cout << checked << " of " << samples.size() << " samples checked\n";
 }
 
-TEST_F(SamplesTest, SizesBeyond4GiBAreListedAsTheLargest) {
+TEST_F(EngineSamples, SizesBeyond4GiBAreListedAsTheLargest) {
   for (const Sample& sample : ReadManifest()) {
     if (!sample.note.starts_with("original size")) continue;
     Take(sample);

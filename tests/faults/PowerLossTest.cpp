@@ -167,7 +167,7 @@ struct Row {
   const char* words;
 };
 
-class PowerLoss : public testing::TestWithParam<Row> {
+class FaultsPowerLoss : public testing::TestWithParam<Row> {
  protected:
   std::string InFolder(const std::string& command) const {
     return "cd '" + folder.Path("now").string() + "' && " + command;
@@ -195,7 +195,7 @@ class PowerLoss : public testing::TestWithParam<Row> {
   std::map<std::string, std::string> readings;  // by the archive's bytes
 };
 
-TEST_P(PowerLoss, LeavesTheOldArchiveOrTheNew) {
+TEST_P(FaultsPowerLoss, LeavesTheOldArchiveOrTheNew) {
   MakeTree(folder, "now/src", {{"a.txt", 100}, {"b.bin", 150000}, {"c.txt", 3000}});
   MakeTree(folder, "now/more", {{"a.txt", 70000}, {"d.txt", 5000}});
   ASSERT_EQ(RunCommand(InFolder(Kozor("add a.lzh -C src ."))).status, 0);
@@ -232,7 +232,7 @@ TEST_P(PowerLoss, LeavesTheOldArchiveOrTheNew) {
   std::printf("%zu changes, %zu archives read\n", changes.size(), readings.size());
 }
 
-INSTANTIATE_TEST_SUITE_P(Program, PowerLoss,
+INSTANTIATE_TEST_SUITE_P(Program, FaultsPowerLoss,
                          testing::Values(Row{"Append", "add a.lzh -C more d.txt"},
                                          Row{"Replace", "add --overwrite a.lzh -C more ."},
                                          Row{"New", "add --new a.lzh -C more ."},

@@ -17,13 +17,13 @@ using kozor::test::MakeTree;
 using kozor::test::TestFolder;
 using Names = std::vector<std::string>;
 
-class Directory : public testing::Test {
+class FilesDirectory : public testing::Test {
  protected:
-  Directory() : before(std::filesystem::current_path()) {
+  FilesDirectory() : before(std::filesystem::current_path()) {
     folder.WriteFile("a/file", "");
     std::filesystem::current_path(folder.Path());
   }
-  ~Directory() override { std::filesystem::current_path(before); }
+  ~FilesDirectory() override { std::filesystem::current_path(before); }
 
   int Create(const std::string& name, int hasFileName) {
     first = "old";
@@ -40,7 +40,7 @@ class Directory : public testing::Test {
   std::filesystem::path before;
 };
 
-TEST_F(Directory, MakesMissingLevelsAndNamesTheTopmost) {
+TEST_F(FilesDirectory, MakesMissingLevelsAndNamesTheTopmost) {
   const struct {
     std::string path;
     int hasFileName;
@@ -72,7 +72,7 @@ TEST_F(Directory, MakesMissingLevelsAndNamesTheTopmost) {
   }
 }
 
-TEST_F(Directory, MakesNothingWithoutARootedPath) {
+TEST_F(FilesDirectory, MakesNothingWithoutARootedPath) {
   ASSERT_TRUE(DefineDosDeviceA(0, "R:", folder.Path().c_str()));
   for (const char* path : {"C:dir", "C:", "dir\\sub", "\\dir\\sub", "", "\\\\srv\\share",
                            "R:\\..\\x", "R:\\a\\..\\..\\x"}) {
@@ -84,7 +84,7 @@ TEST_F(Directory, MakesNothingWithoutARootedPath) {
   EXPECT_STREQ(first, "");
 }
 
-TEST_F(Directory, WorksOnSharesAndOnDoubleByteNames) {
+TEST_F(FilesDirectory, WorksOnSharesAndOnDoubleByteNames) {
   const CodePageScope japanese(932);
   ASSERT_TRUE(KzMapShare("\\\\srv\\share", folder.Path("a").c_str()));
   EXPECT_EQ(ZorCreateDirectory("\\\\srv\\share\\\x95\x5C\x83\x5C\\\x95\x5C\\f", 1, &first), 1);
@@ -96,7 +96,7 @@ TEST_F(Directory, WorksOnSharesAndOnDoubleByteNames) {
   KzMapShare("\\\\srv\\share", nullptr);
 }
 
-TEST_F(Directory, RemovesATreeOrWhatIsInIt) {
+TEST_F(FilesDirectory, RemovesATreeOrWhatIsInIt) {
   MakeTree(folder, "tree", {{"x", 1}, {"s/y", 1}, {"s/t/z", 1}, {"s/t/.hidden", 1}, {"empty/", 0}});
   MakeTree(folder, "other", {{"s/y", 1}});
   ASSERT_TRUE(ZorSetFileAttribute(folder.Lib("tree/s/y").c_str(), 0x06));
@@ -107,7 +107,7 @@ TEST_F(Directory, RemovesATreeOrWhatIsInIt) {
   EXPECT_TRUE(IsAsBefore());
 }
 
-TEST_F(Directory, TellsWhenItCannotRemove) {
+TEST_F(FilesDirectory, TellsWhenItCannotRemove) {
   EXPECT_EQ(Remove("none"), 0);
   EXPECT_EQ(Remove("none", 1), 1);
   EXPECT_EQ(Remove("a\\file"), 0);
@@ -119,7 +119,7 @@ TEST_F(Directory, TellsWhenItCannotRemove) {
 }
 
 // On a drive of its own: should a guard fail, nothing but the test's folder is lost.
-TEST_F(Directory, NeverRemovesARootOrWithoutOne) {
+TEST_F(FilesDirectory, NeverRemovesARootOrWithoutOne) {
   ASSERT_TRUE(DefineDosDeviceA(0, "R:", folder.Path().c_str()));
   for (const char* path : {"R:\\", "R:", "R:a", "a", "a\\", "\\a", "", "R:\\\\", "R:\\.",
                            "R:\\a\\..", "R:\\..\\..", "R:\\a\\..\\.\\", "R:\\/", "R:\\a/.."}) {
@@ -130,9 +130,9 @@ TEST_F(Directory, NeverRemovesARootOrWithoutOne) {
   DefineDosDeviceA(DDD_REMOVE_DEFINITION, "R:", nullptr);
 }
 
-using TempDirectory = Directory;
+using FilesTempDirectory = FilesDirectory;
 
-TEST_F(TempDirectory, RemovesAllThatItMadeAndNothingElse) {
+TEST_F(FilesTempDirectory, RemovesAllThatItMadeAndNothingElse) {
   {
     ZorTempDirectory temporary(folder.Lib("a/b/c").c_str(), 1);
     EXPECT_TRUE(temporary.IsOpen());
@@ -146,7 +146,7 @@ TEST_F(TempDirectory, RemovesAllThatItMadeAndNothingElse) {
   EXPECT_TRUE(IsAsBefore());
 }
 
-TEST_F(TempDirectory, CanBeOpenedAgainMovedWhileClosedAndFollowsTheDisk) {
+TEST_F(FilesTempDirectory, CanBeOpenedAgainMovedWhileClosedAndFollowsTheDisk) {
   ZorTempDirectory temporary(folder.Lib("x/y").c_str(), 1);
   EXPECT_FALSE(temporary.SetPath(folder.Lib("z").c_str()));
   temporary.Close();
@@ -162,7 +162,7 @@ TEST_F(TempDirectory, CanBeOpenedAgainMovedWhileClosedAndFollowsTheDisk) {
   EXPECT_FALSE(temporary.Open());  // still its owner: nothing is made again
 }
 
-TEST_F(TempDirectory, RefusesPathsWithoutARootedDirectory) {
+TEST_F(FilesTempDirectory, RefusesPathsWithoutARootedDirectory) {
   for (const char* path : {"dir\\sub", "\\dir", "C:\\", "C:dir", ""}) {
     ZorTempDirectory temporary(path, 1);
     EXPECT_FALSE(temporary.IsOpen()) << path;
@@ -170,7 +170,7 @@ TEST_F(TempDirectory, RefusesPathsWithoutARootedDirectory) {
   }
 }
 
-TEST_F(TempDirectory, RemovesTheLevelsOfAnOpeningThatFailedHalfway) {
+TEST_F(FilesTempDirectory, RemovesTheLevelsOfAnOpeningThatFailedHalfway) {
   // The last level can't be made: its name isn't one.
   ZorTempDirectory temporary(folder.Lib("x/y*").c_str(), 1);
   EXPECT_FALSE(temporary.IsOpen());
@@ -185,7 +185,7 @@ TEST_F(TempDirectory, RemovesTheLevelsOfAnOpeningThatFailedHalfway) {
   EXPECT_TRUE(IsAsBefore());
 }
 
-TEST_F(TempDirectory, CopiesShareWhatWasOpened) {
+TEST_F(FilesTempDirectory, CopiesShareWhatWasOpened) {
   ZorTempDirectory original(folder.Lib("x/y").c_str(), 1);
   {
     const ZorTempDirectory copy(original);

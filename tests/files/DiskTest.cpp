@@ -12,7 +12,7 @@ namespace {
 
 using kozor::test::TestFolder;
 
-TEST(Disk, GivesTheCapacityOfTheRootWhateverFollowsIt) {
+TEST(FilesDisk, GivesTheCapacityOfTheRootWhateverFollowsIt) {
   TestFolder folder;
   ASSERT_TRUE(DefineDosDeviceA(0, "R:", folder.Path().c_str()));
   ASSERT_TRUE(KzMapShare("\\\\srv\\share", folder.Path().c_str()));
@@ -32,7 +32,7 @@ TEST(Disk, GivesTheCapacityOfTheRootWhateverFollowsIt) {
   DefineDosDeviceA(DDD_REMOVE_DEFINITION, "R:", nullptr);
 }
 
-TEST(Disk, TellsAFailureFromAFullDiskByTheLastError) {
+TEST(FilesDisk, TellsAFailureFromAFullDiskByTheLastError) {
   unsigned long high = 99;
   SetLastError(77);
   EXPECT_NE(ZorGetDiskSpace("C:\\", 0, nullptr), 0u);

@@ -15,9 +15,9 @@ namespace {
 namespace fs = std::filesystem;
 using kozor::test::TestFolder;
 
-class FileTimes : public testing::Test {
+class FilesFileTimes : public testing::Test {
  protected:
-  FileTimes() { folder.WriteFile("file", ""); }
+  FilesFileTimes() { folder.WriteFile("file", ""); }
 
   TestFolder folder;
   std::string path = folder.Lib("file");
@@ -25,7 +25,7 @@ class FileTimes : public testing::Test {
 
 // Zones east and west, with daylight saving, with a standard time that was another in the past
 // (London 1970), with half an hour of saving, and one that skipped a day.
-TEST_F(FileTimes, AreTheSameInEveryZone) {
+TEST_F(FilesFileTimes, AreTheSameInEveryZone) {
   const long times[] = {0,
                         1,
                         32'399,
@@ -52,7 +52,7 @@ TEST_F(FileTimes, AreTheSameInEveryZone) {
   tzset();
 }
 
-TEST_F(FileTimes, OutOfRangeFailAndChangeNothing) {
+TEST_F(FilesFileTimes, OutOfRangeFailAndChangeNothing) {
   folder.SetTime("file", 5000);
   for (const long time : {-1L, -2'000'000'000L, 0x80000000L}) {
     EXPECT_FALSE(ZorSetFileTimeStamp(path.c_str(), time));
@@ -66,7 +66,7 @@ TEST_F(FileTimes, OutOfRangeFailAndChangeNothing) {
   }
 }
 
-TEST_F(FileTimes, AreReadOfWhatASearchFindsFirst) {
+TEST_F(FilesFileTimes, AreReadOfWhatASearchFindsFirst) {
   using namespace std::chrono;
   folder.WriteFile("dir/file", "");
   folder.SetTime("dir", 6000);
@@ -81,7 +81,7 @@ TEST_F(FileTimes, AreReadOfWhatASearchFindsFirst) {
   EXPECT_EQ(time, 5);
 }
 
-TEST_F(FileTimes, AreNotSetWhereWritingIsRefused) {
+TEST_F(FilesFileTimes, AreNotSetWhereWritingIsRefused) {
   folder.SetTime("file", 5000);
   EXPECT_FALSE(ZorSetFileTimeStamp(folder.Lib().c_str(), 1));
   {
@@ -93,7 +93,7 @@ TEST_F(FileTimes, AreNotSetWhereWritingIsRefused) {
   EXPECT_EQ(folder.GetTime("file"), 5000);
 }
 
-TEST_F(FileTimes, AttributesOfAPlainFileAreZero) {
+TEST_F(FilesFileTimes, AttributesOfAPlainFileAreZero) {
   unsigned int read = 99;
   for (const unsigned int attribute : {0x26u, 0x00u, 0x23u, 0x80u}) {
     ASSERT_TRUE(ZorSetFileAttribute(path.c_str(), attribute));

@@ -22,9 +22,9 @@ Names NamesOf(const ZorFileList& list) {
   return Names(list.begin(), list.end());
 }
 
-class Find : public testing::Test {
+class FilesFind : public testing::Test {
  protected:
-  Find() { find.SetCurrentDirectoryA(folder.Lib().c_str()); }
+  FilesFind() { find.SetCurrentDirectoryA(folder.Lib().c_str()); }
 
   // What the masks find below the folder, relative to it unless a mask has a root.
   Names Run(const Names& masks, int fullPath = 0) {
@@ -44,7 +44,7 @@ class Find : public testing::Test {
   ZorFind find;
 };
 
-TEST_F(Find, GoesDepthFirstForAllFilesAndMatchesFirstForOthers) {
+TEST_F(FilesFind, GoesDepthFirstForAllFilesAndMatchesFirstForOthers) {
   MakeTree(folder, "", {{"a.txt", 1}, {"sub/b.txt", 1}, {"sub/deep/c.txt", 1}, {"z.txt", 1}});
   const Names all = {"a.txt", "sub", "sub\\b.txt", "sub\\deep", "sub\\deep\\c.txt", "z.txt"};
   EXPECT_EQ(Run({"*.*"}), all);
@@ -58,7 +58,7 @@ TEST_F(Find, GoesDepthFirstForAllFilesAndMatchesFirstForOthers) {
   EXPECT_EQ(Run({"*.txt"}), (Names{"a.txt", "z.txt"}));
 }
 
-TEST_F(Find, TakesMasksOfEveryForm) {
+TEST_F(FilesFind, TakesMasksOfEveryForm) {
   MakeSmallTree();
   const std::string base = folder.Lib();
   const struct {
@@ -79,7 +79,7 @@ TEST_F(Find, TakesMasksOfEveryForm) {
   }
 }
 
-TEST_F(Find, LeavesTheReasonWhyADirectoryCouldNotBeRead) {
+TEST_F(FilesFind, LeavesTheReasonWhyADirectoryCouldNotBeRead) {
   MakeSmallTree();
   const struct {
     Names masks;
@@ -96,7 +96,7 @@ TEST_F(Find, LeavesTheReasonWhyADirectoryCouldNotBeRead) {
   }
 }
 
-TEST_F(Find, CutsTheBaseOffUnlessFullPathsAreWanted) {
+TEST_F(FilesFind, CutsTheBaseOffUnlessFullPathsAreWanted) {
   MakeSmallTree();
   const std::string base = folder.Lib();
   const struct {
@@ -120,7 +120,7 @@ TEST_F(Find, CutsTheBaseOffUnlessFullPathsAreWanted) {
   std::filesystem::current_path(before);
 }
 
-TEST_F(Find, ExcludesWhatExclusionMasksFind) {
+TEST_F(FilesFind, ExcludesWhatExclusionMasksFind) {
   MakeSmallTree();
   EXPECT_EQ(Run({">*.tmp", "*.*"}), (Names{"a.txt", "sub", "sub\\b.txt", "z"}));
   EXPECT_EQ(Run({"*.*", ">"}), Names{});
@@ -128,7 +128,7 @@ TEST_F(Find, ExcludesWhatExclusionMasksFind) {
   EXPECT_EQ(Run({"a.txt", ">" + folder.Lib("A.TXT")}), Names{});
 }
 
-TEST_F(Find, FiltersByAttributes) {
+TEST_F(FilesFind, FiltersByAttributes) {
   const std::pair<const char*, unsigned int> entries[] = {
       {"archive", 0x20}, {"dir/archive", 0x20}, {"hidden", 0x02},          {"hidden+archive", 0x22},
       {"none", 0},       {"dir", 0x12},         {"readonly+archive", 0x21}};
@@ -155,7 +155,7 @@ TEST_F(Find, FiltersByAttributes) {
   }
 }
 
-TEST_F(Find, TakesDoubleByteNamesWhole) {
+TEST_F(FilesFind, TakesDoubleByteNamesWhole) {
   const CodePageScope japanese(932);
   // U+8868 is 0x95 0x5C in code page 932, U+FF21 and U+FF41 are the full-width letters A and a.
   folder.WriteFile("\u8868/\u8868", "");
@@ -169,7 +169,7 @@ TEST_F(Find, TakesDoubleByteNamesWhole) {
   EXPECT_EQ(Run({"\u8868\\*.*"}), (Names{"\u8868\\\u8868", "\u8868\\\uFF21"}));
 }
 
-TEST_F(Find, IsCopiedWithItsMasks) {
+TEST_F(FilesFind, IsCopiedWithItsMasks) {
   find.AddTail("*.txt");
   find.SetAttribute(0x27);
   find.SetSubDirectory(0);

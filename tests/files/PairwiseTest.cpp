@@ -57,7 +57,7 @@ Names WhatOneMaskFinds(const std::string& base, const std::string& mask, int ful
 }
 
 // Letters, lead bytes with and without a trail byte, trail bytes that look like letters.
-TEST(Pairwise, ANameSetHoldsTwoNamesAsOneExactlyWhenMbsicmpDoes) {
+TEST(FilesPairwise, ANameSetHoldsTwoNamesAsOneExactlyWhenMbsicmpDoes) {
   for (const unsigned int page : {932u, 65001u}) {
     const CodePageScope scope(page);
     const unsigned char bytes[] = {'a', 'A', 'z', '[', 0x5C, 0x60, 0x81, 0x82, 0x95, 0xB1, 0xFF};
@@ -80,7 +80,7 @@ TEST(Pairwise, ANameSetHoldsTwoNamesAsOneExactlyWhenMbsicmpDoes) {
   }
 }
 
-TEST(Pairwise, AgreesWithTheRulesAsTheyAreWorded) {
+TEST(FilesPairwise, AgreesWithTheRulesAsTheyAreWorded) {
   TestFolder folder;
   const std::string base = folder.Lib();
   Names stock;  // names that the list may hold before
@@ -121,7 +121,7 @@ TEST(Pairwise, AgreesWithTheRulesAsTheyAreWorded) {
   }
 }
 
-TEST(Pairwise, CostsLittleForManyNames) {
+TEST(FilesPairwise, CostsLittleForManyNames) {
   constexpr int kNames = 100'000;
   ZorFileList list;
   for (int i = 0; i < kNames; ++i) {

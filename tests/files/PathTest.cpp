@@ -32,7 +32,7 @@ std::string Cut(const char* path) {
          Shown(fileName, end);
 }
 
-TEST(Path, CutsIntoRootDirectoryAndFileName) {
+TEST(FilesPath, CutsIntoRootDirectoryAndFileName) {
   const CodePageScope japanese(932);
   const struct {
     const char* path;
@@ -71,7 +71,7 @@ TEST(Path, CutsIntoRootDirectoryAndFileName) {
   EXPECT_EQ(Cut("\x95\x5Cx"), "-|\x95\x5C|x");  // here 0x5C is a backslash
 }
 
-TEST(Path, SetsOneTrailingBackslash) {
+TEST(FilesPath, SetsOneTrailingBackslash) {
   const CodePageScope japanese(932);
   const struct {
     const char* path;
@@ -95,7 +95,7 @@ TEST(Path, SetsOneTrailingBackslash) {
   }
 }
 
-TEST(Path, NullReadsAsTheEmptyText) {
+TEST(FilesPath, NullReadsAsTheEmptyText) {
   long time = 0;
   unsigned int attribute = 0;
   EXPECT_EQ(ZorGetFileName(nullptr), nullptr);

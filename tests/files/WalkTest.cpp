@@ -18,7 +18,7 @@ using kozor::test::MakeTree;
 using kozor::test::TestFolder;
 using Names = std::vector<std::string>;
 
-class Walk : public testing::Test {
+class FilesWalk : public testing::Test {
  protected:
   Names All(const std::string& below) {
     ZorFind find;
@@ -36,7 +36,7 @@ class Walk : public testing::Test {
   TestFolder folder;
 };
 
-TEST_F(Walk, EndsOnCycles) {
+TEST_F(FilesWalk, EndsOnCycles) {
   MakeTree(folder, "", {{"tree/a/file", 1}, {"tree/b/", 0}});
   Link("..", "tree/a/up");
   Link(".", "tree/b/self");
@@ -46,7 +46,7 @@ TEST_F(Walk, EndsOnCycles) {
             (Names{"file", "up", "up\\a", "up\\a\\file", "up\\a\\up", "up\\b", "up\\b\\self"}));
 }
 
-TEST_F(Walk, EntersLinksThatFormNoCycle) {
+TEST_F(FilesWalk, EntersLinksThatFormNoCycle) {
   MakeTree(folder, "", {{"tree/x", 1}, {"elsewhere/file", 1}});
   Link("../elsewhere", "tree/one");
   Link("../elsewhere", "tree/two");
@@ -54,7 +54,7 @@ TEST_F(Walk, EntersLinksThatFormNoCycle) {
   EXPECT_EQ(All("tree"), (Names{"broken", "one", "one\\file", "two", "two\\file", "x"}));
 }
 
-TEST_F(Walk, OfARemovalNeverGoesThroughALinkUnlessItIsNamed) {
+TEST_F(FilesWalk, OfARemovalNeverGoesThroughALinkUnlessItIsNamed) {
   MakeTree(folder, "", {{"tree/sub/x", 1}, {"elsewhere/keep", 1}, {"keep", 1}});
   Link("../../elsewhere", "tree/sub/directory");
   Link("..", "tree/sub/cycle");
@@ -84,7 +84,7 @@ void* CountAndRemove(void* argument) {
 }
 
 // On a small stack and with few files open at a time: neither need grows with the depth.
-TEST_F(Walk, GoesAsDeepAsTheTreeIs) {
+TEST_F(FilesWalk, GoesAsDeepAsTheTreeIs) {
   constexpr int kLevels = 500;
   std::string name = "deep";
   for (int i = 0; i < kLevels; ++i) name += "/d";

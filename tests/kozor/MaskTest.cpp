@@ -6,7 +6,7 @@
 namespace kozor::program {
 namespace {
 
-TEST(Mask, MeansNamesAndWhatLiesBelowThem) {
+TEST(KozorMask, MeansNamesAndWhatLiesBelowThem) {
   struct Row {
     const char* mask;
     std::vector<const char*> meant;
@@ -27,7 +27,7 @@ TEST(Mask, MeansNamesAndWhatLiesBelowThem) {
   }
 }
 
-TEST(MaskList, TellsWhichWordsWereOfNoUse) {
+TEST(KozorMaskList, TellsWhichWordsWereOfNoUse) {
   const MaskList masks({"./a/", "*.b", "c"});
   EXPECT_TRUE(masks.Means("a\\x"));
   EXPECT_FALSE(masks.Means("x"));

@@ -15,7 +15,7 @@ namespace {
 
 constexpr const char* kStored = "user.DOSATTRIB";
 
-class Attribute : public ::testing::Test {
+class PlatformAttribute : public ::testing::Test {
  protected:
   void SetUp() override {
     folder.WriteFile("f", "x");
@@ -48,7 +48,7 @@ class Attribute : public ::testing::Test {
   TestFolder folder;
 };
 
-TEST_F(Attribute, OfAReplacedFileTellWhoMayReadTheNewOne) {
+TEST_F(PlatformAttribute, OfAReplacedFileTellWhoMayReadTheNewOne) {
   folder.WriteFile("new", "y");
   SetMode("f", 0600);
   SetMode("new", 0644);
@@ -57,7 +57,7 @@ TEST_F(Attribute, OfAReplacedFileTellWhoMayReadTheNewOne) {
   EXPECT_EQ(Mode("f"), 0600U);
 }
 
-TEST_F(Attribute, AreTextInAnExtendedAttribute) {
+TEST_F(PlatformAttribute, AreTextInAnExtendedAttribute) {
   EXPECT_TRUE(Set("f", 0x22));
   EXPECT_EQ(Stored("f"), "0x22");
   EXPECT_TRUE(Set("f", FILE_ATTRIBUTE_NORMAL));
@@ -78,7 +78,7 @@ TEST_F(Attribute, AreTextInAnExtendedAttribute) {
   }
 }
 
-TEST_F(Attribute, ReadOnlyIsInTheModeBitsTooButOfDirectories) {
+TEST_F(PlatformAttribute, ReadOnlyIsInTheModeBitsTooButOfDirectories) {
   SetMode("f", 0664);
   const mode_t mask = ::umask(002);
   EXPECT_TRUE(Set("f", 0x21));
@@ -99,7 +99,7 @@ TEST_F(Attribute, ReadOnlyIsInTheModeBitsTooButOfDirectories) {
   EXPECT_EQ(Get("d"), 0x11U);
 }
 
-TEST_F(Attribute, NamesWithADotAreHiddenUnlessSaidOtherwise) {
+TEST_F(PlatformAttribute, NamesWithADotAreHiddenUnlessSaidOtherwise) {
   folder.WriteFile(".f", "x");
   EXPECT_EQ(Get(".f"), 0x22U);
   EXPECT_TRUE(Set(".f", 0x20));
@@ -110,7 +110,7 @@ TEST_F(Attribute, NamesWithADotAreHiddenUnlessSaidOtherwise) {
       << "a dot alone doesn't keep a file from being replaced";
 }
 
-TEST_F(Attribute, AFileSystemWithoutThemStillTakesReadOnly) {
+TEST_F(PlatformAttribute, AFileSystemWithoutThemStillTakesReadOnly) {
   const FailCall<&posix::SystemCalls::setxattr> noSetting(1, EOPNOTSUPP, Failing::Always);
   const FailCall<&posix::SystemCalls::getxattr> noGetting(1, EOPNOTSUPP, Failing::Always);
   EXPECT_TRUE(Set("f", 0x23));
@@ -119,21 +119,21 @@ TEST_F(Attribute, AFileSystemWithoutThemStillTakesReadOnly) {
   EXPECT_EQ(Get("f"), 0x20U);
 }
 
-TEST_F(Attribute, StoringThatFailsChangesNothing) {
+TEST_F(PlatformAttribute, StoringThatFailsChangesNothing) {
   SetMode("f", 0444);
   const FailCall<&posix::SystemCalls::setxattr> failing(1, ENOSPC);
   EXPECT_FAILS_WITH(ERROR_DISK_FULL, !Set("f", 0x22));
   EXPECT_EQ(Mode("f"), 0444U);
 }
 
-class Link : public Attribute {
+class PlatformLink : public PlatformAttribute {
  protected:
   void Make(const char* target, const char* name) const {
     std::filesystem::create_symlink(target, folder.Path(name));
   }
 };
 
-TEST_F(Link, IsWhatItPointsToAndGoesAlone) {
+TEST_F(PlatformLink, IsWhatItPointsToAndGoesAlone) {
   folder.WriteFile("d/inside", "x");
   Make("f", "lf");
   Make("d", "ld");
@@ -152,7 +152,7 @@ TEST_F(Link, IsWhatItPointsToAndGoesAlone) {
   EXPECT_EQ(folder.List(), (Names{"d/", "d/inside", "f"}));
 }
 
-TEST_F(Link, ToNothingIsListedButNotOpened) {
+TEST_F(PlatformLink, ToNothingIsListedButNotOpened) {
   Make("nowhere", "l");
   Make("loop", "loop");
   EXPECT_EQ(Get("l"), 0x420U);
@@ -165,7 +165,7 @@ TEST_F(Link, ToNothingIsListedButNotOpened) {
   EXPECT_TRUE(DeleteFileA(folder.Lib("l").c_str()));
 }
 
-TEST_F(Link, SpecialFilesNeitherHangNorOpen) {
+TEST_F(PlatformLink, SpecialFilesNeitherHangNorOpen) {
   ASSERT_EQ(::mkfifo(folder.Path("fifo").c_str(), 0666), 0);
   Make("fifo", "link");
   Make("/dev/zero", "zero");

@@ -13,7 +13,7 @@ int Sign(int value) {
   return (value > 0) - (value < 0);
 }
 
-TEST(Character, WalksByWholeCharacters) {
+TEST(PlatformCharacter, WalksByWholeCharacters) {
   const struct {
     UINT page;
     const char* text;
@@ -35,7 +35,7 @@ TEST(Character, WalksByWholeCharacters) {
   }
 }
 
-TEST(Character, LeadBytesExistInCodePage932Only) {
+TEST(PlatformCharacter, LeadBytesExistInCodePage932Only) {
   int count = 0;
   for (int byte = 0; byte < 256; ++byte) count += IsDBCSLeadByte(static_cast<BYTE>(byte));
   EXPECT_EQ(count, 60);
@@ -44,7 +44,7 @@ TEST(Character, LeadBytesExistInCodePage932Only) {
   EXPECT_FAILS_WITH(ERROR_INVALID_PARAMETER, !KzSetActiveCodePage(1252));
 }
 
-TEST(Character, ComparisonsTakeCharactersWhole) {
+TEST(PlatformCharacter, ComparisonsTakeCharactersWhole) {
   const struct {
     const char* a;
     const char* b;

@@ -27,7 +27,7 @@ std::string FromWide(UINT page, const Wide& wide) {
   return std::string(text, static_cast<std::size_t>(bytes));
 }
 
-TEST(ConversionContract, PagesAgreeInBothDirections) {
+TEST(PlatformConversionContract, PagesAgreeInBothDirections) {
   const struct {
     UINT page;
     const char* bytes;
@@ -50,7 +50,7 @@ TEST(ConversionContract, PagesAgreeInBothDirections) {
   }
 }
 
-TEST(ConversionContract, CopiesOfACharacterComeBackAsItsFirstCode) {
+TEST(PlatformConversionContract, CopiesOfACharacterComeBackAsItsFirstCode) {
   for (const auto& [copy, first] : {std::pair{"\x87\x90", "\x81\xE0"},
                                     {"\xED\x40", "\xFA\x5C"},
                                     {"\xEE\xFC", "\xFA\x57"},
@@ -61,7 +61,7 @@ TEST(ConversionContract, CopiesOfACharacterComeBackAsItsFirstCode) {
   }
 }
 
-TEST(ConversionContract, EveryCodeOf932SurvivesTheRoundTrip) {
+TEST(PlatformConversionContract, EveryCodeOf932SurvivesTheRoundTrip) {
   int assigned = 0;
   for (int lead = 0x81; lead <= 0xFC; ++lead) {
     if (lead >= 0xA0 && lead < 0xE0) continue;
@@ -76,7 +76,7 @@ TEST(ConversionContract, EveryCodeOf932SurvivesTheRoundTrip) {
   EXPECT_EQ(assigned, 9604);
 }
 
-TEST(ConversionContract, InvalidTextIsRefusedOnDemand) {
+TEST(PlatformConversionContract, InvalidTextIsRefusedOnDemand) {
   using Bad = std::pair<UINT, const char*>;
   for (const auto& [page, bytes] : {Bad{932, "a\x81"},
                                     {932, "\x81 "},
@@ -92,7 +92,7 @@ TEST(ConversionContract, InvalidTextIsRefusedOnDemand) {
   }
 }
 
-TEST(ConversionContract, DefaultCharactersAndSizesFollowTheRules) {
+TEST(PlatformConversionContract, DefaultCharactersAndSizesFollowTheRules) {
   const Wide text = FromUnits(u"a\u0E01b");
   char bytes[8];
   WCHAR wide[4];

@@ -12,14 +12,14 @@
 namespace kozor::test {
 namespace {
 
-class Drive : public ::testing::Test {
+class PlatformDrive : public ::testing::Test {
  protected:
-  Drive() : before(std::filesystem::current_path()) {
+  PlatformDrive() : before(std::filesystem::current_path()) {
     folder.WriteFile("d/sub/f", "x");
     folder.WriteFile("outside", "x");
     EXPECT_TRUE(DefineDosDeviceA(0, "D:", folder.Path("d").c_str()));
   }
-  ~Drive() override {
+  ~PlatformDrive() override {
     DefineDosDeviceA(DDD_REMOVE_DEFINITION, "D:", nullptr);
     std::filesystem::current_path(before);
   }
@@ -32,7 +32,7 @@ class Drive : public ::testing::Test {
   std::filesystem::path before;
 };
 
-TEST_F(Drive, IsAHostDirectoryThatNobodyClimbsOutOf) {
+TEST_F(PlatformDrive, IsAHostDirectoryThatNobodyClimbsOutOf) {
   std::filesystem::current_path(folder.Path("d/sub"));
   for (const char* path : {"D:\\sub\\f", "d:\\SUB", "D:\\", "D:\\..\\..\\sub\\..\\..\\sub\\f", "f",
                            "D:f", "\\sub\\f", "..\\..\\..\\sub\\f"}) {
@@ -49,7 +49,7 @@ TEST_F(Drive, IsAHostDirectoryThatNobodyClimbsOutOf) {
   EXPECT_EQ(Search("D:\\*"), Names{"sub"}) << "a root has no dots";
 }
 
-TEST_F(Drive, GoesAndComesWithItsDefinition) {
+TEST_F(PlatformDrive, GoesAndComesWithItsDefinition) {
   EXPECT_TRUE(DefineDosDeviceA(DDD_REMOVE_DEFINITION, "d:", nullptr));
   EXPECT_FALSE(Exists("D:\\sub"));
   EXPECT_EQ(GetLastError(), ERROR_PATH_NOT_FOUND);
@@ -58,14 +58,14 @@ TEST_F(Drive, GoesAndComesWithItsDefinition) {
   EXPECT_FAILS_WITH(ERROR_INVALID_PARAMETER, !DefineDosDeviceA(0, "D:", nullptr));
 }
 
-TEST_F(Drive, CIsTheHostsRootUntilToldOtherwise) {
+TEST_F(PlatformDrive, CIsTheHostsRootUntilToldOtherwise) {
   EXPECT_TRUE(DefineDosDeviceA(0, "C:", folder.Path("d/sub").c_str()));
   EXPECT_TRUE(Exists("C:\\f"));
   EXPECT_TRUE(DefineDosDeviceA(DDD_REMOVE_DEFINITION, "C:", nullptr));
   EXPECT_TRUE(Exists(folder.Lib("outside").c_str()));
 }
 
-TEST_F(Drive, HoldsTheHostPathsBelowIt) {
+TEST_F(PlatformDrive, HoldsTheHostPathsBelowIt) {
   std::string path;
   EXPECT_TRUE(KzHostToLibraryPath(folder.Path("d/sub/f").c_str(), path));
   EXPECT_EQ(path, "D:\\sub\\f");
@@ -73,7 +73,7 @@ TEST_F(Drive, HoldsTheHostPathsBelowIt) {
   EXPECT_EQ(path, folder.Lib("dx"));
 }
 
-TEST_F(Drive, SharesAreKnownByServerAndName) {
+TEST_F(PlatformDrive, SharesAreKnownByServerAndName) {
   ASSERT_TRUE(KzMapShare("\\\\Server\\Share", folder.Path("d").c_str()));
   EXPECT_TRUE(Exists("\\\\server\\SHARE\\sub\\f"));
   EXPECT_TRUE(Exists("\\\\server\\share"));
@@ -87,7 +87,7 @@ TEST_F(Drive, SharesAreKnownByServerAndName) {
   EXPECT_FAILS_WITH(ERROR_BAD_NETPATH, !KzMapShare("server", "/tmp"));
 }
 
-TEST_F(Drive, TellsItsKind) {
+TEST_F(PlatformDrive, TellsItsKind) {
   EXPECT_EQ(GetDriveTypeA("D:\\sub"), DRIVE_NO_ROOT_DIR);
   EXPECT_TRUE(DefineDosDeviceA(0, "D:", "/no/such/directory"));
   EXPECT_EQ(GetDriveTypeA("D:\\"), DRIVE_NO_ROOT_DIR);

@@ -6,9 +6,9 @@
 namespace kozor::test {
 namespace {
 
-using FileContract = ContractTest;
+using PlatformFileContract = ContractTest;
 
-TEST_F(FileContract, DispositionsDecideByWhetherTheFileExists) {
+TEST_F(PlatformFileContract, DispositionsDecideByWhetherTheFileExists) {
   const struct {
     DWORD disposition;
     bool exists;
@@ -38,7 +38,7 @@ TEST_F(FileContract, DispositionsDecideByWhetherTheFileExists) {
   }
 }
 
-TEST_F(FileContract, OpeningRefusesWhatIsNoFileInReach) {
+TEST_F(PlatformFileContract, OpeningRefusesWhatIsNoFileInReach) {
   folder.Write("f", "x");
   folder.MakeDirectory("d");
   const struct {
@@ -61,7 +61,7 @@ TEST_F(FileContract, OpeningRefusesWhatIsNoFileInReach) {
   }
 }
 
-TEST_F(FileContract, HandlesAllowOnlyWhatTheyWereOpenedFor) {
+TEST_F(PlatformFileContract, HandlesAllowOnlyWhatTheyWereOpenedFor) {
   HANDLE closed = nullptr;
   char byte = 'y';
   DWORD count = 99;
@@ -78,7 +78,7 @@ TEST_F(FileContract, HandlesAllowOnlyWhatTheyWereOpenedFor) {
   EXPECT_FAILS_WITH(ERROR_ACCESS_DENIED, !FlushFileBuffers(file.Get()));
 }
 
-TEST_F(FileContract, FilePointerCountsIn32BitsUnlessGivenMore) {
+TEST_F(PlatformFileContract, FilePointerCountsIn32BitsUnlessGivenMore) {
   const OpenFile file(folder.Path("f"), kReadWrite, 0, CREATE_NEW);
   const HANDLE f = file.Get();
   SetFilePointer(f, 10, nullptr, FILE_BEGIN);
@@ -100,7 +100,7 @@ TEST_F(FileContract, FilePointerCountsIn32BitsUnlessGivenMore) {
   EXPECT_EQ(high, 1);
 }
 
-TEST_F(FileContract, EndOfFileIsSetAtTheFilePointer) {
+TEST_F(PlatformFileContract, EndOfFileIsSetAtTheFilePointer) {
   folder.Write("f", "0123456789");
   {
     const OpenFile file(folder.Path("f"), kReadWrite, 0, OPEN_EXISTING);
@@ -112,7 +112,7 @@ TEST_F(FileContract, EndOfFileIsSetAtTheFilePointer) {
   EXPECT_EQ(folder.Read("f"), std::string("0123\0\0", 6));
 }
 
-TEST_F(FileContract, ReadOnlyFilesResistWritingReplacingAndDeleting) {
+TEST_F(PlatformFileContract, ReadOnlyFilesResistWritingReplacingAndDeleting) {
   if (UnderWine()) GTEST_SKIP() << "root may write read-only files under Wine";
   folder.Write("f", "precious");
   folder.Write("g", "new");
@@ -128,7 +128,7 @@ TEST_F(FileContract, ReadOnlyFilesResistWritingReplacingAndDeleting) {
   EXPECT_TRUE(folder.Delete("h"));
 }
 
-TEST_F(FileContract, HiddenAndSystemFilesAreReplacedOnlyByWhoNamesTheAttribute) {
+TEST_F(PlatformFileContract, HiddenAndSystemFilesAreReplacedOnlyByWhoNamesTheAttribute) {
   if (UnderWine()) GTEST_SKIP() << "Wine replaces them";
   for (const DWORD attribute : {FILE_ATTRIBUTE_HIDDEN, FILE_ATTRIBUTE_SYSTEM}) {
     folder.Delete("f");
@@ -141,7 +141,7 @@ TEST_F(FileContract, HiddenAndSystemFilesAreReplacedOnlyByWhoNamesTheAttribute) 
   }
 }
 
-TEST_F(FileContract, SharingHoldsInBothDirections) {
+TEST_F(PlatformFileContract, SharingHoldsInBothDirections) {
   folder.Write("f", "x");
   struct Row {
     DWORD firstAccess;
@@ -180,7 +180,7 @@ TEST_F(FileContract, SharingHoldsInBothDirections) {
   EXPECT_TRUE(after.IsOpen()) << "closing gives everything back";
 }
 
-TEST_F(FileContract, OpenFilesAreNeitherEmptiedNorDeletedNorMovedNorReplaced) {
+TEST_F(PlatformFileContract, OpenFilesAreNeitherEmptiedNorDeletedNorMovedNorReplaced) {
   folder.Write("f", "precious");
   folder.Write("g", "y");
   const OpenFile open(folder.Path("f"), GENERIC_READ, FILE_SHARE_READ, OPEN_EXISTING);
@@ -192,7 +192,7 @@ TEST_F(FileContract, OpenFilesAreNeitherEmptiedNorDeletedNorMovedNorReplaced) {
   EXPECT_EQ(folder.Read("f") + folder.Read("g"), "preciousy");
 }
 
-TEST_F(FileContract, TimesAreKeptToTheStep) {
+TEST_F(PlatformFileContract, TimesAreKeptToTheStep) {
   const OpenFile file(folder.Path("f"), kReadWrite, 0, CREATE_NEW);
   const FILETIME wanted{0x23456780, 0x01C12345};
   FILETIME got{};
@@ -206,7 +206,7 @@ HANDLE Map(const OpenFile& file, DWORD protection, DWORD size) {
   return CreateFileMappingA(file.Get(), nullptr, protection, 0, size, nullptr);
 }
 
-TEST_F(FileContract, WhatIsStoredInAViewIsInTheFile) {
+TEST_F(PlatformFileContract, WhatIsStoredInAViewIsInTheFile) {
   {
     const OpenFile file(folder.Path("f"), kReadWrite, 0, CREATE_ALWAYS);
     const HANDLE mapping = Map(file, PAGE_READWRITE, 0x20010);
@@ -230,7 +230,7 @@ TEST_F(FileContract, WhatIsStoredInAViewIsInTheFile) {
   EXPECT_EQ(folder.Read("f"), "start");
 }
 
-TEST_F(FileContract, MappingsRefuseWhatTheyCannotGive) {
+TEST_F(PlatformFileContract, MappingsRefuseWhatTheyCannotGive) {
   const OpenFile empty(folder.Path("empty"), kReadWrite, 0, CREATE_ALWAYS);
   EXPECT_FAILS_WITH(ERROR_FILE_INVALID, Map(empty, PAGE_READWRITE, 0) == nullptr);
   folder.Write("f", "0123456789");

@@ -18,7 +18,7 @@ namespace {
 
 using posix::SystemCalls;
 
-class HostFailure : public ::testing::Test {
+class PlatformHostFailure : public ::testing::Test {
  protected:
   bool Move(const char* from, const char* to, DWORD flags = 0) const {
     return MoveFileExA(folder.Lib(from).c_str(), folder.Lib(to).c_str(), flags);
@@ -27,7 +27,7 @@ class HostFailure : public ::testing::Test {
   TestFolder folder;
 };
 
-TEST_F(HostFailure, WritesThatStopShortTellHowFarTheyCame) {
+TEST_F(PlatformHostFailure, WritesThatStopShortTellHowFarTheyCame) {
   const OpenFile file(folder.Lib("f"), kReadWrite, 0, CREATE_NEW);
   DWORD written = 99;
   {
@@ -40,7 +40,7 @@ TEST_F(HostFailure, WritesThatStopShortTellHowFarTheyCame) {
   EXPECT_EQ(written, 3U);
 }
 
-TEST_F(HostFailure, ReadsFlushesAndMovesReportTheirErrors) {
+TEST_F(PlatformHostFailure, ReadsFlushesAndMovesReportTheirErrors) {
   folder.WriteFile("f", "x");
   folder.WriteFile("g", "y");
   const OpenFile file(folder.Lib("f"), kReadWrite, FILE_SHARE_READ, OPEN_EXISTING);
@@ -56,7 +56,7 @@ TEST_F(HostFailure, ReadsFlushesAndMovesReportTheirErrors) {
   EXPECT_FAILS_WITH(ERROR_IO_DEVICE, !Move("g", "h", MOVEFILE_WRITE_THROUGH));
 }
 
-TEST_F(HostFailure, SearchesTellThatADirectoryCouldNotBeRead) {
+TEST_F(PlatformHostFailure, SearchesTellThatADirectoryCouldNotBeRead) {
   for (const char* name : {"a", "b"}) folder.WriteFile(name, "x");
   WIN32_FIND_DATAA data;
   const auto first = [&] { return FindFirstFileA(folder.Lib("*").c_str(), &data); };
@@ -76,7 +76,7 @@ TEST_F(HostFailure, SearchesTellThatADirectoryCouldNotBeRead) {
   FindClose(find);
 }
 
-TEST_F(HostFailure, FlushesCanWaitForTheFileToBeClosed) {
+TEST_F(PlatformHostFailure, FlushesCanWaitForTheFileToBeClosed) {
   EXPECT_EQ(KzSetFlushAtClose(1), 0);
   const HANDLE file = CreateFileA(folder.Lib("f").c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
                                   FILE_ATTRIBUTE_NORMAL, nullptr);
@@ -91,7 +91,7 @@ TEST_F(HostFailure, FlushesCanWaitForTheFileToBeClosed) {
 }
 
 // Through a link to its directory a file has a second path, but one name that could be lost.
-TEST_F(HostFailure, AMoveOntoItselfLosesNothing) {
+TEST_F(PlatformHostFailure, AMoveOntoItselfLosesNothing) {
   folder.WriteFile("d/f", "x");
   folder.WriteFile("d/g", "y");
   ASSERT_EQ(::link(folder.Path("d/g").c_str(), folder.Path("d/h").c_str()), 0);
@@ -104,14 +104,14 @@ TEST_F(HostFailure, AMoveOntoItselfLosesNothing) {
   EXPECT_EQ(ReadText(folder.Lib("d\\h")), "y");
 }
 
-TEST_F(HostFailure, MovesWorkWhereTheHostCannotRefuseToReplace) {
+TEST_F(PlatformHostFailure, MovesWorkWhereTheHostCannotRefuseToReplace) {
   folder.WriteFile("f", "x");
   const FailCall<&SystemCalls::renameat2> failing(1, EINVAL);
   EXPECT_TRUE(Move("f", "g"));
   EXPECT_EQ(folder.List(), Names{"g"});
 }
 
-TEST_F(HostFailure, AMappingNeedsRoomAndAddressesButNoReservation) {
+TEST_F(PlatformHostFailure, AMappingNeedsRoomAndAddressesButNoReservation) {
   folder.WriteFile("f", "0123456789");
   const OpenFile file(folder.Lib("f"), kReadWrite, FILE_SHARE_READ, OPEN_EXISTING);
   const auto map = [&](DWORD bytes) {
@@ -136,7 +136,7 @@ TEST_F(HostFailure, AMappingNeedsRoomAndAddressesButNoReservation) {
 }
 
 // A disk of 1 MiB, where the user may mount one.
-class FullDisk : public HostFailure {
+class PlatformFullDisk : public PlatformHostFailure {
  protected:
   void SetUp() override {
     mounted = ::mount("tmpfs", folder.Path().c_str(), "tmpfs", 0, "size=1m") == 0;
@@ -148,7 +148,7 @@ class FullDisk : public HostFailure {
   bool mounted = false;
 };
 
-TEST_F(FullDisk, IsAnErrorAndNeverAFault) {
+TEST_F(PlatformFullDisk, IsAnErrorAndNeverAFault) {
   const OpenFile file(folder.Lib("f"), kReadWrite, 0, CREATE_NEW);
   for (const int error : {EINTR, EOPNOTSUPP}) {  // tried again; filled with zeros as far as they go
     const FailCall<&SystemCalls::fallocate> failing(1, error);
@@ -193,7 +193,7 @@ class OtherProcess {
   bool opened = false;
 };
 
-TEST_F(HostFailure, SharingHoldsBetweenProcesses) {
+TEST_F(PlatformHostFailure, SharingHoldsBetweenProcesses) {
   folder.WriteFile("f", "x");
   folder.WriteFile("g", "y");
   {

@@ -10,7 +10,7 @@
 namespace kozor::test {
 namespace {
 
-class HostName : public ::testing::Test {
+class PlatformHostName : public ::testing::Test {
  protected:
   Names List(const char* mask = "*") const { return SearchWithoutDots(folder.Lib(mask)); }
   bool Opens(const std::string& name) const { return test::Opens(folder.Lib(name)); }
@@ -25,7 +25,7 @@ class HostName : public ::testing::Test {
   TestFolder folder;
 };
 
-TEST_F(HostName, ComesAndGoesInBothCodePages) {
+TEST_F(PlatformHostName, ComesAndGoesInBothCodePages) {
   folder.WriteFile("日本語.txt", "x");
   EXPECT_EQ(List(), Names{"\x93\xFA\x96{\x8C\xEA.txt"});
   EXPECT_TRUE(Opens("\x93\xFA\x96{\x8C\xEA.txt"));
@@ -41,7 +41,7 @@ TEST_F(HostName, ComesAndGoesInBothCodePages) {
   EXPECT_EQ(List(), (Names{"é", "ไทย", "日本語.txt", "表ソ", "😀"}));
 }
 
-TEST_F(HostName, WhatCannotBeSaidIsListedButNamesNothing) {
+TEST_F(PlatformHostName, WhatCannotBeSaidIsListedButNamesNothing) {
   const struct {
     UINT page;
     const char* host;
@@ -64,7 +64,7 @@ TEST_F(HostName, WhatCannotBeSaidIsListedButNamesNothing) {
   for (const char* name : {"a\xFF", "\xC0\xAF", "\xED\xA0\x80"}) EXPECT_FALSE(Make(name));
 }
 
-TEST_F(HostName, OtherReadingsOfACharacterAreFoundAfterTheExactOne) {
+TEST_F(PlatformHostName, OtherReadingsOfACharacterAreFoundAfterTheExactOne) {
   const char* const name = "a\x81\x60z";
   folder.WriteFile("a〜z", "wave dash");
   EXPECT_EQ(List(), Names{name});
@@ -77,7 +77,7 @@ TEST_F(HostName, OtherReadingsOfACharacterAreFoundAfterTheExactOne) {
   EXPECT_EQ(List(), (Names{"a?z", name})) << "only one can have the name";
 }
 
-TEST_F(HostName, IsFoundWithoutRegardToCaseTheExactSpellingFirst) {
+TEST_F(PlatformHostName, IsFoundWithoutRegardToCaseTheExactSpellingFirst) {
   folder.WriteFile("Dir/ReadMe.TXT", "x");
   EXPECT_TRUE(Opens("dir\\readme.txt"));
   EXPECT_FALSE(Opens("dir\\readme.tx"));
@@ -97,7 +97,7 @@ TEST_F(HostName, IsFoundWithoutRegardToCaseTheExactSpellingFirst) {
   EXPECT_TRUE(Opens("ａＢσЖé"));
 }
 
-TEST_F(HostName, IsCreatedExactlyUnlessToldOtherwise) {
+TEST_F(PlatformHostName, IsCreatedExactlyUnlessToldOtherwise) {
   const auto make = [&](const char* name, DWORD disposition) {
     return test::Opens(folder.Lib(name), GENERIC_WRITE, disposition);
   };
@@ -129,7 +129,7 @@ TEST_F(HostName, IsCreatedExactlyUnlessToldOtherwise) {
 }
 
 // Large directories are remembered; what is remembered must never be wrong.
-TEST_F(HostName, LargeDirectoriesAreSearchedAsSmallOnesAre) {
+TEST_F(PlatformHostName, LargeDirectoriesAreSearchedAsSmallOnesAre) {
   for (int i = 0; i < 600; ++i) ASSERT_TRUE(Make("File" + std::to_string(i)));
   for (int i = 0; i < 600; i += 7) {
     EXPECT_FALSE(Make("File" + std::to_string(i))) << i;
@@ -155,7 +155,7 @@ TEST_F(HostName, LargeDirectoriesAreSearchedAsSmallOnesAre) {
   EXPECT_TRUE(Opens("Double")) << "the other one is left";
 }
 
-TEST_F(HostName, LongPathsAndNamesWork) {
+TEST_F(PlatformHostName, LongPathsAndNamesWork) {
   const std::string name(255, 'n');
   std::string path;
   for (int i = 0; i < 8; ++i) {
@@ -167,7 +167,7 @@ TEST_F(HostName, LongPathsAndNamesWork) {
   EXPECT_FAILS_WITH(ERROR_FILENAME_EXCED_RANGE, !MakeDirectory(name + 'n'));
 }
 
-TEST_F(HostName, HostAndLibraryPathsCorrespond) {
+TEST_F(PlatformHostName, HostAndLibraryPathsCorrespond) {
   std::string library;
   std::string host;
   EXPECT_TRUE(KzHostToLibraryPath("/日本/表.txt", library));

@@ -4,9 +4,9 @@
 namespace kozor::test {
 namespace {
 
-using NameContract = ContractTest;
+using PlatformNameContract = ContractTest;
 
-TEST_F(NameContract, EveryCallTellsWhatIsMissing) {
+TEST_F(PlatformNameContract, EveryCallTellsWhatIsMissing) {
   folder.Write("f", "x");
   const struct {
     const char* name;
@@ -32,7 +32,7 @@ TEST_F(NameContract, EveryCallTellsWhatIsMissing) {
   EXPECT_FAILS_WITH(ERROR_PATH_NOT_FOUND, !CreateDirectoryA("", nullptr));
 }
 
-TEST_F(NameContract, DirectoriesAreMadeOneLevelAtATimeAndRemovedEmpty) {
+TEST_F(PlatformNameContract, DirectoriesAreMadeOneLevelAtATimeAndRemovedEmpty) {
   folder.Write("f", "x");
   EXPECT_TRUE(folder.MakeDirectory("d"));
   EXPECT_TRUE(folder.MakeDirectory("d\\e\\"));
@@ -60,7 +60,7 @@ TEST_F(NameContract, DirectoriesAreMadeOneLevelAtATimeAndRemovedEmpty) {
   EXPECT_FALSE(folder.Exists("d"));
 }
 
-TEST_F(NameContract, MoveGivesAnotherNameInOneStep) {
+TEST_F(PlatformNameContract, MoveGivesAnotherNameInOneStep) {
   folder.Write("f", "f");
   folder.Write("g", "g");
   folder.MakeDirectory("d");
@@ -80,7 +80,7 @@ TEST_F(NameContract, MoveGivesAnotherNameInOneStep) {
   EXPECT_EQ(Search(folder.Path("e\\h")), Names{"H"});
 }
 
-TEST_F(NameContract, AttributesGoThereAndComeBack) {
+TEST_F(PlatformNameContract, AttributesGoThereAndComeBack) {
   if (UnderWine()) GTEST_SKIP() << "Wine's files always have the archive attribute";
   folder.Write("f", "x");
   folder.MakeDirectory("d");
@@ -97,7 +97,7 @@ TEST_F(NameContract, AttributesGoThereAndComeBack) {
   folder.Write("d\\inside", "x");
 }
 
-TEST_F(NameContract, PathsAreWorkedOutInTheText) {
+TEST_F(PlatformNameContract, PathsAreWorkedOutInTheText) {
   folder.MakeDirectory("d");
   folder.Write("f", "x");
   for (const char* name : {"d\\..\\f", "none\\..\\f", ".\\d\\.\\..\\f", "d\\\\..\\f", "d/../F"}) {

@@ -4,9 +4,9 @@
 namespace kozor::test {
 namespace {
 
-using SearchContract = ContractTest;
+using PlatformSearchContract = ContractTest;
 
-TEST_F(SearchContract, EntriesComeByNameWithoutRegardToCase) {
+TEST_F(PlatformSearchContract, EntriesComeByNameWithoutRegardToCase) {
   for (const char* name : {"b.txt", "A.TXT", "c", "_x", "B2", "a1", "Z"}) folder.Write(name, "");
   folder.MakeDirectory("aa");
   EXPECT_EQ(Search(folder.Path("*")), Search(folder.Path("*.*")));
@@ -15,7 +15,7 @@ TEST_F(SearchContract, EntriesComeByNameWithoutRegardToCase) {
 }
 
 // The rules themselves have a table in WildCardTest; these show that the real calls keep them.
-TEST_F(SearchContract, WildCardsFollowTheRealRules) {
+TEST_F(PlatformSearchContract, WildCardsFollowTheRealRules) {
   if (UnderWine()) GTEST_SKIP() << "Wine 8 takes a question mark for any one character";
   for (const char* name : {"a", "ab", "a.b", "abc.txt", "a.b.txt"}) folder.Write(name, "");
   const std::pair<const char*, Names> rows[] = {{"*.*", {"a", "a.b", "a.b.txt", "ab", "abc.txt"}},
@@ -29,7 +29,7 @@ TEST_F(SearchContract, WildCardsFollowTheRealRules) {
   }
 }
 
-TEST_F(SearchContract, FailuresTellWhatIsMissing) {
+TEST_F(PlatformSearchContract, FailuresTellWhatIsMissing) {
   folder.MakeDirectory("empty");
   const std::pair<std::string, DWORD> rows[] = {{folder.Path("*.x"), ERROR_FILE_NOT_FOUND},
                                                 {folder.Path("none\\*"), ERROR_PATH_NOT_FOUND},
@@ -44,14 +44,14 @@ TEST_F(SearchContract, FailuresTellWhatIsMissing) {
   }
 }
 
-TEST_F(SearchContract, DotsNameTheDirectoryItself) {
+TEST_F(PlatformSearchContract, DotsNameTheDirectoryItself) {
   folder.MakeDirectory("d");
   EXPECT_EQ(Search(folder.Path("d\\.")), Names{"d"});
   EXPECT_EQ(Search(folder.Path("d\\e\\..")), Names{"d"});
   EXPECT_EQ(Search(folder.Path("d\\*")), (Names{".", ".."}));
 }
 
-TEST_F(SearchContract, FilesMayGoWhileASearchIsUnderWay) {
+TEST_F(PlatformSearchContract, FilesMayGoWhileASearchIsUnderWay) {
   for (const char* name : {"xa", "xb", "xc"}) folder.Write(name, "");
   WIN32_FIND_DATAA data;
   const HANDLE find = FindFirstFileA(folder.Path("x?").c_str(), &data);

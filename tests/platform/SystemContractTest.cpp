@@ -5,7 +5,7 @@
 namespace kozor::test {
 namespace {
 
-TEST(ModuleContract, LoadsAreCountedAndFailuresToldApart) {
+TEST(PlatformModuleContract, LoadsAreCountedAndFailuresToldApart) {
   const HMODULE first = LoadLibraryA("KERNEL32.DLL");
   const HMODULE second = LoadLibraryA("kernel32");
   ASSERT_NE(first, nullptr);
@@ -21,7 +21,7 @@ TEST(ModuleContract, LoadsAreCountedAndFailuresToldApart) {
   EXPECT_FAILS_WITH(ERROR_BAD_EXE_FORMAT, LoadLibraryA(folder.Path("bad").c_str()) == nullptr);
 }
 
-TEST(DiskContract, BothCallsMeasureTheSameDisk) {
+TEST(PlatformDiskContract, BothCallsMeasureTheSameDisk) {
   ULARGE_INTEGER free;
   ULARGE_INTEGER total;
   ULARGE_INTEGER allFree;
@@ -39,7 +39,7 @@ TEST(DiskContract, BothCallsMeasureTheSameDisk) {
   EXPECT_LE(freeClusters, totalClusters);
 }
 
-TEST(TimeContract, DosTimesCountEvenSecondsFrom1980) {
+TEST(PlatformTimeContract, DosTimesCountEvenSecondsFrom1980) {
   FILETIME time;
   DosTime back;
   for (const DosTime dos : {kFirstDosTime, DosTime{0x285D, 0xBF7D}, kLastDosTime}) {
@@ -72,7 +72,7 @@ TEST(TimeContract, DosTimesCountEvenSecondsFrom1980) {
   }
 }
 
-TEST(TimeContract, LocalTimesGoThereAndComeBack) {
+TEST(PlatformTimeContract, LocalTimesGoThereAndComeBack) {
   FILETIME now;
   FILETIME local;
   FILETIME back;

@@ -90,7 +90,7 @@ std::vector<std::string_view> Words(std::string_view text) {
   return words;
 }
 
-TEST(WildCard, FollowsTheRulesOfTheFindCalls) {
+TEST(PlatformWildCard, FollowsTheRulesOfTheFindCalls) {
   for (const Row& row : kRows) {
     const WildCard mask(UpperKey(row.mask));
     for (const auto name : Words(row.matches)) {
@@ -102,7 +102,7 @@ TEST(WildCard, FollowsTheRulesOfTheFindCalls) {
   }
 }
 
-TEST(WildCard, ManyStarsCostNoMoreThanLengthTimesLength) {
+TEST(PlatformWildCard, ManyStarsCostNoMoreThanLengthTimesLength) {
   const std::u16string name(1000, u'a');
   std::u16string mask;
   for (int i = 0; i < 250; ++i) mask += u"*a";

@@ -8,13 +8,13 @@ namespace {
 
 namespace fs = std::filesystem;
 
-class ConvertTest : public SfxTest {
+class SfxConvert : public SfxTest {
  protected:
-  ConvertTest() { EXPECT_EQ(Compress("a.lzh", "notes.txt", TextBytes(600'000)), 0); }
+  SfxConvert() { EXPECT_EQ(Compress("a.lzh", "notes.txt", TextBytes(600'000)), 0); }
 };
 
 // What stands behind the end mark stays out, and an end mark that is missing comes in.
-TEST_F(ConvertTest, PutsTheStubBeforeTheUnchangedArchive) {
+TEST_F(SfxConvert, PutsTheStubBeforeTheUnchangedArchive) {
   const Bytes archive = folder.ReadFile("a.lzh");
   const Bytes program = Join({{sfx::Stub().begin(), sfx::Stub().end()}, archive});
   for (const Bytes& given :
@@ -27,7 +27,7 @@ TEST_F(ConvertTest, PutsTheStubBeforeTheUnchangedArchive) {
   EXPECT_EQ(folder.List(), (std::vector<std::string>{"a.lzh", "a.run", "out/"}));
 }
 
-TEST_F(ConvertTest, FindsItsTargetByTheSecondOperand) {
+TEST_F(SfxConvert, FindsItsTargetByTheSecondOperand) {
   fs::create_directories(folder.Path("dir.d"));
   for (const char* name : {"dir.d/plain", "dir.d/two.dots.lzh"}) {
     fs::copy_file(folder.Path("a.lzh"), folder.Path(name));
@@ -49,7 +49,7 @@ TEST_F(ConvertTest, FindsItsTargetByTheSecondOperand) {
   }
 }
 
-TEST_F(ConvertTest, MayBeRunByThoseWhoMayReadTheArchive) {
+TEST_F(SfxConvert, MayBeRunByThoseWhoMayReadTheArchive) {
   using fs::perms;
   const mode_t before = ::umask(022);
   fs::permissions(folder.Path("a.lzh"), perms(0644));
@@ -62,7 +62,7 @@ TEST_F(ConvertTest, MayBeRunByThoseWhoMayReadTheArchive) {
   EXPECT_EQ(fs::status(folder.Path("a.run")).permissions(), perms(0700));
 }
 
-TEST_F(ConvertTest, FailsWithACodeAndLeavesEverythingAsItWas) {
+TEST_F(SfxConvert, FailsWithACodeAndLeavesEverythingAsItWas) {
   ASSERT_EQ(ConvertBeside("a.lzh"), 0);
   const Bytes archive = folder.ReadFile("a.lzh");
   folder.WriteFile("cut.lzh", Bytes(archive.begin(), archive.end() - 100));
@@ -95,7 +95,7 @@ TEST_F(ConvertTest, FailsWithACodeAndLeavesEverythingAsItWas) {
   EXPECT_EQ(folder.ReadFile("kept.run").size(), 8U);
 }
 
-TEST_F(ConvertTest, CanBeStoppedAtEveryReport) {
+TEST_F(SfxConvert, CanBeStoppedAtEveryReport) {
   folder.WriteFile("a.run", "what was there");
   int stopAt = 1;
   int reports = 0;
@@ -108,7 +108,7 @@ TEST_F(ConvertTest, CanBeStoppedAtEveryReport) {
   EXPECT_EQ(Run("a.run", "$RUN -t").status, 0);
 }
 
-TEST_F(ConvertTest, MakesAnArchiveForEveryCall) {
+TEST_F(SfxConvert, MakesAnArchiveForEveryCall) {
   ASSERT_EQ(ConvertBeside("a.lzh"), 0);
   EXPECT_EQ(engine.CheckArchive(folder.Lib("a.run").c_str(), 0), 1);
   EXPECT_EQ(Names("a.run"), std::vector<std::string>{"notes.txt"});

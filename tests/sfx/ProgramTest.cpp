@@ -11,9 +11,9 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::Not;
 
-using ProgramTest = SfxTest;
+using SfxProgram = SfxTest;
 
-TEST_F(ProgramTest, BringsATreeBack) {
+TEST_F(SfxProgram, BringsATreeBack) {
   const CodePageScope utf8(65001);
   MakeTree(folder, "tree",
            {{"a.txt", 300'000},
@@ -41,7 +41,7 @@ TEST_F(ProgramTest, BringsATreeBack) {
             fs::perms::none);
 }
 
-TEST_F(ProgramTest, ReadsHeadersOfEveryLevel) {
+TEST_F(SfxProgram, ReadsHeadersOfEveryLevel) {
   constexpr std::uint32_t kDosTime = 0x3C210000;  // 2010-01-01 00:00:00
   MakeProgram("a.run", RawArchive({{.level = 0, .name = "d\\0", .contents = "x", .time = kDosTime},
                                    {.level = 1, .name = "1", .contents = "x", .time = kDosTime},
@@ -56,7 +56,7 @@ TEST_F(ProgramTest, ReadsHeadersOfEveryLevel) {
   EXPECT_THAT(folder.List("out"), ElementsAre("1", "2", "3", "d/", "d/0"));
 }
 
-TEST_F(ProgramTest, OverwritesOnlyWhenToldTo) {
+TEST_F(SfxProgram, OverwritesOnlyWhenToldTo) {
   MakeProgram("a.run", RawArchive({{.name = "a", .contents = "new"}, {.name = "b"}}));
   folder.WriteFile("out/a", "old one");
   const CommandResult refused = Run("a.run");
@@ -69,7 +69,7 @@ TEST_F(ProgramTest, OverwritesOnlyWhenToldTo) {
   EXPECT_THAT(folder.List("out"), ElementsAre("a", "b"));
 }
 
-TEST_F(ProgramTest, RefusesNamesThatLeadOut) {
+TEST_F(SfxProgram, RefusesNamesThatLeadOut) {
   const struct {
     const char* name;
     const char* withRooted;  // where -r puts it; empty when that is refused, too
@@ -91,7 +91,7 @@ TEST_F(ProgramTest, RefusesNamesThatLeadOut) {
   }
 }
 
-TEST_F(ProgramTest, NeverGoesThroughALink) {
+TEST_F(SfxProgram, NeverGoesThroughALink) {
   fs::create_directories(folder.Path("outside"));
   folder.WriteFile("outside/kept", "kept");
   fs::create_symlink("../outside", folder.Path("out/dir"));
@@ -111,7 +111,7 @@ TEST_F(ProgramTest, NeverGoesThroughALink) {
   EXPECT_FALSE(fs::is_symlink(folder.Path("out/dangling")));
 }
 
-TEST_F(ProgramTest, NamesWhatItCannotExtract) {
+TEST_F(SfxProgram, NamesWhatItCannotExtract) {
   const RawExtension link{0x50, {'\xFF', '\xA1'}};
   RawMember wrong{.name = "wrong", .contents = "x", .method = "-lh5-"};
   MakeProgram("a.run", RawArchive({wrong,
@@ -131,7 +131,7 @@ TEST_F(ProgramTest, NamesWhatItCannotExtract) {
 }
 
 // Every byte damaged in turn, and the program cut at every place.
-TEST_F(ProgramTest, NeverLeavesDamagedContents) {
+TEST_F(SfxProgram, NeverLeavesDamagedContents) {
   const Bytes contents = TextBytes(50);
   ASSERT_EQ(Compress("a.lzh", "a", contents), 0);
   const Bytes archive = folder.ReadFile("a.lzh");
@@ -152,7 +152,7 @@ TEST_F(ProgramTest, NeverLeavesDamagedContents) {
   }
 }
 
-TEST_F(ProgramTest, UnderstandsItsCommandLineOrSaysSo) {
+TEST_F(SfxProgram, UnderstandsItsCommandLineOrSaysSo) {
   MakeProgram("a.run", RawArchive({{.name = "a"}}));
   const struct {
     const char* command;

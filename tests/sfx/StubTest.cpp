@@ -10,9 +10,9 @@
 namespace kozor::test {
 namespace {
 
-using StubTest = SfxTest;
+using SfxStub = SfxTest;
 
-TEST_F(StubTest, IsSmallAndNeedsNothing) {
+TEST_F(SfxStub, IsSmallAndNeedsNothing) {
   const auto stub = sfx::Stub();
   EXPECT_LT(stub.size(), 64U << 10);
   Elf64_Ehdr header;
@@ -28,7 +28,7 @@ TEST_F(StubTest, IsSmallAndNeedsNothing) {
 }
 
 // Neither for us nor for programs that only look at the id.
-TEST_F(StubTest, HoldsNothingThatLooksLikeAHeader) {
+TEST_F(SfxStub, HoldsNothingThatLooksLikeAHeader) {
   const auto stub = sfx::Stub();
   const Bytes whole = Join({{stub.begin(), stub.end()}, RawArchive({{.name = "a.txt"}})});
   for (std::size_t at = 0; at < stub.size(); ++at) {
@@ -43,7 +43,7 @@ TEST_F(StubTest, HoldsNothingThatLooksLikeAHeader) {
   EXPECT_EQ(container::FindFirstHeader(source), stub.size());
 }
 
-TEST_F(StubTest, IsPassedOverByOtherPrograms) {
+TEST_F(SfxStub, IsPassedOverByOtherPrograms) {
   MakeTree(folder, "tree", {{"a.txt", 20'000}, {"sub/b.bin", 300}});
   ASSERT_EQ(AddTree("a.lzh", "tree"), 0);
   ASSERT_EQ(ConvertBeside("a.lzh"), 0);

@@ -11,7 +11,7 @@ namespace {
 constexpr std::uint32_t kDiskBytes = 128 * 1024;
 constexpr std::uint32_t kCluster = 4096;
 
-class RealMedia : public VolumeTest {
+class VolumeMedia : public VolumeTest {
  protected:
   void SetUp() override {
     if (geteuid() != 0) GTEST_SKIP() << "only root can mount the disks";
@@ -37,7 +37,7 @@ class RealMedia : public VolumeTest {
   }
 };
 
-TEST_F(RealMedia, SpaceIsWhatAFileThereCanTake) {
+TEST_F(VolumeMedia, SpaceIsWhatAFileThereCanTake) {
   EXPECT_EQ(volumes.DefaultSpace("A:\\set.vol"), kDiskBytes);
   EXPECT_EQ(volumes.DefaultSpace("A:"), kDiskBytes);
   EXPECT_EQ(volumes.DefaultSpace("A:\\new\\sub\\set.vol"), kDiskBytes - 2 * kCluster);
@@ -54,7 +54,7 @@ TEST_F(RealMedia, SpaceIsWhatAFileThereCanTake) {
   EXPECT_EQ(volumes.DefaultSpace("A:\\new\\one"), 0U);
 }
 
-TEST_F(RealMedia, ASetFillsOneDiskAndGoesOnOnTheOther) {
+TEST_F(VolumeMedia, ASetFillsOneDiskAndGoesOnOnTheOther) {
   MakeTree(folder, "source", {{"a", 150'000}, {"b", 50'000}});
   ASSERT_EQ(BackupToDisks(), ZorErrorNone);
   EXPECT_EQ(std::filesystem::file_size(folder.Path("A/backup/set.vol")), kDiskBytes - kCluster);
@@ -65,7 +65,7 @@ TEST_F(RealMedia, ASetFillsOneDiskAndGoesOnOnTheOther) {
   EXPECT_EQ(std::filesystem::file_size(folder.Path("A/backup/set.vol")), kDiskBytes);
 }
 
-TEST_F(RealMedia, FullDisksEndBackupAndRestoreWithDiskFull) {
+TEST_F(VolumeMedia, FullDisksEndBackupAndRestoreWithDiskFull) {
   MakeTree(folder, "source", {{"a", 1000}, {"b", 150'000}});
   ASSERT_EQ(Backup(), ZorErrorNone);
   EXPECT_EQ(Restore("B:"), ZorErrorDiskFull);

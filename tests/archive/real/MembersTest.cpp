@@ -8,7 +8,7 @@ namespace {
 
 using testing::ElementsAre;
 
-class Members : public RealArchiveTest {
+class ArchiveMembers : public ArchiveReal {
  protected:
   int Store(const std::string& name, const Bytes& bytes) {
     return archive.CompressMem(path.c_str(), name.c_str(), bytes.data(),
@@ -28,10 +28,10 @@ class Members : public RealArchiveTest {
   int Delete(std::initializer_list<std::string> masks) {
     return archive.Delete(Selection("", masks), path.c_str());
   }
-  std::vector<std::string> Names() const { return RealArchiveTest::Members(); }
+  std::vector<std::string> Names() const { return ArchiveReal::Members(); }
 };
 
-TEST_F(Members, ComeBackFromMemoryAtEverySize) {
+TEST_F(ArchiveMembers, ComeBackFromMemoryAtEverySize) {
   archive.SetOverwriteMode(1);
   for (const std::size_t size : {0U, 1U, 65'535U, 65'536U, 20U << 20}) {
     SCOPED_TRACE(size);
@@ -52,7 +52,7 @@ TEST_F(Members, ComeBackFromMemoryAtEverySize) {
   ExpectNoLeftovers();
 }
 
-TEST_F(Members, AreFoundAndDeletedByOddNames) {
+TEST_F(ArchiveMembers, AreFoundAndDeletedByOddNames) {
   const char* const names[] = {"-x", "@y", "a b.txt", "dir\\\x83\x5C.txt", "\x95\x5C\\z", "keep"};
   for (const char* name : names) ASSERT_EQ(Store(name, TextBytes(10)), 1) << name;
   EXPECT_THAT(Names(), testing::ElementsAreArray(names));
@@ -66,7 +66,7 @@ TEST_F(Members, AreFoundAndDeletedByOddNames) {
   EXPECT_THAT(Names(), ElementsAre("keep"));
 }
 
-TEST_F(Members, AreSelectedByMasksAndExclusions) {
+TEST_F(ArchiveMembers, AreSelectedByMasksAndExclusions) {
   for (const char* name : {"a.txt", "b.tmp", "sub\\c.txt", "sub\\d.tmp"}) {
     ASSERT_EQ(Store(name, TextBytes(10)), 1);
   }
@@ -79,7 +79,7 @@ TEST_F(Members, AreSelectedByMasksAndExclusions) {
   EXPECT_FALSE(folder.Exists("a.lzh"));
 }
 
-TEST_F(Members, AreNotFoundInWhatIsNoArchive) {
+TEST_F(ArchiveMembers, AreNotFoundInWhatIsNoArchive) {
   folder.WriteFile("a.lzh", TextBytes(1000));
   EXPECT_EQ(archive.IsArchive(path.c_str()), 0);
   EXPECT_EQ(archive.GetError(), ZorErrorNone);

@@ -34,9 +34,9 @@ class StoppableArchive : public ZorArchive {
   }
 };
 
-class RealArchiveTest : public testing::Test {
+class ArchiveReal : public testing::Test {
  protected:
-  RealArchiveTest() : path(Lib("a.lzh")) {
+  ArchiveReal() : path(Lib("a.lzh")) {
     EXPECT_EQ(archive.IsEnabled(), 1) << "UNLHA32.DLL must stand beside this program";
   }
 

@@ -10,9 +10,9 @@ using testing::ElementsAre;
 
 // A tree of the sizes and names that go wrong: nothing, one byte, the limits of a window, blanks, a
 // leading '-' and '@', characters with the trail byte 0x5C (U+8868, U+30BD).
-class RoundTrip : public RealArchiveTest, public testing::WithParamInterface<unsigned int> {
+class ArchiveRoundTrip : public ArchiveReal, public testing::WithParamInterface<unsigned int> {
  protected:
-  RoundTrip() {
+  ArchiveRoundTrip() {
     MakeTree(folder, "src",
              {{"a.txt", 10},
               {"empty", 0},
@@ -36,14 +36,14 @@ class RoundTrip : public RealArchiveTest, public testing::WithParamInterface<uns
   const CodePageScope codePage{GetParam()};
 };
 
-INSTANTIATE_TEST_SUITE_P(CodePage, RoundTrip, testing::Values(932U, 65001U));
+INSTANTIATE_TEST_SUITE_P(CodePage, ArchiveRoundTrip, testing::Values(932U, 65001U));
 
-TEST_P(RoundTrip, GivesTheSameTreeByOneLinePerFile) {
+TEST_P(ArchiveRoundTrip, GivesTheSameTreeByOneLinePerFile) {
   EXPECT_EQ(Compress(), 1) << archive.GetError();
   ExpectTheTreeBack();
 }
 
-TEST_P(RoundTrip, GivesTheSameTreeByAResponseFile) {
+TEST_P(ArchiveRoundTrip, GivesTheSameTreeByAResponseFile) {
   folder.WriteFile("work/keep", "");
   archive.SetWorkDirectory(Lib("work").c_str());
   EXPECT_EQ(Compress(), 1) << archive.GetError();
@@ -51,7 +51,7 @@ TEST_P(RoundTrip, GivesTheSameTreeByAResponseFile) {
   EXPECT_THAT(folder.List("work"), ElementsAre("keep"));
 }
 
-TEST_P(RoundTrip, GivesTheSameTreeWithDirectoriesByCompressDir) {
+TEST_P(ArchiveRoundTrip, GivesTheSameTreeWithDirectoriesByCompressDir) {
   std::filesystem::create_directories(folder.Path("src/empty directory"));
   EXPECT_EQ(archive.CompressDir(Lib("src").c_str(), path.c_str(), 0), 1);
   ExpectTheTreeBack();
@@ -62,7 +62,7 @@ TEST_P(RoundTrip, GivesTheSameTreeWithDirectoriesByCompressDir) {
 }
 
 // Into an archive that stands in the base directory goes everything but the archive.
-TEST_F(RealArchiveTest, AnArchiveInItsBaseDirectoryTakesEveryOtherFile) {
+TEST_F(ArchiveReal, AnArchiveInItsBaseDirectoryTakesEveryOtherFile) {
   MakeTree(folder, "base", {{"a.txt", 10}, {"m", 70'000}, {"sub/z", 30}});
   folder.WriteFile("work/keep", "");
   archive.SetOverwriteMode(1);
@@ -81,9 +81,11 @@ TEST_F(RealArchiveTest, AnArchiveInItsBaseDirectoryTakesEveryOtherFile) {
   }
 }
 
-class Cancel : public RealArchiveTest {
+class ArchiveCancel : public ArchiveReal {
  protected:
-  Cancel() { MakeTree(folder, "src", {{"a.txt", 100}, {"big", 600'000}, {"sub/c", 1}, {"e", 0}}); }
+  ArchiveCancel() {
+    MakeTree(folder, "src", {{"a.txt", 100}, {"big", 600'000}, {"sub/c", 1}, {"e", 0}});
+  }
 
   // Stops an operation at each of its reports in turn and looks at what that leaves.  The last
   // report can't stop anything.
@@ -115,7 +117,7 @@ class Cancel : public RealArchiveTest {
   }
 };
 
-TEST_F(Cancel, LeavesWholeMembersWhereverAddingIsStopped) {
+TEST_F(ArchiveCancel, LeavesWholeMembersWhereverAddingIsStopped) {
   MakeTree(folder, "old", {{"old.txt", 5000}});
   ASSERT_EQ(archive.Compress(Selection(Lib("old"), {"*.*"}), path.c_str(), 0, 0), 1);
   const Bytes before = folder.ReadFile("a.lzh");
@@ -135,7 +137,7 @@ TEST_F(Cancel, LeavesWholeMembersWhereverAddingIsStopped) {
   }
 }
 
-TEST_F(Cancel, LeavesWholeFilesWhereverExtractingIsStopped) {
+TEST_F(ArchiveCancel, LeavesWholeFilesWhereverExtractingIsStopped) {
   ASSERT_EQ(Compress(), 1);
   const auto extract = [&](StoppableArchive& stoppable) {
     std::filesystem::remove_all(folder.Path("out"));

@@ -6,7 +6,7 @@
 namespace kozor::test {
 namespace {
 
-class Scale : public RealArchiveTest {
+class ArchiveScale : public ArchiveReal {
  protected:
   using Steps = std::vector<std::function<int()>>;
 
@@ -46,7 +46,7 @@ class Scale : public RealArchiveTest {
   }
 };
 
-TEST_F(Scale, TenThousandFilesByAResponseFileCostInProportion) {
+TEST_F(ArchiveScale, TenThousandFilesByAResponseFileCostInProportion) {
   folder.WriteFile("work/keep", "");
   archive.SetWorkDirectory(Lib("work").c_str());
   ExpectProportion(1000, {add, replace, extract, deleteFifth});
