@@ -29,11 +29,6 @@ using ItemCode = HuffmanTable<Scheme::kItems, 11, Scheme::ItemExtraBits>;
 template <typename Scheme>
 using DistanceCode = HuffmanTable<Scheme::kDistances, 8, Scheme::DistanceExtraBits>;
 
-// The first `count` of left-aligned bits as a number.
-constexpr std::size_t Leading(std::uint64_t bits, unsigned count) {
-  return static_cast<std::size_t>((bits >> 1) >> (63 - count));
-}
-
 // The heads of blocks of lh4 to lh7 and lhx: a tree code writes the lengths of the item code.
 class LhHead {
  public:
@@ -154,6 +149,11 @@ struct LhScheme : LhHead {
 };
 
 #ifndef KOZOR_SMALL_CODEC
+
+// The first `count` of left-aligned bits as a number.
+constexpr std::size_t Leading(std::uint64_t bits, unsigned count) {
+  return static_cast<std::size_t>((bits >> 1) >> (63 - count));
+}
 
 // The other scheme under the id of lh7: the same heads, but lengths and distances in size classes,
 // four classes of lengths and two of distances for each number of extra bits.
