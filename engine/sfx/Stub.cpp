@@ -12,9 +12,6 @@ asm(R"(
 kozorStubBegin:
   .incbin ")" KOZOR_STUB_FILE R"("
 kozorStubEnd:
-  .if kozorStubEnd - kozorStubBegin >= 0x10000
-  .error "the stub is too large: programs look for an archive in the first 64 KiB of a file"
-  .endif
   .popsection
 )");
 
