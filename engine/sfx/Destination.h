@@ -62,13 +62,13 @@ class NewFile {
   NewFile(const NewFile&) = delete;
   NewFile& operator=(const NewFile&) = delete;
 
-  enum class Access { readWrite, readOnly };  // of the finished file; the process's mask applies
+  enum class Access { ReadWrite, ReadOnly };  // of the finished file; the process's mask applies
   // Makes the file and reserves its room, so that a full disk shows here.
   long Create(const Place& wanted, std::uint64_t bytes, Access access);
   // The contents.
   std::span<std::uint8_t> Contents() const { return contents; }
 
-  enum class Existing { stays, isReplaced };
+  enum class Existing { Stays, IsReplaced };
   // Gives the file its time and its name, in one step.  -EEXIST when something stands there and is
   // to stay.
   long Publish(std::uint64_t fileTime, Existing existing);

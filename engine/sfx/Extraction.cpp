@@ -58,11 +58,11 @@ std::string Extraction::TryToExtract(const Entry& entry, const MemberHeader& hea
 std::string Extraction::ExtractFile(const Place& place, const Entry& entry,
                                     const MemberHeader& header, ByteSpan packed) const {
   constexpr const char* kNotOverwritten = "exists already, not overwritten (see -o)";
-  const bool mayReplace = rules.existing == NewFile::Existing::isReplaced;
+  const bool mayReplace = rules.existing == NewFile::Existing::IsReplaced;
   if (!mayReplace && IsTaken(place)) return kNotOverwritten;
   if (const char* fault = FaultOf(header)) return fault;
   NewFile file;
-  const auto access = entry.isReadOnly ? NewFile::Access::readOnly : NewFile::Access::readWrite;
+  const auto access = entry.isReadOnly ? NewFile::Access::ReadOnly : NewFile::Access::ReadWrite;
   long error = file.Create(place, header.originalBytes, access);
   if (error < 0) return Reason(error);
   if (const char* fault = UnpackInto(file.Contents(), header, packed)) return fault;

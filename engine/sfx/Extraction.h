@@ -12,7 +12,7 @@
 namespace kozor::sfx {
 
 struct ExtractionRules {
-  NewFile::Existing existing = NewFile::Existing::stays;
+  NewFile::Existing existing = NewFile::Existing::Stays;
   bool takesRooted = false;  // names that begin at the root are taken from the destination on
 };
 

@@ -37,10 +37,10 @@ current directory.  It overwrites nothing, and writes nothing outside.
 It ends with 0 when all went well, 1 when anything failed, 2 when it doesn't
 understand its command line.)";
 
-enum class Task { extract, list, test, help };
+enum class Task { Extract, List, Test, Help };
 
 struct Options {
-  Task task = Task::extract;
+  Task task = Task::Extract;
   ExtractionRules rules;
   std::string_view directory = ".";
 };
@@ -56,15 +56,15 @@ bool ReadOptions(std::span<const char* const> words, Options& options) {
       options.directory = word;
       ++directories;
     } else if (word == "-l") {
-      options.task = Task::list;
+      options.task = Task::List;
     } else if (word == "-t") {
-      options.task = Task::test;
+      options.task = Task::Test;
     } else if (word == "-o") {
-      options.rules.existing = NewFile::Existing::isReplaced;
+      options.rules.existing = NewFile::Existing::IsReplaced;
     } else if (word == "-r") {
       options.rules.takesRooted = true;
     } else if (word == "--help") {
-      options.task = Task::help;
+      options.task = Task::Help;
       return true;
     } else {
       Complain({"unknown option ", Visible(word), " (see --help)"});
@@ -161,11 +161,11 @@ bool Perform(const Options& options, ByteSpan program) {
   bool isWhole = false;
   std::string_view done;
   switch (options.task) {
-    case Task::list:
+    case Task::List:
       isWhole = ListAll(program, tally);
       done = "";
       break;
-    case Task::test:
+    case Task::Test:
       isWhole = TestAll(program, tally);
       done = " good";
       break;
@@ -189,7 +189,7 @@ int RunProgram(std::span<const char* const> words) {
 
   Options options;
   if (!ReadOptions(words.subspan(words.empty() ? 0 : 1), options)) return 2;
-  if (options.task == Task::help) {
+  if (options.task == Task::Help) {
     Say({"Usage: ", Visible(name), " ", kHelp});
     return FlushOutput() ? 0 : 1;
   }

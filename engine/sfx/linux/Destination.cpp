@@ -107,7 +107,7 @@ NewFile::~NewFile() {
 
 long NewFile::Create(const Place& wanted, std::uint64_t bytes, Access access) {
   place = wanted;
-  const unsigned mode = access == Access::readOnly ? 0444 : 0666;
+  const unsigned mode = access == Access::ReadOnly ? 0444 : 0666;
   for (std::uint64_t number = 0; file < 0; ++number) {
     temporaryName = Join({".kozor-", Decimal(static_cast<std::uint64_t>(host::ProcessId())), "-",
                           Decimal(number), ".tmp"});
@@ -156,7 +156,7 @@ long NewFile::Publish(std::uint64_t fileTime, Existing existing) {
 long NewFile::TakeName(Existing existing) {
   const char* const from = temporaryName.c_str();
   const char* const to = place.name.c_str();
-  if (existing == Existing::isReplaced) return host::RenameAt(place.directory, from, to, 0);
+  if (existing == Existing::IsReplaced) return host::RenameAt(place.directory, from, to, 0);
   const long renamed = host::RenameAt(place.directory, from, to, RENAME_NOREPLACE);
   if (renamed != -EINVAL && renamed != -ENOSYS) return renamed;
   const long linked = host::LinkAt(place.directory, from, to);
