@@ -131,9 +131,10 @@ class CatalogueRestore {
       if (!goesOn) Volume(file.volume);
       Try(file.name, [&] { RestoreFile(file, goesOn); });
     }
-    for (const auto& [linkName, link] : links) {
-      const Item item = {linkName, 0, link->time};
-      Try(linkName, [&] { delivery.MakeLink(item, link->target, FileTimeOfUnix(link->time)); });
+    for (const auto& [linkName, found] : links) {
+      const CatalogueLink& link = *found;
+      const Item item = {linkName, 0, link.time};
+      Try(linkName, [&] { delivery.MakeLink(item, link.target, FileTimeOfUnix(link.time)); });
     }
     for (auto folder = catalogue.folders.rbegin(); folder != catalogue.folders.rend(); ++folder) {
       if (!wanted(folder->name)) continue;
