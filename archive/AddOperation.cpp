@@ -1,4 +1,4 @@
-// AddOperation.cpp - the old archive, names that are in it, temporaries, the line's head.
+// AddOperation.cpp - the old archive and the names in it, temporaries, the head of a command line.
 #include "archive/AddOperation.h"
 
 #include "ZorFileServices.h"

@@ -1,4 +1,4 @@
-// Archive.cpp - the archive object: its life, its settings, and the two simplest questions.
+// Archive.cpp - the archive object: construction, settings, IsEnabled and IsArchive.
 #include <utility>
 
 #include "ZorArchive.h"
@@ -21,7 +21,7 @@ ZorArchive::ZorArchive()
 ZorArchive::ZorArchive(const ZorArchive& other) = default;
 ZorArchive& ZorArchive::operator=(const ZorArchive& other) = default;
 
-// Destroying any object, even a copy, leaves the callbacks without one: so the interface has it.
+// Fixed by the interface: destroying any object, even a copy, detaches the callbacks.
 ZorArchive::~ZorArchive() {
   ths = nullptr;
 }

@@ -1,7 +1,6 @@
 // ArchiveSearch.cpp - opens an archive, searches it and closes it.
 //
-// The archiver decides how a search text matches; what masks, their order and exclusion mean is
-// decided here.
+// The archiver matches a search text; masks, their order and exclusion are evaluated here.
 #include "archive/ArchiveSearch.h"
 
 #include <algorithm>
@@ -15,7 +14,7 @@ namespace {
 
 constexpr int kFound = 0;
 
-// The text to search for: the mask without its root, "*.*" in the place of a missing file mask.
+// The text to search for: the mask without its root, with "*.*" for a missing file mask.
 CString SearchText(const char* mask) {
   const char* directory = nullptr;
   const char* fileName = nullptr;
@@ -51,7 +50,7 @@ bool ZorArchiveSearch::Find(const char* name) {
 }
 
 CString ZorArchiveSearch::Name() const {
-  // The text ends within the record, whatever the archiver put there.
+  // Stop at the end of the field: the archiver may have left out the terminator.
   const char* end = std::find(std::begin(record.name), std::end(record.name), '\0');
   std::string name(record.name, end);
   std::replace(name.begin(), name.end(), '/', '\\');
@@ -60,7 +59,7 @@ CString ZorArchiveSearch::Name() const {
 
 ZorError ZorListArchiveMembers(const char* archive, const ZorFind& find, ZorFileList& list,
                                int background) {
-  const ZorEngine engine;  // loaded a second time: the interface wants a listing to stand alone
+  const ZorEngine engine;  // fixed by the interface: a listing loads the archiver again
   if (!engine.IsReady()) return ZorErrorEngineUnavailable;
   CFileStatus status;
   if (!CFile::GetStatus(archive, status)) return ZorErrorArchiveNotFound;

@@ -1,5 +1,5 @@
-// ArchiveSearch.h - searches through an archive, by the archiver's find calls: one at a time, and
-// all that a ZorFind means there.
+// ArchiveSearch.h - searches an archive through the archiver's find calls: a single search, and the
+// evaluation of a ZorFind.
 #pragma once
 
 #include <cstdint>
@@ -13,8 +13,8 @@
 // ready and outlive it.
 class ZorArchiveSearch {
  public:
-  // `background` is the background mode of the object.  `scope` says where masks are looked for,
-  // kZorOpenThisDirectory or kZorOpenSubDirectories; a search for one name needs none.
+  // `background` is the background mode of the object.  `scope` is kZorOpenThisDirectory or
+  // kZorOpenSubDirectories for a search by mask; a search for one name needs none.
   ZorArchiveSearch(const ZorEngine& boundEngine, const char* archive, int background,
                    std::uint32_t scope = 0);
   ~ZorArchiveSearch();
@@ -23,17 +23,17 @@ class ZorArchiveSearch {
 
   bool IsOpen() const { return handle != nullptr; }
 
-  // Find the first and the next member; false when there is none.  Only while open.
+  // Find the first and the next member; false if there is none.  The archive must be open.
   bool First(const char* text);
   bool Next();
-  // The member of exactly this name.
+  // Finds the member of exactly this name.
   bool Find(const char* name);
 
   // The member found last.
   const ZorMemberRecord& Member() const { return record; }
-  // Its name, '\' between directories.
+  // Its name, with '\' between directories.
   CString Name() const;
-  // Its attributes, or -1 when the archiver can't tell them.
+  // Its attributes, or -1 if the archiver doesn't know them.
   int Attribute() const { return engine.UnlhaGetAttribute(handle); }
 
  private:
@@ -43,9 +43,9 @@ class ZorArchiveSearch {
 };
 
 // Appends to `list` the names of the members that `find` selects: mask by mask, and within a mask
-// in the archiver's order.  With more than one mask later duplicates are dropped; so is what
-// exclusion masks found.  Names are compared without case.  The base directory and the attribute
-// filter are ignored.  `background` is the background mode of the calling object.
+// in the archiver's order.  With more than one mask, later duplicates are dropped.  Names that
+// exclusion masks found are removed.  Names are compared without case.  The base directory and the
+// attribute filter are ignored.  `background` is the background mode of the calling object.
 //
 // ZorErrorEngineUnavailable and ZorErrorArchiveNotFound leave `list` alone; after
 // ZorErrorArchiveOpen it holds what the masks before the failing one found.

@@ -1,4 +1,4 @@
-// Compress.cpp - ZorArchive::Compress: a selection on disk goes into an archive.
+// Compress.cpp - ZorArchive::Compress: adds selected files to an archive.
 #include "archive/AddOperation.h"
 #include "files/NameSet.h"
 #include "files/Path.h"
@@ -28,7 +28,7 @@ class CompressOperation final : public ZorAddOperation {
     if (selfExtracting != 0) Convert();
   }
 
-  // Names under the base directory come relative to it.
+  // Names below the base directory are relative to it.
   void SelectFiles() {
     ZorFind filesOnly(find);
     filesOnly.SetAttribute(find.GetAttribute() &
@@ -46,7 +46,7 @@ class CompressOperation final : public ZorAddOperation {
     return false;
   }
 
-  // A response file stands in the work directory, never beside the archive.
+  // A response file is written only to a work directory, never beside the archive.
   void AddFiles() {
     const CString work = ZorDirectoryText(workDirectory);
     if (MayUseResponseFile() && !work.IsEmpty()) {
@@ -64,7 +64,7 @@ class CompressOperation final : public ZorAddOperation {
     RunCommand(line.ResponseOperand(names.Path()));
   }
 
-  // What went in before a failure stays in the archive.
+  // Files added before a failure stay in the archive.
   void AddOneByOne() {
     for (const CString& name : files) {
       ZorLineBuilder line = ArchiveLine("a");
@@ -73,7 +73,7 @@ class CompressOperation final : public ZorAddOperation {
     }
   }
 
-  // A failure leaves the archive, which is complete by now.
+  // On failure the archive stays; it is complete by now.
   void Convert() {
     ZorLineBuilder line = ZorLineBuilder::Conversion();
     RunSilently(line.Operand(archive).Operand(ArchiveFolder()));

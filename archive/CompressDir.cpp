@@ -14,7 +14,7 @@ class CompressDirOperation final : public ZorAddOperation {
   void Work() override {
     RequireSoundOperand(directory);
     if (append == 0) RemoveOldArchive();
-    Begin(0);  // nobody knows the number of files
+    Begin(0);  // the number of files is unknown
     BeginSweep();
     ZorLineBuilder line = ArchiveLine("a", " -d1");
     RunCommand(line.Operand(ZorDirectoryText(directory)));

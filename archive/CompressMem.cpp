@@ -19,7 +19,7 @@ class CompressMemOperation final : public ZorAddOperation {
 
  private:
   void Work() override {
-    // `long` may be wider than the archiver's count, which must not be cut to a part of the data.
+    // `long` may be wider than the archiver's 32-bit count; truncating it would store only a part.
     if (size > std::numeric_limits<std::uint32_t>::max()) throw ZorFailure{ZorErrorFileFailure};
     RequireSoundOperand(name);
     ZorFileList names;

@@ -16,7 +16,7 @@ class DeleteOperation final : public ZorMemberOperation {
     RunCommand(Line());
   }
 
-  // A single mask goes to the archiver as it is; any other number becomes names first.
+  // A single mask goes to the archiver unchanged; any other number is expanded to names first.
   void SelectMembers() {
     if (find.GetCount() == 1) {
       names.AddTail(find.GetAt(find.GetHeadPosition()));

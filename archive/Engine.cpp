@@ -3,7 +3,7 @@
 
 namespace {
 
-// Sets `entry` to the function of that name, or to null, and tells whether it is there.
+// Sets `entry` to the function of that name, or to null.  Returns whether it was found.
 template <typename Function>
 bool Bind(HMODULE module, const char* name, Function*& entry) {
   // A function pointer type between the two casts: compilers warn of a direct one.

@@ -2,7 +2,7 @@
 //
 // An operation constructs a ZorEngine, which loads the module, binds its thirteen entry points and
 // frees the module when it goes out of scope.  Nothing of it outlives the operation.  Types that
-// cross this border have fixed widths, whatever the width of `long`.
+// cross this boundary have fixed widths, whatever the width of `long`.
 #pragma once
 
 #include <cstddef>
@@ -22,9 +22,9 @@ struct ZorMemberRecord {     // offset
 static_assert(sizeof(ZorMemberRecord) == 560 && offsetof(ZorMemberRecord, date) == 22 &&
               offsetof(ZorMemberRecord, time) == 24 && offsetof(ZorMemberRecord, name) == 26);
 
-// Where the archiver stands, as it tells its callback.
+// The archiver's progress, as it reports it to its callback.
 struct ZorProgressRecord {   // offset
-  std::uint32_t fileSize;    //      0  of the file that it works on, in bytes
+  std::uint32_t fileSize;    //      0  of the current file, in bytes
   std::uint32_t bytesDone;   //      4  of that file
   std::uint8_t unread[516];  //      8
   char fileName[1];          //    524  null-terminated, of any length; '/' may stand for '\'
@@ -41,13 +41,13 @@ constexpr std::uint32_t kZorOpenNotBackground = 4;       // the background mode 
 constexpr std::uint32_t kZorOpenThisDirectory = 0x100;   // searches don't look below a directory
 constexpr std::uint32_t kZorOpenSubDirectories = 0x200;  // searches do
 
-// The value of an archiver's code: 0 for 0, the code less 0x8000 for those of the list, and
-// ZorErrorEngineUnknown for any other, negative ones included.
+// Converts an archiver's code: 0 to 0, a code of the list to the code minus 0x8000, and any other,
+// negative ones included, to ZorErrorEngineUnknown.
 ZorError ZorErrorFromEngine(int code);
 
 class ZorEngine {
  public:
-  // Loads and binds.  The object exists whether that worked or not: ask IsReady.
+  // Loads and binds.  Doesn't throw if that fails: check IsReady.
   ZorEngine();
   virtual ~ZorEngine();
   ZorEngine(const ZorEngine&) = delete;

@@ -1,4 +1,4 @@
-// Extract.cpp - ZorArchive::Extract: selected members become files.
+// Extract.cpp - ZorArchive::Extract: unpacks selected members into files.
 //
 // The archiver isn't told to extract files.  Each member is unpacked straight into a mapped file
 // whose path OnMakeFileName has chosen, so that an application can place, rename or skip each one.
@@ -22,7 +22,7 @@ ZorFailure FailureOf(const ZorMappedFile& file) {
   }
 }
 
-// A member's name from its directory on, without its root.
+// A member's name without its root.
 const char* ShortName(const char* member) {
   const char* directory = nullptr;
   ZorSplitPath(member, nullptr, &directory, nullptr);
@@ -52,12 +52,12 @@ class ExtractOperation final : public ZorUnpackOperation {
     for (const CString& name : names) ExtractMember(name);
   }
 
-  // `name` is an element of `names`, and so outlives the record that refers to it.
+  // `name` is an element of `names`, so it outlives the record's pointer to it.
   void ExtractMember(const CString& name) {
     const ZorLineBuilder line = MemberLine(name);
     const CString path = MakeFileName(destination, ShortName(name));
     FindMember(name);
-    target = path;  // not earlier: till now the record has referred to the last member's
+    target = path;  // only now: until here the record points to the previous one
     BeginMember(target);
     if (!target.IsEmpty()) Unpack(line);
     EndMember();
@@ -69,7 +69,7 @@ class ExtractOperation final : public ZorUnpackOperation {
     std::int32_t time = 0;
     std::uint16_t attribute = 0;
     UnpackInto(line, time, attribute);
-    // The file is closed by now; setting its time earlier would be undone.  Both are best effort.
+    // Best effort, and only after the file is closed: closing it would change its time again.
     ZorSetFileTimeStamp(target, time);
     if (owner.GetExtractFileAttibuteMode() != 0) ZorSetFileAttribute(target, attribute);
   }
@@ -82,7 +82,7 @@ class ExtractOperation final : public ZorUnpackOperation {
       view = file.Map();
     }
     if (view == nullptr) throw FailureOf(file);
-    std::uint32_t written = 0;  // the archiver's result says all that counts
+    std::uint32_t written = 0;  // not needed: the result code is enough
     CallArchiver([&] {
       return engine.UnlhaExtractMem(nullptr, line.Text(), view, file.Capacity(), &time, &attribute,
                                     &written);

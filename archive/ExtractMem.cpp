@@ -1,4 +1,4 @@
-// ExtractMem.cpp - ZorArchive::ExtractMem: one member is unpacked into the caller's memory.
+// ExtractMem.cpp - ZorArchive::ExtractMem: unpacks one member into the caller's memory.
 #include <algorithm>
 #include <cstdint>
 #include <limits>
@@ -15,7 +15,7 @@ class ExtractMemOperation final : public ZorUnpackOperation {
       : ZorUnpackOperation(object, archivePath),
         name(ZorText(memberName)),
         buffer(target),
-        // No member is larger than what the archiver can count, so no more is needed.
+        // The archiver counts in 32 bits, and no member is larger.
         size(static_cast<std::uint32_t>(
             std::min<std::uint64_t>(capacity, std::numeric_limits<std::uint32_t>::max()))) {}
 
@@ -26,7 +26,7 @@ class ExtractMemOperation final : public ZorUnpackOperation {
     FindMember(name);
     BeginMember(name);
     RequireSound(line);
-    std::uint32_t written = 0;  // the archiver's result says all that counts
+    std::uint32_t written = 0;  // not needed: the result code is enough
     CallArchiver([&] {
       return engine.UnlhaExtractMem(nullptr, line.Text(), buffer, size, nullptr, nullptr, &written);
     });

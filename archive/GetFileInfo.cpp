@@ -1,6 +1,6 @@
-// GetFileInfo.cpp - ZorArchive::GetFileInfo: looks one member up.
+// GetFileInfo.cpp - ZorArchive::GetFileInfo: looks up one member.
 //
-// It reports nothing, so it doesn't need the frame of the other operations.
+// It reports no progress, so it doesn't need the frame of the other operations.
 #include "ZorArchive.h"
 #include "archive/ArchiveSearch.h"
 #include "archive/Engine.h"
@@ -9,7 +9,7 @@
 
 namespace {
 
-// A member's time is local; neither conversion's result is tested.
+// A member's time is local.  The results of the conversions are ignored.
 void StoreTime(const ZorMemberRecord& member, FILETIME* time) {
   FILETIME local{};
   DosDateTimeToFileTime(member.date, member.time, &local);

@@ -1,4 +1,4 @@
-// LineBuilder.cpp - the archiver's command lines, piece by piece.
+// LineBuilder.cpp - see LineBuilder.h.
 #include "archive/LineBuilder.h"
 
 #include <cstring>

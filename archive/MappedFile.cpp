@@ -22,7 +22,7 @@ unsigned char* ZorMappedFile::Map() {
 }
 
 bool ZorMappedFile::Open() {
-  // Size and slack together must fit 32 bits; otherwise nothing is touched.
+  // Size and slack together must fit in 32 bits; otherwise the file isn't touched.
   if (size > std::numeric_limits<std::uint32_t>::max() - kSlack) {
     SetLastError(ERROR_NOT_ENOUGH_MEMORY);
     return false;
@@ -40,7 +40,7 @@ ZorMappedFile::~ZorMappedFile() {
   Finish();
 }
 
-// A file can be trimmed only when nothing of it is mapped.
+// A file can't be trimmed while it is mapped.
 bool ZorMappedFile::Finish() {
   if (view != nullptr) UnmapViewOfFile(view);
   view = nullptr;

@@ -5,9 +5,8 @@
 
 #include "platform/classlib/ClassLib.h"
 
-// While mapped the file is kSlack bytes longer than its final size, so that a file of size 0 can be
-// mapped, too.  Finish, or else the end of the object, gives it its size, whatever was written into
-// it.
+// While mapped, the file is kSlack bytes longer than its final size, so that an empty file can be
+// mapped too.  Finish, or else the destructor, cuts it to its final size, whatever was written.
 class ZorMappedFile {
  public:
   static constexpr std::uint32_t kSlack = 1024;
@@ -17,8 +16,8 @@ class ZorMappedFile {
   ZorMappedFile(const ZorMappedFile&) = delete;
   ZorMappedFile& operator=(const ZorMappedFile&) = delete;
 
-  // Makes the file, in the place of one that exists, and returns Capacity() writable bytes.  Null
-  // on failure: SystemError has the cause, and the file stays as far as it was made, untrimmed.
+  // Creates the file, replacing an existing one, and returns Capacity() writable bytes.  Returns
+  // null on failure: SystemError has the cause, and a file already created stays, untrimmed.
   unsigned char* Map();
   // Cuts the slack off and closes the file.  False if either fails: SystemError has the cause.
   bool Finish();

@@ -1,4 +1,4 @@
-// MemberOperation.cpp - finds a member, reports its begin and end, and names it to the archiver.
+// MemberOperation.cpp - finds a member, reports its begin and end, and builds its command line.
 #include "archive/MemberOperation.h"
 
 #include "archive/ArchiveSearch.h"

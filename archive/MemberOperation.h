@@ -1,4 +1,4 @@
-// MemberOperation.h - what the operations on members of an archive that must exist have in common.
+// MemberOperation.h - the common part of operations on members of an existing archive.
 #pragma once
 
 #include "archive/Operation.h"
@@ -12,18 +12,19 @@ class ZorMemberOperation : public ZorOperation {
   void TestArguments() override;
 };
 
-// The steps of unpacking one member.  `name` and `target` live as long as the
-// operation, as the record refers to them.
+// The steps of unpacking one member.  The record points to `name` and `target`, so they must live
+// as long as the operation.
 class ZorUnpackOperation : public ZorMemberOperation {
  protected:
   using ZorMemberOperation::ZorMemberOperation;
 
-  // Looks the member up and fills the record's member fields; ZorErrorArchiveOpen without it.
+  // Looks the member up and fills in the record's member fields.  Throws ZorErrorArchiveOpen if
+  // there is none.
   void FindMember(const char* name);
-  // Reports its begin; `target` is where it goes, in the caller's terms.
+  // Reports its begin; `target` is its destination, as OnAbort sees it.
   void BeginMember(const char* target);
   // Reports its end.
   void EndMember();
-  // The line that unpacks it.
+  // The command line that unpacks it.
   ZorLineBuilder MemberLine(const char* name) const;
 };

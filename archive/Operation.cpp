@@ -1,4 +1,4 @@
-// Operation.cpp - opening and closing steps of the archive operations, and what they do alike.
+// Operation.cpp - the opening, closing and other common steps of the archive operations.
 #include "archive/Operation.h"
 
 #include "files/Path.h"
@@ -17,9 +17,9 @@ int ZorOperation::Run() {
   return owner.IsError();
 }
 
-// Runs a stretch so that the closing steps follow, whatever it throws.  The first failure counts.
-bool ZorOperation::Guarded(const std::function<void()>& stretch) {
-  const ZorOutcome outcome = ZorGuard(stretch);
+// Runs a step and keeps what it throws, so that the closing steps follow.  The first failure wins.
+bool ZorOperation::Guarded(const std::function<void()>& step) {
+  const ZorOutcome outcome = ZorGuard(step);
   if (owner.error == ZorErrorNone) owner.error = outcome.error;
   if (!foreign) foreign = outcome.foreign;
   return outcome.complete;
@@ -44,8 +44,8 @@ void ZorOperation::Open() {
 
 void ZorOperation::Close() {
   owner.progress = nullptr;
-  // An oddity that the interface fixes: a failed argument test leaves the phase at 0, so OnAbort
-  // hears of the end of an operation that never began.
+  // Fixed by the interface: a failed argument test leaves the phase at 0, so OnAbort receives the
+  // end of an operation that never began.
   if (progress.phase != ZorArchive::PhaseIdle) {
     progress.phase = ZorArchive::PhaseEnd;
     Guarded([&] { owner.OnAbort(progress); });

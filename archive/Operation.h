@@ -1,15 +1,15 @@
 // Operation.h - the frame that all archive operations share.
 //
-// Opening: bind the archiver, see that it is free, install the callback.  Closing, on every way
-// out: report the end, sweep, take the callback back, free the archiver, turn the outcome into a
-// result.  An operation derives from the class of its family and says in Work what lies between:
+// Opening: bind the archiver, check that it isn't busy, install the callback.  Closing, on every
+// path: report the end, remove temporaries, remove the callback, free the archiver, turn the
+// outcome into a result.  An operation derives from the class of its family and implements Work:
 //
 //   void Work() override {
 //     Begin(1);
 //     CallArchiver([&] { return engine.Unlha(...); });
 //   }
 //
-// A step that fails, or that OnAbort stops, throws (files/Failure.h), and so ends the operation.
+// A step that fails, or that OnAbort stops, throws (files/Failure.h), which ends the operation.
 #pragma once
 
 #include <exception>
@@ -27,30 +27,30 @@ class ZorOperation {
   ZorOperation(const ZorOperation&) = delete;
   ZorOperation& operator=(const ZorOperation&) = delete;
 
-  // The whole operation.  Returns 1, or 0 with the cause in the object's error.  An exception that
-  // a hook throws and that isn't of the class library is thrown on after the closing steps.
+  // Runs the whole operation.  Returns 1, or 0 with the cause in the object's error.  An exception
+  // of a hook that isn't the class library's is rethrown after the closing steps.
   int Run();
 
  protected:
-  // What differs between writing an archive and the rest: the `kind` of the progress record, the
-  // callback, and whether the cursor mode is set before or after installing it.
+  // Selects what differs between writing an archive and the rest: the `kind` of the progress
+  // record, the callback, and whether the cursor mode is set before or after it is installed.
   enum class Family { Compress, Extract };
 
-  // `archivePath` and `owner` outlive the operation; a null path is an empty one.
+  // `archivePath` and `owner` must outlive the operation; a null path reads as the empty one.
   ZorOperation(Family family, ZorArchive& owner, const char* archivePath);
   virtual ~ZorOperation() = default;
 
-  // The operation's own tests, before anything else; the record is still all zeros then.
+  // The operation's own tests.  They run first, while the record is still all zeros.
   virtual void TestArguments() {}
   virtual void Work() = 0;
 
-  // Calls OnAbort with the record in this phase, and stops the operation if it says so.
+  // Calls OnAbort in this phase; stops the operation if it returns non-zero.
   void Report(ZorArchive::Phase phase);
-  // Reports the begin of work on so many files.
+  // Reports PhaseBegin with this number of files.
   void Begin(int filesTotal);
 
-  // Makes a call that may take long and returns an archiver's code; meanwhile the archiver's own
-  // reports reach OnAbort.  A code other than 0 is a failure.
+  // Calls the archiver and forwards its progress reports to OnAbort meanwhile.  `call` returns the
+  // archiver's code; any but 0 is thrown as a failure.
   template <typename Call>
   void CallArchiver(Call call) {
     owner.progress = &progress;
@@ -59,19 +59,19 @@ class ZorOperation {
     if (progress.thrown) std::rethrow_exception(progress.thrown);
     ZorRequire(ZorErrorFromEngine(code));
   }
-  // Runs a line through Unlha, in that way or without any report.
+  // Run a line through Unlha: by CallArchiver, or without any report.
   void RunCommand(const ZorLineBuilder& line);
   void RunSilently(const ZorLineBuilder& line);
-  // A quote in one of its paths would change the meaning of a line: such a line is refused.
+  // Throws if the line is unsound: a quote in a path would change its meaning.
   static void RequireSound(const ZorLineBuilder& line);
 
-  // What operations may know and ask of their object, whose friend this class alone is.
+  // Access to the object for derived operations: only this class is its friend.
   const char* WorkDirectory() const { return owner.workDirectory; }
   bool MayUseResponseFile() const { return owner.useResponseFile != 0; }
   CString MakeFileName(const char* directory, const char* name) {
     return owner.OnMakeFileName(directory, name);
   }
-  // The piece that a line gets when the object isn't to show itself, else an empty text.
+  // `piece` if the background mode is 0, else the empty text.
   const char* BackgroundPiece(const char* piece) const {
     return owner.backgroundMode == 0 ? piece : "";
   }
@@ -81,12 +81,12 @@ class ZorOperation {
   const char* const archive;
   const ZorEngine engine;
   ZorProgress progress;
-  ZorTempSweep sweep;  // begun by the compress family alone
+  ZorTempSweep sweep;  // begun by the compress family only
 
  private:
   void Open();
   void Close();
-  bool Guarded(const std::function<void()>& stretch);
+  bool Guarded(const std::function<void()>& step);
 
   bool finished = false;
   bool callbackInstalled = false;

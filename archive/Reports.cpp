@@ -1,8 +1,8 @@
 // Reports.cpp - turns the archiver's reports into calls of OnAbort.
 //
-// The archiver knows no object.  Its callbacks find the object through ZorArchive::ths and the
-// record of the running operation through the object's `progress`; without either they let the
-// archiver go on and nobody hears of it.
+// The callbacks get no context from the archiver.  They find the object through ZorArchive::ths and
+// the record of the running operation through the object's `progress`; if either is null they let
+// the archiver go on and report nothing.
 #include "archive/Reports.h"
 
 #include <algorithm>
@@ -14,15 +14,15 @@ constexpr unsigned int kFileStarts = 0;
 constexpr unsigned int kFileRuns = 1;
 constexpr unsigned int kFileEnds = 6;
 
-// What a callback answers.
+// The result of a callback.
 constexpr int kGoOn = 1;
 constexpr int kStop = 0;
 
-// How the record takes a report, and whether OnAbort is to hear of it.
+// Copies a report into the record.  Returns whether OnAbort is called.
 using Take = bool (ZorProgress::*)(unsigned int state, const ZorProgressRecord& report);
 
-// Takes a report and answers the archiver by the result of `onAbort`, which isn't called again once
-// it has thrown.
+// Takes a report, calls `onAbort` if needed and returns the archiver's answer.  Once `onAbort` has
+// thrown, it isn't called again.
 template <typename OnAbort>
 int Answer(ZorProgress& progress, Take take, unsigned int state, const void* report,
            OnAbort onAbort) {
@@ -44,7 +44,8 @@ bool ZorProgress::TakeFileReport(unsigned int state, const ZorProgressRecord& re
       phase = ZorArchive::PhaseFileBegin;
       return false;
     case kFileRuns:
-      // The end of a file has a state of its own; late reports of its progress are ignored.
+      // The end of a file has a state of its own, so a report of progress after it or at 100 % is
+      // ignored.
       if (phase == ZorArchive::PhaseFileEnd || report.bytesDone >= report.fileSize) return false;
       if (report.bytesDone > 0) phase = ZorArchive::PhaseFileRunning;
       bytesDone = report.bytesDone;

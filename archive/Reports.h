@@ -1,4 +1,4 @@
-// Reports.h - the progress record of a running operation, and what the archiver contributes to it.
+// Reports.h - the progress record of a running operation, and how the archiver's reports update it.
 #pragma once
 
 #include <exception>
@@ -8,20 +8,20 @@
 #include "archive/Engine.h"
 
 // ZorArchive::progress always points to one of these.  Its texts live as long as the operation, so
-// that no record handed to OnAbort ever refers to something that has ended.
+// OnAbort never gets a dangling pointer.
 struct ZorProgress final : ZorArchive::ONABORTPARAM {
   ZorProgress() : ONABORTPARAM{} {}
 
-  // What OnAbort threw while the archiver was calling.  An exception can't pass through the
-  // archiver's frames; the operation throws it on once the archiver has returned.
+  // An exception that OnAbort threw inside a callback.  It can't pass through the archiver's
+  // frames, so the operation rethrows it after the archiver has returned.
   std::exception_ptr thrown;
 
-  // Take a report of the archiver into the record, and tell whether OnAbort is to hear of it: of
-  // every file's begin, progress and end (TakeFileReport), or, where the operation reports begin
-  // and end itself, of the progress between them (TakeRunningReport).
+  // Copy a report of the archiver into the record and return whether OnAbort is to be called.
+  // TakeFileReport handles begin, progress and end of each file; TakeRunningReport only progress,
+  // for operations that report begin and end themselves.
   bool TakeFileReport(unsigned int state, const ZorProgressRecord& report);
   bool TakeRunningReport(unsigned int state, const ZorProgressRecord& report);
 
  private:
-  std::string reportedName;  // what fileName points to after TakeFileReport
+  std::string reportedName;  // owns the text of fileName after TakeFileReport
 };

@@ -46,7 +46,7 @@ void ZorTempSweep::Snapshot(ZorFileList& list) const {
 void ZorTempSweep::Sweep() {
   if (armed == 0) return;
   armed = 0;
-  ZorGuard([&] { RemoveNewcomers(); });  // whatever happens, the run's result is what it was
+  ZorGuard([&] { RemoveNewcomers(); });  // a failure here doesn't change the result
 }
 
 void ZorTempSweep::RemoveNewcomers() const {

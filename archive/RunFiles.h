@@ -1,24 +1,24 @@
-// RunFiles.h - the files that lie about while the archiver runs: the list of names that it is
-// given, and the temporaries that it makes.
+// RunFiles.h - the files that exist only while the archiver runs: the response file and the
+// archiver's temporaries.
 #pragma once
 
 #include "ZorFind.h"
 #include "platform/classlib/ClassLib.h"
 
-// The response file, through which a long list of names reaches the archiver.  Its name is fixed,
-// so two operations must not share a work directory at the same time.
+// The response file passes a long list of names to the archiver.  Its name is fixed, so two
+// operations must not use the same work directory at the same time.
 class ZorResponseWriter {
  public:
   // `directory` is a work directory with its trailing backslash.
   explicit ZorResponseWriter(const CString& directory);
-  // Removes the file, as far as it can be removed, if it was written in full.
+  // Best-effort removal of the file if it was written in full.
   ~ZorResponseWriter();
   ZorResponseWriter(const ZorResponseWriter&) = delete;
   ZorResponseWriter& operator=(const ZorResponseWriter&) = delete;
 
-  // Writes one quoted name a line; replaces an older file.  Throws ZorFailure (ZorErrorFileOpen)
-  // when the file can't be made and CFileException* when writing fails: then what was written
-  // stays.
+  // Writes one quoted name per line; replaces an existing file.  Throws ZorFailure
+  // (ZorErrorFileOpen) if the file can't be created and CFileException* if writing fails; an
+  // incomplete file stays.
   void Write(const ZorFileList& names);
 
   const char* Path() const { return path; }
@@ -28,20 +28,21 @@ class ZorResponseWriter {
   bool complete;
 };
 
-// The archiver keeps files "lhtmp???.lzh" in its work directory while it writes, and a run that is
-// stopped may leave some.  Those that stood there before Begin are never touched; a file of that
-// name that somebody else makes meanwhile can't be told from the run's own and goes as well.
+// While it writes, the archiver keeps files "lhtmp???.lzh" in its work directory, and a stopped run
+// may leave some.  Files that existed before Begin are never touched.  A file of such a name that
+// another process makes meanwhile can't be told from the run's own and is removed as well.
 class ZorTempSweep {
  public:
   ZorTempSweep();
   // Doesn't sweep.
   virtual ~ZorTempSweep() = default;
 
-  // Notes what stands in `directory` now.  With an empty directory there is nothing to watch.
+  // Notes the files in `directory`.  An empty text means there is nothing to watch.
   void Begin(const char* directory);
   // Replaces the contents of `list` with the full paths of the matching files.
   void Snapshot(ZorFileList& list) const;
-  // Best-effort removal of what has come since Begin; without a Begin nothing.  Throws nothing.
+  // Best-effort removal of the files made since Begin.  Without a Begin it does nothing.  Never
+  // throws.
   void Sweep();
 
  private:

@@ -1,4 +1,4 @@
-// Directory.cpp - makes and removes whole directory trees, rooted ones only.
+// Directory.cpp - makes and removes directory trees; their paths must have a root.
 #include <cstring>
 #include <vector>
 
@@ -9,7 +9,7 @@
 
 namespace {
 
-// The directory piece of a path that has a root and goes on from it with a backslash; else null.
+// The directory piece of a path that begins with a root and a backslash, else null.
 const char* RootedDirectory(const char* path, const char** fileName = nullptr) {
   const char* root;
   const char* directory;
@@ -22,20 +22,20 @@ bool HasAttribute(DWORD attributes, DWORD wanted) {
   return attributes != INVALID_FILE_ATTRIBUTES && (attributes & wanted) != 0;
 }
 
-// False for a root, which no directory lists: so there is no way up from it.
+// False for a root: no directory lists it.  So ".." can't lead above a root.
 bool IsDirectory(const char* path) {
   CFileStatus status;
   return CFile::GetStatus(path, status) && (status.m_attribute & CFile::directory) != 0;
 }
 
-// The common case, with one look-up: where the last level is a directory, so are all above it.  A
-// path that goes up again is different: the last level can exist without one before it.
+// The common case takes one look-up: if the last level is a directory, all levels above it exist.
+// That doesn't hold for a path with "..", whose last level can exist without an earlier one.
 bool AllLevelsExist(const char* path, int length) {
   const CString last(path, length);
   return std::strstr(last, "..") == nullptr && IsDirectory(last);
 }
 
-// Whether there is no more to `path` than its root, however that is written: "C:\", "C:\a\..".
+// Whether `path` names a root in any spelling: "C:\", "C:\a\..".
 bool IsRoot(const char* path) {
   if (RootedDirectory(path)[1] == '\0') return true;
   const DWORD size = GetFullPathNameA(path, 0, nullptr, nullptr);
@@ -47,8 +47,8 @@ bool IsRoot(const char* path) {
   return directory == nullptr || directory[1] == '\0';
 }
 
-// Files go first, then directories from the last to the first: a walk gives parents before their
-// children.  Links are removed, never followed.
+// Removes files first, then directories in reverse order, as a walk reports parents before their
+// children.  Links are removed, not followed.
 bool RemoveContents(const char* path) {
   ZorFileWalk walk;
   walk.directory = path;
@@ -86,15 +86,15 @@ int ZorCreateDirectory(const char* path, int hasFileName, CString* firstCreated)
     if (IsDirectory(level)) continue;
     if (CreateDirectoryA(level, nullptr)) {
       if (firstCreated != nullptr && firstCreated->IsEmpty()) *firstCreated = level;
-    } else if (!IsDirectory(level)) {  // someone else may have been quicker
+    } else if (!IsDirectory(level)) {  // another process may have made it meanwhile
       return 0;
     }
   }
   return 1;
 }
 
-// When `path` itself is a link, it is removed and what it points to is left alone.  With
-// `contentsOnly` the caller has named the directory to be emptied, through whatever link.
+// If `path` itself is a link, the link is removed and its target left alone.  With `contentsOnly`
+// the caller means the directory that the link leads to.
 int ZorRemoveDirectory(const char* path, int contentsOnly) {
   if (RootedDirectory(path) == nullptr || IsRoot(path)) return 1;
   if (contentsOnly) return RemoveContents(path);

@@ -1,4 +1,4 @@
-// Disk.cpp - the space and the kind of the volume that a path lies on.
+// Disk.cpp - the space and the drive type of the volume that holds a path.
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -16,8 +16,8 @@ using Module = std::unique_ptr<std::remove_pointer_t<HMODULE>, FreeModule>;
 
 using LargeDiskCall = BOOL(WINAPI*)(LPCSTR, PULARGE_INTEGER, PULARGE_INTEGER, PULARGE_INTEGER);
 
-// Systems before the second release of the 95 line and before NT 4.0 lack GetDiskFreeSpaceExA.  The
-// interface keeps the probe, and the look-up below, for their sake.
+// Fixed by the interface: this probe, and the look-up below, serve systems without
+// GetDiskFreeSpaceExA (before the second release of the 95 line and before NT 4.0).
 bool HasLargeDiskCall() {
   OSVERSIONINFOA version{};
   version.dwOSVersionInfoSize = sizeof(version);
@@ -32,8 +32,7 @@ bool HasLargeDiskCall() {
   }
 }
 
-// The call is looked up when it is needed, since a program that imports it doesn't start on systems
-// without it.
+// Looks the call up at run time: a program that imports it doesn't start on a system without it.
 std::optional<std::uint64_t> LargeDiskSpace(const char* root, bool freeSpace) {
   const Module kernel(LoadLibraryA("KERNEL32.DLL"));
   if (kernel == nullptr) return std::nullopt;
@@ -47,7 +46,7 @@ std::optional<std::uint64_t> LargeDiskSpace(const char* root, bool freeSpace) {
   return freeSpace ? totalFree.QuadPart : total.QuadPart;
 }
 
-// Wraps at 4 GiB: so the interface has it.
+// Fixed by the interface: the result wraps at 4 GiB.
 std::optional<std::uint32_t> SmallDiskSpace(const char* root, bool freeSpace) {
   DWORD sectorsPerCluster;
   DWORD bytesPerSector;
@@ -63,7 +62,7 @@ std::optional<std::uint32_t> SmallDiskSpace(const char* root, bool freeSpace) {
 
 }  // namespace
 
-// A success leaves the last error as it was: it tells a full disk from a failure.
+// Success doesn't change the last error, so callers can tell a full disk from a failure.
 unsigned long ZorGetDiskSpace(const char* path, int freeSpace, unsigned long* highPart) {
   const CString root = ZorRootDirectory(path);
   if (root.IsEmpty()) return 0;

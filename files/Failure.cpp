@@ -1,4 +1,4 @@
-// Failure.cpp - failures and exceptions as values of ZorError.
+// Failure.cpp - turns failures and exceptions into ZorError values.
 #include "files/Failure.h"
 
 #include <new>
@@ -9,10 +9,10 @@ ZorError ZorErrorFromException(const CException& exception) {
   return full ? ZorErrorDiskFull : ZorErrorFileFailure;
 }
 
-ZorOutcome ZorGuard(const std::function<void()>& stretch) {
+ZorOutcome ZorGuard(const std::function<void()>& step) {
   ZorOutcome outcome;
   try {
-    stretch();
+    step();
     outcome.complete = true;
   } catch (const ZorStopped&) {
   } catch (const ZorFailure& failure) {
@@ -20,7 +20,7 @@ ZorOutcome ZorGuard(const std::function<void()>& stretch) {
   } catch (CException* exception) {  // NOLINT(misc-throw-by-value-catch-by-reference)
     outcome.error = ZorErrorFromException(*exception);
     exception->Delete();
-  } catch (const std::bad_alloc&) {  // what the class library throws when memory is exhausted
+  } catch (const std::bad_alloc&) {  // the class library's exception for exhausted memory
     outcome.error = ZorErrorFileFailure;
   } catch (...) {
     outcome.foreign = std::current_exception();

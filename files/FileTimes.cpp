@@ -1,5 +1,4 @@
-// FileTimes.cpp - last-write times as seconds since 1970, and attributes in which a plain file is
-// 0.
+// FileTimes.cpp - last-write times as seconds since 1970, and attributes, 0 for a plain file.
 #include <cstdint>
 #include <optional>
 
@@ -9,17 +8,17 @@
 
 namespace {
 
-// Whatever the width of `long`: volumes store 32 bits.
+// Independent of the width of `long`: volumes store 32 bits.
 constexpr long kLastTime = 0x7FFFFFFF;
 
-// Parts of a second are dropped.
+// Fractions of a second are dropped.
 std::optional<long> SecondsOf(const FILETIME& fileTime) {
   const std::int64_t seconds = kozor::UnixOfFileTime(kozor::Ticks(fileTime));
   if (seconds < 0 || seconds > kLastTime) return std::nullopt;
   return static_cast<long>(seconds);
 }
 
-// The directory entry of `name`, or of the first that a mask matches.
+// The directory entry of `name`, or of the first match if it is a mask.
 std::optional<WIN32_FIND_DATAA> EntryOf(const char* name) {
   WIN32_FIND_DATAA entry;
   HANDLE search = FindFirstFileA(ZorText(name), &entry);

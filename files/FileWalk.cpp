@@ -23,7 +23,7 @@ constexpr DWORD kFilteredAttributes = FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_H
                                       FILE_ATTRIBUTE_ARCHIVE | FILE_ATTRIBUTE_TEMPORARY |
                                       FILE_ATTRIBUTE_COMPRESSED | FILE_ATTRIBUTE_OFFLINE;
 
-// Tells one directory from another, whatever path leads to it.
+// Identifies a directory independently of the path that leads to it.
 struct DirectoryIdentity {
   DWORD volume;
   std::uint64_t index;
@@ -60,15 +60,15 @@ struct Entry {
   bool IsDirectory() const { return Has(FILE_ATTRIBUTE_DIRECTORY); }
 };
 
-// A directory that the walk is in.  Its entries have been read and the search is closed: a walk
-// needs one handle, however deep it goes.
+// A directory on the current path of the walk.  Its entries have been read and its search is
+// closed, so a walk needs one handle at any depth.
 struct Level {
   CString directory;  // with its trailing backslash
   CString reported;   // the same without the prefix
   std::vector<Entry> entries;
   std::size_t next = 0;
   bool identityKnown = false;
-  std::optional<DirectoryIdentity> identity;  // found out when a link asks for it
+  std::optional<DirectoryIdentity> identity;  // read when the first link is checked
 };
 
 class Walker {
@@ -90,8 +90,9 @@ class Walker {
   }
 
  private:
-  // With the mask for all entries, each is reported when its turn comes, so that a directory's
-  // contents follow it.  With another, all matches are reported here and directories remain.
+  // With the mask for all entries, each entry is reported when Take reaches it, so that a
+  // directory's contents follow it.  With any other mask, all matches are reported here and only
+  // directories are kept.
   void Enter(CString directory) {
     ZorSetTrailingBackslash(directory, 1);
     Level& level = levels.emplace_back();
@@ -120,7 +121,7 @@ class Walker {
     NoteError(ERROR_NO_MORE_FILES);
   }
 
-  // Remembers the last error, if it is the first one and not the `usual` end of a search.
+  // Keeps the system's last error if none has been kept and it isn't the `usual` end of a search.
   void NoteError(DWORD usual) {
     const DWORD error = GetLastError();
     if (firstError == NO_ERROR && error != usual) firstError = error;
@@ -139,7 +140,7 @@ class Walker {
     visit(level.reported + entry.name, entry.IsDirectory());
   }
 
-  // An endless walk would pass the same link again and again, so only links have to be checked.
+  // A cycle always passes through a link, so only links have to be checked.
   bool MayFollow(const CString& link) {
     if (!walk.followLinks) return false;
     const std::optional<DirectoryIdentity> target = IdentityOf(link);

@@ -1,5 +1,5 @@
-// Find.cpp - a selection of files, and its evaluation in three stages: every mask is walked in list
-// order, later duplicates are dropped, and what exclusion masks found is removed.
+// Find.cpp - a selection of files and its evaluation in three steps: walk every mask in list order,
+// drop later duplicates, remove what exclusion masks found.
 #include <optional>
 
 #include "ZorFind.h"
@@ -9,15 +9,15 @@
 
 namespace {
 
-// The attributes that a caller filters by, and those that pass whatever the caller says.
+// The attributes that a caller can filter by, and those that always pass.
 constexpr DWORD kChosenAttributes = FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN |
                                     FILE_ATTRIBUTE_SYSTEM | FILE_ATTRIBUTE_DIRECTORY |
                                     FILE_ATTRIBUTE_ARCHIVE;
 constexpr DWORD kFreeAttributes = FILE_ATTRIBUTE_NORMAL | FILE_ATTRIBUTE_TEMPORARY |
                                   FILE_ATTRIBUTE_COMPRESSED | FILE_ATTRIBUTE_OFFLINE;
 
-// Where a mask begins to search, and for what; nothing for a mask of a form that can't be used.
-// `base` is empty or ends in a backslash.
+// The walk that a mask stands for, or nothing if its form can't be used.  `base` is empty or ends
+// in a backslash.
 std::optional<ZorFileWalk> WalkOfMask(const char* mask, const CString& base, bool fullPath) {
   const char* root;
   const char* directory;

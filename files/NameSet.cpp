@@ -1,5 +1,5 @@
-// NameSet.cpp - the hash of a case-insensitive set of names, in step with _mbsicmp, and the passes
-// over lists of names that use it.
+// NameSet.cpp - a hash of names that agrees with _mbsicmp, and the passes over lists of names that
+// use it.
 #include "files/NameSet.h"
 
 #include <cstdint>
@@ -10,7 +10,7 @@
 namespace {
 
 // Names come from untrusted archives and disks.  An unpredictable seed keeps an attacker from
-// choosing names that all fall into one bucket.
+// choosing names that all hash to one bucket.
 std::size_t Seed() {
   static const std::size_t seed = std::random_device{}();
   return seed;
@@ -32,7 +32,7 @@ void RemoveIf(ZorFileList& list, Unwanted unwanted) {
 
 ZorNameSet::ZorNameSet() : names(0, Hash(Seed())) {}
 
-// Asks the platform once for each byte, not once for each byte of each name.
+// Queries the platform once per byte value rather than once per byte of every name.
 ZorNameSet::Hash::Hash(std::size_t start) : seed(start) {
   for (unsigned int byte = 0; byte < folded.size(); ++byte) {
     const bool leads = IsDBCSLeadByte(static_cast<BYTE>(byte)) != 0;
@@ -40,8 +40,8 @@ ZorNameSet::Hash::Hash(std::size_t start) : seed(start) {
   }
 }
 
-// FNV-1a over the characters in lower case.  A lead byte without its trail byte is left out: to
-// _mbsicmp it may be the end of the text.
+// FNV-1a over the characters in lower case.  A lead byte without its trail byte is skipped:
+// _mbsicmp may treat it as the end of the text.
 std::size_t ZorNameSet::Hash::operator()(const CString& name) const {
   std::uint64_t hash = 0xCBF29CE484222325u ^ seed;
   for (const char* p = name; *p != '\0';) {

@@ -1,7 +1,7 @@
 // NameSet.h - a case-insensitive set of names.
 //
-// Two names are the same when _mbsicmp finds them equal.  Adding and looking up take time in
-// proportion to the length of the name, however many there are.
+// Two names are the same if _mbsicmp finds them equal.  Adding and looking up take time
+// proportional to the length of the name, independent of their number.
 #pragma once
 
 #include <array>
@@ -41,10 +41,10 @@ class ZorNameSet {
   std::unordered_set<CString, Hash, Equal> names;
 };
 
-// Both passes compare names in their complete form: one without a root is taken below `base`, which
-// ends in a backslash or is empty.
+// Both passes compare complete names: `base`, which ends in a backslash or is empty, is put before
+// a name without a root.
 //
-// Removes the later ones of equal names.
+// Keeps the first of equal names and removes the others.
 void ZorRemoveDuplicates(ZorFileList& list, const CString& base);
 // Removes every name that equals one of `excluded`.
 void ZorRemoveExcluded(ZorFileList& list, const ZorFileList& excluded, const CString& base);

@@ -1,15 +1,15 @@
-// ParentDirectory.h - makes the directories of many files, one after the other.
+// ParentDirectory.h - makes the parent directories of a sequence of files.
 #pragma once
 
 #include "platform/classlib/CString.h"
 
-// Neighbouring files mostly share a directory.  So the last one is remembered, and another file in
-// it costs no look-up; whoever then can't open the file calls MakeAnew and tries once more, as
-// somebody may have removed the directory.
+// Consecutive files mostly share a directory, so the last one is remembered and another file in it
+// costs no look-up.  Another process may have removed it meanwhile: a caller that can't open its
+// file calls MakeAnew and tries once more.
 class ZorParentDirectory {
  public:
-  // Makes the directories that lead to the file `path`.  False when that is impossible, or when the
-  // path has no root.
+  // Makes the directories that lead to the file `path`.  Returns false if that fails or the path
+  // has no root.
   bool Make(const char* path);
   bool MakeAnew(const char* path);
 

@@ -8,7 +8,7 @@ namespace {
 
 using kozor::AnsiPath;
 
-// A piece as a pointer into the path; null when it is absent.
+// Stores a piece as a pointer into the path, or null if it is empty.
 void Report(const char** piece, std::string_view text) {
   if (piece != nullptr) *piece = text.empty() ? nullptr : text.data();
 }

@@ -1,22 +1,22 @@
-// Path.h - taking paths apart, by looking at the text only.
+// Path.h - splits paths; only the text is examined.
 //
 // Paths are byte strings in the active ANSI code page; a null one reads as the empty text.  The
-// backslash is the only separator, and every walk goes by whole characters, so the trail byte 0x5C
-// of a double-byte character never separates.  Wild-cards are ordinary text here.
+// backslash is the only separator, and the trail byte 0x5C of a double-byte character never counts
+// as one.  Wild-cards are ordinary characters here.
 #pragma once
 
 #include <vector>
 
 #include "platform/classlib/CString.h"
 
-// How every text argument is read: null as the empty text.
+// Reads a text argument: null is the empty text.
 inline const char* ZorText(const char* text) {
   return text != nullptr ? text : "";
 }
 
-// Cuts `path` into root, directory and file name.  Each pointer points into `path`, where its piece
-// begins, or is null when the piece is absent; a piece ends where the next one begins, or at the
-// terminator.  A null out-parameter isn't reported.
+// Splits `path` into root, directory and file name.  Each result points to the beginning of its
+// piece in `path`, or is null if the piece is absent.  A piece ends where the next one begins, or
+// at the terminator.  Out-parameters may be null.
 //
 //   path                      root         directory  file name
 //   C:\dir\sub\file.txt       C:           \dir\sub\  file.txt
@@ -27,27 +27,27 @@ inline const char* ZorText(const char* text) {
 void ZorSplitPath(const char* path, const char** root, const char** directory,
                   const char** fileName);
 
-// The root of `path` with a trailing backslash, as the system's calls about disks take it; empty if
-// it has none.
+// The root of `path` with a trailing backslash, as the system's disk calls require; empty if it has
+// none.
 CString ZorRootDirectory(const char* path);
 
-// The directories that `path` leads through, topmost first, each by the number of bytes of `path`
-// that name it.  `directory` and `fileName` are what ZorSplitPath gave, `directory` beginning with
-// a backslash; without a file name (null) all of it is directories.  Those of `C:\a\\b\c.txt` with
-// a file name are C:\a and C:\a\\b.
+// The directories on the way along `path`, topmost first, each as the length in bytes of the prefix
+// of `path` that names it.  `directory` and `fileName` come from ZorSplitPath; `directory` begins
+// with a backslash.  If `fileName` is null, the last piece is a directory too.  The levels of
+// `C:\a\\b\c.txt` with a file name are C:\a and C:\a\\b.
 std::vector<int> ZorDirectoryLevels(const char* path, const char* directory, const char* fileName);
 
-// Cuts off the last backslash of `path` if it ends in one, and with `add` non-zero appends one: the
-// form in which a file name can follow.  An empty path becomes "\".
+// With `add` non-zero makes `path` end in a backslash, so that a file name can be appended; an
+// empty path becomes "\".  With 0 removes one trailing backslash, if there is one.
 void ZorSetTrailingBackslash(CString& path, int add);
 
 // Whether `path` begins with a drive or a share.
 bool ZorHasRoot(const char* path);
 
-// A directory's path as a file name can follow it: with one trailing backslash.  An empty or null
-// one is the empty text.
+// `directory` with a trailing backslash, so that a file name can be appended.  The empty text if it
+// is empty or null.
 CString ZorDirectoryText(const char* directory);
 
-// 1 if `path` names a file with its complete location: a root, a directory that begins with a
-// backslash, and a file name.  Else 0.
+// 1 if `path` is complete: a root, a directory that begins with a backslash, and a file name.  Else
+// 0.
 int ZorIsFullPath(const char* path);

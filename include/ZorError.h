@@ -1,9 +1,9 @@
-// ZorError.h - the one list of failures of the whole library.
+// ZorError.h - every failure that the library reports.
 //
 // The numbers are part of the interface: an application reads them from GetError.  From 5 upward a
-// value is the archiver's result code less 0x8000, so the two lists are the same.  Values that the
-// library also sets by itself are named by their role; a value named after its code comes from the
-// archiver alone, and its comment gives the archiver's meaning.
+// value is the archiver's result code minus 0x8000.  Values that the library sets itself as well
+// are named after their meaning.  Those named after a code come from the archiver only; the comment
+// gives its meaning.
 #pragma once
 
 enum ZorError : int {
@@ -47,9 +47,9 @@ enum ZorError : int {
   ZorErrorEngine8025 = 37,  // temporary file can't be opened
   ZorErrorEngine8026 = 38,  // file name too long
   ZorErrorEngine8027 = 39,  // archive is read-only
-  ZorErrorSameName = 40,    // two files would meet under one name in the archive
+  ZorErrorSameName = 40,    // two files would get the same name in the archive
   ZorErrorArchiveNotFound = 41,
   ZorErrorEngine802A = 42,  // response file can't be read
   ZorErrorEngine802B = 43,  // no file name given
-  ZorErrorEngine802C = 44,  // the temporary can't be copied to its place
+  ZorErrorEngine802C = 44,  // the temporary can't be copied over the archive
 };

@@ -1,9 +1,9 @@
 // Backup.cpp - ZorMultiVolume::Backup: writes the record stream of a set and cuts it into volumes.
 //
-// Each volume says once how much it takes, and from then on a count decides alone where the stream
-// is cut: inside a file's data or between two records.  A record head never crosses a cut, and at
-// least one byte of the file's data follows it on the same volume; so whoever asks for a volume
-// says how many bytes in one piece it must take.
+// Each volume is asked once how much it takes; from then on a byte count alone decides where the
+// stream is cut, inside a file's data or between two records.  A record head is never cut, and at
+// least one more byte of room must follow it on the same volume.  So a request for a volume states
+// how many bytes it must take in one piece.
 #include <algorithm>
 #include <cstring>
 #include <limits>
@@ -24,8 +24,8 @@ bool IsNetworkPath(const char* path) {
                                       reinterpret_cast<const unsigned char*>("\\\\"), 2) == 0;
 }
 
-// A volume being written.  What Write has returned from is on the medium, so a run that is torn
-// down leaves volumes that are whole up to some write.
+// A volume being written.  Every Write reaches the medium before it returns, so a killed run leaves
+// volumes that are complete up to the last write.
 class VolumeFile final : public CFile {
  public:
   void Write(const void* buffer, unsigned int count) override {
@@ -83,7 +83,7 @@ class BackupRun final : public ZorVolumeRun {
     unsigned int attribute = 0;
     if (ZorGetFileAttribute(sourcePath, attribute) == 0) throw ZorFailure{ZorErrorFileFailure};
     record.attribute = static_cast<std::uint8_t>(attribute);
-    long timeStamp = 0;  // stays when the time can't be read
+    long timeStamp = 0;  // used if the time can't be read
     ZorGetFileTimeStamp(sourcePath, timeStamp);
     record.timeStamp = static_cast<std::int32_t>(timeStamp);
   }
@@ -98,7 +98,7 @@ class BackupRun final : public ZorVolumeRun {
     record.fileBytes = static_cast<std::uint32_t>(size);
   }
 
-  // Returns the bytes of the whole head.
+  // Returns the size of the whole head in bytes.
   std::uint32_t RecordName(const CString& name) {
     const auto length = static_cast<std::uint32_t>(name.GetLength());
     if (length >= kNameAreaBytes) throw ZorFailure{ZorErrorFileFailure};
@@ -129,9 +129,9 @@ class BackupRun final : public ZorVolumeRun {
     remaining -= static_cast<std::uint32_t>(Overhead());
   }
 
-  // One attempt.  Success leaves the empty volume open and its whole room in `remaining`.
+  // One attempt.  On success the empty volume is open and `remaining` holds all of its room.
   std::optional<ZorMultiVolume::VolumeResult> TryVolume(std::uint32_t wanted) {
-    // The room of a share isn't asked for: it counts as all that a volume can ever take.
+    // The space of a share isn't queried: it counts as the largest possible volume.
     remaining =
         IsNetworkPath(VolumePath())
             ? kMaxBytes
@@ -174,7 +174,7 @@ class BackupRun final : public ZorVolumeRun {
   ZorFileRecord record{};
   ZorVolumeHeader header;
   VolumeFile volumeFile;
-  std::uint32_t remaining = 0;  // bytes that the present volume still takes
+  std::uint32_t remaining = 0;  // bytes that the current volume still takes
 };
 
 }  // namespace

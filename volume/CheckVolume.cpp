@@ -1,4 +1,4 @@
-// CheckVolume.cpp - tells whether a file is a volume that the application accepts.
+// CheckVolume.cpp - checks whether a file is a volume that the application accepts.
 #include <cstdint>
 #include <limits>
 #include <memory>
@@ -9,12 +9,12 @@
 
 namespace {
 
-// The three areas of a volume, one after the other as they stand there.
+// The three areas of a volume, in their order on it.
 struct Areas {
   std::array<std::int32_t, 3> lengths;
   std::unique_ptr<unsigned char[]> bytes;  // null when all three are empty
 
-  // False when the lengths in the header are impossible; no memory is taken then.
+  // Returns false, before allocating, if the lengths in the header are impossible.
   bool Read(CFile& file, const ZorVolumeHeader& header);
 };
 

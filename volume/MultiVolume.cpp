@@ -1,4 +1,4 @@
-// MultiVolume.cpp - the volume object: its three identity strings and the defaults of its hooks.
+// MultiVolume.cpp - the volume object: its three identity strings and the default hooks.
 #include "ZorMultiVolume.h"
 
 #include <cstring>
@@ -8,7 +8,7 @@
 
 namespace {
 
-// The buffer is null exactly when the length is 0, also when the allocation throws.
+// Invariant, even if the allocation throws: the buffer is null exactly if the length is 0.
 void ReplaceBytes(unsigned char*& buffer, int& bufferLength, const unsigned char* data,
                   int length) {
   delete[] std::exchange(buffer, nullptr);
@@ -88,7 +88,7 @@ CString ZorMultiVolume::OnMakeVolumeName(int) {
   return {};
 }
 
-// 1 when there is no error, which is the result of a run.
+// 1 for *no* error: see the header.
 int ZorMultiVolume::IsError() const {
   return error == ZorErrorNone ? 1 : 0;
 }

@@ -1,12 +1,12 @@
 // Restore.cpp - ZorMultiVolume::Restore: follows the record stream of a backup set from volume to
 // volume and writes its files.
 //
-// The end of a volume and the end of a file are two independent events, and neither has a mark.
-// Where a volume ends inside a file, the next one's payload is the file's next bytes; where it ends
-// between two files, the next payload begins with a head.  The set has ended when as many files
-// have been read as the first volume announced.
+// Volumes and files end independently of each other, and neither end is marked.  If a volume ends
+// inside a file, the payload of the next one continues with the file's bytes; if it ends between
+// two files, the next payload begins with a record head.  The set ends when the number of files
+// that the first volume states has been read.
 //
-// Volumes are hostile input: no length is believed before it is known to lie inside its volume.
+// Volumes are untrusted input: every length is checked against its volume before use.
 #include <algorithm>
 
 #include "ZorFileServices.h"
@@ -56,7 +56,7 @@ class RestoreRun final : public ZorVolumeRun {
     if (target.Open(targetPath, kFlags) == 0) throw ZorFailure{ZorErrorFileOpen};
   }
 
-  // An empty file has one slice of no bytes.
+  // An empty file has one slice of 0 bytes.
   void CopySlice() {
     const std::uint32_t bytes =
         SliceBytes(static_cast<std::uint32_t>(std::min<std::uint64_t>(remaining, kSliceBytes)));
@@ -69,14 +69,14 @@ class RestoreRun final : public ZorVolumeRun {
   void FinishFile() {
     if (!targetPath.IsEmpty()) {
       target.Close();
-      // In this order: the time of a read-only file can't be set.
+      // The time first: it can't be set on a read-only file.
       ZorSetFileTimeStamp(targetPath, record.timeStamp);
       ZorSetFileAttribute(targetPath, record.attribute);
     }
     EndFile();
   }
 
-  // Error 3 when the volume holds less, for example because it was cut inside a head.
+  // Fails with error 3 if the volume holds less, for example if it was truncated inside a head.
   void ReadPayload(void* buffer, std::uint32_t count) {
     if (count > remaining) throw ZorFailure{ZorErrorFileFailure};
     ReadWhole(volumeFile, buffer, count);
@@ -97,7 +97,7 @@ class RestoreRun final : public ZorVolumeRun {
     ++progress.volume;
   }
 
-  // One attempt.  Success leaves the volume open at the start of its payload.
+  // One attempt.  On success the volume is open at the start of its payload.
   std::optional<ZorMultiVolume::VolumeResult> TryVolume() {
     if (volumeFile.Open(VolumePath(), CFile::modeRead | CFile::shareExclusive) == 0) {
       return ZorMultiVolume::VolumeNoOpen;
@@ -119,10 +119,10 @@ class RestoreRun final : public ZorVolumeRun {
   CFile volumeFile;
   CFile target;
   ZorParentDirectory parent;
-  CString targetPath;  // empty for a file that is left out
+  CString targetPath;  // empty for a file that is skipped
   ZorFileRecord record{};
   ZorVolumeHeader header{};
-  std::uint64_t remaining = 0;  // bytes of the present volume's payload that weren't read yet
+  std::uint64_t remaining = 0;  // unread bytes of the current volume's payload
 };
 
 }  // namespace

@@ -1,4 +1,4 @@
-// VolumeFormat.cpp - making and recognising the header of a volume, and taking a record's name.
+// VolumeFormat.cpp - writes and recognises the header of a volume, and reads a record's name.
 #include "volume/VolumeFormat.h"
 
 #include <cstring>
@@ -6,7 +6,7 @@
 
 namespace {
 
-// What follows the terminator of a text in its field is ignored.
+// Bytes of the field after the terminator are ignored.
 template <std::size_t kFieldSize, std::size_t kTextSize>
 bool HoldsText(const char (&field)[kFieldSize], const char (&text)[kTextSize]) {
   static_assert(kTextSize <= kFieldSize);
@@ -19,7 +19,7 @@ void PutText(char (&field)[kFieldSize], const char (&text)[kTextSize]) {
   std::memcpy(field, text, kTextSize);
 }
 
-// False without a header of this version, or without all of it.
+// Returns false if there is no complete header of this version.
 template <typename Header, std::size_t kTextSize>
 bool TakeHeader(Header* header, const char (&identification)[kTextSize], const void* bytes,
                 std::size_t count) {

@@ -25,7 +25,7 @@ int ZorVolumeRun::Run() {
     progress.fileName = nullptr;
     CallOnAbort(ZorMultiVolume::PhaseEnd);
   }
-  // Only now, so that OnAbort sees no error at the end of a run that it stopped itself.
+  // Set only now: at the end of a run that OnAbort stopped, OnAbort must see no error.
   if (volumes.error == ZorErrorNone && !outcome.complete) volumes.error = ZorErrorCanceled;
   if (outcome.foreign) std::rethrow_exception(outcome.foreign);
   return volumes.IsError();

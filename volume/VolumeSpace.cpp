@@ -1,5 +1,5 @@
 // VolumeSpace.cpp - the default of ZorMultiVolume::OnQueryDiskSpace: how many bytes a file at a
-// path can take.
+// path may have.
 #include <algorithm>
 #include <cstdint>
 #include <limits>
@@ -10,7 +10,7 @@
 
 namespace {
 
-// Taken for the cluster size where the medium doesn't tell it.
+// The cluster size assumed if the medium reports none.
 constexpr std::uint64_t kSectorBytes = 512;
 
 std::uint64_t ClusterBytes(const char* rootDirectory) {
@@ -29,7 +29,7 @@ std::uint64_t ClusterBytes(const char* rootDirectory) {
 bool GetFreeBytes(const char* rootDirectory, std::uint64_t* bytes) {
   SetLastError(0);
   *bytes = ZorGetDiskSpace(rootDirectory, 1, nullptr);
-  // 0 bytes are a full disk when the query worked, and no disk when it didn't.
+  // With 0 bytes the last error tells a full disk (none) from a missing one.
   return *bytes != 0 || GetLastError() == 0;
 }
 
@@ -43,7 +43,7 @@ std::uint64_t CountMissingDirectories(const char* path, const char* directory,
   return missing;
 }
 
-// What a file that is to be replaced gives back.
+// The space that replacing an existing file frees.
 std::uint64_t ReplacedBytes(const char* path, std::uint64_t clusterBytes) {
   CFileStatus status;
   if (CFile::GetStatus(path, status) == 0) return 0;
@@ -52,8 +52,8 @@ std::uint64_t ReplacedBytes(const char* path, std::uint64_t clusterBytes) {
 
 }  // namespace
 
-// The free bytes of the medium, and the room of a file that would be replaced, less the directories
-// that would have to be made; at most 0xFFFFFFFF.  0 for a path without a root and for a drive
+// The free bytes of the medium, plus the space of a file that would be replaced, minus that of
+// directories that would be made; at most 0xFFFFFFFF.  0 for a path without a root and for a drive
 // without a medium.
 unsigned long ZorMultiVolume::OnQueryDiskSpace(const char* path) {
   const CString rootDirectory = ZorRootDirectory(path);
