@@ -1,4 +1,4 @@
-// Export.h - which symbols leave the shared libraries.  Everything else is hidden.
+// Export.h - marks the symbols that the shared libraries export.  All others are hidden.
 #pragma once
 
 #if defined(_WIN32)
@@ -9,7 +9,7 @@
 #endif
 #if defined(ZOR_BUILDING_LIBRARY)
 #define ZOR_API __declspec(dllexport)
-#elif defined(ZOR_LIBRARY_OBJECTS)  // linked into the program itself, as the tests do
+#elif defined(ZOR_LIBRARY_OBJECTS)  // linked statically into a program, as in the tests
 #define ZOR_API
 #else
 #define ZOR_API __declspec(dllimport)

@@ -1,4 +1,4 @@
-// ByteOrder.h - numbers as archives and volumes hold them: low byte first, on every machine.
+// ByteOrder.h - the little-endian numbers of archives and volumes, on every machine.
 #pragma once
 
 #include <array>
@@ -8,7 +8,7 @@
 
 namespace kozor {
 
-// The caller has checked that the number lies inside what `bytes` points to.
+// Precondition: sizeof(Number) bytes can be read at `bytes`.
 template <typename Number>
 constexpr Number LoadLittle(const std::uint8_t* bytes) {
   std::uint64_t bits = 0;
@@ -16,12 +16,12 @@ constexpr Number LoadLittle(const std::uint8_t* bytes) {
   return static_cast<Number>(bits);
 }
 
-// Puts the low `width` bytes of `value`, at most 8, at `bytes`.
+// Stores the low `width` bytes of `value`, at most 8, at `bytes`.
 constexpr void StoreLittle(std::uint8_t* bytes, std::uint64_t value, std::size_t width) {
   for (std::size_t i = 0; i < width; ++i) bytes[i] = static_cast<std::uint8_t>(value >> (8 * i));
 }
 
-// A field of a record that is the bytes of a medium in memory.
+// An unaligned little-endian field of an on-disk record.
 template <typename Number>
 class LittleEndian {
  public:

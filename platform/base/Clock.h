@@ -1,7 +1,7 @@
-// Clock.h - the clocks of files: FILETIME, seconds since 1970, and DOS words.
+// Clock.h - conversions of file times: FILETIME, seconds since 1970, DOS date and time.
 //
-// A FILETIME is mostly one number here: ticks of 100 nanoseconds since 1601-01-01 00:00:00 UTC.
-// Neither it nor the seconds know leap seconds, so one is the other times a factor.
+// A FILETIME is mostly passed as one number: ticks of 100 nanoseconds since 1601-01-01 00:00:00
+// UTC.  Neither count includes leap seconds, so they differ by a factor and an offset only.
 #pragma once
 
 #include <chrono>
@@ -16,7 +16,7 @@ inline constexpr std::uint64_t kFileTimeOf1970 = kSecondsFrom1601To1970 * kTicks
 static_assert(std::chrono::sys_days(std::chrono::year(1601) / 1 / 1).time_since_epoch() ==
               -std::chrono::seconds(kSecondsFrom1601To1970));
 
-// Seconds from 1601 on, so not below -kSecondsFrom1601To1970.
+// `seconds` must be at least -kSecondsFrom1601To1970, the year 1601.
 constexpr std::uint64_t FileTimeOfUnix(std::int64_t seconds) {
   return static_cast<std::uint64_t>(seconds + kSecondsFrom1601To1970) * kTicksPerSecond;
 }
@@ -25,17 +25,17 @@ constexpr std::uint64_t FileTimeOfUnix(std::int64_t seconds) {
 constexpr std::int64_t UnixOfFileTime(std::uint64_t fileTime) {
   return static_cast<std::int64_t>(fileTime / kTicksPerSecond) - kSecondsFrom1601To1970;
 }
-// What that leaves of the second.
+// The rest: nanoseconds within that second.
 constexpr std::int32_t NanosecondsOfFileTime(std::uint64_t fileTime) {
   return static_cast<std::int32_t>(fileTime % kTicksPerSecond * (1'000'000'000 / kTicksPerSecond));
 }
 
-// A number that Win32 records have in two halves.
+// Joins the two halves in which Win32 records hold a 64-bit number.
 constexpr std::uint64_t JoinHalves(std::uint32_t high, std::uint32_t low) {
   return std::uint64_t{high} << 32 | low;
 }
 
-// Between the record and the number.
+// Convert a FILETIME to ticks and back.
 template <typename FileTime>
 constexpr std::uint64_t Ticks(const FileTime& time) {
   return JoinHalves(time.dwHighDateTime, time.dwLowDateTime);
@@ -48,7 +48,7 @@ constexpr FileTime FromTicks(std::uint64_t ticks) {
   return time;
 }
 
-// A moment in DOS words: without a zone, with a grain of two seconds.
+// A DOS date and time: no time zone, a resolution of two seconds.
 struct DosTime {
   std::uint16_t date = 0;  // year - 1980 (7 bits), month (4), day (5)
   std::uint16_t time = 0;  // hour (5 bits), minute (6), second / 2 (5)
@@ -71,7 +71,7 @@ struct DosTime {
 inline constexpr DosTime kFirstDosTime = {0x0021, 0x0000};  // 1980-01-01 00:00:00
 inline constexpr DosTime kLastDosTime = {0xFF9F, 0xBF7D};   // 2107-12-31 23:59:58
 
-// Valid words read as UTC.
+// Reads a valid DOS time as UTC.
 constexpr std::uint64_t FileTimeOfDosAsUtc(DosTime dos) {
   using namespace std::chrono;
   const seconds since1970 = sys_days(dos.CalendarDay()).time_since_epoch() + hours(dos.Hour()) +

@@ -1,4 +1,4 @@
-// CArchive.cpp - the class library's stream form, stored into a file and loaded back.
+// CArchive.cpp - see CArchive.h.
 #include "platform/classlib/CArchive.h"
 
 #include <algorithm>
@@ -7,12 +7,12 @@
 
 namespace {
 
-// What stands in the place of a short length and says that a longer one follows.
+// Values that replace a short length: a longer one follows.
 constexpr BYTE kLongLength = 0xFF;
-constexpr WORD kWideText = 0xFFFE;  // the text that follows is 16 bits wide
+constexpr WORD kWideText = 0xFFFE;  // 16-bit text follows
 constexpr WORD kVeryLong = 0xFFFF;
 
-// How much of a string is read before the memory for more is taken.
+// Bytes of a string that are read before more memory is allocated.
 constexpr DWORD kFirstPiece = 0x10000;
 
 }  // namespace
@@ -136,7 +136,7 @@ CArchive& CArchive::operator>>(CString& value) {
   const DWORD length = ReadStringLength();
   CString text;
   for (DWORD done = 0; done < length;) {
-    // Twice what is there already, at most: the length may be a lie.
+    // Grow to at most twice the bytes already read: the length isn't trusted.
     const DWORD piece = std::min(length - done, std::max(done, kFirstPiece));
     char* bytes = text.GetBuffer(static_cast<int>(done + piece));
     const unsigned int count = Read(bytes + done, piece);

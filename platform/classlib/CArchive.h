@@ -1,11 +1,11 @@
-// CArchive.h - stores values into a file and loads them back: the class library's stream form.
+// CArchive.h - stores values in a file and loads them again, in the class library's stream format.
 //
 // Numbers are little-endian.  A count is 2 bytes, or 0xFFFF and 4 bytes from 0xFFFF on.  A string
 // is its length and its bytes, with the length in 1 byte (below 0xFF), 0xFF and 2 bytes (below
 // 0xFFFE), or 0xFF, 0xFFFF and 4 bytes.
 //
-// A stream that ends inside a value throws CArchiveException* (endOfFile).  Memory grows with the
-// bytes that are really there, never with a length that the stream merely claims.
+// A stream that ends inside a value throws CArchiveException* (endOfFile).  Memory use follows the
+// bytes actually read, not the lengths that the stream states.
 #pragma once
 
 #include <memory>
@@ -21,10 +21,10 @@ class ZOR_PLATFORM_API CArchive {
  public:
   enum Mode : unsigned int { store = 0, load = 1 };
 
-  // The stream begins at the position of the file `stream`, which stays the caller's and must
-  // outlive the archive.  `direction` is a Mode.
+  // The stream begins at the current position of the file `stream`, which the caller owns and which
+  // must outlive the archive.  `direction` is a Mode.
   CArchive(CFile* stream, unsigned int direction, int bufferSize = 4096);
-  // Closes; failures are dropped.
+  // Closes; errors are ignored.
   ~CArchive();
   CArchive(const CArchive&) = delete;
   CArchive& operator=(const CArchive&) = delete;
@@ -32,10 +32,11 @@ class ZOR_PLATFORM_API CArchive {
   bool IsStoring() const { return mode == store; }
   bool IsLoading() const { return mode == load; }
 
-  // Returns the number of bytes read, fewer than `count` at the end of the file only.
+  // Returns the number of bytes read, less than `count` only at the end of the file.
   unsigned int Read(void* buffer, unsigned int count);
   void Write(const void* buffer, unsigned int count);
-  // Storing: hands everything to the file.  Loading: moves the file to the end of what was read.
+  // Storing: writes the buffer to the file.  Loading: seeks the file back to the end of what was
+  // read.
   void Flush();
   // Flushes and detaches from the file.
   void Close();
@@ -64,7 +65,7 @@ class ZOR_PLATFORM_API CArchive {
   unsigned int mode;
   unsigned int capacity;
   std::unique_ptr<BYTE[]> buffer;
-  unsigned int next = 0;    // storing: bytes that wait to be written; loading: first unread byte
+  unsigned int next = 0;    // storing: bytes to be written; loading: first unread byte
   unsigned int filled = 0;  // loading: end of the unread bytes
 };
 

@@ -1,4 +1,4 @@
-// CException.cpp - failures of the class library, and the causes that system errors stand for.
+// CException.cpp - the class library's exceptions, and the mapping of system errors to causes.
 #include "platform/classlib/CException.h"
 
 CException::~CException() = default;

@@ -1,4 +1,4 @@
-// CException.h - failures of the class library, thrown by pointer.
+// CException.h - the class library's exceptions, thrown by pointer.
 //
 //   try {
 //     CFile::Remove(name);
@@ -6,8 +6,8 @@
 //     error->Delete();
 //   }
 //
-// Whoever catches an exception owns it, and must call Delete once, unless it rethrows with a bare
-// `throw`.  Values of m_cause are published numbers.
+// A handler owns the exception that it catches and must call Delete once, unless it rethrows with a
+// bare `throw`.  The values of m_cause are part of the interface.
 #pragma once
 
 #include "platform/Export.h"
@@ -19,14 +19,14 @@ inline namespace kozor_names {
 class ZOR_PLATFORM_API CException : public CObject {
  public:
   ~CException() override;
-  // Ends an exception that was made with `new`, as every thrown one is.
+  // Destroys an exception made with `new`, as every thrown one is.
   void Delete();
 
  protected:
   CException() = default;
 };
 
-// A file operation failed.  CFile::Open fills one that its caller made; all others are thrown.
+// A file operation failed.  CFile::Open fills in the caller's object; other operations throw one.
 class ZOR_PLATFORM_API CFileException : public CException {
  public:
   enum {
@@ -50,12 +50,12 @@ class ZOR_PLATFORM_API CFileException : public CException {
   explicit CFileException(int cause = none, LONG osError = -1);
   ~CFileException() override;
 
-  // The cause that stands for a system error number, as GetLastError gives it.
+  // The cause for a system error number from GetLastError.
   static int OsErrorToException(LONG osError);
   [[noreturn]] static void ThrowOsError(LONG osError);
 
   int m_cause;
-  LONG m_lOsError;  // the system's number, -1 when the system has no part in it
+  LONG m_lOsError;  // the system's number, -1 if it isn't a system error
 };
 
 // A stream of CArchive ended too early or isn't one.
@@ -64,12 +64,12 @@ class ZOR_PLATFORM_API CArchiveException : public CException {
   enum {
     none = 0,
     genericException = 1,
-    readOnly = 2,   // storing into an archive that loads
+    readOnly = 2,   // storing into an archive opened for loading
     endOfFile = 3,  // the stream ended inside a value
-    writeOnly = 4,  // loading from an archive that stores
+    writeOnly = 4,  // loading from an archive opened for storing
     badIndex = 5,
     badClass = 6,
-    badSchema = 7,  // text of a kind that isn't read here
+    badSchema = 7,  // text of a kind that isn't supported
   };
 
   explicit CArchiveException(int cause = none);

@@ -1,4 +1,4 @@
-// CFile.cpp - a file opened for reading and writing, unbuffered; and what can be asked of a path.
+// CFile.cpp - see CFile.h.
 #include "platform/classlib/CFile.h"
 
 #include <cstring>
@@ -54,8 +54,7 @@ const char* TextOf(const char* path) {
   return path != nullptr ? path : "";
 }
 
-// The name of an entry in a directory: what a search can find has no trailing backslash, unless
-// that is a part of a root.
+// A path as a search accepts it: without a trailing backslash, unless that is part of a root.
 CString WithoutTrailingBackslash(const char* path) {
   std::string_view entry = path;
   if (!AnsiPath(entry).EndsInSeparator()) return path;

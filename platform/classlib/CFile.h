@@ -1,8 +1,7 @@
-// CFile.h - a file opened for reading and writing, unbuffered; and what can be asked of a path.
+// CFile.h - an unbuffered file, and operations on paths.
 //
-// A null path reads as the empty one, which names no file.
-// Operations throw CFileException* on failure unless they say otherwise.  Positions and sizes are
-// bytes, 64 bits wide.
+// A null path reads as the empty one, which names no file.  Operations throw CFileException* on
+// failure unless their comment says otherwise.  Positions and sizes are 64-bit byte counts.
 #pragma once
 
 #include <cstdint>
@@ -14,13 +13,13 @@
 
 inline namespace kozor_names {
 
-// What CFile::GetStatus tells.  Times are UTC.
+// The result of CFile::GetStatus.  Times are UTC.
 struct CFileStatus {
   FILETIME m_ctime;           // created
   FILETIME m_mtime;           // last written
   FILETIME m_atime;           // last read
   std::uint64_t m_size;       // 0 for a directory
-  unsigned char m_attribute;  // CFile::readOnly and its like
+  unsigned char m_attribute;  // CFile::Attribute bits
 };
 
 class ZOR_PLATFORM_API CFile : public CObject {
@@ -29,12 +28,12 @@ class ZOR_PLATFORM_API CFile : public CObject {
     modeRead = 0x0000,
     modeWrite = 0x0001,
     modeReadWrite = 0x0002,
-    shareCompat = 0x0000,  // as shareExclusive
+    shareCompat = 0x0000,  // the same as shareExclusive
     shareExclusive = 0x0010,
     shareDenyWrite = 0x0020,
     shareDenyRead = 0x0030,
     shareDenyNone = 0x0040,
-    modeCreate = 0x1000,      // makes the file, or empties an existing one
+    modeCreate = 0x1000,      // creates the file, or truncates an existing one
     modeNoTruncate = 0x2000,  // with modeCreate: keeps the contents of an existing file
     typeText = 0x4000,        // for CStdioFile
     typeBinary = 0x8000,
@@ -52,38 +51,38 @@ class ZOR_PLATFORM_API CFile : public CObject {
   };
 
   CFile();
-  // Opens, and throws where Open returns 0.
+  // Opens; throws if Open would return 0.
   CFile(const char* fileName, unsigned int openFlags);
-  // Closes; a failure of that is dropped.
+  // Closes; errors are ignored.
   ~CFile() override;
 
-  // Opens `fileName` with flags of OpenFlags.  Returns non-zero on success.  Returns 0 on failure,
-  // throws nothing, and fills `error` if it isn't null; so it does when the object has a file open
-  // already.
+  // Opens `fileName` with flags of OpenFlags.  Returns non-zero on success.  On failure returns 0
+  // and fills in `error` if it isn't null; never throws.  Fails if the object already has a file
+  // open.
   virtual int Open(const char* fileName, unsigned int openFlags, CFileException* error = nullptr);
 
-  // Returns the number of bytes read, fewer than `count` at the end of the file only.
+  // Returns the number of bytes read, less than `count` only at the end of the file.
   virtual unsigned int Read(void* buffer, unsigned int count);
-  // Writes all bytes, or throws; a write that comes up short is diskFull.
+  // Writes all bytes, or throws; a short write is diskFull.
   virtual void Write(const void* buffer, unsigned int count);
   // Moves to `offset` bytes from SeekPosition `from`, and returns the new position.
   virtual std::uint64_t Seek(std::int64_t offset, unsigned int from);
   virtual std::uint64_t GetLength();
-  // Waits until everything written has reached the medium.
+  // Returns after everything written has reached the medium.
   virtual void Flush();
-  // Closes, and throws if the system reports a failure; the file is closed all the same.  Closing
-  // a closed file does nothing.
+  // Closes.  Throws if the system reports a failure; the file is closed even then.  Does nothing if
+  // the file isn't open.
   virtual void Close();
-  // Closes and reports nothing; what a buffer holds is dropped.
+  // Closes without reporting errors; buffered data is discarded.
   virtual void Abort();
 
   bool IsOpen() const { return file != INVALID_HANDLE_VALUE; }
 
   // Describes the file or directory at `path`, with or without a trailing backslash.  Returns
-  // non-zero on success; 0, with `status` unchanged, if there is none, for a name with wild-cards
-  // and for a root.
+  // non-zero on success.  Returns 0 and leaves `status` unchanged if there is none, for a name with
+  // wild-cards and for a root.
   static int GetStatus(const char* path, CFileStatus& status);
-  // Deletes a file.  A read-only file isn't deleted (accessDenied).
+  // Deletes a file.  Fails for a read-only file (accessDenied).
   static void Remove(const char* fileName);
 
  private:

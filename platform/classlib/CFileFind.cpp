@@ -1,11 +1,11 @@
-// CFileFind.cpp - walks the entries of a directory that match a mask, one entry ahead of its user.
+// CFileFind.cpp - enumerates the entries of a directory that match a mask, reading one entry ahead.
 #include "platform/classlib/CFileFind.h"
 
 #include <cstring>
 
 namespace {
 
-// The part of a path in front of its last name.
+// The part of a path before its last name.
 CString DirectoryOf(const char* path) {
   const char* name = path;
   for (const char* p = path; *p != '\0'; p = CharNextA(p)) {

@@ -1,4 +1,4 @@
-// CFileFind.h - walks the entries of a directory that match a mask.
+// CFileFind.h - enumerates the entries of a directory that match a mask.
 //
 //   CFileFind search;
 //   for (int more = search.FindFile("C:\\data\\*.*"); more;) {
@@ -6,7 +6,7 @@
 //     if (!search.IsDots()) Use(search.GetFileName());
 //   }
 //
-// The last entry is good although FindNextFileA returned 0 for it.
+// FindNextFileA returns 0 for the last entry, which is valid nevertheless.
 #pragma once
 
 #include <cstdint>
@@ -23,23 +23,24 @@ class ZOR_PLATFORM_API CFileFind : public CObject {
   CFileFind();
   ~CFileFind() override;
 
-  // Starts a search, ending one before it.  Only the last part of `name` may hold wild-cards; the
-  // rules are those of FindFirstFileA.  A null `name` is "*.*".  Returns 0 when nothing matches or
-  // the directory can't be read.  `unused` has no meaning.
+  // Starts a search and ends the previous one.  Only the last part of `name` may hold wild-cards,
+  // with the rules of FindFirstFileA.  A null `name` means "*.*".  Returns 0 if nothing matches or
+  // the directory can't be read.  `unused` is ignored.
   int FindFile(const char* name = nullptr, DWORD unused = 0);
-  // Makes the next entry current, at first the first one.  Returns 0 when it is the last.
+  // Makes the next entry current; the first call selects the first entry.  Returns 0 if it is the
+  // last.
   int FindNextFileA();
   // Ends the search.
   void Close();
 
-  // About the current entry; only after FindNextFileA.
+  // About the current entry.  Valid only after FindNextFileA.
   bool IsDots() const;  // "." or ".."
   bool IsDirectory() const;
   // Whether the entry has at least one of the FILE_ATTRIBUTE_* bits of `mask`.
   bool MatchesMask(DWORD mask) const;
   DWORD GetAttributes() const;
   const char* GetFileName() const;  // bare name; valid until the next change
-  // The directory that was searched, as it was given, and the bare name.
+  // The searched directory as it was passed, followed by the bare name.
   CString GetFilePath() const;
   std::uint64_t GetLength() const;  // bytes
 
@@ -47,7 +48,7 @@ class ZOR_PLATFORM_API CFileFind : public CObject {
   HANDLE search = INVALID_HANDLE_VALUE;
   bool hasNext = false;
   WIN32_FIND_DATAA current{};
-  WIN32_FIND_DATAA next{};  // read ahead, if hasNext
+  WIN32_FIND_DATAA next{};  // read ahead; valid if hasNext
   CString directory;        // of the search, up to and including the last backslash or colon
 };
 

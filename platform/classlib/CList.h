@@ -4,10 +4,10 @@
 //     Use(list.GetNext(position));
 //   }
 //
-// or, where nothing is added or removed on the way, `for (const CString& name : list)`.
+// or, if the loop adds and removes nothing, `for (const CString& name : list)`.
 //
-// A POSITION names one element and is valid until that element is removed, whatever happens to
-// the others.  Nodes come from blocks; a list that has become empty gives all of them back.
+// A POSITION identifies one element and is valid until that element is removed, regardless of the
+// others.  Nodes are allocated in blocks, which are freed when the list becomes empty.
 #pragma once
 
 #include <cstddef>
@@ -21,14 +21,14 @@
 
 inline namespace kozor_names {
 
-// The links of an element.  Only CList looks inside.
+// The links of an element.  Private to CList.
 struct CListLinks {
   CListLinks* next;
   CListLinks* previous;
 };
 using POSITION = CListLinks*;
 
-// Stores or loads `count` elements.  An element type that is more than its bytes needs a
+// Stores or loads `count` elements as raw bytes.  A type that isn't trivially copyable needs a
 // specialisation.
 template <class TYPE>
 void SerializeElements(CArchive& archive, TYPE* elements, int count) {
@@ -54,7 +54,7 @@ inline void SerializeElements(CArchive& archive, CString* elements, int count) {
 template <class TYPE, class ARG_TYPE = const TYPE&>
 class CList : public CObject {
  public:
-  // `nodesPerBlock`: elements for which memory is taken at a time.
+  // `nodesPerBlock`: elements allocated at a time.
   explicit CList(int nodesPerBlock = 10) : blockSize(nodesPerBlock > 0 ? nodesPerBlock : 10) {}
   ~CList() override { RemoveAll(); }
 
@@ -65,10 +65,10 @@ class CList : public CObject {
   POSITION AddTail(ARG_TYPE element) { return Insert(element, tail, nullptr); }
   POSITION AddHead(ARG_TYPE element) { return Insert(element, nullptr, head); }
 
-  // Null when the list is empty.
+  // Null if the list is empty.
   POSITION GetHeadPosition() const { return head; }
   POSITION GetTailPosition() const { return tail; }
-  // A copy of the element at `position`, which moves on, to null after the last.
+  // Returns a copy of the element at `position` and advances `position`, to null after the last.
   TYPE GetNext(POSITION& position) const;
   TYPE GetPrev(POSITION& position) const;
   TYPE& GetAt(POSITION position) { return static_cast<Node*>(position)->element; }
@@ -77,8 +77,8 @@ class CList : public CObject {
   void RemoveAt(POSITION position);
   void RemoveAll();
 
-  // Stores the count and the elements; loading appends to what is there.  When loading throws, the
-  // elements read so far stay in the list.
+  // Stores the count and the elements.  Loading appends to the list; if it throws, the elements
+  // read so far stay.
   void Serialize(CArchive& archive) override;
 
   class const_iterator {
@@ -115,7 +115,7 @@ class CList : public CObject {
     explicit Node(ARG_TYPE value) : CListLinks{}, element(value) {}
     TYPE element;
   };
-  // Memory for one node; a free slot knows the next free one.
+  // Memory for one node; a free slot links to the next free one.
   union Slot {
     Slot() : nextFree(nullptr) {}
     ~Slot() {}
@@ -202,7 +202,7 @@ POSITION CList<TYPE, ARG_TYPE>::Insert(ARG_TYPE element, POSITION previous, POSI
   return node;
 }
 
-// If the node's construction throws, its slot is lost until the list becomes empty, nothing else.
+// If constructing the node throws, its slot stays unused until the list becomes empty.
 template <class TYPE, class ARG_TYPE>
 typename CList<TYPE, ARG_TYPE>::Slot* CList<TYPE, ARG_TYPE>::TakeSlot() {
   if (freeSlots == nullptr) {

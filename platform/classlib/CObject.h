@@ -1,4 +1,4 @@
-// CObject.h - the root of the class library: what every class derived from it can be asked.
+// CObject.h - the root class of the class library.
 #pragma once
 
 #include "platform/Export.h"
@@ -6,22 +6,22 @@
 inline namespace kozor_names {
 
 class CArchive;
-class CDumpContext;  // only ever named: nothing here writes a dump
+class CDumpContext;  // only declared: nothing here writes a dump
 
-// Describes a class while the program runs.
+// Describes a class at run time.
 struct CRuntimeClass {
   const char* m_lpszClassName;
   int m_nObjectSize;  // bytes
   const CRuntimeClass* m_pBaseClass;
 };
 
-// Objects aren't copyable unless a derived class says how.  The first virtual operations stand in
-// the order that applications count on.
+// Objects aren't copyable unless a derived class allows it.  Applications depend on the order of
+// the first virtual operations: keep it.
 class ZOR_PLATFORM_API CObject {
  public:
   virtual const CRuntimeClass* GetRuntimeClass() const;
   virtual ~CObject();
-  // Stores or loads the object.  Here it does nothing.
+  // Stores or loads the object.  The default does nothing.
   virtual void Serialize(CArchive& archive);
   virtual void AssertValid() const;
   virtual void Dump(CDumpContext& context) const;

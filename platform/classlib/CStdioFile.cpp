@@ -1,4 +1,4 @@
-// CStdioFile.cpp - a file read or written through a buffer, which serves one direction at a time.
+// CStdioFile.cpp - a buffered file; the buffer holds either unread or unwritten bytes.
 #include "platform/classlib/CStdioFile.h"
 
 #include <algorithm>
@@ -8,7 +8,7 @@
 
 namespace {
 
-// What ends a line in a text file of this system.
+// The line end of text files on this system.
 #if defined(_WIN32)
 constexpr std::string_view kLineEnd = "\r\n";
 #else
@@ -135,15 +135,15 @@ void CStdioFile::WriteBytes(const char* bytes, unsigned int count) {
   unwritten += count;
 }
 
-// Hands the buffer to the file.  What a failing write didn't take is dropped, so that the failure
-// is reported once and Close doesn't try again.
+// Writes the buffer to the file.  Bytes that a failed write didn't take are discarded, so that the
+// failure is reported once and Close doesn't try again.
 void CStdioFile::WriteOut() {
   if (unwritten == 0) return;
   const unsigned int count = std::exchange(unwritten, 0);
   CFile::Write(buffer.get(), count);
 }
 
-// Puts the file's position back to where the program has read to.
+// Seeks the file back to where the program has read to.
 void CStdioFile::DropUnread() {
   if (next == filled) return;
   const std::int64_t unread = filled - next;

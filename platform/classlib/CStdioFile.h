@@ -1,9 +1,9 @@
-// CStdioFile.h - a file read or written through a buffer, for text line by line.
+// CStdioFile.h - a buffered file, for reading and writing text line by line.
 //
-// Opened with CFile::typeText, a "\n" that is written becomes the platform's line end in the file,
-// and ReadString takes that off; with CFile::typeBinary, or neither, a line ends in "\n" alone.
-// What is written may stay in the buffer until Flush or Close, so both can throw CFileException*
-// (diskFull) for an earlier write.
+// If opened with CFile::typeText, "\n" is written as the platform's line end, which ReadString
+// removes.  With CFile::typeBinary, or neither, a line ends in "\n" alone.  Written data may stay
+// in the buffer until Flush or Close, so both can throw CFileException* (diskFull) for an earlier
+// write.
 #pragma once
 
 #include <memory>
@@ -17,7 +17,7 @@ class ZOR_PLATFORM_API CStdioFile : public CFile {
  public:
   CStdioFile();
   CStdioFile(const char* fileName, unsigned int openFlags);
-  // Writes out and closes; failures are dropped.
+  // Writes the buffer and closes; errors are ignored.
   ~CStdioFile() override;
 
   int Open(const char* fileName, unsigned int openFlags, CFileException* error = nullptr) override;
@@ -26,14 +26,14 @@ class ZOR_PLATFORM_API CStdioFile : public CFile {
   std::uint64_t Seek(std::int64_t offset, unsigned int from) override;
   std::uint64_t GetLength() override;
   void Flush() override;
-  // Writes out and closes.  When that throws, the file is closed all the same.
+  // Writes the buffer and closes.  The file is closed even if this throws.
   void Close() override;
   void Abort() override;
 
-  // Writes `text` without its terminator and adds nothing.  A null `text` is an empty one.
+  // Writes `text` without its terminator; adds no line end.  A null `text` reads as the empty one.
   void WriteString(const char* text);
-  // Reads up to the next "\n", which is taken off.  Returns 0 at the end of the file, when nothing
-  // was left to read; `line` is then empty.
+  // Reads up to the next "\n", which is removed.  Returns 0, with `line` empty, if nothing was left
+  // to read.
   int ReadString(CString& line);
 
  private:
@@ -46,8 +46,8 @@ class ZOR_PLATFORM_API CStdioFile : public CFile {
 
   bool isText = false;
   std::unique_ptr<char[]> buffer;  // kBufferBytes, while open
-  unsigned int unwritten = 0;      // bytes at the start of the buffer that wait to be written
-  unsigned int next = 0;           // the bytes from `next` to `filled` wait to be read
+  unsigned int unwritten = 0;      // bytes at the start of the buffer still to be written
+  unsigned int next = 0;           // the bytes from `next` to `filled` are unread
   unsigned int filled = 0;
 };
 

@@ -1,4 +1,4 @@
-// CString.cpp - a byte string that shares its text.
+// CString.cpp - see CString.h.
 #include "platform/classlib/CString.h"
 
 #include <algorithm>
@@ -34,7 +34,7 @@ int LengthOf(const WCHAR* text) {
 constinit CString::EmptyText CString::emptyText{{0, 0, 0}, '\0'};
 
 CString::CString() noexcept : text(&emptyText.terminator) {
-  // A text follows its header at once.
+  // A text immediately follows its header.
   static_assert(offsetof(EmptyText, terminator) == sizeof(Header));
 }
 
@@ -85,7 +85,7 @@ CString& CString::operator=(CString&& other) noexcept {
 CString& CString::operator=(const char* other) {
   const int length = LengthOf(other);
   if (IsShared() || Data()->capacity < length) return *this = CString(other, length);
-  // `other` may be a part of this very text.
+  // `other` may point into this text.
   if (length > 0) std::memmove(text, other, static_cast<std::size_t>(length));
   ReleaseBuffer(length);
   return *this;
@@ -150,7 +150,7 @@ char* CString::GetBuffer(int minLength) {
 }
 
 void CString::ReleaseBuffer(int newLength) {
-  if (IsShared()) return;  // no GetBuffer went before: there is nothing to take over
+  if (IsShared()) return;  // no GetBuffer before this call: nothing to do
   const int capacity = Data()->capacity;
   if (newLength < 0) {
     const void* terminator = std::memchr(text, 0, static_cast<std::size_t>(capacity));
@@ -162,8 +162,8 @@ void CString::ReleaseBuffer(int newLength) {
   text[Data()->length] = '\0';
 }
 
-// Whether the text must not be written, because others see it too.  Acquire: with the count at one,
-// what other threads did with the text before they let go of it has happened.
+// Whether others share the text, so that it must not be written.  Acquire: when the count is one,
+// the accesses of threads that have released the text are complete.
 bool CString::IsShared() const noexcept {
   return text == &emptyText.terminator || Data()->references.load(std::memory_order_acquire) != 1;
 }
@@ -177,15 +177,14 @@ void CString::Release() noexcept {
   ::operator delete(header);
 }
 
-// `bytes` may be a part of this very text.
+// `bytes` may point into this text.
 void CString::Append(const char* bytes, int count) {
   if (count <= 0) return;
   const int length = GetLength();
   if (count > kMaxLength - length) throw std::bad_array_new_length();
   const int newLength = length + count;
   if (IsShared() || Data()->capacity < newLength) {
-    // A text that grows again and again gets room to spare; one that is made by a single sum
-    // doesn't.
+    // Spare capacity only for a text that has already grown once, not for a single concatenation.
     const int spare = IsShared() ? 0 : std::min(newLength / 2, kMaxLength - newLength);
     char* grown = Allocate(newLength + spare);
     std::memcpy(grown, text, static_cast<std::size_t>(length));
@@ -199,7 +198,7 @@ void CString::Append(const char* bytes, int count) {
   text[newLength] = '\0';
 }
 
-// A text of one owner, of length 0, with room for `capacity` bytes and a terminator.
+// A new unshared text of length 0, with room for `capacity` bytes and a terminator.
 char* CString::Allocate(int capacity) {
   if (capacity > kMaxLength) throw std::bad_array_new_length();
   void* memory = ::operator new(sizeof(Header) + static_cast<std::size_t>(capacity) + 1);

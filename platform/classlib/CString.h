@@ -1,13 +1,12 @@
-// CString.h - a byte string that shares its text.
+// CString.h - a reference-counted byte string.
 //
-// Copies of a CString share one text and count the references to it; a change gives the changed
-// object a text of its own.  The count is atomic, so strings that share a text may be used by
-// different threads; one and the same CString by one thread at a time only.
+// Copies of a CString share one text and count the references to it; a modified object first gets
+// its own copy.  The count is atomic, so different threads may use strings that share a text, but
+// not the same CString object at once.
 //
 // The text is in the active ANSI code page and always ends in a terminator.  A CString is one
-// pointer wide and converts to const char*; the pointer is valid until the next change or the end
-// of the object.  It indexes that text too: s[0] is the first byte, s + 1 the address of the
-// second.
+// pointer wide and converts to const char*; the pointer is valid until the object is modified or
+// destroyed.  Through that conversion s[0] is the first byte and s + 1 the address of the second.
 //
 // Lengths are bytes and at most kMaxLength; a longer text throws std::bad_array_new_length.
 #pragma once
@@ -24,18 +23,18 @@ inline namespace kozor_names {
 
 class ZOR_PLATFORM_API CString {
  public:
-  enum : int { kMaxLength = INT_MAX - 64 };  // a constant that needs no export
+  enum : int { kMaxLength = INT_MAX - 64 };  // an enumerator needs no export
 
   CString() noexcept;
   CString(const CString& other) noexcept;
   CString(CString&& other) noexcept;
-  // A null `text` is an empty one.
+  // A null `text` reads as the empty one.
   CString(const char* text);  // NOLINT(google-explicit-constructor)
-  // The first `length` bytes at `text`, whatever they are.
+  // The first `length` bytes at `text`; they may include 0.
   CString(const char* text, int length);
   explicit CString(char character, int repeat = 1);
-  // Converts 16-bit text to the active code page; what it can't express becomes its default
-  // character.  A null `text` is an empty one.
+  // Converts 16-bit text to the active code page; characters that it can't express become its
+  // default character.  A null `text` reads as the empty one.
   explicit CString(const WCHAR* text);
   CString(const WCHAR* text, int length);
   ~CString();
@@ -51,7 +50,7 @@ class ZOR_PLATFORM_API CString {
   // The byte at `index`, which must lie in the text or on its terminator.
   char GetAt(int index) const { return text[index]; }
 
-  // Pieces, in bytes.  Positions and counts beyond the text are cut down to it.
+  // Substrings, counted in bytes.  Positions and counts outside the text are clamped.
   CString Left(int count) const;
   CString Right(int count) const;
   CString Mid(int first) const;
@@ -62,14 +61,14 @@ class ZOR_PLATFORM_API CString {
   CString& operator+=(const char* other);
   CString& operator+=(char character);
 
-  // Negative, 0 or positive, as _mbscmp and _mbsicmp give it; both end at the first terminator.
-  // The operators below compare as Compare does.
+  // Negative, 0 or positive, as from _mbscmp and _mbsicmp; both stop at the first terminator.  The
+  // operators below compare as Compare does.
   int Compare(const char* other) const;
   int CompareNoCase(const char* other) const;
 
-  // The text for writing: room for at least `minLength` bytes and the terminator, with the present
-  // text in it.  The text is the object's own from then on.  ReleaseBuffer must follow before the
-  // next other use; it takes the new length, or with -1 finds it by the terminator.
+  // Unshares the text and returns it for writing, with room for at least `minLength` bytes and the
+  // terminator.  ReleaseBuffer must be called before any other use of the object; it sets the new
+  // length, or finds the terminator if that is -1.
   char* GetBuffer(int minLength);
   void ReleaseBuffer(int newLength = -1);
 
@@ -86,7 +85,7 @@ class ZOR_PLATFORM_API CString {
     return left.Compare(right) <=> 0;
   }
 
-  // A left side that is a temporary lends its memory to the result.
+  // A temporary on the left is reused for the result.
   friend CString operator+(CString left, const CString& right) {
     left += right;
     return left;
@@ -100,7 +99,7 @@ class ZOR_PLATFORM_API CString {
     sum += right;
     return sum;
   }
-  // For char alone: s + 1 is the address of the second byte.
+  // For char only: s + 1 must stay the address of the second byte.
   friend CString operator+(CString left, std::same_as<char> auto right) {
     left += right;
     return left;
@@ -112,7 +111,7 @@ class ZOR_PLATFORM_API CString {
   }
 
  private:
-  // What stands in front of every text.
+  // Precedes every text in memory.
   struct Header {
     std::atomic<int> references;  // CStrings that point here; unused in the shared empty text
     int length;                   // bytes before the terminator

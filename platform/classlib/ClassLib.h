@@ -1,14 +1,14 @@
-// ClassLib.h - the class library: one door to its names.
+// ClassLib.h - includes the whole class library.
 //
-// One source for every system: the classes are written on the Win32 names only, which
-// platform/win32 provides.  What all of them have in common:
+// One source for every system: the classes use only the Win32 names that platform/win32 provides.
+// Common rules:
 //
 // - Text is CString or const char*, bytes in the active ANSI code page.
 // - Failures of files and streams are thrown by pointer, as classes derived from CException
-//   (CException.h).  Exhausted memory is std::bad_alloc, as operator new throws it.
-// - No object may be used by two threads at once; different objects may.
-// - The names stand in an inline namespace: they are written without it, and a program may have a
-//   CString or CFile of its own in another source file.
+//   (CException.h).  Exhausted memory throws std::bad_alloc.
+// - Different threads may use different objects at once, but not the same one.
+// - The names are in an inline namespace, so a program may have its own CString or CFile in another
+//   source file.
 #pragma once
 
 #include "platform/classlib/CArchive.h"

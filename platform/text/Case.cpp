@@ -9,7 +9,7 @@ namespace kozor::text {
 
 char32_t ToUpper(char32_t character) {
   if (character < 0x80) return character >= 'a' && character <= 'z' ? character - 0x20 : character;
-  // Kana, ideographs and Hangul have no case; they are most of the rest.
+  // Fast path: kana, ideographs and Hangul have no case.
   if (character >= 0x2E80 && character < 0xA640) return character;
   const UpperRun* const end = kUpperRuns + kUpperRunCount;
   const UpperRun* const run =

@@ -1,5 +1,5 @@
-// Case.h - two rules of case.  Names on disk are equal by Unicode's simple upper case; names in
-// archives, and the comparisons of the C run-time library, fold Latin letters only.
+// Case.h - two kinds of case folding.  Names on disk compare by Unicode's simple upper case; names
+// in archives and the C run-time library fold Latin letters only.
 #pragma once
 
 #include <string>
@@ -19,14 +19,14 @@ constexpr char32_t ToLowerLatin(char32_t character) {
   return plain || fullWidth ? character + 0x20 : character;
 }
 
-// The same for a character of code page 932 as a number, lead * 256 + trail.
+// The same for a character of code page 932, as the number lead * 256 + trail.
 constexpr unsigned ToLowerLatin932(unsigned character) {
   if (character >= 'A' && character <= 'Z') return character + 0x20;
   return character >= 0x8260 && character <= 0x8279 ? character + 0x21 : character;
 }
 
-// UTF-8 text as UTF-16, each character put through `map`.  Bytes that are no character become
-// halves of surrogate pairs: they differ from each other and from all characters.
+// Converts UTF-8 to UTF-16, mapping each character with `map`.  Invalid bytes become low
+// surrogates, one for each byte value, so they differ from every character.
 template <typename Map>
 std::u16string MapToUtf16(std::string_view utf8, Map map) {
   std::u16string mapped;
@@ -41,7 +41,7 @@ std::u16string MapToUtf16(std::string_view utf8, Map map) {
   return mapped;
 }
 
-// Upper case in UTF-16: equal for names that differ in case alone.
+// Upper case in UTF-16: the same for names that differ only in case.
 inline std::u16string UpperKey(std::string_view utf8) {
   return MapToUtf16(utf8, ToUpper);
 }

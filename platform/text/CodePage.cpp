@@ -15,12 +15,12 @@ constexpr std::size_t kTrails = 188;
 constexpr unsigned kFirstUserLead = 0xF0;
 constexpr unsigned kLastUserLead = 0xF9;
 constexpr char32_t kFirstUserCharacter = 0xE000;
-// The single bytes 0xA0 and 0xFD to 0xFF have private characters too.
+// The single bytes 0xA0 and 0xFD to 0xFF map to private-use characters too.
 constexpr char32_t kPrivateA0 = 0xF8F0;
 constexpr char32_t kPrivateFd = 0xF8F1;
 constexpr char32_t kHalfWidthKana = 0xFF61;  // byte 0xA1
 
-// Position of a trail byte in its row, or kTrails.
+// Index of a trail byte in its row, or kTrails if it isn't one.
 constexpr std::size_t TrailIndex(unsigned trail) {
   if (trail < 0x40 || trail == 0x7F || trail > 0xFC) return kTrails;
   return trail - (trail < 0x7F ? 0x40 : 0x41);
@@ -60,13 +60,12 @@ Decoded Decode932(std::string_view text) {
   if (text.size() < 2) return {kNoCharacter, 1};
   const auto second = static_cast<unsigned char>(text[1]);
   const char32_t character = DecodePair932(first, second);
-  // An impossible trail byte is left for the next character, so that it can't be hidden by a stray
-  // lead byte.
+  // An invalid trail byte starts the next character, so that a stray lead byte can't hide it.
   if (character == kNoCharacter && TrailIndex(second) == kTrails) return {kNoCharacter, 1};
   return {character, 2};
 }
 
-// Codes by UTF-16 unit; 0 is a hole (and the code of U+0000).
+// Codes indexed by UTF-16 unit; 0 means none (except for U+0000).
 using EncodeTable = std::array<std::uint16_t, 0x10000>;
 
 std::unique_ptr<EncodeTable> MakeEncodeTable932() {
@@ -81,8 +80,8 @@ std::unique_ptr<EncodeTable> MakeEncodeTable932() {
       (*table)[character] = static_cast<std::uint16_t>(lead << 8 | TrailByte(index));
     }
   };
-  // Some 390 characters have two or three codes.  The first row wins; rows 0xED and 0xEE, which
-  // repeat 0xFA to 0xFC, come last.
+  // About 390 characters have two or three codes.  The first row wins; rows 0xED and 0xEE, which
+  // duplicate 0xFA to 0xFC, come last.
   for (unsigned lead = 0x81; lead <= 0xFC; ++lead) {
     if (IsLeadByte932(lead) && lead != 0xED && lead != 0xEE) addRow(lead);
   }
@@ -132,8 +131,6 @@ bool AppendAscii(std::string& text, char32_t character) {
 
 }  // namespace
 
-// Strict: no overlong forms, no surrogates, nothing above U+10FFFF.  A broken sequence is taken
-// byte by byte.
 Decoded DecodeUtf8(std::string_view text) {
   const auto byteAt = [&](std::size_t i) { return static_cast<unsigned char>(text[i]); };
   const unsigned first = byteAt(0);

@@ -19,7 +19,7 @@ namespace {
 
 struct PageName {
   unsigned number;
-  const char* name;  // to the C library's converter
+  const char* name;  // for iconv
   bool hasPairs;
 };
 
@@ -60,7 +60,7 @@ class Converter {
   Converter& operator=(const Converter&) = delete;
 
   bool IsOpen() const { return descriptor != iconv_t(-1); }
-  // The one character that these bytes are, all of them together.
+  // The single character that these bytes encode, or kNoCharacter.
   char32_t Convert(char* bytes, std::size_t count) const {
     char32_t character = 0;
     char* out = reinterpret_cast<char*>(&character);

@@ -1,4 +1,4 @@
-// Path.h - a library path taken apart, by looking at its text only.
+// Path.h - splits a library path; only its text is examined.
 //
 //   path                  root         directory  file name  folder
 //   C:\dir\sub\file.txt   C:           \dir\sub\  file.txt   C:\dir\sub\    .
@@ -8,7 +8,7 @@
 //   \\srv                              \\         srv        \\             .
 //   dir\                               dir\                  dir\           .
 //
-// Wild-cards are ordinary text.
+// Wild-cards are ordinary characters.
 #pragma once
 
 #include <algorithm>
@@ -19,9 +19,9 @@
 namespace kozor::text {
 
 struct PathRules {
-  bool slashSeparates = false;  // as the backslash always does
-  // Whether a byte begins a character of two, whose second byte may be 0x5C.  Null where there are
-  // no such characters: in UTF-8 and UTF-16.
+  bool slashSeparates = false;  // the backslash always does
+  // Whether a byte begins a two-byte character, whose second byte may be 0x5C.  Null for UTF-8 and
+  // UTF-16, which have none.
   bool (*isLeadByte)(unsigned char byte) = nullptr;
 
   template <typename Char>
@@ -30,8 +30,8 @@ struct PathRules {
   }
 };
 
-// The first separator at or after `from`, which must be at the beginning of a character; the length
-// of the text if there is none.
+// The position of the first separator at or after `from`, or the length of the text.  `from` must
+// be the beginning of a character.
 template <typename Char>
 std::size_t FindSeparator(std::basic_string_view<Char> text, std::size_t from, PathRules rules) {
   while (from < text.size() && !rules.IsSeparator(text[from])) {
@@ -42,7 +42,7 @@ std::size_t FindSeparator(std::basic_string_view<Char> text, std::size_t from, P
   return std::min(from, text.size());
 }
 
-// Takes the first component, and all separators that follow it, off a path.
+// Removes the first component and the separators after it from a path; returns the component.
 template <typename Char>
 std::basic_string_view<Char> TakeComponent(std::basic_string_view<Char>& path, PathRules rules) {
   const auto component = path.substr(0, FindSeparator(path, 0, rules));
@@ -51,7 +51,7 @@ std::basic_string_view<Char> TakeComponent(std::basic_string_view<Char>& path, P
   return component;
 }
 
-// All pieces are views of a text that must outlive the object.
+// The pieces are views of the text, which must outlive the object.
 template <typename Char>
 class BasicPath {
  public:
@@ -68,20 +68,20 @@ class BasicPath {
   View Directory() const { return whole.substr(rootEnd, nameBegin - rootEnd); }
   View FileName() const { return whole.substr(nameBegin); }
 
-  // Up to the last separator, or to the colon of a drive where no separator follows: a file name
-  // can be put after it.
+  // Everything up to the last separator, or up to the colon of a drive if none follows: a file name
+  // can be appended.
   View Folder() const { return whole.substr(0, folderEnd); }
-  // Whether it is such a folder itself.
+  // Whether the whole path is such a folder.
   bool IsFolder() const { return !whole.empty() && folderEnd == whole.size(); }
   bool EndsInSeparator() const { return IsFolder() && !(HasDrive() && folderEnd == rootEnd); }
-  // The same path as a folder: with a backslash added unless it is one, or empty.
+  // The path as a folder: a backslash is added unless it is one already or empty.
   std::basic_string<Char> AsFolder() const {
     std::basic_string<Char> folder(whole);
     if (!folder.empty() && !IsFolder()) folder += Char{'\\'};
     return folder;
   }
 
-  // Whether it begins with a drive or with a separator, so that no folder can stand before it.
+  // Whether it begins with a drive or a separator, so it can't be appended to a folder.
   bool IsRooted() const {
     return HasDrive() || (!whole.empty() && rules.IsSeparator(whole.front()));
   }
@@ -89,7 +89,7 @@ class BasicPath {
  private:
   bool HasDrive() const { return whole.size() >= 2 && whole[1] == Char{':'}; }
 
-  // After "C:" or "\\server\share"; a server alone is no root.
+  // The end of "C:" or "\\server\share"; a server alone isn't a root.
   std::size_t FindRootEnd() const {
     if (HasDrive()) return 2;
     if (whole.size() < 2 || !rules.IsSeparator(whole[0]) || !rules.IsSeparator(whole[1])) return 0;

@@ -1,4 +1,4 @@
-// TextTables.h - code pages and upper case as data; TextTables.cpp is written by a script.
+// TextTables.h - tables of code pages and upper case; a script generates TextTables.cpp.
 #pragma once
 
 #include <cstddef>
@@ -6,12 +6,12 @@
 namespace kozor::text {
 
 // The 188 characters of one lead byte, trail bytes 0x40 to 0x7E and 0x80 to 0xFC.  A blank or a
-// zero is a hole.
+// zero means no character.
 struct Cp932Row {
   unsigned char lead;
   char16_t characters[189];
 };
-// By lead byte; without the rows of user-defined characters (0xF0 to 0xF9), which are computed.
+// In the order of lead bytes, without user-defined characters (0xF0 to 0xF9), which are computed.
 extern const Cp932Row kCp932Rows[];
 extern const std::size_t kCp932RowCount;
 
@@ -19,8 +19,7 @@ extern const std::size_t kCp932RowCount;
 extern const char16_t kCp1252High[129];
 extern const char16_t kCp437High[129];
 
-// Letters first, first + step, ... last, each `distance` below or above its capital.  ASCII is left
-// out.
+// The letters first, first + step, ... last; adding `distance` gives the capital.  Without ASCII.
 struct UpperRun {
   char32_t first;
   char32_t last;

@@ -1,14 +1,14 @@
 // WildCard.cpp - see WildCard.h.
 //
-// The mask becomes a list of tokens, and a name is read once with the set of all tokens that could
-// be next, as an automaton is.  So a mask of many stars costs no more than one of few.
+// The mask is compiled into tokens and run as a non-deterministic automaton: the name is read once
+// with the set of active states.  So many stars cost no more than few.
 #include "platform/text/WildCard.h"
 
 namespace kozor::text {
 
 WildCard::WildCard(std::u16string_view mask) {
   if (mask == u"*.*") mask = u"*";
-  // Dots at the end match nothing themselves: after a star they say that there is no extension.
+  // Trailing dots match nothing themselves; after a star they mean "no extension".
   const std::size_t length = mask.find_last_not_of(u'.') + 1;
   tokens.reserve(length);
   for (std::size_t i = 0; i < length; ++i) {
@@ -40,15 +40,15 @@ bool WildCard::MatchesNothing(Kind kind, bool atDot, bool atEnd) {
   return false;
 }
 
-// Adds what can be reached without reading a character.
+// Adds the states that are reachable without reading a character.
 void WildCard::Skip(States& states, bool atDot, bool atEnd) const {
   for (std::size_t i = 0; i < tokens.size(); ++i) {
     if (states[i] && MatchesNothing(tokens[i].kind, atDot, atEnd)) states[i + 1] = true;
   }
 }
 
-// Reads one character; false when that leads nowhere.  Works in place from the end, so that no
-// token takes the character twice.
+// Reads one character; returns false if no state is left.  Works in place from the end, so that no
+// token consumes the character twice.
 bool WildCard::Consume(States& states, char16_t unit, bool isLastDot) const {
   bool any = false;
   states.back() = false;

@@ -1,12 +1,12 @@
-// WildCard.h - does a file name match a mask, by the rules of FindFirstFileA?
+// WildCard.h - matches file names against a mask by the rules of FindFirstFileA.
 //
 //   *     any run of characters
 //   ?     any character but a dot; nothing at a dot and at the end of the name
 //   *.*   every name, with or without a dot
-//   *.    names without an extension: a * in front of a dot never takes the last dot of a name
-//   a.*   "a" too: a dot in front of a wild-card may match the end of the name
+//   *.    names without an extension: a * before a dot never matches the last dot of a name
+//   a.*   "a" too: a dot before a wild-card may match the end of the name
 //
-// Names and masks are UTF-16, compared unit by unit: callers fold the case of both (Case.h).
+// Names and masks are UTF-16, compared unit by unit: callers fold case in both (Case.h).
 #pragma once
 
 #include <string>
@@ -15,7 +15,7 @@
 
 namespace kozor::text {
 
-// In byte strings of every known code page the two are single bytes, never the second of a pair.
+// Searching bytes is safe: * and ? are never trail bytes in a known code page.
 constexpr bool HasWildCards(std::string_view text) {
   return text.find_first_of("*?") != std::string_view::npos;
 }
@@ -26,7 +26,7 @@ constexpr bool HasWildCards(std::u16string_view text) {
 class WildCard {
  public:
   explicit WildCard(std::u16string_view mask);
-  // Takes time in proportion to mask times name at most.
+  // Takes time proportional to the length of the mask times that of the name at most.
   bool Matches(std::u16string_view name) const;
 
  private:
@@ -41,8 +41,8 @@ class WildCard {
     Kind kind;
     char16_t unit = 0;  // of a Literal
   };
-  // A flag for each token, and one for the end: can the name read so far lead to here?  As a string
-  // it needs no allocation for masks of usual length.
+  // The active states of the automaton: one flag for each token, and one for the end.  A string,
+  // because it needs no allocation for masks of usual length.
   using States = std::string;
 
   static bool MatchesNothing(Kind kind, bool atDot, bool atEnd);

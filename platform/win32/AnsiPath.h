@@ -1,4 +1,4 @@
-// AnsiPath.h - paths in the active ANSI code page, taken apart by whole characters.
+// AnsiPath.h - splits paths in the active ANSI code page.
 #pragma once
 
 #include "platform/text/Path.h"
@@ -6,7 +6,7 @@
 
 namespace kozor {
 
-// The library separates with backslashes alone; the archiver, as the system does, with slashes too.
+// In the library only the backslash separates; in the archiver, as in the system, the slash too.
 inline constexpr text::PathRules kAnsiRules = {
     .slashSeparates = false,
     .isLeadByte = [](unsigned char byte) { return IsDBCSLeadByte(byte) != FALSE; }};

@@ -1,4 +1,4 @@
-// HostRules.h - where the hosts differ and Win32 has no call that hides it.
+// HostRules.h - differences between hosts that no Win32 call hides.
 #pragma once
 
 #include "platform/Export.h"
@@ -6,7 +6,7 @@
 
 #if defined(_WIN32)
 
-// What makes a file a program: its suffix on Windows, mode bits as well elsewhere.
+// A program has this suffix; on POSIX it needs mode bits as well.
 constexpr char kProgramSuffix[] = ".exe";
 
 inline int KzMakeProgram(const char* /*path*/, const char* /*like*/) {
@@ -31,7 +31,7 @@ inline int KzLookAtFile(const char* path, BY_HANDLE_FILE_INFORMATION* facts) {
   return done;
 }
 
-// Here nobody can replace or remove a file that someone has open, so it is let go first.
+// Windows doesn't replace or remove an open file, so it is closed first.
 inline int KzReplaceHeld(const char* path, const char* target, HANDLE* held) {
   CloseHandle(*held);
   *held = nullptr;
@@ -48,27 +48,27 @@ inline int KzDeleteHeld(const char* path, HANDLE* held) {
 
 constexpr char kProgramSuffix[] = ".run";
 
-// Lets all those run the file `path` who may read it, and no one else read it than those who may
-// read the file `like`.  Library paths; the owner can always read and run it.  Returns 1; 0 with
-// GetLastError on failure.
+// Makes the file `path` executable for everyone who may read it, after limiting read access to that
+// of the file `like`.  Both are library paths.  The owner can always read and run it.  Returns 1,
+// or 0 with GetLastError.
 ZOR_PLATFORM_API int KzMakeProgram(const char* path, const char* like);
 
-// Non-zero where two names that differ in case alone are two files: what is created takes an
-// existing name only if it is spelt the same (KzSetCaseBlindCreation).
+// Non-zero if names that differ only in case are different files when creating
+// (KzSetCaseBlindCreation).
 ZOR_PLATFORM_API int KzCreatesExactly();
 
-// What KzSetNameCodePage has chosen.
+// The code page set by KzSetNameCodePage.
 ZOR_PLATFORM_API unsigned int KzNameCodePage();
 
-// What GetFileInformationByHandle tells of an open file, but for the attributes, by one look at the
-// name.  Returns 1; 0 with GetLastError as CreateFileA.
+// Does the work of CreateFileA and GetFileInformationByHandle in one look-up of the name; the
+// attributes aren't filled in.  Returns 1, or 0 with GetLastError as from CreateFileA.
 ZOR_PLATFORM_API int KzLookAtFile(const char* path, BY_HANDLE_FILE_INFORMATION* facts);
 
-// Replace or remove the file `target` (`path`), which the caller has open against other writers,
-// and hold it until that is done.  Another process that opened the old file just before can tell by
-// the identity of what the name means then.  `*held` is closed and set to null on success, and may
-// be so on failure.  Return 1; 0 with GetLastError as MoveFileExA and DeleteFileA do, and
-// ERROR_SHARING_VIOLATION if `target` is no longer the file that is held.
+// Replace or remove the file `target` (`path`) while the caller still has it open, denying writers.
+// A process that opened the old file just before can detect the change by comparing the file
+// identity.  On success `*held` is closed and set to null; on failure it may be.  Return 1, or 0
+// with GetLastError as from MoveFileExA and DeleteFileA, or ERROR_SHARING_VIOLATION if `target` is
+// no longer the file held.
 ZOR_PLATFORM_API int KzReplaceHeld(const char* path, const char* target, HANDLE* held);
 ZOR_PLATFORM_API int KzDeleteHeld(const char* path, HANDLE* held);
 

@@ -1,8 +1,8 @@
 // PosixTypes.h - Win32 types, records, constants and error numbers on POSIX.
 //
-// Widths are those of Win32 whatever the host: LONG and DWORD have 32 bits although `long` may have
-// 64.  WCHAR is a UTF-16 unit (char16_t), because the host's wchar_t has 32 bits.
-// Include Win32.h, never this file.
+// Widths are those of Win32 on every host: LONG and DWORD have 32 bits although `long` may have 64.
+// WCHAR is a UTF-16 unit (char16_t), because the host's wchar_t has 32 bits.  Include Win32.h,
+// never this file.
 #pragma once
 
 #include <cstddef>
@@ -15,11 +15,10 @@
 #define CALLBACK
 #endif
 
-// Other libraries bring names of Win32 too (curses, libjpeg, GLib, ODBC, X11).  So BOOL, TRUE and
-// FALSE may be macros here, types agree with theirs where they can, and the namespace keeps the
-// rest apart: the same name in another source file is another thing for the linker and the loader.
-// Functions stand outside of it and are declared with int for BOOL and char16_t for WCHAR, which
-// X11 and ODBC define otherwise.
+// Other libraries define Win32 names too (curses, libjpeg, GLib, ODBC, X11).  So BOOL, TRUE and
+// FALSE may be macros, types match theirs where possible, and the inline namespace separates the
+// rest, so that the linker and the loader see different symbols.  Functions are outside of it and
+// are declared with int for BOOL and char16_t for WCHAR, which X11 and ODBC define differently.
 inline namespace kozor_names {
 
 #ifndef BOOL
@@ -55,7 +54,7 @@ using HANDLE = void*;
 using HWND = void*;
 using HINSTANCE = void*;
 using HMODULE = HINSTANCE;
-using FARPROC = void(WINAPI*)();  // to be cast to what the function really is
+using FARPROC = void(WINAPI*)();  // cast it to the function's actual type
 
 #ifndef FALSE
 constexpr BOOL FALSE = 0;
@@ -63,8 +62,8 @@ constexpr BOOL FALSE = 0;
 #ifndef TRUE
 constexpr BOOL TRUE = 1;
 #endif
-// Size of the fixed buffers in records.  Whole paths may be longer here; a file name that would not
-// fit its buffer is listed cut short with a '?' at its end, so it can't be mistaken for another.
+// Size of the fixed buffers in records.  Whole paths may be longer.  A file name that doesn't fit
+// is listed truncated with a trailing '?', so it can't be mistaken for another file.
 constexpr int MAX_PATH = 260;
 
 #define INVALID_HANDLE_VALUE (reinterpret_cast<HANDLE>(static_cast<INT_PTR>(-1)))
@@ -112,7 +111,7 @@ union ULARGE_INTEGER {
 };
 using PULARGE_INTEGER = ULARGE_INTEGER*;
 
-// Handles are never inherited by other programs here, whatever bInheritHandle says.
+// Handles are never inherited: bInheritHandle is ignored.
 struct SECURITY_ATTRIBUTES {
   DWORD nLength;
   LPVOID lpSecurityDescriptor;

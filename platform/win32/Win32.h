@@ -1,8 +1,8 @@
-// Win32.h - the one door to the Win32 and C run-time names that the library and the archiver call.
+// Win32.h - the only header to include for the Win32 and C run-time names.
 //
-// On Windows it is the system's own headers.  On POSIX the same names, argument types and results
-// are implemented here (docs/platform.md): only the functions and flags that the project calls; a
-// flag that nobody passes is refused with ERROR_INVALID_PARAMETER.
+// On Windows it includes the system's own headers.  On POSIX the same names, argument types and
+// results are implemented here (docs/platform.md), but only the functions and flags that the
+// project uses; any other flag is refused with ERROR_INVALID_PARAMETER.
 #pragma once
 
 #if defined(_WIN32)
@@ -13,7 +13,7 @@
 #ifndef NOMINMAX
 #define NOMINMAX
 #endif
-// Before mbctype.h, whose macros (_S1, _S2) take names that the C++ library uses inside.
+// Must precede mbctype.h, whose macros (_S1, _S2) clash with names inside the C++ library.
 #include <type_traits>
 
 #include <mbctype.h>

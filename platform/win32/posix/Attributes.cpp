@@ -22,7 +22,7 @@ namespace kozor::posix {
 namespace {
 
 constexpr const char* kAttributeName = "user.DOSATTRIB";
-// What can be set; all others follow from what the file is.
+// The attributes that can be set; all others follow from the kind of file.
 constexpr DWORD kStorable = FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN |
                             FILE_ATTRIBUTE_SYSTEM | FILE_ATTRIBUTE_ARCHIVE |
                             FILE_ATTRIBUTE_TEMPORARY | FILE_ATTRIBUTE_OFFLINE |
@@ -35,7 +35,7 @@ DWORD DefaultAttributes(const Metadata& metadata, std::string_view hostName) {
   return (metadata.IsDirectory() ? 0 : FILE_ATTRIBUTE_ARCHIVE) | (dot ? FILE_ATTRIBUTE_HIDDEN : 0);
 }
 
-// Hexadecimal digits after "0x"; what some servers append is ignored.
+// Parses hexadecimal digits after "0x"; anything that a server appends is ignored.
 std::optional<DWORD> ParseStored(std::string_view text) {
   if (!text.starts_with("0x") && !text.starts_with("0X")) return std::nullopt;
   DWORD value = 0;
@@ -44,7 +44,7 @@ std::optional<DWORD> ParseStored(std::string_view text) {
   return value & kStorable;
 }
 
-// The text is short, but servers may append more than we have room for: ERANGE then.
+// The text is short, but servers may append data; reading fails with ERANGE if that doesn't fit.
 constexpr std::size_t kRoom = 512;
 
 std::optional<DWORD> ParseResult(ssize_t bytes, const std::array<char, kRoom>& text) {
@@ -52,7 +52,7 @@ std::optional<DWORD> ParseResult(ssize_t bytes, const std::array<char, kRoom>& t
   return ParseStored({text.data(), static_cast<std::size_t>(bytes)});
 }
 
-// The process's file mode mask.  umask() could only tell it by changing it for all threads.
+// The process's file mode mask.  umask() can't read it without changing it for all threads.
 mode_t FileModeMask() {
   std::ifstream status("/proc/self/status");
   for (std::string line; std::getline(status, line);) {
@@ -62,7 +62,7 @@ mode_t FileModeMask() {
   return S_IWGRP | S_IWOTH;
 }
 
-// Write bits for the owner, and for those who may read as far as the mask lets them.
+// Adds write bits for the owner, and for everyone who may read as far as the mask allows.
 mode_t GiveWriteBits(mode_t mode) {
   return mode | S_IWUSR | ((mode & kAllRead) >> 1 & ~FileModeMask());
 }
@@ -74,7 +74,7 @@ mode_t WantedMode(const Metadata& metadata, DWORD attributes) {
   return (mode & kAllWrite) != 0 ? mode : GiveWriteBits(mode);
 }
 
-// True if the extended attribute says so now, or can't say anything on this file system.
+// Returns true if the attribute is stored, or if the file system has no extended attributes.
 bool WriteStored(const char* hostPath, bool isDefault, DWORD attributes) {
   int result = 0;
   if (isDefault) {
@@ -114,7 +114,7 @@ DWORD AttributesOf(const Metadata& metadata, std::string_view hostName,
 }
 
 DWORD AttributesOf(const Metadata& metadata, std::string_view hostName, const char* hostPath) {
-  // Only regular files and directories can have extended attributes of users.
+  // Only regular files and directories can have user extended attributes.
   const bool canHave = metadata.IsRegular() || metadata.IsDirectory();
   return AttributesOf(metadata, hostName, canHave ? StoredAttributes(hostPath) : std::nullopt);
 }
@@ -123,7 +123,7 @@ bool StoreAttributes(const char* hostPath, const Metadata& metadata, DWORD attri
   attributes &= kStorable;
   const mode_t mode = metadata.mode & 07777;
   const mode_t wanted = WantedMode(metadata, attributes);
-  // The extended attribute can be written only while its owner may write to the file.
+  // The extended attribute can be written only while the owner may write to the file.
   const mode_t meanwhile = mode | S_IWUSR;
   const bool openUp = meanwhile != mode && (wanted != mode || ::geteuid() != 0);
   if (openUp && ::chmod(hostPath, meanwhile) != 0) return false;

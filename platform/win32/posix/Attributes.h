@@ -1,8 +1,9 @@
-// Attributes.h - FILE_ATTRIBUTE_* of host files.
+// Attributes.h - the FILE_ATTRIBUTE_* bits of host files.
 //
 // They are kept in the extended attribute "user.DOSATTRIB" as text such as "0x21".  A file without
 // it is FILE_ATTRIBUTE_ARCHIVE, a directory has none, and either is hidden too if its name begins
-// with a dot.  What equals that default isn't stored.  Read-only is also what the mode bits say.
+// with a dot.  Attributes equal to that default aren't stored.  A file without write bits is
+// read-only too.
 #pragma once
 
 #include <optional>
@@ -12,26 +13,26 @@
 
 namespace kozor::posix {
 
-// The stored part, if any.  Unreadable text counts as none.
+// The stored part, if any.  Malformed text counts as none.
 std::optional<DWORD> StoredAttributes(const char* hostPath);
 std::optional<DWORD> StoredAttributes(int file);
 
-// All attributes, as the Win32 calls report them: FILE_ATTRIBUTE_NORMAL where there are none.
+// All attributes, as the Win32 calls report them: FILE_ATTRIBUTE_NORMAL if there are none.
 // `hostName` is the last component of the path.
 DWORD AttributesOf(const Metadata& metadata, std::string_view hostName,
                    std::optional<DWORD> stored);
 // The same, reading the stored part.
 DWORD AttributesOf(const Metadata& metadata, std::string_view hostName, const char* hostPath);
 
-// Whether writing to, replacing and deleting it must fail.
+// Whether writing to, replacing and deleting the file must fail.
 bool IsReadOnly(const Metadata& metadata, std::optional<DWORD> stored);
 
-// Stores attributes and sets the mode bits for read-only.  A directory keeps its mode bits when it
-// is made read-only, because on Windows files can still be made in it. False with errno set.  A
-// file system without extended attributes isn't an error.
+// Stores attributes and sets the mode bits for read-only.  A directory keeps its mode bits, because
+// on Windows files can still be created in a read-only one.  Returns false with errno set.  A file
+// system without extended attributes isn't an error.
 bool StoreAttributes(const char* hostPath, const Metadata& metadata, DWORD attributes);
 
-// The attributes of a file that is made anew: its default ones and those that were asked for.
+// Sets the attributes of a new or truncated file: the default ones and those in `asked`.
 bool ResetAttributes(const char* hostPath, const Metadata& metadata, DWORD asked);
 
 }  // namespace kozor::posix

@@ -23,7 +23,7 @@ constexpr DWORD kKnownFlags = kAttributeFlags | FILE_FLAG_BACKUP_SEMANTICS;
 constexpr mode_t kNewFileMode = 0666;
 constexpr mode_t kNewReadOnlyMode = 0444;
 
-// Opening never waits for the other end of a FIFO and never makes a terminal ours.
+// Never wait for the other end of a FIFO; never acquire a controlling terminal.
 constexpr int kOpenFlags = O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
 
 // One call's arguments.
@@ -43,7 +43,7 @@ struct Request {
   bool TellsOfExisting() const {
     return disposition == CREATE_ALWAYS || disposition == OPEN_ALWAYS;
   }
-  // What the caller asks for beyond what every file has.
+  // Attributes asked for beyond those that every new file has.
   DWORD AskedAttributes() const {
     return flags & kAttributeFlags & ~(FILE_ATTRIBUTE_NORMAL | FILE_ATTRIBUTE_ARCHIVE);
   }
@@ -62,17 +62,17 @@ std::shared_ptr<File> Refuse(DWORD error) {
   return nullptr;
 }
 
-// Hidden and system files are replaced only by who names these attributes.  A name with a dot
+// A hidden or system file is replaced only if the caller passes these attributes.  A leading dot
 // doesn't make a file hidden in this sense.
 bool KeepsFromReplacing(DWORD stored, DWORD flags) {
   return (stored & (FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM) & ~flags) != 0;
 }
 
-// Why a file that exists can't be opened in this way; ERROR_SUCCESS if it can.
+// Why an existing file can't be opened in this way; ERROR_SUCCESS if it can.
 DWORD RefusalOfExisting(const Request& request, const LibraryPath& path, const Found& found) {
   if (request.disposition == CREATE_NEW) return ERROR_FILE_EXISTS;
   if (found.metadata.dangling) {
-    // Nothing is made in a place that only a link names.
+    // Never create the target of a dangling link.
     return request.Creates() ? ERROR_ACCESS_DENIED : ERROR_FILE_NOT_FOUND;
   }
   if (found.metadata.IsDirectory()) {
@@ -91,7 +91,7 @@ DWORD RefusalOfExisting(const Request& request, const LibraryPath& path, const F
   return ERROR_SUCCESS;
 }
 
-// Writing opens for reading too where the file allows it: locks and mappings need it.
+// Opening for writing also opens for reading if permitted: locks and mappings need it.
 int OpenDescriptor(const Request& request, const Found& found) {
   const char* const host = found.host.c_str();
   const bool writes = request.Writes() || request.Truncates();
@@ -101,7 +101,7 @@ int OpenDescriptor(const Request& request, const Found& found) {
   return Calls().open(host, O_WRONLY | kOpenFlags, 0);
 }
 
-// The name may have come to mean another file since the look-up.
+// Another file may have taken the name since the look-up.
 bool IsStillUsable(int descriptor, const Found& found, Metadata& metadata) {
   if (!ReadMetadata(descriptor, metadata)) return FailErrno();
   const bool good = metadata.IsDirectory() ? found.metadata.IsDirectory() : metadata.IsRegular();
@@ -129,7 +129,7 @@ std::shared_ptr<File> OpenExisting(const Request& request, const Found& found) {
   return file;
 }
 
-// Null, with `raced` set, if someone else made the file meanwhile and it may be opened then.
+// Null, with `raced` set, if another process made the file meanwhile and it may be opened instead.
 std::shared_ptr<File> CreateNew(const Request& request, const LibraryPath& path, const Found& found,
                                 bool& raced) {
   if (path.trailingSeparator) return Refuse(ERROR_INVALID_NAME);
@@ -154,7 +154,7 @@ std::shared_ptr<File> CreateNew(const Request& request, const LibraryPath& path,
   return file;
 }
 
-// Tries again where the file comes or goes between looking and opening.
+// Tries again if the file appears or disappears between the look-up and the opening.
 std::shared_ptr<File> Open(const Request& request, const LibraryPath& path) {
   constexpr int kTries = 10;
   for (int i = 0; i < kTries; ++i) {

@@ -28,7 +28,7 @@ bool IsAscii(std::string_view name) {
                      [](char c) { return static_cast<unsigned char>(c) < 0x80; });
 }
 
-// A name to look for, prepared for being compared with many.
+// A name to look for, prepared for comparison with many.
 class Wanted {
  public:
   Wanted(const std::string& wantedName, Match wantedMatch)
@@ -36,7 +36,7 @@ class Wanted {
     if (match == Match::ExactCase) exactKey = ExactKey(name);
   }
 
-  // Whether any other name can match.
+  // Whether any name other than itself can match.
   bool MayDiffer() const {
     return match == Match::IgnoreCase || (ActiveCodePage() == text::kCodePage932 && !ascii);
   }
@@ -44,7 +44,7 @@ class Wanted {
   bool Matches(std::string_view candidate) const {
     if (candidate == name) return false;
     if (match == Match::ExactCase) return ExactKey(candidate) == exactKey;
-    // No character beyond ASCII equals one of ASCII: most names differ in length.
+    // No other character folds to an ASCII one, so ASCII names match only at equal length.
     if (!ascii) return !IsAscii(candidate) && CaseKey(candidate) == key;
     return candidate.size() == name.size() &&
            std::equal(candidate.begin(), candidate.end(), key.begin(), [](char c, char16_t unit) {
@@ -62,29 +62,30 @@ class Wanted {
   bool ascii;
 };
 
-// Keeps the first match by byte values.
+// Keeps the match that comes first by byte values.
 void KeepFirst(std::optional<std::string>& best, const Wanted& wanted, std::string_view candidate) {
   if ((!best || candidate < *best) && wanted.Matches(candidate)) best = candidate;
 }
 
-// Directories with fewer entries than this are read anew each time.
+// Directories with fewer entries than this are read each time.
 constexpr std::size_t kLarge = 256;
-// How long to believe a directory's time stamp.  Hosts keep it in steps of some milliseconds, so
-// that a name which another program makes in the very step of ours can stay unseen for this long.
+// How long a cached directory is valid at most.  Its time stamp has a resolution of some
+// milliseconds, so a name that another program adds within the same step can go unnoticed for this
+// long.
 constexpr std::chrono::seconds kBelieveFor{1};
 
 using Clock = std::chrono::steady_clock;
 
-// The names of one large directory by key.
+// The cached names of one large directory, by key.
 struct Remembered {
   std::string directory;  // host path; empty if there is none
   FileId id{};
   timespec changed{};
   Clock::time_point readAt;
-  unsigned codePage = 0;  // that the keys were made by
+  unsigned codePage = 0;  // that the keys belong to
   std::unordered_multimap<std::u16string, std::string> names;
 
-  // Whether this is what is in the directory now.
+  // Whether the cache still matches the directory.
   bool IsCurrent(const std::string& hostDirectory) const {
     Metadata metadata;
     return directory == hostDirectory && codePage == ActiveCodePage() &&
@@ -119,7 +120,7 @@ std::optional<std::string> FindMatchingName(const std::string& hostDirectory,
   const Wanted wanted(name, match);
   if (!wanted.MayDiffer()) return std::nullopt;
   if (remembered.IsCurrent(hostDirectory)) return remembered.Find(wanted);
-  Metadata metadata;  // read before the names: a change meanwhile shows later
+  Metadata metadata;  // read before the names, so that a change meanwhile is noticed
   if (!ReadMetadata(AT_FDCWD, hostDirectory.c_str(), metadata)) return std::nullopt;
   const Directory directory(::opendir(hostDirectory.c_str()));
   if (!directory) return std::nullopt;

@@ -1,8 +1,7 @@
 // DirectoryNames.h - case-insensitive look-up of a name in a host directory.
 //
-// The host can't do this, so the directory has to be read.  A large one is remembered, one per
-// thread, until it changes: making ten thousand files in a directory must not read it ten thousand
-// times.
+// The host can't do this, so the directory has to be read.  One large directory per thread is
+// cached until it changes, so that creating ten thousand files doesn't read it ten thousand times.
 #pragma once
 
 #include <optional>
@@ -12,17 +11,17 @@ namespace kozor::posix {
 
 enum class Match {
   IgnoreCase,
-  // Also matches where the code page can't tell two names apart.
+  // Also matches a name that the code page can't distinguish.
   ExactCase,
 };
 
-// The entry of a directory that isn't `name` itself but matches it.  Of several, the first by byte
-// values, so that the result doesn't depend on the order in which the host keeps them.
+// An entry of the directory that matches `name` but isn't `name` itself.  Of several, the first by
+// byte values, so that the result doesn't depend on the host's order.
 std::optional<std::string> FindMatchingName(const std::string& hostDirectory,
                                             const std::string& name, Match match);
 
-// A change that this process makes to a directory's names.  Begun before the system call and told
-// its outcome, it keeps what is remembered of a large directory up to date.
+// Keeps the cache up to date when this process changes a directory.  Construct it before the system
+// call; call Added or Removed after success.
 class DirectoryChange {
  public:
   explicit DirectoryChange(const std::string& hostPath);  // of the file concerned
@@ -33,7 +32,7 @@ class DirectoryChange {
   void Keep();
 
   std::string name;
-  bool known;  // what is remembered was up to date before the change
+  bool known;  // the cache was up to date before the change
 };
 
 }  // namespace kozor::posix

@@ -1,4 +1,4 @@
-// Disks.cpp - room on drives, their kind, and the version that the system reports.
+// Disks.cpp - space and type of drives, and the reported system version.
 #include <fcntl.h>
 #include <linux/magic.h>
 #include <sys/sysmacros.h>
@@ -19,19 +19,19 @@ using namespace kozor::posix;
 
 constexpr DWORD kSectorBytes = 512;
 
-// File systems whose numbers the host's header lacks.
+// Magic numbers that the host's header lacks.
 constexpr std::uint64_t kUdfMagic = 0x15013346;
 constexpr std::uint64_t kFuseMagic = 0x65735546;
 constexpr std::uint64_t kCifsMagic = 0xFF534D42;
 constexpr std::uint64_t kSmb2Magic = 0xFE534D42;
 constexpr std::uint64_t kCephMagic = 0x00C36400;
 
-// A null path means the process's directory's drive.
+// A null path means the drive of the process's directory.
 std::optional<LibraryPath> ParseRoot(LPCSTR path) {
   return ParsePath(path == nullptr ? "\\" : path);
 }
 
-// Room on the file system of an existing directory.
+// The space on the file system of an existing directory.
 bool ReadRoom(LPCSTR directory, struct statvfs& room) {
   const std::optional<LibraryPath> path = ParseRoot(directory);
   if (!path) return false;
@@ -49,7 +49,7 @@ void Give(LPDWORD target, std::uint64_t value) {
   if (target != nullptr) *target = static_cast<DWORD>(value);
 }
 
-// A number or word that the host tells of a block device; empty if it doesn't.
+// A property of a block device in sysfs; empty if there is none.
 std::string ReadDeviceFact(const std::string& device, const char* fact) {
   std::string text;
   std::ifstream(device + fact) >> text;
@@ -59,7 +59,7 @@ std::string ReadDeviceFact(const std::string& device, const char* fact) {
 UINT DriveTypeOfDevice(std::uint64_t id) {
   const std::string device =
       "/sys/dev/block/" + std::to_string(major(id)) + ':' + std::to_string(minor(id)) + '/';
-  // A partition's folder lies in that of its disk, which knows more.
+  // A partition's folder is inside that of its disk, which has these properties.
   const bool partition = !ReadDeviceFact(device, "partition").empty();
   const std::string disk = partition ? device + "../" : device;
   if (ReadDeviceFact(disk, "removable") != "1") return DRIVE_FIXED;
@@ -89,8 +89,8 @@ UINT DriveTypeOf(std::uint64_t fileSystem, std::uint64_t device) {
       return type == DRIVE_FIXED ? DRIVE_CDROM : type;
     }
     case kFuseMagic:
-      // A program of the user serves it: local or not, nobody can tell.  With a device of its own
-      // it is a disk in a format that the host's kernel doesn't read.
+      // Served by a user process: whether it is local is unknown.  With a block device it is a disk
+      // in a format that the kernel doesn't support.
       return major(device) == 0 ? DRIVE_UNKNOWN : DriveTypeOfDevice(device);
     default:
       return DriveTypeOfDevice(device);
@@ -116,7 +116,7 @@ BOOL WINAPI GetDiskFreeSpaceA(LPCSTR root, LPDWORD sectorsPerCluster, LPDWORD by
   std::uint64_t clusterBytes = std::max<std::uint64_t>(room.f_frsize, kSectorBytes);
   std::uint64_t total = room.f_blocks * room.f_frsize / clusterBytes;
   std::uint64_t free = room.f_bfree * room.f_frsize / clusterBytes;
-  // Clusters have to be counted in 32 bits.
+  // The number of clusters must fit in 32 bits.
   while (total > std::numeric_limits<DWORD>::max()) {
     clusterBytes *= 2;
     total /= 2;

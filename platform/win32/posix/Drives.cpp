@@ -35,8 +35,8 @@ Table& TheTable() {
   return table;
 }
 
-// Paths that the host gives itself (of the process, say) hold no links, so neither may these.  What
-// isn't there yet, such as a medium to be mounted later, is taken as written.
+// Resolves links, because paths from the host (such as the process's directory) have none.  A
+// directory that doesn't exist yet, such as one to be mounted later, is kept as written.
 std::optional<std::string> TableForm(const char* hostDirectory) {
   if (hostDirectory == nullptr || *hostDirectory == '\0') return std::nullopt;
   std::string directory = hostDirectory;
@@ -50,7 +50,7 @@ std::optional<std::string> TableForm(const char* hostDirectory) {
   return directory;
 }
 
-// The letter, in upper case, of a device name such as "a:"; 0 if it is none.
+// The upper-case letter of a device name such as "a:", else 0.
 char DeviceLetter(const char* device) {
   if (device == nullptr || device[0] == '\0' || device[1] != ':' || device[2] != '\0') return 0;
   const int letter = std::toupper(static_cast<unsigned char>(device[0]));
@@ -67,7 +67,7 @@ std::optional<Share> MakeShare(std::string_view server, std::string_view name) {
   return Share{CaseKey(hostServer), CaseKey(hostName)};
 }
 
-// Cuts "\\server\share" in two.
+// Splits "\\server\share".
 std::optional<Share> ParseShare(std::string_view text) {
   if (!text.starts_with("\\\\")) return std::nullopt;
   text.remove_prefix(2);

@@ -1,4 +1,4 @@
-// Drives.h - the process's table of drives and shares: which host directory each one is.
+// Drives.h - the process's table of drives and shares and their host directories.
 #pragma once
 
 #include <optional>
@@ -7,12 +7,12 @@
 
 namespace kozor::posix {
 
-// Host directories in this table are absolute, without a '/' at the end, so the host's root is "".
+// Host directories in this table are absolute and have no trailing '/', so the host's root is "".
 
 // The directory of a drive, by its letter in either case.
 std::optional<std::string> DriveDirectory(char letter);
-// The directory of \\server\share.  Empty, with the last error ERROR_BAD_NETPATH for a server of
-// which no share is mapped, else ERROR_BAD_NET_NAME.
+// The directory of \\server\share.  Empty, with the last error ERROR_BAD_NETPATH if no share of the
+// server is mapped, else ERROR_BAD_NET_NAME.
 std::optional<std::string> ShareDirectory(std::string_view server, std::string_view share);
 
 struct DrivePlace {

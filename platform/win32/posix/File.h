@@ -1,4 +1,4 @@
-// File.h - an open file or directory, what most handles stand for.
+// File.h - an open file or directory, the object of most handles.
 #pragma once
 
 #include <atomic>
@@ -13,7 +13,7 @@ namespace kozor::posix {
 
 class File : public Closable {
  public:
-  // Takes over an open descriptor.
+  // Takes ownership of an open descriptor.
   File(int openDescriptor, std::string hostFileName, DWORD allowedAccess)
       : descriptor(openDescriptor), hostName(std::move(hostFileName)), access(allowedAccess) {}
   ~File() override;
@@ -26,17 +26,18 @@ class File : public Closable {
 
   ShareHold& Hold() { return hold; }
 
-  // Reads or writes all of `bytes` at the file pointer and moves it on; `done` tells how many went
-  // over.  False with errno set; reading ends without an error at the end of the file.
+  // Reads or writes `bytes` bytes at the file pointer and advances it; `done` receives the number
+  // transferred.  Returns false with errno set.  Reading stops without an error at the end of the
+  // file.
   bool Read(void* buffer, std::size_t bytes, DWORD& done);
   bool Write(const void* buffer, std::size_t bytes, DWORD& done);
 
-  // Moves the file pointer by FILE_BEGIN, FILE_CURRENT or FILE_END, if it stays within `limit`.
-  // False with the last error set.
+  // Moves the file pointer relative to FILE_BEGIN, FILE_CURRENT or FILE_END, up to `limit`.
+  // Returns false with the last error set.
   bool Seek(std::int64_t distance, DWORD method, std::int64_t limit, std::int64_t& newPosition);
   std::int64_t Position();
 
-  // Sees to it that the data reach the medium, at once or, by the process's policy, in Finish.
+  // Flushes data to the medium, at once or in Finish, depending on the process's setting.
   bool Flush();
   bool Finish() override;
 
@@ -44,21 +45,21 @@ class File : public Closable {
   int descriptor;
   std::string hostName;
   DWORD access;
-  // Calls of several threads on one handle take turns.
+  // Serialises calls of several threads on one handle.
   std::mutex pointerLock;
-  std::int64_t position = 0;  // the file pointer; kept here, moving it is no system call
+  std::int64_t position = 0;  // the file pointer, kept here to save system calls
   std::atomic<bool> flushIsDue{false};
-  // Ends after the destructor's body, so after the descriptor with its locks.
+  // Destroyed after the destructor's body, so after the descriptor and its locks are gone.
   ShareHold hold;
 };
 
-// The file behind a handle, if it was opened for this; else null with the last error
+// The file of a handle if it was opened for this, else null with the last error
 // ERROR_INVALID_HANDLE or ERROR_ACCESS_DENIED.
 std::shared_ptr<File> FindReadable(HANDLE handle);
 std::shared_ptr<File> FindWritable(HANDLE handle);
 
-// Lets a file grow from `oldSize` to `newSize` bytes with its blocks reserved; the file is as it
-// was on failure.  False with errno set, ENOSPC for a full disk.
+// Grows a file from `oldSize` to `newSize` bytes and reserves its blocks.  On failure the file is
+// unchanged; returns false with errno set, ENOSPC for a full disk.
 bool GrowReserved(int file, std::uint64_t oldSize, std::uint64_t newSize);
 
 }  // namespace kozor::posix

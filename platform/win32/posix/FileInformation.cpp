@@ -1,5 +1,4 @@
-// FileInformation.cpp - metadata of open files, attributes by name, and what makes a file a
-// program.
+// FileInformation.cpp - metadata of open files, attributes by name, and KzMakeProgram.
 #include <sys/sysmacros.h>
 
 #include <cerrno>
@@ -17,14 +16,14 @@ namespace {
 using namespace kozor::posix;
 using kozor::Ticks;
 
-// What utimensat takes for a time that may be null, 0 or all ones: as it is.
+// A time for utimensat; null, 0 and all ones mean "unchanged".
 timespec NewTime(const FILETIME* time) {
   const bool keep = time == nullptr || Ticks(*time) == 0 || Ticks(*time) == ~std::uint64_t{0};
   return keep ? timespec{0, UTIME_OMIT} : FromFileTime(*time);
 }
 
-// A device number in 32 bits.  The host's are wider, but the upper bits of both parts are 0 on real
-// machines.
+// Packs a device number into 32 bits.  The host's are wider, but the upper bits of both parts are 0
+// in practice.
 DWORD VolumeSerial(std::uint64_t device) {
   return static_cast<DWORD>(major(device) << 20 | minor(device));
 }
@@ -38,13 +37,13 @@ void FillInformation(BY_HANDLE_FILE_INFORMATION& information, const Metadata& me
   information.nFileIndexLow = static_cast<DWORD>(metadata.id.inode);
 }
 
-// What a name means; false with the last error set.
+// Looks up a name; returns false with the last error set.
 bool FindNamed(LPCSTR name, Found& found) {
   const std::optional<LibraryPath> path = ParsePath(name);
   return path && LookUpExisting(*path, found);
 }
 
-// Its attributes, too.
+// The same, and reads its attributes.
 bool ReadNamed(LPCSTR name, Found& found, DWORD& attributes) {
   if (!FindNamed(name, found)) return false;
   attributes = AttributesOf(found.metadata, found.HostName(), found.host.c_str());

@@ -1,4 +1,4 @@
-// FileIo.cpp - reading, writing and measuring open files.
+// FileIo.cpp - reads, writes, resizes and flushes open files.
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -16,7 +16,7 @@ namespace {
 
 std::atomic<bool> flushesAtClose{false};
 
-// Where the file system can't reserve blocks, writing zeros does it too.
+// Allocates blocks by writing zeros, for file systems that can't reserve them.
 bool WriteZeros(int file, std::uint64_t from, std::uint64_t to) {
   static constexpr char kZeros[64 * 1024] = {};
   while (from < to) {
@@ -56,7 +56,7 @@ bool FileSize(HANDLE handle, std::uint64_t& size) {
 
 constexpr std::int64_t kNoLimit = std::numeric_limits<std::int64_t>::max();
 
-// Calls `transfer(done)`, which returns what read and write do, until `bytes` went over.
+// Calls `transfer(done)`, which returns the result of read or write, until `bytes` are transferred.
 template <typename Transfer>
 bool TransferAll(std::size_t bytes, DWORD& done, Transfer transfer) {
   while (done < bytes) {
@@ -100,7 +100,7 @@ bool File::Write(const void* buffer, std::size_t bytes, DWORD& done) {
   });
   position += done;
   if (isWritten && done < bytes) {
-    errno = ENOSPC;  // a host that neither takes a byte nor says why
+    errno = ENOSPC;  // the host wrote nothing and reported no error
     isWritten = false;
   }
   return isWritten;
@@ -186,7 +186,7 @@ DWORD WINAPI SetFilePointer(HANDLE handle, LONG distance, PLONG distanceHigh, DW
       distanceHigh == nullptr
           ? distance
           : static_cast<std::int64_t>(JoinHalves(static_cast<DWORD>(*distanceHigh), low));
-  // Without a place for the upper half, a position that needs one is refused.
+  // Without `distanceHigh`, a position beyond 32 bits is refused.
   const std::int64_t limit = distanceHigh == nullptr ? 0xFFFF'FFFF : kNoLimit;
   const auto file = FindObject<File>(handle);
   std::int64_t position = 0;

@@ -9,11 +9,11 @@ namespace kozor::posix {
 
 namespace {
 
-// A handle's upper half counts how often its slot has been used, so that a closed handle doesn't
-// come to mean the next object in the slot; its lower half is 4 times the slot's number from 1.
+// The upper half of a handle counts the uses of its slot, so that a closed handle never refers to
+// the next object in the slot.  The lower half is 4 times the slot's number, counted from 1.
 constexpr unsigned kHalfBits = sizeof(UINT_PTR) * 4;
 constexpr UINT_PTR kLowMask = (UINT_PTR{1} << kHalfBits) - 1;
-// Keeps every handle apart from INVALID_HANDLE_VALUE.
+// Ensures that no handle equals INVALID_HANDLE_VALUE.
 constexpr UINT_PTR kUseMask = kLowMask >> 1;
 
 struct Slot {

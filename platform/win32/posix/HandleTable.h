@@ -1,8 +1,8 @@
-// HandleTable.h - what a HANDLE stands for.
+// HandleTable.h - maps HANDLE values to objects.
 //
-// A handle is a number that is looked up, not a pointer: a stale or invented one is answered with
-// ERROR_INVALID_HANDLE, as the real calls do.  An object lives until its handle is closed and the
-// last call that works on it has returned.
+// A handle is a number, not a pointer: a stale or invented one fails with ERROR_INVALID_HANDLE, as
+// in the real calls.  An object lives until its handle is closed and the last call that uses it has
+// returned.
 #pragma once
 
 #include <memory>
@@ -20,20 +20,20 @@ class Object {
   Object& operator=(const Object&) = delete;
 };
 
-// What CloseHandle closes.  (A search has FindClose.)
+// An object that CloseHandle closes.  (A search has FindClose.)
 class Closable : public Object {
  public:
-  // What is left to do before the handle is gone; false, with the last error set, if it failed.
+  // Pending work when the handle is closed.  Returns false with the last error set if it failed.
   virtual bool Finish() { return true; }
 };
 
 HANDLE AddHandle(std::shared_ptr<Object> object);
-// Null for what is no handle; the last error isn't touched.
+// Null for an invalid handle; the last error isn't changed.
 std::shared_ptr<Object> FindHandle(HANDLE handle);
-// Takes a handle out and returns its object, null for what is no handle.
+// Removes a handle and returns its object, or null for an invalid handle.
 std::shared_ptr<Object> RemoveHandle(HANDLE handle);
 
-// The object if it is of this kind; else null, with the last error ERROR_INVALID_HANDLE.
+// The object if it has this type, else null with the last error ERROR_INVALID_HANDLE.
 template <typename Kind>
 std::shared_ptr<Kind> FindObject(HANDLE handle) {
   auto object = std::dynamic_pointer_cast<Kind>(FindHandle(handle));

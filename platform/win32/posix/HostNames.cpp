@@ -37,7 +37,7 @@ constexpr bool IsForbidden(char32_t character) {
   }
 }
 
-// Most names are ASCII and the same in every form.
+// Fast path: most names are ASCII and the same in every form.
 bool IsPlain(std::string_view name) {
   return std::all_of(name.begin(), name.end(), [](char c) {
     const auto byte = static_cast<unsigned char>(c);
@@ -45,7 +45,7 @@ bool IsPlain(std::string_view name) {
   });
 }
 
-// Cuts at a character of the code page, with room for the '?' that tells of it.
+// Truncates between characters of the code page, leaving room for the '?' that marks it.
 void CutToFit(std::string& libraryName) {
   std::size_t fits = 0;
   const CodePage& page = ActivePage();
@@ -67,7 +67,8 @@ bool IsWildCard(char32_t character) {
   return character == '*' || character == '?';
 }
 
-// From the code page to UTF-8.  False where a character can't be in a name, or in a mask.
+// Converts from the code page to UTF-8.  Returns false for a character that a name (or mask) can't
+// hold.
 bool DecodeName(std::string_view libraryName, bool mask, std::string& hostName) {
   hostName.clear();
   const CodePage& page = ActivePage();
@@ -81,7 +82,7 @@ bool DecodeName(std::string_view libraryName, bool mask, std::string& hostName) 
   return true;
 }
 
-// From UTF-8 to the code page, with '?' for what can't be said.
+// Converts from UTF-8 to the code page, with '?' for each character that can't be expressed.
 bool EncodeName(std::string_view hostName, bool strict, std::string& libraryName) {
   libraryName = hostName;
   bool whole = true;

@@ -1,4 +1,4 @@
-// Loader.cpp - LoadLibraryA and its kin on the host's dynamic loader.
+// Loader.cpp - LoadLibraryA and related calls on the host's dynamic loader.
 #include <dirent.h>
 #include <dlfcn.h>
 #include <elf.h>
@@ -26,7 +26,7 @@ using namespace kozor::posix;
 using kozor::kAnsiSlashRules;
 using kozor::text::Path;
 
-// How often each module is loaded, and the directory of SetDllDirectoryA.
+// The reference count of each module, and the directory of SetDllDirectoryA.
 struct Modules {
   std::mutex lock;
   std::map<HMODULE, unsigned> loads;
@@ -38,7 +38,7 @@ Modules& TheModules() {
   return modules;
 }
 
-// The one system module that programs ask for by name.  It isn't a file here.
+// The only system module that programs load by name.  It has no file here.
 constexpr std::u16string_view kSystemModule = u"KERNEL32.DLL";
 
 HMODULE SystemModule() {
@@ -64,14 +64,14 @@ bool IsLoaded(HMODULE module) {
   return modules.loads.contains(module);
 }
 
-// ".DLL" is added to a name without extension; a dot at the end says that there is none.
+// Adds ".DLL" to a name without extension; a trailing dot means "no extension" and is removed.
 std::string WithExtension(std::string_view name) {
   if (name.ends_with('.')) return std::string(name.substr(0, name.size() - 1));
   const bool hasDot = Path(name, kAnsiSlashRules).FileName().find('.') != std::string_view::npos;
   return std::string(name) + (hasDot ? "" : ".DLL");
 }
 
-// Empty for a file that isn't known: the current directory is never searched.
+// Empty for an unknown file, so that the current directory is never searched.
 std::string DirectoryOf(const std::string& hostFile) {
   return hostFile.empty() ? "" : HostParentOf(hostFile);
 }
@@ -82,7 +82,7 @@ std::string ProgramFile() {
   return length > 0 ? std::string(path.data(), static_cast<std::size_t>(length)) : "";
 }
 
-// The file that holds this code.
+// The shared library that contains this code.
 std::string PlatformLibraryFile() {
   Dl_info info{};
   std::array<char, PATH_MAX> real{};
@@ -91,7 +91,7 @@ std::string PlatformLibraryFile() {
   return real.data();
 }
 
-// The file of a name in a host directory, in any case; empty if there is none.
+// The file of this name in a host directory, case-insensitively; empty if there is none.
 std::string FindIn(const std::string& hostDirectory, const std::string& hostName) {
   if (hostDirectory.empty()) return "";
   std::string exact = hostDirectory + '/' + hostName;
@@ -116,7 +116,8 @@ std::string SetDirectory() {
   return path ? LookUp(*path).host : "";
 }
 
-// Where modules of the project are installed: a path relative to the platform library, or absolute.
+// The directory of the project's installed modules: configured as absolute or relative to the
+// platform library.
 std::string InstalledModules() {
   const std::string directory = KOZOR_ARCHIVER_DIRECTORY;
   const std::string library = PlatformLibraryFile();
@@ -124,7 +125,7 @@ std::string InstalledModules() {
   return library.empty() ? "" : DirectoryOf(library) + '/' + directory;
 }
 
-// The host file of a bare name, or the name itself for the host's loader to search.
+// The host file of a bare name, or the name itself if only the host's loader can find it.
 std::string FindModule(const std::string& hostName) {
   for (const std::string& directory : {DirectoryOf(ProgramFile()), SetDirectory(),
                                        DirectoryOf(PlatformLibraryFile()), InstalledModules()}) {
@@ -143,7 +144,7 @@ bool IsElfFile(const std::string& hostFile) {
 HMODULE LoadHostFile(const std::string& hostFile) {
   void* const module = ::dlopen(hostFile.c_str(), RTLD_NOW | RTLD_LOCAL);
   if (module != nullptr) return CountLoad(static_cast<HMODULE>(module));
-  // A module that is there and in order, but needs another that isn't, counts as not found.
+  // A valid module with a missing dependency counts as not found.
   const bool isThere = hostFile.find('/') != std::string::npos;
   SetLastError(isThere && !IsElfFile(hostFile) ? ERROR_BAD_EXE_FORMAT : ERROR_MOD_NOT_FOUND);
   return nullptr;
@@ -159,7 +160,7 @@ HMODULE LoadByPath(const std::string& name) {
   return LoadHostFile(found.host.find('/') != std::string::npos ? found.host : "./" + found.host);
 }
 
-// The loader's record of the module that a host address belongs to.
+// The loader's record of the module that contains a host address.
 const link_map* ModuleOf(void* address) {
   Dl_info info{};
   void* map = nullptr;
@@ -203,7 +204,7 @@ FARPROC WINAPI GetProcAddress(HMODULE module, LPCSTR name) {
       function = FindSystemFunction(name);
     } else {
       void* const address = ::dlsym(module, name);
-      // The host also looks in the libraries that the module is linked with.
+      // dlsym also searches the module's dependencies.
       if (address != nullptr && ModuleOf(address) == RecordOf(module)) {
         function = reinterpret_cast<FARPROC>(address);
       }
@@ -221,7 +222,7 @@ BOOL WINAPI FreeLibrary(HMODULE module) {
     if (found == modules.loads.end()) return Fail(ERROR_MOD_NOT_FOUND);
     if (--found->second == 0) modules.loads.erase(found);
   }
-  // Outside the lock: the module's own clean-up may come back here.
+  // Outside the lock: the module's destructors may call back.
   if (module != SystemModule()) ::dlclose(module);
   return TRUE;
 }

@@ -28,7 +28,8 @@ bool IsMissing(int error) {
   return error == ENOENT || error == ENOTDIR;
 }
 
-// Resolves the names of a path one by one, from the longest beginning that exists as it is written.
+// Resolves the components of a path, starting after the longest prefix that exists exactly as
+// written.
 class Resolver {
  public:
   explicit Resolver(const LibraryPath& whole) : path(whole) {}
@@ -51,7 +52,7 @@ class Resolver {
     return found.exists;
   }
 
-  // The name number `index`, which isn't there as the path writes it.
+  // Resolves component `index`, which doesn't exist exactly as written.
   Found ResolveName(std::size_t index, Purpose purpose) {
     Found found;
     found.host = path.Host(index + 1);
@@ -59,7 +60,7 @@ class Resolver {
     const std::optional<std::string> parent = ResolveDirectory(index);
     if (!parent) return found;
     const std::string& name = path.names[index];
-    const bool isNew = *parent != path.Host(index);  // in another spelling than was looked at
+    const bool isNew = *parent != path.Host(index);  // not the directory that was already tried
     if (isNew && ReadExact(JoinHost(*parent, name), found)) return found;
     if (isNew && errno != ENOENT) {
       found.error = ErrorFromErrno(errno);
@@ -72,7 +73,7 @@ class Resolver {
     return found;
   }
 
-  // The host path of the first `count` names, if they are a directory.
+  // The host path of the first `count` components, if that is a directory.
   std::optional<std::string> ResolveDirectory(std::size_t count) {
     Found found;
     if (!ReadExact(path.Host(count), found) && count > 0 && IsMissing(errno)) {

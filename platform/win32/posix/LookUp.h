@@ -1,8 +1,8 @@
-// LookUp.h - finds the file that a library path means.
+// LookUp.h - finds the file that a library path refers to.
 //
-// Directories, and files to be opened, are found by their exact name, else by one that differs in
-// case.  Creating is exact: a name to be made is there already only if it is spelt the same, so
-// that two names which differ in case are two files.  Two settings change that (PosixAdmin.h).
+// Directories and files to open are found by their exact name, else case-insensitively.  Creating
+// is exact: only an identical name counts as existing, so names that differ in case are different
+// files.  Two settings change that (PosixAdmin.h).
 #pragma once
 
 #include <string>
@@ -14,12 +14,12 @@
 namespace kozor::posix {
 
 struct Found {
-  // Host path: of what was found, in its spelling; else of what could be made there.
+  // Host path of the entry found, in its spelling on disk, else of the entry that could be created.
   std::string host;
-  bool exists = false;  // an entry of that name, a dangling link included
+  bool exists = false;  // a dangling link exists too
   Metadata metadata;    // if it exists
-  // If it doesn't exist: ERROR_FILE_NOT_FOUND, ERROR_PATH_NOT_FOUND where a directory on the way is
-  // missing, or the error that kept us from looking.
+  // If it doesn't exist: ERROR_FILE_NOT_FOUND, ERROR_PATH_NOT_FOUND if a parent directory is
+  // missing, or the error that prevented the look-up.
   DWORD error = ERROR_SUCCESS;
 
   std::string_view HostName() const { return HostNameOf(host); }
@@ -27,13 +27,12 @@ struct Found {
 
 enum class Purpose { Find, Create };
 
-// Costs one system call where the exact path exists; otherwise one search of a directory for each
-// component that isn't there by its exact name.
+// Costs one system call if the exact path exists, else one directory search for each component that
+// doesn't exist by its exact name.
 Found LookUp(const LibraryPath& path, Purpose purpose = Purpose::Find);
 
-// The same, for a file that has to exist: false, with the last error set, where there is none, or
-// where a separator at the end of the path asks for a directory and it is none
-// (ERROR_INVALID_NAME).
+// The same for a file that must exist.  Returns false with the last error set if it doesn't, or if
+// the path has a trailing separator and it isn't a directory (ERROR_INVALID_NAME).
 bool LookUpExisting(const LibraryPath& path, Found& found);
 
 }  // namespace kozor::posix

@@ -1,4 +1,4 @@
-// Mapping.cpp - files mapped into memory.
+// Mapping.cpp - memory-mapped files.
 #include <sys/mman.h>
 
 #include <cerrno>
@@ -24,7 +24,7 @@ class Mapping : public Closable {
   bool IsWritable() const { return writable; }
 
  private:
-  std::shared_ptr<File> file;  // stays open while there is a mapping
+  std::shared_ptr<File> file;  // kept open by the mapping
   std::uint64_t size;          // bytes
   bool writable;
 };
@@ -42,7 +42,7 @@ Views& TheViews() {
 
 constexpr std::uint64_t kOffsetUnit = 0x10000;
 
-// Makes the file long enough for a mapping of `wanted` bytes.
+// Grows the file to `wanted` bytes if it is shorter.
 bool MakeRoom(const File& file, std::uint64_t fileSize, std::uint64_t wanted, bool writable) {
   if (wanted <= fileSize) return true;
   if (!writable) return Fail(ERROR_NOT_ENOUGH_MEMORY);

@@ -1,4 +1,4 @@
-// Metadata.h - what the host knows of a file, and its times as FILETIME.
+// Metadata.h - a file's metadata on the host, and its times as FILETIME.
 #pragma once
 
 #include <sys/stat.h>
@@ -10,7 +10,7 @@
 
 namespace kozor::posix {
 
-// One file or directory among all of the machine.
+// The file identity: unique among the files and directories of the machine.
 struct FileId {
   std::uint64_t device;
   std::uint64_t inode;
@@ -22,28 +22,28 @@ struct Metadata {
   mode_t mode = 0;
   std::uint64_t size = 0;  // bytes
   std::uint32_t links = 0;
-  timespec created{};  // or the oldest time known, where the host keeps none
+  timespec created{};  // or the earlier of `written` and `changed` if the host has none
   timespec accessed{};
   timespec written{};
-  timespec changed{};     // contents or metadata, last
-  bool link = false;      // a symbolic link; the rest describes what it points to
-  bool dangling = false;  // a link to nothing; the rest describes the link itself
+  timespec changed{};     // last change of contents or metadata
+  bool link = false;      // a symbolic link; the other fields describe its target
+  bool dangling = false;  // a link without target; the other fields describe the link
 
   bool IsDirectory() const { return S_ISDIR(mode); }
   bool IsRegular() const { return S_ISREG(mode); }
 };
 
-// Of `path`, relative to an open directory or AT_FDCWD.  False with errno set.
+// Reads the metadata of `path`, relative to an open directory or AT_FDCWD.  Returns false with
+// errno set.
 bool ReadMetadata(int directory, const char* path, Metadata& metadata);
-// Of an open file.
+// The same for an open file.
 bool ReadMetadata(int file, Metadata& metadata);
 
-// Between the host's time and 100-nanosecond steps since 1601.  Times that FILETIME doesn't have
-// come out as its ends.
+// Convert between host times and FILETIME.  Times outside FILETIME's range are clamped.
 FILETIME ToFileTime(const timespec& time);
 timespec FromFileTime(const FILETIME& time);
 
-// What WIN32_FIND_DATAA and its kin have in common.  Directories have no size.
+// Fills the fields that WIN32_FIND_DATAA and similar records share.  Directories have size 0.
 template <typename Record>
 void FillMetadata(Record& record, const Metadata& metadata, DWORD attributes) {
   const std::uint64_t size = metadata.IsDirectory() || metadata.dangling ? 0 : metadata.size;

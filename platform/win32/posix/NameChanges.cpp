@@ -1,4 +1,4 @@
-// NameChanges.cpp - calls that make, move and remove names: directories, DeleteFileA, MoveFileExA.
+// NameChanges.cpp - creates and removes directories, deletes files, renames both.
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -30,7 +30,7 @@ bool IsReadOnly(const Found& found) {
   return IsReadOnly(found.metadata, StoredAttributes(found.host.c_str()));
 }
 
-// Waits until changes of names in a directory are on the medium.
+// Flushes changes of names in a directory to the medium.
 bool SyncDirectory(const std::string& hostDirectory) {
   const int directory = Calls().open(hostDirectory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC, 0);
   if (directory < 0) return false;
@@ -51,17 +51,16 @@ bool Unlink(const std::string& host) {
 // Both ends of a move.
 struct Move {
   Found source;
-  Found target;         // what the new name means now
+  Found target;         // what the new name refers to now
   std::string newHost;  // where the source goes
-  // The new name finds the source itself, and differs from its name in case at most.
+  // The new name refers to the source's own directory entry, at most in another case.
   bool respelled = false;
-  // The new name is another name of the same file.
+  // The new name refers to the same file.
   bool sameFile = false;
 };
 
-// Of two paths that lead to the same file: whether they name one directory entry, as they do
-// through a link to its directory, or on a host that ignores case by itself, rather than two hard
-// links.
+// Whether two paths to the same file name one directory entry rather than two hard links: they do
+// through a link to its directory, or on a case-insensitive host.
 bool IsOneName(const Found& a, const Found& b) {
   if (a.metadata.links == 1 || a.metadata.IsDirectory()) return true;
   Metadata parentOfA;
@@ -94,7 +93,7 @@ bool FindEnds(LPCSTR existingName, LPCSTR newName, Purpose purpose, Move& move) 
   return true;
 }
 
-// Whether a file is the one that the caller holds, and nobody else keeps it from being deleted.
+// Whether the file is the one the caller has open, and no other open handle forbids deleting it.
 bool IsHeldAlone(const File& held, const Metadata& metadata) {
   Metadata heldMetadata;
   return ReadMetadata(held.Descriptor(), heldMetadata) && heldMetadata.id == metadata.id &&
@@ -109,7 +108,7 @@ bool MayReplace(const Move& move, DWORD flags, const File* held) {
     return Fail(ERROR_ACCESS_DENIED);
   }
   if (held != nullptr) return IsHeldAlone(*held, target.metadata) || Fail(ERROR_SHARING_VIOLATION);
-  // Also a file that its opener lets others delete: only the name could be given away.
+  // Refuse even if its opener permits deleting: the open file can't be replaced, only its name.
   const bool open =
       IsOpenHere(target.metadata.id) ||
       (target.metadata.IsRegular() && IsDeleteDenied(target.host.c_str(), target.metadata.id));
@@ -125,7 +124,7 @@ bool MayMove(const Move& move, DWORD flags, const File* held) {
   return !move.target.exists || move.respelled || MayReplace(move, flags, held);
 }
 
-// Without an old file there, the new name may not come to exist meanwhile.
+// If nothing is to be replaced, a target that has appeared meanwhile must not be overwritten.
 bool Rename(const std::string& from, const std::string& to, bool replaces) {
   const auto rename = [&](unsigned flags) {
     return Calls().renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), flags) == 0;
@@ -133,7 +132,7 @@ bool Rename(const std::string& from, const std::string& to, bool replaces) {
   if (replaces) return rename(0);
   if (rename(RENAME_NOREPLACE)) return true;
   if (errno != EINVAL) return false;
-  // The file system can't refuse by itself.
+  // The file system doesn't support the flag: check first.
   if (::access(to.c_str(), F_OK) == 0) {
     errno = EEXIST;
     return false;
@@ -141,8 +140,9 @@ bool Rename(const std::string& from, const std::string& to, bool replaces) {
   return rename(0);
 }
 
-// Whoever replaces a file takes over who may read and write it: a private archive must not become
-// public by being rewritten.  Without the right to give the owner along, only the owner's bits go.
+// Copies owner, group and permissions of the replaced file: a private archive must not become
+// public by being rewritten.  If the owner can't be changed, only the owner's permission bits are
+// kept.
 void TakeOverAccess(const std::string& from, const std::string& to) {
   struct stat old {};
   if (::stat(to.c_str(), &old) != 0 || !S_ISREG(old.st_mode)) return;
@@ -155,7 +155,7 @@ bool Perform(const Move& move) {
   const bool unchanged =
       move.respelled && move.newHost.ends_with('/' + std::string(move.source.HostName()));
   if (unchanged) return true;
-  // The host's call would leave both names of one file.
+  // rename() does nothing for two names of one file.
   if (move.sameFile && !move.respelled) return Unlink(from);
   DirectoryChange added(move.newHost);
   DirectoryChange removed(from);
@@ -175,7 +175,7 @@ bool SyncMove(const Move& move) {
 
 BOOL MoveName(LPCSTR existingName, LPCSTR newName, DWORD flags, const File* held) {
   Move move;
-  // A file that is held was found by looking up, so it is replaced whatever its case.
+  // A held file was opened by look-up, so it is found case-insensitively here too.
   const Purpose purpose = held != nullptr ? Purpose::Find : Purpose::Create;
   if (!FindEnds(existingName, newName, purpose, move)) return FALSE;
   if (held != nullptr && !move.target.exists) return Fail(ERROR_SHARING_VIOLATION);
@@ -190,7 +190,7 @@ BOOL DeleteName(LPCSTR name, const File* held) {
   Found found;
   if (!ParseAndLookUp(name, path, found)) return FALSE;
   if (found.metadata.IsDirectory()) return Fail(ERROR_ACCESS_DENIED);
-  // The link goes, and what it points to doesn't matter.
+  // For a link, only the link itself matters.
   if (!found.metadata.link) {
     if (IsReadOnly(found)) return Fail(ERROR_ACCESS_DENIED);
     const bool inUse = held != nullptr ? !IsHeldAlone(*held, found.metadata)
@@ -201,7 +201,7 @@ BOOL DeleteName(LPCSTR name, const File* held) {
   return Unlink(found.host) ? TRUE : FailErrno();
 }
 
-// Calls `change` with the file of a handle, and closes the handle after a success.
+// Calls `change` with the file of a handle, and closes the handle on success.
 template <typename Change>
 int WhileHeld(HANDLE* held, Change change) {
   const auto file = FindObject<File>(*held);
@@ -245,7 +245,7 @@ BOOL WINAPI RemoveDirectoryA(LPCSTR name) {
   if (found.metadata.link) return Unlink(found.host) ? TRUE : FailErrno();
   if (IsReadOnly(found)) return Fail(ERROR_ACCESS_DENIED);
   DirectoryChange change(found.host);
-  // Some hosts say "exists" for a directory that isn't empty.
+  // Some hosts report EEXIST for a directory that isn't empty.
   if (Calls().rmdir(found.host.c_str()) != 0) {
     return errno == EEXIST ? Fail(ERROR_DIR_NOT_EMPTY) : FailErrno();
   }

@@ -1,5 +1,5 @@
-// PathApi.cpp - calls that answer with a path: the process's directory, full paths, temporary
-// names, and host paths as library paths.
+// PathApi.cpp - calls that return a path: the process's directory, full paths, temporary names, and
+// conversions of host paths.
 #include <unistd.h>
 
 #include <array>
@@ -24,7 +24,7 @@ namespace {
 using namespace kozor::posix;
 using kozor::kAnsiSlashRules;
 
-// The rule of all buffer calls: the length, or the size that would do.
+// The common result of buffer calls: the length, or the size needed.
 DWORD GiveText(const std::optional<std::string>& text, DWORD bytes, LPSTR buffer) {
   if (!text) return 0;
   const auto length = static_cast<DWORD>(text->size());
@@ -33,7 +33,7 @@ DWORD GiveText(const std::optional<std::string>& text, DWORD bytes, LPSTR buffer
   return length;
 }
 
-// Where a parsed path starts, as a library path without a '\' at the end.
+// The start of a parsed path, as a library path without a trailing '\'.
 std::optional<std::string> StartText(const LibraryPath& path) {
   if (!path.root.empty()) return path.root;
   std::optional<std::string> start =
@@ -62,7 +62,7 @@ std::string TemporaryDirectory() {
   return chosen != nullptr && *chosen == '/' ? chosen : "/tmp";
 }
 
-// At most three bytes, and no character cut in two.
+// The first characters of the prefix, at most three bytes, without splitting a character.
 std::string ShortPrefix(LPCSTR prefix) {
   LPCSTR end = prefix;
   while (*end != '\0' && CharNextA(end) - prefix <= 3) end = CharNextA(end);
@@ -76,14 +76,14 @@ std::string TempFileName(LPCSTR path, LPCSTR prefix, UINT number) {
   return path + std::string(separated ? "" : "\\") + ShortPrefix(prefix) + tail.data();
 }
 
-// Numbers that differ from one call and one process to the next.
+// A number that differs between calls and between processes.
 UINT NextNumber() {
   static std::atomic<UINT> calls{0};
   const auto process = static_cast<UINT>(::getpid());
   return (process * 31 + static_cast<UINT>(GetTickCount64()) + calls.fetch_add(1)) & 0xFFFF;
 }
 
-// Makes the file under the first number that is free from `number` on; 0 if there is none.
+// Creates the file with the first free number from `number` on; returns 0 if there is none.
 UINT MakeTempFile(LPCSTR path, LPCSTR prefix, UINT number) {
   constexpr UINT kNumbers = 0x10000;
   for (UINT tries = 0; tries < kNumbers; ++tries, number = (number + 1) % kNumbers) {
@@ -99,7 +99,7 @@ UINT MakeTempFile(LPCSTR path, LPCSTR prefix, UINT number) {
   return 0;
 }
 
-// A relative host path as a library path; false where a component can't be expressed.
+// Converts a relative host path to a library path; returns false if a component can't be expressed.
 bool RelativeToLibrary(std::string_view hostPath, std::string& path) {
   std::string name;
   for (const std::string_view hostName : SplitHostPath(hostPath)) {

@@ -20,7 +20,7 @@ bool IsSeparator(char c) {
   return kRules.IsSeparator(c);
 }
 
-// Where a path starts, and what follows the root in its text.
+// The start of a path, and its text after the root.
 struct Start {
   std::string base;  // as in LibraryPath
   std::string_view rest;
@@ -79,7 +79,7 @@ std::optional<Start> FindStart(std::string_view text, PathUse use) {
   return Start{"", text};
 }
 
-// The process's directory with `levels` taken off, but never above its drive's root.
+// The directory `levels` above the process's, but never above its drive's root.
 std::optional<std::string> ClimbFromProcessDirectory(std::size_t levels) {
   std::string directory = ProcessDirectory();
   if (directory.empty()) {
@@ -94,8 +94,8 @@ std::optional<std::string> ClimbFromProcessDirectory(std::size_t levels) {
   return directory + '/';
 }
 
-// Works the components of `start.rest` into `path`.  Counts the ".." that lead above a relative
-// start in `climbs`.
+// Appends the components of `start.rest` to `path`, resolving "." and "..".  Counts in `climbs`
+// each ".." that leads above a relative start.
 bool AddComponents(const Start& start, PathUse use, LibraryPath& path, std::size_t& climbs) {
   std::string_view rest = start.rest;
   while (!rest.empty() && IsSeparator(rest.front())) rest.remove_prefix(1);

@@ -1,7 +1,7 @@
-// Search.cpp - FindFirstFileA and what follows it.
+// Search.cpp - FindFirstFileA and related calls.
 //
-// A search reads its directory once, keeps the names that match, in order, and reads the metadata
-// of each one only when it is returned.
+// A search reads its directory once and keeps the matching names in order.  The metadata of an
+// entry is read only when the entry is returned.
 #include <dirent.h>
 #include <fcntl.h>
 
@@ -26,10 +26,10 @@ using kozor::text::WildCard;
 struct Entry {
   std::string hostName;
   std::u16string key;
-  unsigned char type;  // DT_*, for where the metadata can't be read
+  unsigned char type;  // DT_*, used if the metadata can't be read
 };
 
-// The usual Windows file system's order; names that differ in case alone come by their bytes.
+// The order of the usual Windows file system; names that differ only in case are ordered by bytes.
 bool ComesBefore(const Entry& a, const Entry& b) {
   const int order = a.key.compare(b.key);
   return order != 0 ? order < 0 : a.hostName < b.hostName;
@@ -42,8 +42,8 @@ void FillData(WIN32_FIND_DATAA& data, const Metadata& metadata, DWORD attributes
   std::memcpy(data.cFileName, libraryName.c_str(), libraryName.size() + 1);
 }
 
-// The name to list.  Where the code page can't tell two files of a directory apart, the name
-// belongs to the one that it opens.
+// The name to list.  If the code page can't distinguish two files of a directory, only the one that
+// the name opens is listed by it.
 std::string ListedName(int directory, const std::string& hostName) {
   std::string libraryName;
   std::string opened;
@@ -55,7 +55,7 @@ std::string ListedName(int directory, const std::string& hostName) {
   return libraryName;
 }
 
-// A link or an entry of unknown type may turn out to be a directory.
+// A link or an entry of unknown type may be a directory.
 bool MayBeDirectory(unsigned char type) {
   return type == DT_DIR || type == DT_LNK || type == DT_UNKNOWN;
 }
@@ -75,7 +75,7 @@ class Search : public Object {
       const bool dots = name == "." || name == "..";
       std::u16string key = CaseKey(name);
       if ((dots && !withDots) || !mask.Matches(key)) continue;
-      // The dots come first, whatever characters names begin with.
+      // Sort the dots before any other name.
       if (dots) key.insert(0, 1, u'\0');
       entries.push_back({std::string(name), std::move(key), entry->d_type});
     }
@@ -85,7 +85,7 @@ class Search : public Object {
     if (directory != nullptr) ::closedir(directory);
   }
 
-  // The next entry that is still there; false at the end.
+  // Returns the next entry that still exists; false at the end.
   bool Next(WIN32_FIND_DATAA& data) {
     while (next < entries.size()) {
       if (Describe(entries[next++], data)) return true;
@@ -112,7 +112,7 @@ class Search : public Object {
     } else if (errno == ENOENT) {
       return false;
     } else {
-      // A directory that may be read but not searched: there is an entry, and no more is known.
+      // The directory may be read but not searched: the entry's name is all that is known.
       metadata.mode = entry.type == DT_DIR ? S_IFDIR : S_IFREG;
       attributes = entry.type == DT_DIR ? FILE_ATTRIBUTE_DIRECTORY : FILE_ATTRIBUTE_ARCHIVE;
     }
@@ -121,7 +121,7 @@ class Search : public Object {
   }
 
   DIR* directory = nullptr;
-  std::string host;  // of the directory, with a '/' at the end
+  std::string host;  // of the directory, with a trailing '/'
   std::vector<Entry> entries;
   std::size_t next = 0;
   DWORD readError = ERROR_SUCCESS;
@@ -132,7 +132,7 @@ std::shared_ptr<Search> Refuse(DWORD error) {
   return nullptr;
 }
 
-// A name without wild-cards needs no reading of its directory.
+// A name without wild-cards is looked up without reading its directory.
 std::shared_ptr<Search> FindOne(LibraryPath& path, WIN32_FIND_DATAA& data) {
   if (path.trailingSeparator || path.IsRoot()) return Refuse(ERROR_FILE_NOT_FOUND);
   if (!MakeAbsolute(path)) return nullptr;
@@ -170,7 +170,7 @@ std::shared_ptr<Search> FindMatching(const LibraryPath& path, FINDEX_SEARCH_OPS 
   if (!MaskKey(path.mask, mask)) return nullptr;
   DIR* const directory = OpenDirectory(path, host);
   if (directory == nullptr) return nullptr;
-  // A drive's root has no entries for itself and for what is above it.
+  // The root of a drive has no "." and "..".
   const bool withDots = !path.IsRoot() || path.share;
   auto search =
       std::make_shared<Search>(directory, std::move(host), WildCard(mask), withDots, operation);

@@ -16,7 +16,7 @@ namespace kozor::posix {
 
 namespace {
 
-// What a file is opened for, and what it keeps others from, as bits of one set.
+// Bits of a set: what a file is opened for, and what it denies to others.
 enum Claim : unsigned {
   Reads = 1,
   Writes = 2,
@@ -84,8 +84,8 @@ void RemoveFromTable(const FileId& id, unsigned claims) {
   if (all.empty()) files.claims.erase(found);
 }
 
-// A handle's claims are one lock of one byte, whose place tells the set.  Bytes between the places
-// keep the host from joining two locks into one.
+// The claims of a handle are one lock of one byte, whose position encodes the set.  Unused bytes
+// between the positions keep the host from merging two locks.
 constexpr off_t kLockBase = 0x7FFF'FFFF'FFFF'0000;
 constexpr off_t kLockStep = 2;
 constexpr unsigned kClaimSets = 32;
@@ -105,18 +105,17 @@ struct flock LockOf(const LockRange& range, short type) {
   return lock;
 }
 
-// The lock is one that many can hold at a time, so that taking it never waits or fails for another
-// holder of the same claims.
+// A shared lock, so that it doesn't fail because another handle has the same claims.
 bool LockClaims(int file, unsigned claims) {
   const off_t place = kLockBase + kLockStep * static_cast<off_t>(claims);
   struct flock lock = LockOf({place, place + 1}, F_RDLCK);
-  // EAGAIN: another program has locked the whole file for itself alone.
+  // EAGAIN: another program has locked the whole file exclusively.
   return ::fcntl(file, F_OFD_SETLK, &lock) == 0 || errno != EAGAIN;
 }
 
-// Whether another open file holds one of these claims.  Only our own kind of lock counts, not one
-// of another program over a wider range.  The host tells of one lock in a range, so what lies on
-// either side of it is asked for again.
+// Whether another open file holds one of these claims.  Only single-byte locks count, not wider
+// ones of other programs.  The host reports one lock in a range, so the parts on either side of it
+// are queried again.
 bool AnyLocked(int file, unsigned claims, const LockRange& range = kAllLocks) {
   if (range.begin >= range.end) return false;
   struct flock lock = LockOf(range, F_WRLCK);
@@ -128,7 +127,7 @@ bool AnyLocked(int file, unsigned claims, const LockRange& range = kAllLocks) {
          AnyLocked(file, claims, {lock.l_start + 1, range.end});
 }
 
-// How many in this process deny deleting it.
+// The number of handles in this process that deny deleting the file.
 std::ptrdiff_t DenialsInTable(const FileId& id) {
   OpenFiles& files = TheOpenFiles();
   const std::lock_guard guard(files.lock);
@@ -150,8 +149,8 @@ bool ShareHold::Take(int file, const FileId& fileId, const ShareMode& mode) {
   if (!AddToTable(fileId, wanted)) return Fail(ERROR_SHARING_VIOLATION);
   id = fileId;
   claims = wanted;
-  // Locked first and asked second: of two that come at once, both may be turned away, but never
-  // both let in.
+  // Lock first, then query: of two simultaneous requests both may be refused, but never both
+  // granted.
   if (!LockClaims(file, claims) || AnyLocked(file, ConflictsOf(claims))) {
     return Fail(ERROR_SHARING_VIOLATION);
   }

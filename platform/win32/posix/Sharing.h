@@ -1,22 +1,22 @@
-// Sharing.h - who may open a file that others have open.
+// Sharing.h - the sharing modes of open files.
 //
-// Within the process a table of open files decides.  Between processes advisory locks do, on single
-// bytes far beyond any file's end, one for each of: reads, writes, lets nobody read, write, delete.
-// They belong to the open file and end with it, also when a process is killed.  Where the file
-// system has no such locks, only the table is left.
+// Within the process a table of open files decides.  Between processes it is advisory locks on
+// single bytes far beyond the end of any file, one position for each combination of reading,
+// writing and denying to read, write or delete.  A lock belongs to the open file and ends with it,
+// also when a process is killed.  On a file system without such locks only the table applies.
 #pragma once
 
 #include "platform/win32/posix/Metadata.h"
 
 namespace kozor::posix {
 
-// GENERIC_READ, GENERIC_WRITE and FILE_SHARE_* as CreateFileA takes them; other bits don't matter.
+// GENERIC_READ, GENERIC_WRITE and FILE_SHARE_* as CreateFileA takes them; other bits are ignored.
 struct ShareMode {
   DWORD access;
   DWORD share;
 };
 
-// The part of one open file in both; ends with the object.
+// The entries of one open file in the table and its lock; released by the destructor.
 class ShareHold {
  public:
   ShareHold() = default;
@@ -24,8 +24,8 @@ class ShareHold {
   ShareHold(const ShareHold&) = delete;
   ShareHold& operator=(const ShareHold&) = delete;
 
-  // Takes part for an open file.  False, with the last error ERROR_SHARING_VIOLATION, if others
-  // don't agree with `mode`; the file must then be closed, because it keeps the locks.
+  // Registers an open file.  Returns false with the last error ERROR_SHARING_VIOLATION if `mode`
+  // conflicts with others; the file must then be closed, because it keeps the lock.
   bool Take(int file, const FileId& fileId, const ShareMode& mode);
 
  private:
@@ -33,11 +33,11 @@ class ShareHold {
   unsigned claims = 0;
 };
 
-// Whether someone has the file open and doesn't let others delete it.
+// Whether any open handle denies deleting the file.
 bool IsDeleteDenied(const char* hostPath, const FileId& id);
-// The same of all but the open file `held` itself.
+// The same, not counting the open file `held` itself.
 bool IsDeleteDeniedByOthers(int held, const FileId& id);
-// Whether someone in this process has it open at all.
+// Whether this process has the file open.
 bool IsOpenHere(const FileId& id);
 
 }  // namespace kozor::posix

@@ -1,4 +1,4 @@
-// SystemCalls.h - calls of the host, and the one place that turns errno into Win32 numbers.
+// SystemCalls.h - the table of host calls, and the translation of errno to Win32 error numbers.
 #pragma once
 
 #include <dirent.h>
@@ -13,9 +13,9 @@
 
 namespace kozor::posix {
 
-// The calls whose failure a caller has to survive, as a table that a test can change: "the third
-// write fails" (tests/support/FailCall.h).  Nobody else writes to it.  Arguments and results are
-// the host's, errno included.
+// Host calls whose failure must be survived, as a table in which tests inject failures
+// (tests/support/FailCall.h).  Only tests modify it.  Arguments and results are the host's,
+// including errno.
 struct SystemCalls {
   int (*open)(const char* path, int flags, mode_t mode);
   ssize_t (*read)(int file, void* buffer, std::size_t bytes, off_t offset);         // pread
@@ -42,13 +42,13 @@ struct SystemCalls {
 
 ZOR_PLATFORM_API SystemCalls& Calls();
 
-// The Win32 number for an errno value.  ENOENT is ERROR_FILE_NOT_FOUND: whether a directory on the
-// way was missing (ERROR_PATH_NOT_FOUND) only the look-up knows.
+// The Win32 number for an errno value.  ENOENT is ERROR_FILE_NOT_FOUND: only the look-up knows
+// whether a parent directory was missing (ERROR_PATH_NOT_FOUND).
 DWORD ErrorFromErrno(int number);
 
-// Sets the last error and returns FALSE, for `return Fail(...)`.
+// Sets the last error and returns FALSE, for use as `return Fail(...)`.
 BOOL Fail(DWORD error);
-// The same with the Win32 number for errno as it stands.
+// The same with the Win32 number for the current errno.
 BOOL FailErrno();
 
 }  // namespace kozor::posix

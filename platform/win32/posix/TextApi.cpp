@@ -1,4 +1,4 @@
-// TextApi.cpp - the Win32 and C run-time functions that walk, compare and convert text.
+// TextApi.cpp - the Win32 and C run-time functions that step through, compare and convert text.
 #include <atomic>
 #include <string>
 #include <string_view>
@@ -24,7 +24,7 @@ struct Character {
   std::size_t bytes;  // 1 or 2; 1 at the terminator
 };
 
-// The first character of text that has at least one byte left, the terminator included.
+// The first character of a text; may be its terminator.
 Character FirstCharacter(const unsigned char* text) {
   if (IsLeadByte(text[0]) && text[1] != 0) return {text[0] * 256U + text[1], 2};
   return {text[0], 1};
@@ -46,8 +46,7 @@ int CompareText(const unsigned char* a, const unsigned char* b, bool foldCase) {
   }
 }
 
-// Copies a converted text out by the rules that both calls share: a capacity of 0 asks for the
-// size.
+// Copies the converted text to the caller, as both calls do: a capacity of 0 queries the size.
 template <typename Text, typename Unit>
 int GiveResult(const Text& converted, Unit* target, int capacity) {
   if (capacity == 0) return static_cast<int>(converted.size());
@@ -58,7 +57,7 @@ int GiveResult(const Text& converted, Unit* target, int capacity) {
   return static_cast<int>(converted.size());
 }
 
-// The source as a view: its length is given, or -1 for up to and with the terminator.
+// The source as a view.  A length of -1 means up to and including the terminator.
 template <typename Unit>
 std::basic_string_view<Unit> SourceView(const Unit* text, int length) {
   if (length >= 0) return {text, static_cast<std::size_t>(length)};
@@ -103,7 +102,7 @@ LPSTR WINAPI CharNextA(LPCSTR text) {
 }
 
 LPSTR WINAPI CharPrevA(LPCSTR start, LPCSTR current) {
-  // Whether a byte is a lead or a trail byte shows only from the beginning.
+  // Lead and trail bytes can be told apart only by scanning from the start.
   LPCSTR previous = start;
   for (LPCSTR next = start; next < current && *previous != 0; next = CharNextA(next)) {
     previous = next;
@@ -112,7 +111,7 @@ LPSTR WINAPI CharPrevA(LPCSTR start, LPCSTR current) {
 }
 
 unsigned int _mbctolower(unsigned int character) {
-  // Beyond ASCII there are characters of two bytes only where lead bytes are.
+  // Two-byte characters exist only in a code page with lead bytes.
   return character < 0x100 || IsLeadByte(0x82) ? ToLowerLatin932(character) : character;
 }
 
@@ -125,7 +124,7 @@ int _mbsicmp(const unsigned char* a, const unsigned char* b) {
 }
 
 int _mbsnbcmp(const unsigned char* a, const unsigned char* b, std::size_t bytes) {
-  // A character cut in two by the limit counts by its first byte.
+  // A character split by the limit is compared by its first byte.
   for (std::size_t done = 0; done < bytes;) {
     Character left = FirstCharacter(a + done);
     Character right = FirstCharacter(b + done);

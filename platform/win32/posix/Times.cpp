@@ -1,4 +1,4 @@
-// Times.cpp - FILETIME, SYSTEMTIME and DOS times.
+// Times.cpp - conversions of FILETIME, SYSTEMTIME and DOS times; the clocks.
 #include <chrono>
 #include <ctime>
 #include <limits>
@@ -20,8 +20,8 @@ constexpr sys_days kFirstDay{year{1601} / January / 1};
 constexpr int kLastYear = 30827;
 constexpr std::uint64_t kMaxTicks = std::numeric_limits<std::int64_t>::max();
 
-// A calendar day as days since 1601.  std::chrono's own year ends at 32767, which holds all of
-// Win32's.
+// Converts a calendar day to days since 1601.  std::chrono's years, up to 32767, cover Win32's
+// range.
 bool DayNumber(int yearNumber, unsigned monthNumber, unsigned dayNumber, std::int64_t& days) {
   const year_month_day date{year{yearNumber}, month{monthNumber}, day{dayNumber}};
   if (!date.ok()) return false;
@@ -29,7 +29,7 @@ bool DayNumber(int yearNumber, unsigned monthNumber, unsigned dayNumber, std::in
   return true;
 }
 
-// Adds seconds to a FILETIME; fails where that leaves its range.
+// Adds seconds to a FILETIME; fails if the result is out of range.
 BOOL Shift(const FILETIME* from, std::int64_t seconds, LPFILETIME to) {
   const std::uint64_t ticks = Ticks(*from);
   const std::int64_t shift = seconds * std::int64_t{kTicksPerSecond};
@@ -41,7 +41,7 @@ BOOL Shift(const FILETIME* from, std::int64_t seconds, LPFILETIME to) {
   return TRUE;
 }
 
-// Seconds east of Greenwich at this moment.
+// The current offset from UTC in seconds, positive to the east.
 std::int64_t OffsetNow() {
   const std::time_t now = std::time(nullptr);
   std::tm local{};
