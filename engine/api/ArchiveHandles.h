@@ -14,8 +14,8 @@
 
 namespace kozor::api {
 
-// Handles are numbers that are never used again, so one that is not open is known as such whatever
-// it holds.  May be used from several threads.
+// Handles are numbers that are never reused, so a closed or invented one is always recognised.
+// Thread-safe.
 class ArchiveHandles {
  public:
   using Depth = container::MemberSearch::Depth;
@@ -27,7 +27,7 @@ class ArchiveHandles {
   Found FindFirst(HARC handle, std::string_view text, UnlhaMemberRecord& record);
   // Finds nothing before FindFirst.
   Found FindNext(HARC handle, UnlhaMemberRecord& record);
-  // Of the member found last.
+  // The attribute of the member found last.
   std::optional<std::uint16_t> Attribute(HARC handle);
 
  private:

@@ -22,7 +22,7 @@ constexpr int kNoMember = -1;
 constexpr int kInvalidHandle = static_cast<int>(ResultCode::InvalidHandle);
 constexpr std::uint32_t kSearchBelow = 0x200;  // mode bit of UnlhaOpenArchive
 
-// What the module keeps while it is loaded.
+// The module's state while it is loaded.
 struct ProcessState {
   kozor::commands::Archiver archiver;
   ArchiveHandles handles;
@@ -43,7 +43,7 @@ class Run {
   Run& operator=(const Run&) = delete;
 };
 
-// Calls `work` and gives the code of what it throws.
+// Calls `work` and returns the code of its exception, or Ok.
 template <typename Work>
 int CodeOf(Work work) noexcept {
   try {
@@ -58,7 +58,7 @@ int CodeOf(Work work) noexcept {
   }
 }
 
-// The callback of the present moment as a listener; empty when there is none.
+// The current callback as a listener; empty if there is none.
 kozor::commands::ProgressListener Listener() {
   const UnlhaCallback callback = state.callback;
   if (callback == nullptr) return {};

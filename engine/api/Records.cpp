@@ -13,7 +13,7 @@ namespace {
 constexpr std::uint32_t kMaxSize = std::numeric_limits<std::uint32_t>::max();
 constexpr std::size_t kMaxProgressName = 512;
 
-// Cuts a name that is too long behind a whole character; the rest of the field is zero.
+// Truncates a long name after a whole character and fills the rest of the field with zeros.
 void PutName(std::string_view name, char* field, std::size_t limit, std::size_t fieldBytes) {
   const std::string_view shown = container::CutName(name, limit, GetACP());
   std::copy(shown.begin(), shown.end(), field);
@@ -36,7 +36,7 @@ UINT StateNumber(commands::ProgressEvent::State state) {
 
 void FillMemberRecord(const container::Member& member, UnlhaMemberRecord& record) {
   record = {};
-  // Callers make room for that many bytes.  Of a member that is damaged none will be delivered.
+  // Callers reserve that many bytes.  A damaged member delivers none.
   const std::uint64_t size = member.fault ? 0 : member.originalBytes;
   record.size = static_cast<std::uint32_t>(std::min<std::uint64_t>(size, kMaxSize));
   record.date = member.localTime.date;
@@ -45,7 +45,7 @@ void FillMemberRecord(const container::Member& member, UnlhaMemberRecord& record
 }
 
 bool TellCallback(UnlhaCallback callback, const commands::ProgressEvent& event) {
-  // Only a rewrite counts 4 GiB and more; it is told in larger units then.
+  // Only rewriting an archive can exceed 32 bits; it is then reported in larger units.
   int shift = 0;
   while (event.size >> shift > kMaxSize) ++shift;
   UnlhaProgressRecord record{};

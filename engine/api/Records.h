@@ -9,7 +9,7 @@ namespace kozor::api {
 
 void FillMemberRecord(const container::Member& member, UnlhaMemberRecord& record);
 
-// Hands an event on to a callback; false when the callback asks to stop.
+// Passes an event to a callback; returns false if the callback asks to stop.
 bool TellCallback(UnlhaCallback callback, const commands::ProgressEvent& event);
 
 }  // namespace kozor::api

@@ -1,17 +1,16 @@
-// AdaptiveCode.h - a Huffman code that follows what has been sent, for lh1 and lh2.
+// AdaptiveCode.h - the adaptive Huffman code of lh1 and lh2.
 //
-// Both sides begin with the same tree and count every symbol after it has been sent, so no code
-// lengths are in the data.  The nodes of the tree stand in slots, slot 0 is the root, and no slot
-// is heavier than the one before it.  That order is what makes the tree a Huffman tree, and
-// counting keeps it: before a node gets heavier, it changes places with the first node of its
-// weight.
+// Encoder and decoder begin with the same tree and count every symbol after coding it, so no code
+// lengths are transmitted.  The nodes are kept in slots in the order of descending weight; slot 0
+// is the root.  That order makes the tree a Huffman tree.  Counting preserves it: before its weight
+// grows, a node is swapped with the first node of equal weight.
 //
-// Children stand side by side: those of branch b in the slots 2b (bit 0) and 2b - 1 (bit 1).  Nodes
-// carry one number, a branch its b (from 1), a leaf its symbol plus kSymbols, so that one table
-// tells for either where it stands.
+// Children are adjacent: those of branch b are in slots 2b (bit 0) and 2b - 1 (bit 1).  Nodes are
+// numbered: a branch by its b (from 1), a leaf by its symbol plus kSymbols, so that one table gives
+// the slot of either.
 //
-// A code is at most 22 bits long: in a Huffman tree, a leaf that deep means a total above 0x8000,
-// and at that total the weights are halved.
+// A code has at most 22 bits: a deeper leaf would need a total weight above 0x8000, and at that
+// total the weights are halved.
 #pragma once
 
 #include <algorithm>
@@ -29,14 +28,14 @@ class AdaptiveCode {
  public:
   static constexpr unsigned kLongestBits = 22;
 
-  // All symbols, each counted once.
+  // Starts with all symbols, each counted once.
   void BeginWithAll();
-  // One symbol, which then takes no bits; others join by Add.
+  // Starts with a single symbol, which takes no bits; Add adds others.
   void BeginWith(unsigned symbol);
-  // A symbol that is not in the code yet.  It takes half of the code of the last one.
+  // Adds a new symbol, which splits the leaf in the last slot.
   void Add(unsigned symbol);
 
-  // Needs kLongestBits in the reader.  Counting is up to the caller.
+  // Needs kLongestBits in the reader.  The caller must call Count.
   unsigned Decode(BitReader& in) const {
     std::uint64_t bits = in.Buffer();
     unsigned count = 0;
@@ -70,8 +69,8 @@ class AdaptiveCode {
         Swap(first, slot);
         slot = first;
       }
-      // The nodes of the old weight begin one slot later now, and those of the new one here, unless
-      // there are some already.  Entries of weights that no node has are never looked at.
+      // The nodes of the old weight now begin one slot later, and those of the new weight here,
+      // unless there are others.  Entries of weights that no node has are never read.
       firstOfWeight[weight] = static_cast<std::uint16_t>(slot + 1);
       weights[slot] = static_cast<std::uint16_t>(weight + 1);
       if (weights[slot - 1] != weight + 1) {
@@ -100,7 +99,7 @@ class AdaptiveCode {
   void FinishTree();
 
   unsigned last = 0;   // slot in use
-  unsigned total = 0;  // of all counts, as far as the format looks at it
+  unsigned total = 0;  // of all counts, as the format defines it
   std::array<std::uint16_t, 2 * kSymbols - 1> nodes;
   std::array<std::uint16_t, 2 * kSymbols - 1> weights;
   std::array<std::uint16_t, 2 * kSymbols> slotOf;  // by node
@@ -147,7 +146,7 @@ void AdaptiveCode<kSymbols>::Add(unsigned symbol) {
   Count(symbol);
 }
 
-// Halves all counts, rounding up, and builds the tree anew from the light end.
+// Halves all counts, rounding up, and rebuilds the tree from the light end.
 template <unsigned kSymbols>
 void AdaptiveCode<kSymbols>::Rebuild() {
   struct Leaf {
@@ -161,7 +160,7 @@ void AdaptiveCode<kSymbols>::Rebuild() {
     leaves[left++] = {nodes[slot], static_cast<std::uint16_t>((weights[slot] + 1) / 2)};
   }
 
-  unsigned free = last + 1;  // slots from here on are filled
+  unsigned free = last + 1;  // slots from here on are in use
   const auto placeLeaf = [&] {
     --free;
     --left;
@@ -180,7 +179,7 @@ void AdaptiveCode<kSymbols>::Rebuild() {
   FinishTree();
 }
 
-// Takes the total from the root and finds the first slot of each weight.
+// Reads the total from the root and finds the first slot of each weight.
 template <unsigned kSymbols>
 void AdaptiveCode<kSymbols>::FinishTree() {
   total = weights[0];

@@ -1,4 +1,4 @@
-// AdaptiveDecoder.cpp - unpacks lh1 and lh2, whose Huffman codes follow what has been sent.
+// AdaptiveDecoder.cpp - unpacks lh1 and lh2, which use adaptive Huffman codes.
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -13,9 +13,9 @@
 namespace kozor::codec {
 namespace {
 
-constexpr unsigned kLowBits = kLh1LowBits;  // of an offset, sent as they are
+constexpr unsigned kLowBits = kLh1LowBits;  // of an offset, sent uncoded
 
-// lh1: 58 lengths, and offsets of 12 bits whose upper half has a fixed code.
+// lh1: 58 match lengths, and 12-bit offsets whose upper half has a fixed code.
 class Lh1Scheme {
  public:
   static constexpr unsigned kSymbols = kLh1Symbols;
@@ -35,8 +35,8 @@ class Lh1Scheme {
 
 #ifndef KOZOR_SMALL_CODEC
 
-// lh2: longer matches, and offsets of 13 bits.  Their upper part has an adaptive code as well,
-// which gets a symbol whenever the data has grown by 64 bytes.
+// lh2: longer matches, and 13-bit offsets.  Their upper part has an adaptive code too, which gains
+// a symbol for every 64 bytes unpacked.
 class Lh2Scheme {
  public:
   static constexpr unsigned kSymbols = 286;
@@ -60,7 +60,7 @@ class Lh2Scheme {
  private:
   static constexpr unsigned kDistanceSymbols = 128;
   AdaptiveCode<kDistanceSymbols> distanceCode;
-  unsigned known = 1;  // symbols that the code has
+  unsigned known = 1;  // symbols in the code
 };
 
 #endif

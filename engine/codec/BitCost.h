@@ -1,8 +1,8 @@
-// BitCost.h - what symbols will cost in bits, before their code is known.
+// BitCost.h - estimates the cost of symbols in bits before their code is known.
 //
-// A good prefix code gives a symbol that is one in n about log2(n) bits.  Costs are whole numbers
-// of 1/256 bit, and the logarithm comes from a table made at compile time, so that the encoder
-// makes the same choices on every machine.
+// A good prefix code gives a symbol of probability 1/n about log2(n) bits.  Costs are integers in
+// units of 1/256 bit, and the logarithm comes from a table made at compile time, so that the
+// encoder makes the same choices on every machine.
 #pragma once
 
 #include <array>
@@ -18,8 +18,8 @@ namespace internal {
 
 constexpr unsigned kLog2TableBits = 10;
 
-// log2(1 + i / 1024) in units of 1/256: squaring a number doubles its logarithm, so each square
-// that reaches 2 gives one more binary digit.
+// log2(1 + i / 1024) in units of 1/256: squaring a number doubles its logarithm, so each squaring
+// yields one binary digit: 1 if the result reaches 2.
 constexpr std::array<std::uint16_t, 1U << kLog2TableBits> kLog2Table = [] {
   std::array<std::uint16_t, 1U << kLog2TableBits> table{};
   for (std::uint32_t i = 0; i < table.size(); ++i) {

@@ -1,12 +1,12 @@
-// BitReader.h - bits out of packed bytes, the most significant bit of each byte first.
+// BitReader.h - reads bits from packed bytes, the most significant bit of each byte first.
 //
-// The next bits stand left-aligned in a 64-bit buffer.  Well inside the input one unaligned load
-// tops it up to at least 56 bits, enough for the longest item of any method, so a caller refills
-// once per item and then looks and consumes without further tests.  Over the last bytes of a piece
-// the buffer grows byte by byte, across to the next piece, and after the last one with zero bits: a
-// decoder must be able to look ahead past the end.  Only when bits past the end have really been
-// consumed is the input too short, and a few of them are forgiven: data whose last zero bytes are
-// missing is still whole.
+// The next bits are left-aligned in a 64-bit buffer.  Well inside the input, one unaligned load
+// refills it to at least 56 bits, enough for the longest item of any method.  So a caller refills
+// once per item and then peeks and consumes without further tests.  Near the end of a piece the
+// buffer is refilled byte by byte, continuing in the next piece, and with zero bits after the last
+// one, so that a decoder can look ahead past the end.  The input is too short only if bits past the
+// end have been consumed.  A few of them are tolerated: data without its trailing zero bytes still
+// counts as complete.
 #pragma once
 
 #include <cstddef>
@@ -17,17 +17,18 @@
 
 namespace kozor::codec {
 
-// The buffer, without knowledge of the end.  An inner loop works on a copy of it, which stays in
-// registers, while there is no doubt that enough input is left.
+// The buffer alone, which doesn't check for the end.  An inner loop uses a copy, which stays in
+// registers, while enough input is certain to be left.
 class BitBuffer {
  public:
-  // How many bits a refill guarantees.
+  // The bits that a refill guarantees.
   static constexpr unsigned kRefilledBits = 56;
-  // What a refill may read, and by how much it may advance.
+  // The most bytes that a refill reads or advances by.
   static constexpr std::ptrdiff_t kRefillBytes = 8;
 
-  // The load brings bits that are in the buffer already and some that do not count yet.  Both are
-  // harmless: they are the right bits in the right place, and the next load brings them again.
+  // The load repeats bits that are already in the buffer and adds some that aren't counted yet.
+  // Both are harmless: they are the right bits in the right place, and the next load reads them
+  // again.
   void RefillFast() {
     buffer |= LoadBigEndian(next) >> bits;
     next += (63 - bits) >> 3;
@@ -38,7 +39,7 @@ class BitBuffer {
   std::uint32_t Peek(unsigned count) const {
     return static_cast<std::uint32_t>(buffer >> (64 - count));
   }
-  // All buffered bits, left-aligned; those beyond the refilled ones are not reliable.
+  // All buffered bits, left-aligned; those beyond kRefilledBits are unspecified.
   std::uint64_t Buffer() const { return buffer; }
 
   void Consume(unsigned count) {
@@ -59,7 +60,7 @@ class BitBuffer {
 
  protected:
   std::uint64_t buffer = 0;
-  unsigned bits = 0;  // valid bits in the buffer, virtual ones included
+  unsigned bits = 0;  // valid bits in the buffer, including virtual ones
   const std::uint8_t* next = nullptr;
 
  private:
@@ -74,7 +75,7 @@ class BitBuffer {
 
 class BitReader : public BitBuffer {
  public:
-  // What `packedPieces` hands out must hold good until the next call of it.
+  // Each piece from `packedPieces` must stay valid until its next call.
   explicit BitReader(const PackedPieces& packedPieces) : pieces(&packedPieces) {}
 
   void Refill() {
@@ -85,13 +86,13 @@ class BitReader : public BitBuffer {
     }
   }
 
-  // Take for a field that stands alone.
+  // Refills and takes: for a single field.
   std::uint32_t ReadBits(unsigned count) {
     Refill();
     return Take(count);
   }
 
-  // The end of the present piece, for a loop on a copy of the buffer, and what that has left.
+  // For a loop on a copy of the buffer: the end of the current piece, and taking the copy back.
   const std::uint8_t* PieceEnd() const { return end; }
   void GoOnFrom(const BitBuffer& copy) { static_cast<BitBuffer&>(*this) = copy; }
 
@@ -112,7 +113,7 @@ class BitReader : public BitBuffer {
     }
   }
 
-  // False at the end of the packed data; the pieces are not asked again then.
+  // Returns false at the end of the packed data, and doesn't ask for pieces after that.
   bool FetchPiece() {
     if (!pieces) return false;
     const std::span<const std::uint8_t> piece = (*pieces)();
@@ -124,7 +125,7 @@ class BitReader : public BitBuffer {
 
   const std::uint8_t* end = nullptr;
   const PackedPieces* pieces;   // null after the last one
-  std::size_t virtualBits = 0;  // zero bits supplied past the end, ever
+  std::size_t virtualBits = 0;  // zero bits supplied past the end in total
 };
 
 }  // namespace kozor::codec

@@ -1,4 +1,4 @@
-// BitWriter.h - bits into packed bytes, the most significant bit of each byte first.
+// BitWriter.h - writes bits into packed bytes, the most significant bit of each byte first.
 #pragma once
 
 #include <algorithm>
@@ -8,18 +8,18 @@
 
 namespace kozor::codec {
 
-// Collects whole bytes; up to 7 bits of the next one wait in between, across calls of MoveTo.
+// Collects whole bytes.  Up to 7 bits of the next one are kept, also across calls of MoveTo.
 class BitWriter {
  public:
-  // The most that one Put takes.
+  // The most bits that Put accepts.
   static constexpr unsigned kPutBits = 56;
 
-  // Makes room for that many bits and for padding, so that Put need not look.
+  // Makes room for that many bits and for padding, because Put doesn't check.
   void Reserve(std::size_t bitCount) {
     bytes.resize(std::max(bytes.size(), used + bitCount / 8 + 1 + sizeof buffer));
   }
 
-  // The lowest `count` bits of `value`; those above must be 0.
+  // Appends the lowest `count` bits of `value`; higher bits must be 0.
   void Put(std::uint64_t value, unsigned count) {
     if (count == 0) return;
     bits += count;
@@ -30,7 +30,7 @@ class BitWriter {
     bits &= 7;
   }
 
-  // Appends all that `more` holds, from the bit on at which this one ends.
+  // Appends all bits of `more` at the current bit position.
   void Append(const BitWriter& more) {
     constexpr std::size_t kStep = kPutBits / 8;
     Reserve(8 * more.used + more.bits);
@@ -56,14 +56,14 @@ class BitWriter {
   // Fills the last byte with zero bits.
   void Pad() { Put(0, (8 - bits) & 7); }
 
-  // Appends the whole bytes to `packed`; reserved room ends.
+  // Appends the whole bytes to `packed`.  Invalidates reserved room.
   void MoveTo(std::vector<std::uint8_t>& packed) {
     packed.insert(packed.end(), bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(used));
     used = 0;
   }
 
  private:
-  // There are 8 bytes: what is reserved goes beyond what is used.
+  // 8 bytes are always readable: the reserved room extends past the bytes in use.
   static std::uint64_t LoadBigEndian(const std::uint8_t* from) {
     std::uint64_t value = 0;
     for (unsigned i = 0; i < 8; ++i) value = value << 8 | from[i];
@@ -75,7 +75,7 @@ class BitWriter {
 
   std::vector<std::uint8_t> bytes;
   std::size_t used = 0;      // whole bytes
-  std::uint64_t buffer = 0;  // the bits of the byte that is not whole yet, left-aligned
+  std::uint64_t buffer = 0;  // bits of the incomplete byte, left-aligned
   unsigned bits = 0;         // 0 to 7 between calls
 };
 

@@ -1,14 +1,14 @@
-// BlockDecoder.cpp - unpacks the methods whose items come in blocks, each with Huffman codes of its
-// own: lh3, lh4 to lh7, lhx, and the other scheme under the id of lh7.
+// BlockDecoder.cpp - unpacks the block-Huffman methods: lh3, lh4 to lh7, lhx, and the other scheme
+// under the id of lh7.
 //
-// One body serves them all.  What differs is in a scheme: the alphabets, what follows a symbol, and
-// how the codes are written at the head of a block.
+// One template serves them all.  A scheme describes the differences: the alphabets, the extra bits
+// of symbols, and how a block's head transmits the codes.
 //
-// Everything in the packed data is hostile.  What keeps it harmless:
-//  - only complete codes are taken, so whatever bits come, a look-up ends at a symbol of the code;
-//  - every item yields at least one byte, so even blocks whose codes take no bits come to an end;
-//  - bits past the end of the data are zeros, and soon an error;
-//  - an item is unpacked without tests only while the longest match fits with room to spare.
+// The packed data is untrusted.  These rules keep it harmless:
+//  - only complete codes are accepted, so any bits decode to a symbol of the code;
+//  - every item yields at least one byte, so even blocks whose codes take no bits end;
+//  - bits past the end of the data are zeros, and after a few of them an error;
+//  - items are unpacked without bounds checks only while the longest match fits with room to spare.
 #include <algorithm>
 #include <array>
 #include <cstddef>
@@ -29,12 +29,12 @@ using ItemCode = HuffmanTable<Scheme::kItems, 11, Scheme::ItemExtraBits>;
 template <typename Scheme>
 using DistanceCode = HuffmanTable<Scheme::kDistances, 8, Scheme::DistanceExtraBits>;
 
-// The heads of blocks of lh4 to lh7 and lhx: a tree code writes the lengths of the item code.
+// The block heads of lh4 to lh7 and lhx: a tree code encodes the lengths of the item code.
 class LhHead {
  public:
   explicit LhHead(const LhMethod& lhMethod) : method(lhMethod) {}
 
-  // The method has no more lengths of distances than the scheme.
+  // The method must not have more distance symbols than the scheme.
   template <typename Scheme>
   bool ReadCodes(BitReader& in, ItemCode<Scheme>& itemCode, DistanceCode<Scheme>& distanceCode) {
     std::array<std::uint8_t, Scheme::kItems> itemLengths{};
@@ -44,7 +44,7 @@ class LhHead {
   }
 
  private:
-  // Lengths of the tree code or the distance code.
+  // Reads a code length of the tree code or the distance code.
   static unsigned ReadLength(BitReader& in) {
     in.Refill();
     unsigned length = in.Take(kLengthBits);
@@ -125,7 +125,7 @@ class LhHead {
   HuffmanTable<kTreeSymbols, 7> treeCode;
 };
 
-// lh4 to lh7 and lhx.  The symbol of a match tells its whole length.
+// lh4 to lh7 and lhx.  The symbol of a match gives its length without extra bits.
 struct LhScheme : LhHead {
   using LhHead::LhHead;
 
@@ -137,8 +137,8 @@ struct LhScheme : LhHead {
   static constexpr unsigned ItemExtraBits(unsigned) { return 0; }
   static std::size_t Length(unsigned symbol, std::uint64_t) { return symbol - kLengthToItemSymbol; }
 
-  // The extra bits together with the leading 1 that the symbol stands for are the offset.  Shifting
-  // twice keeps symbol 0 (offset 0) within the rules.
+  // The offset is the leading 1 that the symbol implies, followed by the extra bits.  Shifting
+  // twice avoids an undefined shift by 64 for symbol 0 (offset 0).
   static constexpr unsigned DistanceExtraBits(unsigned symbol) {
     return codec::DistanceExtraBits(symbol);
   }
@@ -150,13 +150,13 @@ struct LhScheme : LhHead {
 
 #ifndef KOZOR_SMALL_CODEC
 
-// The first `count` of left-aligned bits as a number.
+// The first `count` left-aligned bits as a number.
 constexpr std::size_t Leading(std::uint64_t bits, unsigned count) {
   return static_cast<std::size_t>((bits >> 1) >> (63 - count));
 }
 
 // The other scheme under the id of lh7: the same heads, but lengths and distances in size classes,
-// four classes of lengths and two of distances for each number of extra bits.
+// with four length classes and two distance classes for each number of extra bits.
 constexpr LhMethod kLk7{65536, 6, 32};
 
 struct Lk7Scheme : LhHead {
@@ -191,8 +191,8 @@ struct Lk7Scheme : LhHead {
   static constexpr unsigned kLongestSymbol = 288;
 };
 
-// lh3, the first of the family: lengths of codes in plain fields, distances of 13 bits, of which
-// the upper 7 are a symbol.
+// lh3, the oldest of the family: code lengths in plain fields, and 13-bit distances whose upper 7
+// bits are a symbol.
 struct Lh3Scheme {
   static constexpr unsigned kItems = 286;
   static constexpr unsigned kDistances = 128;
@@ -224,7 +224,7 @@ struct Lh3Scheme {
  private:
   static constexpr unsigned kLongSymbol = 285;
 
-  // Three lengths of 1, which no code has, announce a code of one symbol.
+  // Three lengths of 1, impossible in a prefix code, introduce a code of one symbol.
   template <typename ReadLength, typename Table>
   static bool ReadCode(BitReader& in, std::span<std::uint8_t> lengths, ReadLength readLength,
                        unsigned symbolBits, Table& code) {
@@ -271,7 +271,7 @@ class BlockDecoder {
   DecodeJob& job;
   BitReader in;
   std::size_t blockItemsLeft = 0;
-  // A code without symbols is legal where it is not used.
+  // A code without symbols is valid if it isn't used.
   ItemCode<Scheme> itemCode;
   DistanceCode<Scheme> distanceCode;
 };
@@ -296,8 +296,8 @@ bool BlockDecoder<Scheme>::ReadBlockHead() {
          !in.IsFarPastEnd();
 }
 
-// Decodes items while they are far from both ends.  One refill is enough for three literals, or for
-// a match.
+// Decodes items away from the ends of input and output.  One refill is enough for three literals,
+// or for a match.
 template <typename Scheme>
 void BlockDecoder<Scheme>::DecodeInside(std::size_t limit) {
   constexpr unsigned kMostItems = 3;
@@ -342,8 +342,8 @@ void BlockDecoder<Scheme>::DecodeInside(std::size_t limit) {
     const std::size_t length = Scheme::Length(item.symbol, item.extra);
     const auto [symbol, extra] = distanceCode.DecodeExtended(bits);
     const std::size_t distance = Scheme::Distance(symbol, extra);
-    // Whether the next item is a literal is often guessed wrong, and the sooner that shows the
-    // better: its look-up goes before the copy.
+    // The branch on the next item is often mispredicted, so it should resolve early: look the item
+    // up before the copy.
     bits.RefillFast();
     entry = itemCode.Look(bits);
     if (distance <= static_cast<std::size_t>(out - begin)) [[likely]] {
@@ -358,7 +358,7 @@ void BlockDecoder<Scheme>::DecodeInside(std::size_t limit) {
   job.done = static_cast<std::size_t>(out - begin);
 }
 
-// Decodes a few items, as far as the block and the limit allow, looking at every step.
+// Decodes a few items, up to the end of the block or the limit, with all checks.
 template <typename Scheme>
 bool BlockDecoder<Scheme>::DecodeAtEdge(std::size_t limit) {
   constexpr std::size_t kItems = 8;

@@ -1,8 +1,8 @@
-// BlockSplitter.cpp - decides where blocks end.
+// BlockSplitter.cpp - chooses the block boundaries.
 //
-// A new block costs a head of some dozens of bytes and pays where the statistics of the data
-// change.  The items are cut into small stretches; then the two neighbours that lose most by being
-// apart become one, again and again, until apart is cheaper everywhere.
+// A new block costs a head of some dozens of bytes and pays off where the statistics of the data
+// change.  The items are first cut into small stretches.  Then the two neighbours whose merging
+// saves most are merged, repeatedly, until no merge saves anything.
 #include <algorithm>
 #include <array>
 
@@ -12,18 +12,18 @@
 namespace kozor::codec {
 namespace {
 
-// About what a block's head takes, in bits: its fixed fields and the tree code, and the length of
-// every symbol in use.  The splitter is not sensitive to either.
+// Estimates of a block head, in bits: its fixed fields with the tree code, and the length of each
+// symbol in use.  The splitter isn't sensitive to either.
 constexpr std::int64_t kHeadBits = 80;
 constexpr std::int64_t kBitsPerLength = 4;
 
-// How much a symbol that occurs `count` times takes off what all symbols would cost if each had
-// been the only one: count * log2(count), less its length in the head.
+// The ideal cost of a block is total * log2(total) minus, for each symbol, count * log2(count).
+// This is a symbol's share of that saving, less its code length in the head.
 constexpr std::int64_t SavedBy(std::uint32_t count) {
   return std::int64_t{count} * Log2(count) - kBitsPerLength * kCostOfBit;
 }
 
-// Most counts are small, and many are 0: a table spares the logarithm and the branch.
+// Most counts are small, and many are 0: a table saves the logarithm and a branch.
 constexpr std::size_t kTableCounts = 1024;
 constexpr std::array<std::int32_t, kTableCounts> kSavedBy = [] {
   std::array<std::int32_t, kTableCounts> table{};
@@ -31,8 +31,7 @@ constexpr std::array<std::int32_t, kTableCounts> kSavedBy = [] {
   return table;
 }();
 
-// What symbols cost with an ideal code, and the code itself.  The counts are the sums of `a` and
-// `b`.
+// The cost of an ideal code and of the symbols encoded with it, for the counts `a` + `b`.
 template <std::size_t kSymbols>
 std::int64_t CodeCost(const std::array<std::uint32_t, kSymbols>& a,
                       const std::array<std::uint32_t, kSymbols>& b) {
@@ -46,7 +45,7 @@ std::int64_t CodeCost(const std::array<std::uint32_t, kSymbols>& a,
   return total == 0 ? 0 : std::int64_t{total} * Log2(total) - saved;
 }
 
-// The extra bits of distances are left out: they cost the same in any block.
+// Leaves out the extra bits of distances: they cost the same in any block.
 std::int64_t BlockCost(const SymbolCounts& a, const SymbolCounts& b) {
   return CodeCost(a.items, b.items) + CodeCost(a.distances, b.distances) + kHeadBits * kCostOfBit;
 }

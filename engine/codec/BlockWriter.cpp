@@ -1,7 +1,7 @@
 // BlockWriter.cpp - writes one block: its head with the three codes, then its items.
 //
-// The format leaves a writer some freedom that readers do not all grant.  So codes are complete or
-// of a single symbol in the form made for it, trailing zero lengths are never sent, and a block
+// Not all readers accept everything that the format allows.  So codes are either complete or a
+// single symbol in the form reserved for that, trailing zero lengths are never sent, and a block
 // without matches sends the single distance symbol 0.
 #include "engine/codec/Blocks.h"
 
@@ -14,13 +14,13 @@
 namespace kozor::codec {
 namespace {
 
-// A code as it is used in one block.
+// One of a block's codes.
 template <std::size_t kSymbols>
 struct Code {
   std::array<std::uint8_t, kSymbols> lengths{};
   std::array<std::uint16_t, kSymbols> codes{};
-  unsigned single = 0;    // the only symbol, or 0 without any
-  std::size_t count = 0;  // lengths to send; 0 for a code of a single symbol, which takes no bits
+  unsigned single = 0;    // the only symbol, or 0 if there is none
+  std::size_t count = 0;  // lengths to send; 0 for a single symbol, which takes no bits
 
   explicit Code(const std::array<std::uint32_t, kSymbols>& counts) {
     const auto isUsed = [](std::uint32_t n) { return n != 0; };
@@ -78,7 +78,7 @@ std::vector<TreeItem> ToTreeItems(std::span<const std::uint8_t> lengths) {
   return treeItems;
 }
 
-// How many lengths follow; behind a 0 the single symbol, in a field of the same width.
+// The number of lengths that follow; after a 0 the single symbol, in a field of the same width.
 template <std::size_t kSymbols>
 void PutCount(BitWriter& out, const Code<kSymbols>& code, unsigned countBits) {
   out.Put(code.count, countBits);
@@ -143,7 +143,7 @@ void PutItems(BitWriter& out, std::span<const Item> items, const Code<kItemSymbo
   }
 }
 
-// The most bits that an item and a block's head can take.
+// Upper bounds for an item and a block head, in bits.
 constexpr std::size_t kItemBits = 2 * kMaxCodeBits + 15;
 constexpr std::size_t kHeadBits = 64 +
                                   (kTreeSymbols + kWrittenDistanceSymbols) * kLongestLengthBits +
@@ -163,7 +163,7 @@ void WriteBlock(const LhMethod& method, std::span<const Item> items, const Symbo
   Code<kItemSymbols> itemCode(counts.items);
   const Code<kWrittenDistanceSymbols> distanceCode(counts.distances);
   if (place == BlockPlace::Last && TakesNoBits(itemCode, distanceCode)) {
-    // A second symbol that never occurs makes the first one take a bit.
+    // With a second, unused symbol the first one takes one bit.
     auto padded = counts.items;
     ++padded[itemCode.single == 0 ? 1 : 0];
     itemCode = Code<kItemSymbols>(padded);

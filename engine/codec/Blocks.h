@@ -1,4 +1,4 @@
-// Blocks.h - items into blocks: where a block ends, and how it is written.
+// Blocks.h - splits items into blocks and writes blocks.
 #pragma once
 
 #include <cstddef>
@@ -11,19 +11,19 @@
 
 namespace kozor::codec {
 
-// Keeps its memory from one call to the next.
+// Reuses its memory from call to call.
 class BlockSplitter {
  public:
-  // Blocks end only at multiples of `stretch` items: more of them take less time, fewer find better
-  // places.
+  // Blocks end only at multiples of `stretch` items: larger values are faster, smaller ones pack
+  // better.
   explicit BlockSplitter(std::size_t stretch) : stretchItems(stretch) {}
 
-  // Cuts `items` where a new block saves more than its head costs.  The blocks are valid until the
-  // next call.
+  // Splits `items` where a new block saves more than its head costs.  The blocks are valid until
+  // the next call.
   std::span<const Block> Split(std::span<const Item> items);
 
  private:
-  // What is known of the block that begins at a stretch, and its neighbours among the blocks.
+  // The block that begins at a stretch, linked to its neighbours.
   struct Neighbours {
     std::size_t previous;
     std::size_t next;
@@ -38,12 +38,12 @@ class BlockSplitter {
 
   const std::size_t stretchItems;
   std::vector<Block> blocks;
-  std::vector<Neighbours> list;  // by stretch, linked from 0; joined ones are no longer in reach
+  std::vector<Neighbours> list;  // by stretch, linked from 0; merged ones are unlinked
 };
 
 // The items of a stream's last block must take bits.  With a single item symbol, and at most a
-// single distance symbol without extra bits, they would take none, and there are readers that
-// refuse a stream which ends so.
+// single distance symbol without extra bits, they would take none, and some readers reject a stream
+// that ends that way.
 enum class BlockPlace { Inside, Last };
 
 void WriteBlock(const LhMethod& method, std::span<const Item> items, const SymbolCounts& counts,

@@ -1,14 +1,14 @@
 // Crc16.cpp - the checksum of archive members.
 //
-// A CRC is linear: what a byte adds to the remainder depends on its value and on how many bytes
-// follow it, on nothing else.  That allows two ways that do not wait for one byte before the next.
+// A CRC is linear: the contribution of a byte depends only on its value and on the number of bytes
+// after it.  So bytes need not be processed one after the other.  Two methods use that:
 //
-// Everywhere: sixteen bytes at a step, with one table for each place in the step.  The tables are
-// worked out on first use: they would be a large part of a small program.
+// On every machine: sixteen bytes per step, with one table for each position in the step.  The
+// tables are computed on first use, because they would be a large part of a small program.
 //
-// Where the processor multiplies without carries: 64 bytes at a step.  Multiplying a block by a
-// power of x moves it to where a later block is, so the data folds into ever fewer blocks of equal
-// remainder, and the last one is summed by the tables.
+// With carry-less multiplication: 64 bytes per step.  Multiplying a block by a power of x moves it
+// to the position of a later block, so the data is folded into fewer and fewer blocks with the same
+// remainder.  The tables sum the last one.
 #include <array>
 #include <cstddef>
 #include <cstring>
@@ -68,16 +68,16 @@ std::uint16_t SumByTables(std::span<const std::uint8_t> data, std::uint16_t crc)
 
 #define KOZOR_CARRYLESS __attribute__((target("pclmul,sse4.1")))
 
-// x^exponent modulo the polynomial, as a factor: bit 63 is x^0.
+// x^exponent modulo the polynomial, as a factor for Fold: bit 63 is x^0.
 constexpr long long PowerOfX(unsigned exponent) {
   unsigned remainder = 0x8000;
   while (exponent-- != 0) remainder = TimesX(remainder);
   return static_cast<long long>(std::uint64_t{remainder} << 48);
 }
 
-// In a block of sixteen bytes, bit 0 of the first byte has the highest power.  The two halves are
-// moved on by `bits`; the first half stands 64 higher.  A product of two numbers of 64 bits has 127
-// and so is one place off, which the factors make good.
+// In a block of sixteen bytes, bit 0 of the first byte has the highest power.  Both halves are
+// moved by `bits`; the first half is 64 higher.  A product of two 64-bit numbers has 127 bits and
+// so is off by one, for which the factors compensate.
 template <unsigned bits>
 KOZOR_CARRYLESS __m128i Fold(__m128i block, __m128i onto) {
   const __m128i factors = _mm_set_epi64x(PowerOfX(bits - 1), PowerOfX(bits + 64 - 1));

@@ -1,7 +1,7 @@
-// Decode.cpp - the methods that can be unpacked: one table, with a row for each.
+// Decode.cpp - the table of methods that can be unpacked.
 //
-// A self-extracting program is built with KOZOR_SMALL_CODEC and knows only what the archiver
-// writes: the other decoders would take more room than a stub has.
+// The stub of self-extracting programs is built with KOZOR_SMALL_CODEC and knows only the methods
+// that the archiver writes: all decoders would exceed its size limit.
 #include <algorithm>
 #include <iterator>
 #include <limits>
@@ -13,13 +13,13 @@
 namespace kozor::codec {
 namespace {
 
-// The best bargain that a method has: so many bytes, and never more, for each `bits` begun.
+// A method's best possible ratio: at most `bytes` bytes for each `bits` bits begun.
 struct Yield {
   std::uint64_t bits;
   std::uint64_t bytes;
 };
 
-// In the block methods, items of single-symbol codes are free, so that a block costs no more than
+// In the block methods, items of single-symbol codes take no bits, so a block can cost no more than
 // its head: the count, and the shortest form of each code.
 constexpr std::uint64_t kMostItems = 65535;
 constexpr Yield kNothing{1, 0};
@@ -28,19 +28,18 @@ constexpr Yield kLh1Match{1 + 3 + 6, 60};
 constexpr Yield kNarrowBlock{16 + 10 + 18 + 2 * 4, kMostItems * 256};
 #ifndef KOZOR_SMALL_CODEC
 constexpr Yield kLh2Match{1 + 8 + 6, 287};
-// Literals are free here, and matches are not: three at most have room in the bits of a head.
+// Here literals can be free but not matches: at most three fit in the bits of a head.
 constexpr Yield kLh3Block{16 + 24 + 1, kMostItems + 3 * 287};
 constexpr Yield kLk7Block{16 + 10 + 18 + 2 * 6, kMostItems * 514};
 constexpr Yield kLzsMatch{1 + 11 + 4, 17};
 constexpr Yield kLz5Matches{8 + 8 * 16, 8 * 18};
 constexpr Yield kPm1Copy{1 + 18 + 6, 244};
-constexpr Yield kPm2Stretch{1,
-                            4096};  // a single free symbol, and one bit now and then: no new code
+constexpr Yield kPm2Stretch{1, 4096};  // one free symbol; a bit per stretch: no new code
 #endif
 constexpr Yield kWideBlock{16 + 10 + 18 + 2 * 5, kMostItems * 256};
 
 struct Row {
-  char letters[4];  // of the id; no hyphens, see HasLetters in MemberHeader.h
+  char letters[4];  // of the id, without hyphens: see HasLetters in MemberHeader.h
   Method method;
   Decoder decode;
   Yield best;

@@ -1,4 +1,4 @@
-// Decoders.h - what every decoder is given, and the list of them.
+// Decoders.h - the decoders and their common argument.
 #pragma once
 
 #include <algorithm>
@@ -10,8 +10,8 @@
 
 namespace kozor::codec {
 
-// One member on its way from packed to original bytes.  `done` counts the bytes unpacked so far; a
-// decoder brings it up to date before it reports and before it returns.
+// One member being unpacked.  `done` counts the bytes unpacked so far; a decoder updates it before
+// it reports and before it returns.
 struct DecodeJob {
   const PackedPieces& packed;
   std::span<std::uint8_t> target;
@@ -21,10 +21,10 @@ struct DecodeJob {
   bool IsFull() const { return done == target.size(); }
 
   // Unpacks the whole job in stretches, with a report before each.  `decodeUpTo(limit)` unpacks
-  // until `done` is at `limit` or, by one item, beyond it.
+  // until `done` reaches `limit` or exceeds it by less than one item.
   template <typename DecodeUpTo>
   Status Run(DecodeUpTo decodeUpTo) {
-    // Half of what is promised to the caller, since a decoder may overshoot.
+    // Half of the documented interval, because a decoder may overshoot.
     constexpr std::size_t kReportEvery = std::size_t{128} * 1024;
     do {
       if (progress && !progress(done)) return Status::Cancelled;
@@ -35,13 +35,13 @@ struct DecodeJob {
   }
 };
 
-// A decoder unpacks a whole job.  MethodTable.cpp says which method is whose.
+// Unpacks a whole job.  The table in Decode.cpp assigns decoders to methods.
 using Decoder = Status (*)(DecodeJob& job);
 
-// StoredDecoder: nothing is packed.
+// Decode.cpp: copies data that isn't packed.
 Status DecodeStored(DecodeJob& job);
 
-// BlockDecoder.cpp: items in blocks, each with Huffman codes of its own.
+// BlockDecoder.cpp: blocks of items, each with its own Huffman codes.
 Status DecodeLh3(DecodeJob& job);
 Status DecodeLh4(DecodeJob& job);
 Status DecodeLh5(DecodeJob& job);
@@ -50,15 +50,15 @@ Status DecodeLh7(DecodeJob& job);
 Status DecodeLhx(DecodeJob& job);
 Status DecodeLk7(DecodeJob& job);
 
-// AdaptiveDecoder.cpp: Huffman codes that follow what has been sent.
+// AdaptiveDecoder.cpp: adaptive Huffman codes.
 Status DecodeLh1(DecodeJob& job);
 Status DecodeLh2(DecodeJob& job);
 
-// PlainDecoder.cpp: literals and matches without any code.
+// PlainDecoder.cpp: uncoded literals and matches.
 Status DecodeLzs(DecodeJob& job);
 Status DecodeLz5(DecodeJob& job);
 
-// RecencyDecoder.cpp: literals by how recently they were last seen.
+// RecencyDecoder.cpp: literals as positions in a move-to-front list.
 Status DecodePm1(DecodeJob& job);
 Status DecodePm2(DecodeJob& job);
 

@@ -1,9 +1,9 @@
-// Encode.cpp - packs members with the block-Huffman methods: the levels, and members in segments.
+// Encode.cpp - packs members with the block-Huffman methods, in segments; defines the levels.
 //
-// A segment is parsed into items, the items are split into blocks, and the blocks are written; none
-// of these steps looks beyond the segment and the window before it.  So memory is bounded, the
-// packed data depends neither on the sizes of the pieces that an encoder is fed nor on who packs
-// which segment, and segments can be packed by several threads.
+// A segment is parsed into items, the items are split into blocks, and the blocks are written.  No
+// step uses data outside the segment and the window before it.  So memory is bounded, segments can
+// be packed by several threads, and the packed data depends neither on the threads nor on the sizes
+// of the pieces that an encoder is fed.
 #include <algorithm>
 #include <array>
 #include <cstring>
@@ -44,15 +44,15 @@ void RequireLevel(int level) {
   if (level < kFastestLevel || level > kSmallestLevel) throw std::invalid_argument("no such level");
 }
 
-// Levels from kFastestLevel on.  Each takes some 1.2 to 1.5 times as long as the one before, and
-// the first that looks at every way through the data about three times.
+// Levels from kFastestLevel on.  Each takes about 1.2 to 1.5 times as long as the one before; the
+// first of the near-optimal levels takes about three times as long.
 constexpr std::array<LazyEffort, 6> kLazyLevels{{{{4, 16}, {0, 16}, 0, 16},
                                                  {{6, 24}, {4, 24}, 1, 16},
                                                  {{10, 32}, {6, 32}, 1, 24},
                                                  {{16, 48}, {8, 48}, 1, 32},
                                                  {{32, 64}, {16, 64}, 1, 32},
                                                  {{128, 192}, {64, 192}, 2, 128}}};
-// A single pass does best where the costs follow the data in small steps.
+// A single pass packs best if the costs are updated in small steps.
 constexpr std::array<OptimalEffort, 3> kOptimalLevels{
     {{{16, 48}, 1, 32 << 10}, {{40, 128}, 2, 64 << 10}, {{120, 256}, 3, 128 << 10}}};
 static_assert(kLazyLevels.size() + kOptimalLevels.size() == kSmallestLevel);
@@ -63,8 +63,8 @@ std::unique_ptr<Parser> MakeParser(int level, std::size_t windowBytes) {
   return MakeOptimalParser(kOptimalLevels[index - kLazyLevels.size()], windowBytes);
 }
 
-// Small stretches find better places for a block to end.  Where time counts, the saving is not
-// worth what it takes.
+// Small stretches allow better block boundaries.  At the fast levels the saving isn't worth the
+// time.
 constexpr int kCoarseLevel = 3;
 std::size_t StretchItems(int level) {
   return level <= kCoarseLevel ? 2048 : level <= kDefaultLevel ? 1024 : 512;
@@ -116,7 +116,7 @@ struct Encoder::State {
 
   const std::size_t historyBytes;
   SegmentEncoder segments;
-  // What the next segment can refer to, then the segment that is being collected.
+  // The history of the next segment, then the segment collected so far.
   std::vector<std::uint8_t> buffer;
   std::size_t begin = 0;  // of the segment
   BitWriter bits;
@@ -146,7 +146,7 @@ Encoder::~Encoder() = default;
 Encoder::Encoder(Encoder&&) noexcept = default;
 Encoder& Encoder::operator=(Encoder&&) noexcept = default;
 
-// A full segment is packed when more data comes, not before: the last one is not like the others.
+// A full segment is packed only when more data comes, because the last one is treated differently.
 void Encoder::Append(std::span<const std::uint8_t> data, std::vector<std::uint8_t>& packed) {
   if (lh1) return lh1->Append(data, packed);
   while (!data.empty()) {

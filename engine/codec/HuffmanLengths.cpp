@@ -1,13 +1,13 @@
 // HuffmanLengths.cpp - length-limited Huffman codes by package-merge.
 //
-// Think of a symbol with a code of n bits as n coins, one of each face value 1/2, 1/4 ... 2^-n,
-// each with the symbol's count as its collector's price.  A complete code of u symbols is a set of
-// coins worth u - 1 in sum, and the best code is the cheapest such set (Larmore and Hirschberg,
-// 1990). From the smallest face value upward: pair the coins in the order of their prices, hand the
-// pairs as packages to the next value, merge them with its own coins.  From the largest, the first
-// 2 (u - 1) things are bought; whatever packages are among them decide how many are bought one
-// level below.  Since each level has the same coins, in the same order, only their number matters:
-// if a level buys c coins, the c rarest symbols get one more bit.
+// A symbol with a code of n bits is seen as n coins, one of each face value 1/2, 1/4 ... 2^-n, each
+// with the symbol's count as its price.  A complete code of u symbols is a set of coins with a
+// total face value of u - 1, and the best code is the cheapest such set (Larmore and Hirschberg,
+// 1990).  From the smallest face value upward, coins are paired in the order of their prices, and
+// the pairs are merged as packages with the coins of the next face value.  At the largest face
+// value, the cheapest 2 (u - 1) things are bought; the number of packages among them decides how
+// many are bought one level below.  As each level has the same coins in the same order, only their
+// number matters: if a level buys c coins, the c rarest symbols get one more bit.
 #include "engine/codec/HuffmanLengths.h"
 
 #include <algorithm>
@@ -23,16 +23,16 @@ struct Leaf {
   std::uint32_t symbol;
 };
 
-// The most things on offer at one level: all coins and a package for every two things below.
+// The most things at one level: all coins, and a package for every two things of the level below.
 constexpr std::size_t kMaxThings = std::size_t{2} * kItemSymbols;
 
-// The things on offer at one level, cheapest first.
+// The coins and packages of one level, cheapest first.
 struct Level {
   std::array<std::uint32_t, kMaxThings> prices;
   std::size_t size = 0;
 };
 
-// Which things of a level are coins.
+// Marks which things of a level are coins.
 using CoinMarks = std::array<bool, kMaxThings>;
 
 // Merges the coins with packages of two things of the level below.
@@ -67,7 +67,7 @@ void BuildHuffmanLengths(std::span<const std::uint32_t> counts, unsigned maxBits
   });
 
   std::array<CoinMarks, kMaxCodeBits> isCoin;
-  std::array<Level, 2> levels;  // in turn the one being made and the one below it
+  std::array<Level, 2> levels;  // alternately the current level and the one below
   for (unsigned bits = maxBits; bits-- > 0;) {
     MergePackages(leaves, levels[(bits + 1) % 2], levels[bits % 2], isCoin[bits]);
   }

@@ -1,15 +1,15 @@
 // HuffmanTable.h - decodes a canonical Huffman code by table look-up.
 //
-// The next few bits of the input index a primary table, whose entry tells symbol and code length.
-// Codes longer than the index lead to a second table, one for all codes that share the first bits.
-// So most symbols cost one look-up and none costs more than two.
+// The next few bits of the input index a primary table, whose entries hold symbol and code length.
+// Codes longer than the index lead to a second table, one for each prefix.  So most symbols take
+// one look-up and none takes more than two.
 //
-// Where a symbol is followed by bits of its own, an entry knows how many, and they are consumed
-// together with the code: the next look-up then waits for one shift instead of two.
+// If a symbol has extra bits, its entry holds their number and they are consumed together with the
+// code: the next look-up then depends on one shift instead of two.
 //
 // In a canonical code, shorter codes come first and codes of one length follow the order of the
-// symbols.  Left-aligned, the codes in that order are ever larger numbers that leave no hole:
-// building the tables is a single walk from the first entry to the last.
+// symbols.  So the left-aligned codes are in ascending order without gaps, and the tables are
+// filled in one pass from the first entry to the last.
 #pragma once
 
 #include <algorithm>
@@ -23,7 +23,7 @@
 
 namespace kozor::codec {
 
-// What follows a symbol, for codes whose symbols stand alone.
+// For codes whose symbols have no extra bits.
 constexpr unsigned NoExtraBits(unsigned) {
   return 0;
 }
@@ -32,11 +32,11 @@ template <unsigned kSymbols, unsigned kPrimaryBits, unsigned (*kExtraBits)(unsig
 class HuffmanTable {
  public:
   // Makes the table for code lengths of 0 (unused) to 16 bits.  Returns false for an incomplete or
-  // over-subscribed code: with a complete one, whatever bits come, a look-up ends at a symbol.  No
-  // symbol at all is taken too, but then IsEmpty tells not to decode.
+  // over-subscribed code; with a complete one, any bits decode to a symbol.  A code without symbols
+  // is accepted, but must not be used to decode: see IsEmpty.
   bool Build(std::span<const std::uint8_t> lengths);
 
-  // A code of the one symbol, which takes no bits.
+  // A code of one symbol, which takes no bits.
   void BuildSingle(unsigned symbol) {
     entries[0] = entries[1] = SymbolEntry(symbol, 0);
     indexShift = 63;
@@ -55,13 +55,13 @@ class HuffmanTable {
 
   struct Extended {
     unsigned symbol;
-    std::uint64_t extra;  // its extra bits, left-aligned, and others after them
+    std::uint64_t extra;  // its extra bits, left-aligned, followed by later bits
   };
-  // Needs 16 bits and the extra ones in the buffer, and consumes both.
+  // Needs 16 bits and the extra bits in the buffer, and consumes both.
   Extended DecodeExtended(BitBuffer& in) const { return Take(in, Look(in)); }
 
   // DecodeExtended in two steps: the look-up, which consumes nothing and so can be done early, and
-  // the rest.
+  // the consumption.
   std::uint32_t Look(const BitBuffer& in) const {
     return entries[static_cast<std::size_t>(in.Buffer() >> indexShift)];
   }
@@ -74,16 +74,16 @@ class HuffmanTable {
   }
 
  private:
-  // From the lowest byte: bits to consume; of them, those of the code, or kIsSecond and the width
-  // of the second table's index; the symbol, or where the second table begins (16 bits).  In a
-  // second table the bits of the code are those after the primary index.
+  // Fields from the lowest byte: bits to consume; the code's part of them, or kIsSecond and the
+  // index width of the second table; the symbol, or the start of the second table (16 bits).  In a
+  // second table the code's bits are those after the primary index.
   static constexpr std::uint32_t kIsSecond = 0x8000;
 
   static std::uint32_t SymbolEntry(unsigned symbol, unsigned codeBits) {
     return symbol << 16 | codeBits << 8 | (codeBits + kExtraBits(symbol));
   }
 
-  // The entry itself, or the one in the second table that it leads to.
+  // Returns the entry, or the one in its second table.
   std::uint32_t Resolve(BitBuffer& in, std::uint32_t entry) const {
     if ((entry & kIsSecond) != 0) [[unlikely]] {
       in.Consume(kPrimaryBits);
@@ -92,8 +92,8 @@ class HuffmanTable {
     return entry;
   }
 
-  // A second table indexed by b bits serves at least b + 1 symbols, so the entries per symbol are
-  // most when b is.
+  // A second table with an index of b bits serves at least b + 1 symbols, so the largest b needs
+  // most entries per symbol.
   static constexpr unsigned kSecondBits = kMaxCodeBits - kPrimaryBits;
   static constexpr std::size_t kEntries =
       (1U << kPrimaryBits) + kSymbols * (1U << kSecondBits) / (kSecondBits + 1);
@@ -147,7 +147,7 @@ bool HuffmanTable<kSymbols, kPrimaryBits, kExtraBits>::Build(
   isEmpty = order.count == 0;
   if (isEmpty) return true;
 
-  // A code without long codes gets a smaller table, which is made sooner.
+  // Short codes need a smaller table, which is faster to build.
   const unsigned primaryBits = std::min(order.longest, kPrimaryBits);
   indexShift = 64 - primaryBits;
 
@@ -172,8 +172,8 @@ bool HuffmanTable<kSymbols, kPrimaryBits, kExtraBits>::Build(
   return true;
 }
 
-// Fills the second table that begins with the `first` symbol of the order; returns the index behind
-// its last one.  That one has the longest code of the table and so decides its width.
+// Fills the second table that begins with symbol number `first` of the order; returns the index
+// after its last symbol.  That symbol has the table's longest code, which determines the width.
 template <unsigned kSymbols, unsigned kPrimaryBits, unsigned (*kExtraBits)(unsigned)>
 std::size_t HuffmanTable<kSymbols, kPrimaryBits, kExtraBits>::FillSecond(
     std::span<const std::uint8_t> lengths, const Order& order, std::size_t first,

@@ -1,5 +1,4 @@
-// Items.h - what the encoder's stages hand to each other: parsed items, how often symbols occur,
-// and runs of items that go into one block.
+// Items.h - the data that the encoder's stages pass on: parsed items, symbol counts, blocks.
 #pragma once
 
 #include <array>
@@ -17,7 +16,7 @@ constexpr unsigned kWrittenDistanceSymbols = 17;
 // A literal byte or a match.
 struct Item {
   std::uint16_t symbol;  // of the item code
-  std::uint16_t offset;  // of a match: its distance less 1
+  std::uint16_t offset;  // of a match: its distance minus 1
 
   static Item Literal(std::uint8_t byte) { return {byte, 0}; }
   static Item Match(std::size_t length, std::size_t distance) {
@@ -46,7 +45,7 @@ struct SymbolCounts {
   }
 };
 
-// A run of items that goes into one block, and how often its symbols occur.
+// A run of items for one block, with its symbol counts.
 struct Block {
   std::size_t items = 0;  // 1 to kMaxBlockItems
   SymbolCounts counts;

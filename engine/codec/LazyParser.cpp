@@ -1,9 +1,9 @@
-// LazyParser.cpp - takes the longest match at hand, unless waiting a byte or two brings a better
-// one.
+// LazyParser.cpp - takes the longest match at a position unless one or two bytes later begins a
+// better one.
 //
-// A match hides those that begin inside it.  So before one is taken, the next position is searched,
-// and the one after it: if a match there is worth clearly more, the bytes before it go out as
-// literals, and the later match becomes the one to beat.
+// A match hides those that begin inside it.  So before one is taken, the next one or two positions
+// are searched: if a match there is clearly better, the bytes before it become literals, and the
+// search continues from the later match.
 #include <bit>
 
 #include "engine/codec/Parser.h"
@@ -11,17 +11,18 @@
 namespace kozor::codec {
 namespace {
 
-// Three bytes from farther away cost as much as three literals.
+// A match of three bytes at a longer distance costs as much as three literals.
 constexpr std::size_t kFarForThree = std::size_t{16} * 1024;
 
-// What a match is worth, in bits: what a byte costs otherwise, less what the distance takes.
+// The estimated gain of a match in bits: the cost of its bytes as literals minus that of the
+// distance.
 int Worth(const Match& match) {
   constexpr int kBitsPerByte = 3;
   return kBitsPerByte * static_cast<int>(match.length) -
          static_cast<int>(std::bit_width(match.distance));
 }
 
-// How much more a match must be worth to be waited for, by the number of bytes to wait.
+// How much better a later match must be, indexed by the number of bytes to wait.
 constexpr int kMargin[] = {0, 2, 6};
 
 class LazyParser final : public Parser {

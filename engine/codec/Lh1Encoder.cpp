@@ -1,7 +1,7 @@
 // Lh1Encoder.cpp - see Lh1Encoder.h.
 //
-// The window is small, so plain hash chains find the longest match in few steps.  A match gives way
-// to a literal when a longer one begins at the next byte.
+// The window is small, so plain hash chains find the longest match in few steps.  Lazy parsing: a
+// match is dropped for a literal if a longer one begins at the next byte.
 #include "engine/codec/Lh1Encoder.h"
 
 #include <algorithm>
@@ -13,10 +13,10 @@ namespace kozor::codec {
 namespace {
 
 constexpr std::size_t kChunkBytes = std::size_t{64} * 1024;
-// What a decision looks at: a match, or one that begins a byte later.
+// The bytes that a decision needs: a match, or one that begins a byte later.
 constexpr std::size_t kLookAhead = kLh1LongestMatch + 1;
 constexpr std::size_t kShortestMatch = 3;
-// A match of three bytes from farther away takes more bits than three literals.
+// A match of three bytes at a longer distance takes more bits than three literals.
 constexpr std::size_t kFarForShortest = 512;
 constexpr unsigned kMostCandidates = 128;
 constexpr unsigned kHashBits = 13;
@@ -65,7 +65,7 @@ void Lh1Encoder::Finish(std::vector<std::uint8_t>& packed) {
   Begin();
 }
 
-// Packs items that begin before `stop`; the last one may go beyond it.
+// Packs items that begin before `stop`; the last one may end after it.
 void Lh1Encoder::Pack(std::size_t stop) {
   if (next >= stop) return;
   constexpr std::size_t kMostItemBits = AdaptiveCode<kLh1Symbols>::kLongestBits + 8 + kLh1LowBits;
@@ -86,7 +86,7 @@ void Lh1Encoder::Pack(std::size_t stop) {
   }
 }
 
-// Keeps the window before the next byte, and forgets positions that leave it.
+// Moves the data down, keeping the window before the next byte, and drops positions outside it.
 void Lh1Encoder::Slide() {
   const std::size_t gone = (next - kLh1WindowBytes) / kLh1WindowBytes * kLh1WindowBytes;
   std::memmove(buffer.data(), buffer.data() + gone, end - gone);
@@ -99,7 +99,7 @@ void Lh1Encoder::Slide() {
   std::ranges::for_each(older, slide);
 }
 
-// The longest match, the nearest of its length.
+// The longest match, at the smallest distance.
 Lh1Encoder::Match Lh1Encoder::Longest(std::size_t at) const {
   const std::size_t most = std::min(kLh1LongestMatch, end - at);
   Match longest;
@@ -110,7 +110,7 @@ Lh1Encoder::Match Lh1Encoder::Longest(std::size_t at) const {
     const std::size_t distance = at - (candidate - 1);
     if (distance > kLh1WindowBytes) break;
     const std::uint8_t* const earlier = data - distance;
-    // Most candidates are not longer, and this byte tells.
+    // This byte rules out most candidates that aren't longer.
     if (earlier[longest.length] == data[longest.length]) {
       const auto length =
           static_cast<std::size_t>(std::mismatch(data, data + most, earlier).first - data);

@@ -1,4 +1,4 @@
-// Lh1Encoder.h - packs members for readers that know nothing newer than lh1.
+// Lh1Encoder.h - packs members for readers that support only lh1.
 #pragma once
 
 #include <array>
@@ -13,15 +13,15 @@
 
 namespace kozor::codec {
 
-// Packs one member after another, each fed in pieces; the packed bytes do not depend on the pieces.
-// Memory is bounded.
+// Packs one member after another, each fed in pieces.  The packed bytes don't depend on the sizes
+// of the pieces.  Memory is bounded.
 class Lh1Encoder {
  public:
   Lh1Encoder();
 
   // Appends finished bytes to `packed`.
   void Append(std::span<const std::uint8_t> data, std::vector<std::uint8_t>& packed);
-  // Writes what is left; the next Append begins another member.
+  // Writes the remaining bits; the next Append begins another member.
   void Finish(std::vector<std::uint8_t>& packed);
 
  private:
@@ -38,13 +38,13 @@ class Lh1Encoder {
   void PutMatch(const Match& match);
   void PutSymbol(unsigned symbol);
 
-  // The window, then what is to be packed next.  Positions count from the start of the buffer.
+  // The window, then the bytes to pack next.  Positions count from the start of the buffer.
   std::vector<std::uint8_t> buffer;
   std::size_t next = 0;  // to be packed
   std::size_t end = 0;
 
-  // Positions whose first bytes have the same hash, newest first; 0 ends a chain, others are one
-  // more than the position.
+  // Chains of positions whose first bytes have the same hash, newest first.  Entries are the
+  // position plus 1; 0 ends a chain.
   std::vector<std::uint32_t> newest;
   std::vector<std::uint32_t> older;
 

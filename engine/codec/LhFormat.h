@@ -1,15 +1,15 @@
-// LhFormat.h - the numbers of the block-Huffman methods (lh4 to lh7 and lhx), shared by the two
-// directions.
+// LhFormat.h - the constants of the block-Huffman methods (lh4 to lh7 and lhx), shared by encoder
+// and decoder.
 //
 // Packed data is a sequence of blocks.  A block holds items, each a literal byte or a match: "copy
-// `length` bytes from `distance` bytes back".  Three Huffman codes serve a block, and their lengths
-// stand at its head:
+// `length` bytes from `distance` bytes back".  A block uses three Huffman codes, whose lengths are
+// in its head:
 //
-//   tree code       19 symbols   writes the lengths of the item code
+//   tree code       19 symbols   encodes the lengths of the item code
 //   item code      510 symbols   0 to 255 are literals, 256 to 509 matches of length 3 to 256
-//   distance code  13 to 21      the size class of a distance; that many bits less one follow
+//   distance code  13 to 21      the bit width of a distance; its other bits follow uncoded
 //
-// docs/lzh-methods.md tells the whole story, with a worked example.
+// docs/lzh-methods.md has a full description with a worked example.
 #pragma once
 
 #include <bit>
@@ -18,15 +18,15 @@
 
 namespace kozor::codec {
 
-// What tells one of these methods from another.
+// The parameters in which these methods differ.
 struct LhMethod {
-  std::size_t windowBytes;      // highest distance that a writer uses
+  std::size_t windowBytes;      // largest distance that a writer uses
   unsigned distanceCountBits;   // width of the field that counts the distance code's lengths
-  unsigned distanceSymbolsMax;  // more of them are damage to a reader
+  unsigned distanceSymbolsMax;  // readers treat more of them as damage
 };
 
-// Readers take one symbol more than the window needs for lh4 and lhx, in case a writer took twice
-// the window.  It costs nothing: all that was unpacked is still in the target.
+// For lh4 and lhx readers accept one more symbol than the window needs, in case a writer used twice
+// the window.  That costs nothing: everything unpacked is still in the target.
 constexpr LhMethod kLh4{4096, 4, 14};
 constexpr LhMethod kLh5{8192, 4, 14};
 constexpr LhMethod kLh6{32768, 5, 16};
@@ -55,7 +55,7 @@ constexpr unsigned kLengthBits = 3;
 constexpr unsigned kLongLength = 7;
 constexpr unsigned kLongestLengthBits = kMaxCodeBits - kLongLength + kLengthBits + 1;
 
-// Behind the third length of the tree code, 2 bits tell how many zero lengths follow.
+// After the third length of the tree code, 2 bits give the number of zero lengths that follow.
 constexpr unsigned kTreeGapIndex = 3;
 constexpr unsigned kTreeGapBits = 2;
 constexpr unsigned kTreeGapMax = 3;
@@ -70,11 +70,11 @@ constexpr unsigned kLongZeroRunBits = 9;
 constexpr unsigned kLongZeroRunMin = 20;
 constexpr unsigned kLengthToTreeSymbol = 2;  // length 1 is symbol 3
 
-// What a match's item symbol exceeds its length by.
+// A match's item symbol minus its length.
 constexpr unsigned kLengthToItemSymbol = kLiteralSymbols - kMinMatchLength;
 
-// A distance is sent as the offset one below it: 0 and 1 by the distance symbols 0 and 1, others by
-// the number of their significant bits, with the bits behind the leading 1 following.
+// A distance is sent as an offset, the distance minus 1.  The distance symbol is the number of its
+// significant bits; the bits after the leading 1 follow as extra bits.
 constexpr unsigned DistanceSymbol(std::size_t offset) {
   return static_cast<unsigned>(std::bit_width(offset));
 }

@@ -1,10 +1,10 @@
-// MatchCopy.h - repeats bytes of a target that were unpacked before.
+// MatchCopy.h - copies matches inside the target.
 //
-// A match copies `length` bytes from `distance` bytes back, one at a time as far as the result is
-// concerned: where distance is less than length, bytes that the match itself has just written are
-// read again, which repeats a pattern.  Well inside the target the copy goes by wide words and may
-// write beyond the match, over bytes that are unpacked later anyway; at the target's end, and where
-// a match reaches back before its beginning, it is exact.
+// A match copies `length` bytes from `distance` bytes back.  The result is that of copying byte by
+// byte: if distance is less than length, bytes just written are read again, which repeats a
+// pattern.  Well inside the target the copy uses wide words and may write past the end of the
+// match, over bytes that are unpacked later.  Near the target's end, and for a match that reaches
+// back before its beginning, it is exact.
 #pragma once
 
 #include <algorithm>
@@ -17,19 +17,19 @@
 namespace kozor::codec {
 
 constexpr std::size_t kCopyWord = 16;
-// Wide copies write less than this many bytes behind the end of a match.
+// Wide copies write fewer than this many bytes past the end of a match.
 constexpr std::size_t kCopySlack = 3 * kCopyWord;
 
 // Needs distance bytes before `out`, and length + kCopySlack bytes after it.
 inline void CopyMatchWide(std::uint8_t* out, std::size_t distance, std::size_t length) {
-  // The smallest multiple of each distance that a word does not overlap: what repeats after
+  // For each distance, its smallest multiple of at least a word: a pattern that repeats after
   // `distance` bytes also repeats after any multiple.
   static constexpr std::array<std::uint8_t, kCopyWord> kWideMultiple = {
       0, 16, 16, 18, 16, 20, 18, 21, 16, 18, 20, 22, 24, 26, 28, 30};
   std::uint8_t* const end = out + length;
   if (distance < kCopyWord) [[unlikely]] {
     if (distance == 1) {
-      // A run of one byte; as a constant length, memset is a store.
+      // A run of one byte; with a constant length, memset becomes a store.
       do {
         std::memset(out, out[-1], kCopyWord);
         out += kCopyWord;
@@ -44,19 +44,19 @@ inline void CopyMatchWide(std::uint8_t* out, std::size_t distance, std::size_t l
     std::memcpy(out, out - distance, kCopyWord);
     out += kCopyWord;
   };
-  // Most matches end within two words: without tests there is nothing to predict wrongly.
+  // Most matches end within two words: copying two without tests avoids mispredicted branches.
   copyWord();
   copyWord();
   while (out < end) copyWord();
 }
 
-// What stands before the beginning of the data in most methods.
+// In most methods the window initially holds spaces.
 constexpr std::uint8_t SpaceBefore(std::size_t) {
   return ' ';
 }
 
-// Copies what fits into the target at `position`; `before(n)` tells the byte that stands n bytes
-// before the beginning.  Returns the position after the copy.
+// Copies as much as fits into the target at `position`; `before(n)` is the byte n positions before
+// its beginning.  Returns the position after the copy.
 template <typename Before = decltype(&SpaceBefore)>
 std::size_t CopyMatchExact(std::span<std::uint8_t> target, std::size_t position,
                            std::size_t distance, std::size_t length, Before before = SpaceBefore) {
@@ -68,7 +68,7 @@ std::size_t CopyMatchExact(std::span<std::uint8_t> target, std::size_t position,
   return end;
 }
 
-// The same, and wide where that is possible.
+// The same, using wide copies if possible.
 template <typename Before = decltype(&SpaceBefore)>
 std::size_t CopyMatch(std::span<std::uint8_t> target, std::size_t position, std::size_t distance,
                       std::size_t length, Before before = SpaceBefore) {

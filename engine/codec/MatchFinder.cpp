@@ -6,8 +6,8 @@ namespace kozor::codec {
 void MatchFinder::BeginTables(const std::uint8_t* newData, std::size_t newEnd) {
   data = newData;
   end = newEnd;
-  // Twice as many hashes as positions keep strangers apart, but beyond these sizes the misses of
-  // the cache would cost more than the strangers.
+  // Twice as many hashes as positions keep collisions rare, but beyond these sizes cache misses
+  // would cost more than collisions.
   constexpr unsigned kMostBits4 = 16;
   constexpr unsigned kMostBits3 = 15;
   const std::size_t positions = std::clamp<std::size_t>(newEnd, 64, window);

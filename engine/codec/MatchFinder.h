@@ -1,26 +1,26 @@
 // MatchFinder.h - finds earlier occurrences of the bytes at a position.
 //
-// HashChains: positions whose four bytes have the same hash form a chain, newest first.  A table
-// gives the newest position of a hash, another how far back the next one of its chain is.  A search
-// walks the chain as far as the window reaches, or until it has seen `depth` candidates.  It goes
-// from near to far, so a candidate is of interest only if its match is longer than all before: the
-// four bytes that would make it longer are compared first, and most candidates fail there.
+// HashChains: positions whose four bytes have the same hash form a chain, newest first.  One table
+// holds the newest position of each hash, another the distance to the next position in the chain. A
+// search follows the chain until it leaves the window or has seen `depth` candidates.  It goes from
+// near to far, so only a longer match than those before is of interest: the four bytes that would
+// make it longer are compared first, and most candidates fail there.
 //
-// BinaryTrees: positions of the same hash form a tree, sorted by the bytes that follow, newest at
-// the root.  A search goes down from the root and turns the position itself into the new root on
-// its way, so it meets the best candidates within few steps where a chain would be long.  Entering
-// a position costs as much as searching it.
+// BinaryTrees: positions of the same hash form a tree, sorted by the bytes that follow, with the
+// newest at the root.  A search descends from the root and makes the position itself the new root
+// on its way, so it finds the best candidates in few steps where a chain would be long.  Entering a
+// position costs as much as searching it.
 //
-// In both, matches of three bytes come from a second table that remembers just the newest position
-// of three bytes: they are worth their bits only when they are near.
+// In both, matches of three bytes come from a second table that holds only the newest position of
+// each hash of three bytes: they save bits only if they are near.
 //
-// What it takes to be fast, besides:
+// Optimisations:
 // - Links are distances in 16 bits, so the links of a window of 8 KiB are half of a first-level
 //   cache, and nothing has to be corrected when the window moves on.
-// - The tables are no larger than the window or the data asks for: a small member does not pay for
-//   clearing a large one.
-// - The hash of the next position is worked out while this one is searched, and its table entries
-//   are fetched into the cache meanwhile.
+// - The tables are no larger than window and data require, so that a small member doesn't pay for
+//   clearing a large table.
+// - The hash of the next position is computed while the current one is searched, and its table
+//   entries are prefetched.
 #pragma once
 
 #include <algorithm>
@@ -41,17 +41,17 @@ struct Match {
 
 // Bounds of one search.
 struct SearchEffort {
-  unsigned depth;       // candidates looked at
+  unsigned depth;       // candidates examined
   unsigned niceLength;  // a match of this length ends the search
 };
 
-// The tables that both finders have in common.  Positions are visited in ascending order, each once
-// and none left out.
+// The tables that both finders share.  Every position must be visited exactly once, in ascending
+// order.
 class MatchFinder {
  protected:
   using Position = std::int32_t;
   static constexpr Position kNone = -0x40000000;
-  // Matches shorter than this come from the table of newest positions alone.
+  // Shorter matches come only from the table of newest positions.
   static constexpr unsigned kHashedBytes = 4;
   // A position with fewer bytes left is neither searched nor entered.
   static constexpr std::size_t kBytesNeeded = kHashedBytes + 1;
@@ -60,14 +60,14 @@ class MatchFinder {
       : window(windowBytes),
         maxDistance(static_cast<Position>(std::min<std::size_t>(windowBytes, kFar))) {}
 
-  // Forgets everything; position 0 is visited next.
+  // Clears the tables; position 0 is visited next.
   void BeginTables(const std::uint8_t* newData, std::size_t newEnd);
 
   static std::uint32_t Load4(const std::uint8_t* from) {
     return std::uint32_t{from[0]} | std::uint32_t{from[1]} << 8 | std::uint32_t{from[2]} << 16 |
            std::uint32_t{from[3]} << 24;
   }
-  // The first three of the bytes that Load4 gave.
+  // The first three bytes of a result of Load4.
   static std::uint32_t FirstThree(std::uint32_t bytes) { return bytes << 8; }
   static unsigned CommonLength(const std::uint8_t* a, const std::uint8_t* b, unsigned from,
                                unsigned limit);
@@ -77,7 +77,7 @@ class MatchFinder {
   }
   bool CanVisit(std::size_t position) const { return end - position >= kBytesNeeded; }
 
-  // What the tables hold for a position that is now entered.
+  // The previous entries for the bytes at the position that is being entered.
   struct Newest {
     Position of4;
     Position of3;
@@ -98,7 +98,7 @@ class MatchFinder {
 #endif
   }
 
-  // Links count back; kFar stands for "out of the window".
+  // Links are distances back; kFar means "outside the window".
   static constexpr std::size_t kFar = 65535;
   static std::uint16_t Link(Position from, Position to) {
     return static_cast<std::uint16_t>(
@@ -108,12 +108,12 @@ class MatchFinder {
   const std::uint8_t* data = nullptr;
   std::size_t end = 0;
   std::size_t window;    // a power of two
-  Position maxDistance;  // the same, but never more than a link can tell
+  Position maxDistance;  // the same, limited to what a link can hold
 
  private:
   unsigned shift4 = 0;
   unsigned shift3 = 0;
-  std::uint32_t hash4 = 0;  // of the position that is visited next
+  std::uint32_t hash4 = 0;  // of the next position to visit
   std::uint32_t hash3 = 0;
   std::vector<Position> newest4;
   std::vector<Position> newest3;
@@ -123,7 +123,7 @@ class HashChains : public MatchFinder {
  public:
   explicit HashChains(std::size_t windowBytes) : MatchFinder(windowBytes), links(windowBytes) {}
 
-  // `data` to `data + end` will be searched; nothing beyond is read.
+  // Starts on the bytes from `newData` to `newData + newEnd`; nothing after them is read.
   void Begin(const std::uint8_t* newData, std::size_t newEnd) { BeginTables(newData, newEnd); }
 
   // Enters positions without a search.
@@ -131,7 +131,7 @@ class HashChains : public MatchFinder {
     for (; count != 0 && CanVisit(position); ++position, --count) Enter(position);
   }
 
-  // The longest match that is longer than `longerThan`, the nearest of its length.
+  // The longest match longer than `longerThan`, at the smallest distance.
   Match Longest(std::size_t position, unsigned longerThan, const SearchEffort& effort) {
     Match longest;
     Search(position, longerThan, effort, [&](const Match& match) { longest = match; });
@@ -161,8 +161,8 @@ class BinaryTrees : public MatchFinder {
   template <class Found>
   void Search(std::size_t position, unsigned longerThan, const SearchEffort& effort, Found found);
 
-  // Enters positions without asking for matches, which takes few steps down the tree.  What counts
-  // as equal must be the same for all positions of a tree, or its order is lost.
+  // Enters positions without reporting matches, which takes few steps down the tree.  `niceLength`
+  // must be the same for all positions of a tree, or its order is lost.
   void Skip(std::size_t position, std::size_t count, unsigned niceLength) {
     for (; count != 0; ++position, --count) {
       Search(position, kMaxMatchLength, {kStepsOfSkip, niceLength}, [](const Match&) {});
@@ -182,7 +182,7 @@ class BinaryTrees : public MatchFinder {
   std::vector<Node> nodes;  // by position modulo the window
 };
 
-// Length of what two places have in common, given that `from` bytes are the same.
+// The length of the common prefix of `a` and `b`, of which `from` bytes are known to be equal.
 inline unsigned MatchFinder::CommonLength(const std::uint8_t* a, const std::uint8_t* b,
                                           unsigned from, unsigned limit) {
   unsigned length = from;
@@ -210,7 +210,7 @@ inline void HashChains::Search(std::size_t position, unsigned longerThan,
   const std::uint8_t* const here = data + position;
   const std::uint32_t bytes = Load4(here);
   const auto at = static_cast<Position>(position);
-  // Entries from before the beginning and beyond the window both end a chain.
+  // An empty entry or a position outside the window ends a chain.
   const Position last = std::max(at - maxDistance, Position{0});
   const Newest newest = Enter(position);
 
@@ -254,7 +254,7 @@ inline void BinaryTrees::Search(std::size_t position, unsigned longerThan,
   const unsigned enough = std::min(limit, effort.niceLength);
   const std::uint8_t* const here = data + position;
   const auto at = static_cast<Position>(position);
-  // Entries from before the beginning and beyond the window both end a branch.
+  // An empty entry or a position outside the window ends a branch.
   const Position last = std::max(at - maxDistance, Position{0});
   const Newest newest = Visit(position);
 
@@ -268,13 +268,15 @@ inline void BinaryTrees::Search(std::size_t position, unsigned longerThan,
     foundAt(newest.of3, best);
   }
 
-  // The links that the next smaller and the next greater node go into, and whose links they are.
+  // The links in which to store the next smaller and the next greater node, and their owners.
   Position belowOwner = at;
   Position aboveOwner = at;
   std::uint16_t* below = &At(at).below;
   std::uint16_t* above = &At(at).above;
-  unsigned commonBelow = 0;  // with the last node on either side: all that follow have the lesser
-  unsigned commonAbove = 0;  // of the two in common with the position
+  // Bytes that the position has in common with the last node on either side.  Every later node
+  // shares at least the smaller number with it.
+  unsigned commonBelow = 0;
+  unsigned commonAbove = 0;
   Position candidate = newest.of4;
   for (unsigned left = effort.depth; candidate >= last && left != 0; --left) {
     const std::uint8_t* const there = data + candidate;
@@ -285,7 +287,7 @@ inline void BinaryTrees::Search(std::size_t position, unsigned longerThan,
       foundAt(candidate, length);
     }
     if (length >= enough) {
-      // As good as equal: the position takes the node's place.
+      // Treated as equal: the position replaces the node.
       *below = Link(belowOwner, candidate - node.below);
       *above = Link(aboveOwner, candidate - node.above);
       return;

@@ -1,15 +1,15 @@
-// OptimalParser.cpp - finds the cheapest way through a stretch of data, given what symbols cost.
+// OptimalParser.cpp - near-optimal parsing: finds the cheapest items for a stretch of data, given
+// the costs of symbols.
 //
 // If the cost of every symbol is known, the cheapest items are a shortest path: the cost from a
-// position to the end is the least, over all items that can stand there, of the item's cost and the
-// cost from the position after it.  Going from the end to the beginning, every position is settled
-// by one look at its matches.
+// position to the end is the minimum, over all items possible there, of the item's cost plus the
+// cost from the position after it.  Going from the end to the beginning, each position is settled
+// by one pass over its matches.
 //
-// The costs follow from the codes, which follow from how often symbols occur, which follows from
-// the items.  So each stretch starts with what the one before it came to; the first starts with a
-// guess from how often bytes occur.  With more than one pass, the items are split into blocks, and
-// each further pass takes, in each block, what the statistics of the pass before give.  The matches
-// are searched only once.
+// The costs depend on the codes, these on the symbol counts, and these on the items.  So each
+// stretch starts with costs from the stretches before it; the first starts with a guess from the
+// byte counts.  Each further pass splits the items into blocks and uses, in each block, costs from
+// the counts of the previous pass.  Matches are searched only once.
 #include <algorithm>
 #include <array>
 #include <bit>
@@ -21,19 +21,19 @@
 namespace kozor::codec {
 namespace {
 
-// Matches kept at one position.  With more of them the longest one counts.
+// Matches kept per position.  If there are more, the longest replaces the last.
 constexpr std::size_t kMaxMatches = 16;
-// Between two passes, blocks end only at multiples of so many items.
+// Granularity of block boundaries between passes, in items.
 constexpr std::size_t kStretchItems = 512;
 
-// What symbols cost, as BitCost.h counts it.  A stretch costs less than 2^31.
+// Costs of symbols in the units of BitCost.h.  A stretch costs less than 2^31.
 struct CostModel {
   std::array<std::uint32_t, kItemSymbols> items;
-  std::array<std::uint32_t, kWrittenDistanceSymbols> distances;  // with their extra bits
+  std::array<std::uint32_t, kWrittenDistanceSymbols> distances;  // including extra bits
 };
 
-// A guess that suits most data: literals by how often every fourth byte of the data has their
-// value, but less apart, for what occurs often is often in a match.
+// A guess that suits most data: literals by the counts of every fourth byte, but with a limit,
+// because frequent bytes are often part of a match.
 CostModel GuessCosts(std::span<const std::uint8_t> bytes) {
   std::array<std::uint32_t, kLiteralSymbols> counts;
   counts.fill(1);
@@ -56,7 +56,7 @@ CostModel GuessCosts(std::span<const std::uint8_t> bytes) {
   return model;
 }
 
-// A symbol that has not occurred is taken for a little rarer than one that has occurred once.
+// An unused symbol counts as a little rarer than one that occurred once.
 template <std::size_t kSymbols>
 void SetCosts(const std::array<std::uint32_t, kSymbols>& counts,
               std::array<std::uint32_t, kSymbols>& costs) {
@@ -78,8 +78,8 @@ CostModel CostsFrom(const SymbolCounts& counts) {
   return model;
 }
 
-// Moves `costs` half of the way to what a stretch really had: a single one is too small to tell
-// what rare symbols will cost.
+// Moves `costs` halfway to the actual costs of a stretch: one stretch is too small a sample for
+// rare symbols.
 template <std::size_t kSymbols>
 void Approach(std::array<std::uint32_t, kSymbols>& costs,
               const std::array<std::uint32_t, kSymbols>& real) {
@@ -103,8 +103,8 @@ class OptimalParser final : public Parser {
   BinaryTrees finder;
   CostModel expected;  // of the next stretch
   // Positions count from the beginning of the stretch.
-  std::vector<Item> matches;              // of all positions, those of one by growing length
-  std::vector<std::uint32_t> firstMatch;  // by position; one more at the end
+  std::vector<Item> matches;              // of all positions; ascending length at each
+  std::vector<std::uint32_t> firstMatch;  // by position, plus an end entry
   std::vector<std::uint32_t> costToEnd;   // by position; 0 at the end
   std::vector<Item> chosen;               // by position
   std::vector<Item> stretch;
@@ -164,7 +164,7 @@ void OptimalParser::CollectMatches(std::size_t begin, std::size_t end) {
       if (matches.size() == firstMatch.back() + kMaxMatches) matches.pop_back();
       matches.push_back(Item::Match(longest, match.distance));
     });
-    // Within a very long match there is little to choose: what it covers has no matches.
+    // Inside a very long match there is little to choose: no matches are collected there.
     if (longest < effort.search.niceLength) continue;
     finder.Skip(position + 1, longest - 1, effort.search.niceLength);
     for (; longest > 1; --longest, ++position) beginNext();
@@ -172,14 +172,14 @@ void OptimalParser::CollectMatches(std::size_t begin, std::size_t end) {
   beginNext();
 }
 
-// Settles the positions begin to end, with those after them settled already.
+// Settles the positions from `begin` to `end`; those after them must be settled already.
 void OptimalParser::ChooseItems(std::span<const std::uint8_t> bytes, std::size_t begin,
                                 std::size_t end, const CostModel& model) {
   const std::uint32_t* const lengthCost = model.items.data() + kLengthToItemSymbol;
   for (std::size_t i = end; i-- > begin;) {
     std::uint32_t best = model.items[bytes[i]] + costToEnd[i + 1];
     Item choice = Item::Literal(bytes[i]);
-    // Each length comes from the nearest match that reaches it.
+    // Each length uses the nearest match that is long enough.
     std::size_t length = kMinMatchLength;
     for (std::size_t m = firstMatch[i]; m != firstMatch[i + 1]; ++m) {
       const Item match = matches[m];

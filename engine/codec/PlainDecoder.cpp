@@ -1,7 +1,7 @@
-// PlainDecoder.cpp - unpacks lzs and lz5: literals and matches as they are, without any code.
+// PlainDecoder.cpp - unpacks lzs and lz5: literals and matches without Huffman codes.
 //
-// A match names the place of its bytes in a circular buffer, where the data stands from some start
-// on.  How far back that is follows from where the next byte would go.
+// A match gives the position of its bytes in a circular buffer that the data fills from position
+// kStart on.  The distance is that position relative to the next byte's.
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -17,17 +17,17 @@ template <std::size_t kBytes, std::size_t kStart>
 struct CircularBuffer {
   static_assert((kBytes & (kBytes - 1)) == 0);
 
-  // How far the place is behind the one of byte `done`: 1 to kBytes.
+  // The distance from a position in the buffer to that of byte `done`: 1 to kBytes.
   static std::size_t Distance(std::size_t place, std::size_t done) {
     return ((kStart + done - place - 1) & (kBytes - 1)) + 1;
   }
-  // The place that is so many bytes before the start.
+  // The position `bytes` bytes before the start.
   static std::size_t Before(std::size_t bytes) { return (kStart - bytes) & (kBytes - 1); }
 };
 
-// What the buffer of lz5 holds at the beginning.
+// The initial contents of the buffer of lz5.
 std::uint8_t InitialByte(std::size_t place) {
-  constexpr std::size_t kEachByte = 13;  // times in a row, then all bytes up, then down
+  constexpr std::size_t kEachByte = 13;  // repetitions, then all bytes ascending, then descending
   constexpr std::size_t kUp = 256 * kEachByte;
   constexpr std::size_t kDown = kUp + 256;
   constexpr std::size_t kZeros = kDown + 256;
@@ -41,7 +41,7 @@ std::uint8_t InitialByte(std::size_t place) {
 
 }  // namespace
 
-// An item is a 1 bit and a byte, or a 0 bit, 11 bits of place and 4 of length.
+// An item is a 1 bit and a byte, or a 0 bit, 11 bits of position and 4 bits of length.
 Status DecodeLzs(DecodeJob& job) {
   using Buffer = CircularBuffer<2048, 2031>;
   constexpr std::size_t kShortest = 2;
@@ -61,14 +61,14 @@ Status DecodeLzs(DecodeJob& job) {
   });
 }
 
-// The bits that tell literals (1) from matches stand eight to a byte, the lowest first.  The two
-// bytes of a match hold the lower place, the upper place and the length: 8, 4 and 4 bits.
+// Flag bits, 1 for a literal and 0 for a match, come eight to a byte, the lowest first.  The two
+// bytes of a match hold the lower and upper part of the position and the length: 8, 4 and 4 bits.
 Status DecodeLz5(DecodeJob& job) {
   using Buffer = CircularBuffer<4096, 4078>;
   constexpr std::size_t kShortest = 3;
   const auto before = [](std::size_t bytes) { return InitialByte(Buffer::Before(bytes)); };
   BitReader in(job.packed);
-  unsigned flags = 1;  // the next ones, below a last 1
+  unsigned flags = 1;  // the next flags, below a marker bit
   return job.Run([&](std::size_t limit) {
     while (job.done < limit) {
       in.Refill();

@@ -1,7 +1,7 @@
-// RecencyDecoder.cpp - unpacks pm1 and pm2, which send a literal as how recently it was last seen.
+// RecencyDecoder.cpp - unpacks pm1 and pm2, which code literals by move-to-front.
 //
-// All 256 bytes stand in a list, and each byte of the data, literal or copied, moves to its front.
-// A literal is a place in that list: small numbers for what has just been there.
+// A list holds all 256 byte values, and each byte of the data, literal or copied, moves to its
+// front.  A literal is sent as an index into that list, so recent bytes have small numbers.
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -16,7 +16,7 @@
 namespace kozor::codec {
 namespace {
 
-// A ring of bytes by recency.  Moving one takes the same few steps wherever it stands.
+// A ring of byte values by recency.  Moving one takes constant time.
 class RecencyList {
  public:
   RecencyList() {
@@ -62,7 +62,7 @@ class RecencyList {
   std::uint8_t front = 0x20;
 };
 
-// What both methods do with their bytes.
+// The output of both methods.
 class RecencyOutput {
  public:
   explicit RecencyOutput(DecodeJob& decodeJob) : job(decodeJob) {}
@@ -86,7 +86,7 @@ class RecencyOutput {
   RecencyList recent;
 };
 
-// A number of `bits` bits that counts on from `base`.
+// A range of numbers: `base` plus a field of `bits` bits.
 struct Span {
   unsigned base;
   unsigned bits;
@@ -97,13 +97,13 @@ struct Span {
 // ----------------------------------------------------------------------------------------------
 // pm1
 
-// Literals come in six classes of places.
+// The six classes of literals, as ranges of list indices.
 constexpr Span kPm1Classes[] = {{0, 4}, {16, 4}, {32, 5}, {64, 6}, {128, 6}, {192, 6}};
 
-// The codes of the classes, one of these for a whole member.  No. 17 was a mistake in the first
-// program that wrote them, which stuck: two classes have two codes each.
+// The codes of the classes; each member uses one row.  Row 17 was a mistake in the first program
+// that wrote them, and became part of the format: two classes have two codes each.
 struct Pm1Code {
-  std::string_view text;  // codes of the classes, separated by blanks; '/' between two of one class
+  std::string_view text;  // codes separated by blanks; '/' between two of one class
   unsigned firstClass = 0;
 };
 constexpr Pm1Code kPm1Codes[32] = {
@@ -141,7 +141,7 @@ constexpr Pm1Code kPm1Codes[32] = {
     {""},  // always the first class
 };
 
-// Finds the class at the front of the next bits.
+// Decodes a class.
 class Pm1ClassTable {
  public:
   explicit Pm1ClassTable(const Pm1Code& code) {
@@ -155,7 +155,7 @@ class Pm1ClassTable {
     }
   }
 
-  // Takes the code, and returns the class.
+  // Consumes a code and returns its class.
   const Span& Take(BitReader& in) const {
     const Entry entry = entries[in.Peek(kBits)];
     in.Consume(entry.bits);
@@ -186,8 +186,8 @@ class Pm1Decoder {
   explicit Pm1Decoder(DecodeJob& decodeJob)
       : job(decodeJob), in(decodeJob.packed), classes(kPm1Codes[in.ReadBits(5)]), out(decodeJob) {}
 
-  // Commands are copies (0 bit) and runs of literals (1 bit).  A run is always followed by a copy
-  // without a bit of its own, but for the longest, after which another run may be needed.
+  // Commands are copies (0 bit) and runs of literals (1 bit).  A run is followed by a copy without
+  // a command bit, except for the longest run, after which another one may follow.
   Status DecodeUpTo(std::size_t limit) {
     while (job.done < limit) {
       if (in.ReadBits(1) != 0) {
@@ -236,7 +236,7 @@ class Pm1Decoder {
     return true;
   }
 
-  // Ranges of offsets that lie wholly before the data have no code yet.
+  // Offset ranges that lie entirely before the data have no code yet.
   unsigned TakeRange() {
     const std::size_t done = job.done;
     if (in.Take(1) == 0) {
@@ -259,7 +259,7 @@ class Pm1Decoder {
     return y == 62 ? in.Take(5) + 85 : in.Take(7) + 117;
   }
 
-  // The two ranges of the farthest offsets take as many bits as the data so far makes necessary.
+  // The two farthest ranges take as many bits as the data unpacked so far requires.
   Span OffsetSpan(unsigned range) const {
     const std::size_t done = job.done;
     const auto bitsBeyond = [&](unsigned base, unsigned most) {
@@ -295,16 +295,16 @@ class Pm1Decoder {
 
 constexpr Span kPm2Literals[] = {{0, 3},  {8, 3},  {16, 4},  {32, 5},
                                  {64, 5}, {96, 5}, {128, 6}, {192, 6}};
-constexpr unsigned kPm2PairSymbol = 8;   // a copy of two bytes from near
+constexpr unsigned kPm2PairSymbol = 8;   // a copy of two bytes from a short distance
 constexpr unsigned kPm2ShortSymbol = 9;  // to 22: copies of 3 to 16 bytes
-constexpr unsigned kPm2LongSymbol = 23;  // to 27: lengths with bits of their own
+constexpr unsigned kPm2LongSymbol = 23;  // to 27: lengths with extra bits
 constexpr Span kPm2Longs[] = {{17, 3}, {25, 3}, {33, 5}, {65, 6}, {129, 7}};
-constexpr unsigned kPm2RepeatSymbol = 28;  // 256 times the byte before
+constexpr unsigned kPm2RepeatSymbol = 28;  // repeats the previous byte 256 times
 
 class Pm2Decoder {
  public:
   explicit Pm2Decoder(DecodeJob& decodeJob) : job(decodeJob), in(decodeJob.packed), out(decodeJob) {
-    in.ReadBits(1);  // says nothing
+    in.ReadBits(1);  // unused
   }
 
   Status DecodeUpTo(std::size_t limit) {
@@ -317,10 +317,10 @@ class Pm2Decoder {
   }
 
  private:
-  static constexpr std::size_t kStretch = 4096;  // between new codes, after the first ones
+  static constexpr std::size_t kStretch = 4096;  // bytes between new codes, after the first ones
 
-  // New codes come at fixed places of the data: more symbols for distances as it grows, then
-  // whatever the writer thinks is worth it.
+  // New codes come at fixed positions of the data: first with more distance symbols as it grows,
+  // then wherever the writer chooses.
   bool ReadCodes() {
     switch (nextCodesAt) {
       case 0:
@@ -362,7 +362,7 @@ class Pm2Decoder {
     return itemCode.Build(lengths) && !itemCode.IsEmpty();
   }
 
-  // A code without lengths means that the old one goes on.
+  // A code without lengths means that the previous one stays in use.
   bool ReadDistanceCode(unsigned count) {
     if (!needsDistances) return true;
     std::array<std::uint8_t, kDistanceSymbols> lengths{};
