@@ -1,4 +1,4 @@
-// AddCommand.cpp - the command `a`: files of the disk become members.
+// AddCommand.cpp - the command `a`: adds files from disk.
 #include <algorithm>
 #include <utility>
 
@@ -23,7 +23,7 @@ void OpenSource(const Source& source, File::Mode mode, File& file) {
   if (!file.Open(source.path, mode)) throw Failure(SourceFailureCode());
 }
 
-// Marks what goes.  Drops directories that the archive has already.
+// Marks members that are replaced.  Drops directories that the archive already holds.
 void PlanReplacements(ArchiveChange& change, std::vector<Source>& sources) {
   if (change.Index().Members().empty()) return;
   std::erase_if(sources, [&](const Source& source) {
@@ -51,15 +51,15 @@ NewMember DescribeSource(const Source& source, const container::FileFacts& facts
 
 void Archiver::Add(const CommandLine& line, const ProgressListener& listener) {
   std::vector<Source> sources = SelectSources(line);
-  if (sources.empty() && !line.isDirectoryMode) return;  // nothing but the archive itself
+  if (sources.empty() && !line.isDirectoryMode) return;  // only the archive itself was named
   ArchiveChange change(indexes, line);
   PlanReplacements(change, sources);
   if (sources.empty() && !change.IsNew()) return;
 
   Progress progress(listener);
   change.Apply([&](container::ArchiveUpdate& update) {
-    // Headers of directories wait for the next file: old members are copied while the first one
-    // counts as under way, so that the copying can be stopped as well.
+    // Directory headers are held back until the next file.  Old members are copied after the first
+    // file has been reported as begun, so that the copying can be stopped too.
     std::vector<std::uint8_t> directories;
     bool isCopied = false;
     const auto copyAndWrite = [&](std::span<const std::uint8_t> headers,
@@ -78,7 +78,7 @@ void Archiver::Add(const CommandLine& line, const ProgressListener& listener) {
         directories.insert(directories.end(), header.begin(), header.end());
         return;
       }
-      // It was another file when it was selected.  Packing it would never end.
+      // The source has become the archive since it was selected.  Packing it would never end.
       if (change.IsArchiveItself(facts.stamp)) throw Failure(ResultCode::FileNotOpened);
       packer.Add(
           std::move(member), std::make_unique<FileInput>(std::move(file)), facts.stamp.size,

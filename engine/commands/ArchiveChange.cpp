@@ -13,7 +13,7 @@ namespace {
 using container::Failure;
 using container::ResultCode;
 
-// Why an archive that is there could not be opened for writing.
+// Why an existing archive could not be opened for writing.
 ResultCode OpenFailureCode(DWORD error, const std::string& path) {
   const DWORD attributes = GetFileAttributesA(path.c_str());
   const bool isFile =
@@ -22,14 +22,15 @@ ResultCode OpenFailureCode(DWORD error, const std::string& path) {
   return isProtected && isFile ? ResultCode::ArchiveReadOnly : ResultCode::ArchiveNotOpened;
 }
 
-// A new archive takes the place of what a link points to, not of the link.
+// Needed because a rewritten archive replaces the target of a link, not the link.
 bool IsLink(const std::string& path) {
   const DWORD attributes = GetFileAttributesA(path.c_str());
   return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
 }
 
-// Opens an archive against other writers.  Whoever replaces an archive holds the old file until the
-// new one has its name; so what has been opened may be an old file, and its bytes would be lost.
+// Opens an archive and denies other writers.  A run that replaces an archive keeps the old file
+// open until the new one has its name.  So the file just opened may already be replaced, and
+// changes to it would be lost: check that the name still leads to it.
 bool OpenForUpdate(const std::string& path, container::File& file) {
   constexpr int kAttempts = 100;
   for (int attempt = 0; attempt < kAttempts; ++attempt) {
@@ -81,7 +82,7 @@ void ArchiveChange::Apply(const std::function<void(container::ArchiveUpdate&)>& 
   write(*update);
   update->Commit();
   if (!isInPlace) return;
-  archive.index.reset();  // the cache extends an index that nobody else holds
+  archive.index.reset();  // lets the cache extend the index without a copy
   indexes.MembersAppended(archive.path, archive.file);
 }
 

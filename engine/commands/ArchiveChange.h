@@ -1,5 +1,5 @@
-// ArchiveChange.h - the frame of every command that changes an archive: open it against other
-// writers, decide what goes, write what is new, commit.
+// ArchiveChange.h - the frame of every command that changes an archive: open it, deny other
+// writers, mark members to remove, write new ones, commit.
 #pragma once
 
 #include <functional>
@@ -15,17 +15,17 @@ namespace kozor::commands {
 
 class ArchiveChange {
  public:
-  // Opens the archive of the line; one that does not exist counts as empty.  Throws
+  // Opens the archive of the command line; one that doesn't exist counts as empty.  Throws
   // ResultCode::ArchiveNotOpened, ResultCode::ArchiveReadOnly, ResultCode::UnknownKind for a
-  // program that goes on behind its archive, and what the reading of the index throws.
+  // program with code after its archive, and what reading the index throws.
   ArchiveChange(container::IndexCache& cache, const CommandLine& commandLine);
 
   bool IsNew() const { return !archive.file.IsOpen(); }
   const container::ArchiveIndex& Index() const { return *archive.index; }
   bool IsArchiveItself(const container::FileStamp& stamp) const;
 
-  // The member that a new one of this name takes the place of: the one of exactly its name where
-  // the host's file names are exact, else also one whose name differs in case alone.
+  // The member that a new one of this name replaces: one of exactly the same name or, where
+  // creating ignores case, one whose name differs only in case.
   std::optional<std::size_t> ReplacedBy(const std::string& name) const;
 
   // By position in the index.
@@ -34,9 +34,9 @@ class ArchiveChange {
   bool LeavesMembers() const;
   std::uint64_t KeptBytes() const { return container::KeptBytes(Index(), removed); }
 
-  // Makes the change: in place where members are only added, else anew.  `write` is given the
-  // update, calls its CopyKept and then writes new members to its output.  When anything throws,
-  // the archive is as it was.
+  // Makes the change: in place if members are only added, else by rewriting.  `write` calls
+  // CopyKept of the update and then writes new members to its output.  If anything throws, the
+  // archive is unchanged.
   void Apply(const std::function<void(container::ArchiveUpdate&)>& write);
 
   // Removes the archive's file.

@@ -1,4 +1,4 @@
-// Archiver.cpp - the choice of the command; see Archiver.h.
+// Archiver.cpp - dispatches commands; see Archiver.h.
 #include "engine/commands/Archiver.h"
 
 namespace kozor::commands {

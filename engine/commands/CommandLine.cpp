@@ -19,7 +19,7 @@ using container::ResultCode;
 
 constexpr std::string_view kBlanks = " \t";
 
-// Blanks and quotes are no trail bytes in any code page.
+// Searching bytes is safe: blanks and quotes are never trail bytes.
 std::vector<Operand> SplitWords(std::string_view line) {
   std::vector<Operand> words;
   bool isInWord = false;
@@ -47,7 +47,7 @@ std::string WorkDirectory(const std::string& value) {
   return container::PathOf(value).AsFolder();
 }
 
-// The number that a switch ends with; nothing unless it lies in the range.
+// Parses the number of a switch; nothing unless it is within the range.
 std::optional<unsigned> NumberIn(std::string_view digits, unsigned least, unsigned most) {
   unsigned number = 0;
   const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), number);
@@ -56,7 +56,7 @@ std::optional<unsigned> NumberIn(std::string_view digits, unsigned least, unsign
 }
 
 void ApplyPackSwitch(std::string_view word, PackSettings& packing) {
-  constexpr unsigned kMostThreads = 1024;  // nobody means more
+  constexpr unsigned kMostThreads = 1024;  // more is a mistake
   if (word == "-o1") packing.method = NewMethod::Lh1;
   if (word == "-o5") packing.method = NewMethod::Lh5;
   if (word == "-o6") packing.method = NewMethod::Lh6;
@@ -89,7 +89,7 @@ void ApplySwitch(const std::string& word, CommandLine& line) {
 
 using WordIterator = std::vector<Operand>::iterator;
 
-// Switches, the archive and its operands.
+// Parses switches, archive and operands.
 CommandLine ParseArguments(WordIterator word, WordIterator end) {
   CommandLine line;
   line.packing = DefaultPacking();

@@ -24,14 +24,14 @@ struct PackSettings {
 
 struct Operand {
   std::string text;
-  // Whether some of it stood in quotes.  A quoted text is a name, whatever characters it holds.
+  // Whether any part was in quotes.  Quoted text is a name, whatever characters it holds.
   bool isQuoted = false;
 };
 
 struct CommandLine {
   std::optional<Command> command;  // none in lines of the memory calls
   std::string archive;
-  std::vector<Operand> operands;  // what follows the archive
+  std::vector<Operand> operands;  // words after the archive
   std::string workDirectory;      // for temporaries, ends in a separator; empty: beside the archive
   PackSettings packing;
   bool isDirectoryMode = false;  // -d1
@@ -43,18 +43,18 @@ struct CommandLine {
 // accepted.  After the archive every word is an operand.
 //
 // The environment variable KOZOR_ARCHIVER holds switches for PackSettings that are read before
-// those of a line.  Whatever else stands there is ignored.
+// those of a line.  Anything else in it is ignored.
 
-// A line of Unlha, with a command.  Throws ResultCode::UnknownCommand, and ResultCode::NoFileName
-// when the line names no archive, or none of the files that the command needs.
+// Parses a line of Unlha, with a command.  Throws ResultCode::UnknownCommand, and
+// ResultCode::NoFileName if the archive or the files that the command needs are missing.
 CommandLine ParseCommand(std::string_view line);
 
-// A line of the memory calls, which names an archive and one member.  Throws
+// Parses a line of the memory calls, which names an archive and one member.  Throws
 // ResultCode::NoFileName.
 CommandLine ParseMemoryCall(std::string_view line);
 
-// The names in a response file: one a line, whatever the line ends are, without the blanks around
-// it and without double quotes.  Empty lines are ignored.  Throws ResultCode::ResponseFileNotRead.
+// Reads the names in a response file: one per line, with any line ends.  Surrounding blanks and
+// double quotes are removed, empty lines ignored.  Throws ResultCode::ResponseFileNotRead.
 std::vector<std::string> ReadResponseFile(const std::string& path);
 
 }  // namespace kozor::commands

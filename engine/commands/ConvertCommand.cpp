@@ -1,7 +1,7 @@
-// ConvertCommand.cpp - the command `s -gw4`: a self-extracting program is made of an archive.
+// ConvertCommand.cpp - the command `s -gw4`: makes a self-extracting program from an archive.
 //
-// The program is the stub and, behind it, the archive up to its end mark.  Nothing in an archive
-// tells where it stands in its file, so no byte of it has to be changed.
+// The program is the stub followed by the archive up to its end mark.  An archive holds no absolute
+// offsets, so it is copied unchanged.
 #include "engine/commands/Archiver.h"
 #include "engine/container/Failure.h"
 #include "engine/container/Path.h"
@@ -18,15 +18,15 @@ using container::File;
 using container::ResultCode;
 using container::TemporaryArchive;
 
-// "C:\x\notes.lzh" gives "notes".
+// Returns "notes" for "C:\x\notes.lzh".
 std::string BaseNameOf(const std::string& path) {
   const std::string name(container::PathOf(path).FileName());
   const std::size_t dot = name.rfind('.');
   return name.substr(0, dot == 0 ? std::string::npos : dot);
 }
 
-// Into the directory that the second operand names.  It names the archive itself where that is
-// given without a directory, and may be missing: the program goes beside the archive then.
+// The program goes into the directory that the second operand names.  If that is missing, or is the
+// archive itself (given without a directory), it goes beside the archive.
 std::string TargetOf(const CommandLine& line) {
   const std::string& archive = line.archive;
   const bool isBeside =
@@ -36,7 +36,7 @@ std::string TargetOf(const CommandLine& line) {
   return directory + BaseNameOf(archive) + kProgramSuffix;
 }
 
-// Throws where the target cannot be replaced by a program, the archive itself above all.
+// Throws if the target must not be replaced, above all if it is the archive itself.
 void CheckTarget(const std::string& target, const File& archive) {
   File file;
   if (!file.Open(target, File::Mode::Facts)) return;
@@ -83,7 +83,7 @@ void Archiver::Convert(const CommandLine& line, const ProgressListener& listener
   progress.End(done);
 
   temporary.Replace(target);
-  MakeProgram(target, path);  // a file that was replaced has passed its mode on
+  MakeProgram(target, path);  // a replaced file has passed on its mode
 }
 
 }  // namespace kozor::commands

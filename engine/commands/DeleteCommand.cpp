@@ -1,4 +1,4 @@
-// DeleteCommand.cpp - the command `d`: members go.
+// DeleteCommand.cpp - the command `d`: deletes members.
 #include <algorithm>
 #include <unordered_set>
 
@@ -14,8 +14,8 @@ using container::Failure;
 using container::MemberSearch;
 using container::ResultCode;
 
-// Selects by one word: the member of that name, a directory with or without its '\', or all that a
-// mask means.
+// Selects by one word: the member of that name, a directory with or without its '\', or all matches
+// of a mask.
 void SelectByWord(const std::string& word, ArchiveChange& change) {
   const container::ArchiveIndex& index = change.Index();
   if (word.find_first_of("*?") != std::string::npos) {
@@ -29,7 +29,7 @@ void SelectByWord(const std::string& word, ArchiveChange& change) {
   if (position) change.Remove(*position);
 }
 
-// An archive may hold several members of one name, of which only the last can be found.
+// An archive may hold several members of one name, of which a look-up finds only the last.
 void SelectOlderOnes(ArchiveChange& change) {
   const auto& members = change.Index().Members();
   std::unordered_set<std::string_view> names;

@@ -12,9 +12,9 @@ using container::Failure;
 using container::NewMember;
 using container::ResultCode;
 
-// Below this a run is over before threads would have helped.
+// A smaller run ends before threads would help.
 constexpr std::uint64_t kNarrowBytes = std::uint64_t{1} << 20;
-// How much is read ahead for each thread.
+// Limits of reading ahead, per thread.
 constexpr std::size_t kHeldBytes = std::size_t{2} << 20;
 constexpr std::size_t kHeldSteps = 128;
 constexpr unsigned kMostThreads = 64;
@@ -47,7 +47,7 @@ unsigned ThreadsFor(const PackSettings& settings, std::size_t historyBytes) {
   return std::clamp(wanted, 1U, kMostThreads);
 }
 
-// Counts and sums bytes that were read.
+// Updates size and CRC for bytes that were read.
 void Count(NewMember& header, std::span<const std::uint8_t> bytes) {
   header.originalBytes += bytes.size();
   if (header.originalBytes > kMaxMemberBytes) throw Failure(ResultCode::UnknownKind);
@@ -80,7 +80,7 @@ void MemberPacker::Add(NewMember member, std::unique_ptr<PackInput> input,
   ReadMember(added, expectedBytes);
 }
 
-// A segment is the last one if nothing comes after it, so that one more is read before it is put.
+// Whether a segment is the last one is known only after the next one has been read.
 void MemberPacker::ReadMember(const std::shared_ptr<Member>& member, std::uint64_t expectedBytes) {
   auto job = TakeJob();
   ReadSegment(*member, *job, expectedBytes);
@@ -98,13 +98,13 @@ void MemberPacker::ReadMember(const std::shared_ptr<Member>& member, std::uint64
     PutStep(member, std::exchange(job, std::move(next)));
   }
   job->place = codec::SegmentPlace::Last;
-  // The original of a short member is at hand until it is written.
+  // A member of one segment stays in memory until it is written.
   if (job->end == member->header.originalBytes) member->input.reset();
   PutStep(member, std::move(job));
 }
 
 void MemberPacker::ReadSegment(Member& member, PackJob& job, std::uint64_t expectedBytes) {
-  // One byte more than expected: to get fewer than asked for tells the end without another look.
+  // Ask for one byte more than expected: a short read then shows the end without another call.
   auto wanted =
       static_cast<std::size_t>(std::min<std::uint64_t>(expectedBytes + 1, codec::kSegmentBytes));
   for (;;) {
@@ -126,7 +126,7 @@ std::unique_ptr<PackJob> MemberPacker::TakeJob() {
   return job;
 }
 
-// Keeps buffers for the next segments, but no more of them than are read ahead.
+// Keeps buffers for later segments, but no more than are read ahead.
 void MemberPacker::GiveBack(std::unique_ptr<PackJob> job) {
   if (idleJobs.size() * codec::kSegmentBytes >= kHeldBytes * threads) return;
   job->begin = job->end = 0;
@@ -144,7 +144,7 @@ void MemberPacker::PutStep(std::shared_ptr<Member> member, std::unique_ptr<PackJ
     if (isWide) {
       queue.Put(*step.job);
     } else {
-      step.job->state = PackJob::State::Done;  // nobody else packs it
+      step.job->state = PackJob::State::Done;  // packed here, not by a thread
       queue.PackHere(*step.job);
     }
   }
@@ -180,7 +180,7 @@ void MemberPacker::DoFirstStep() {
 void MemberPacker::BeginMember(Member& member) {
   member.begin();
   member.headerOffset = update.Output().Position();
-  update.Output().Write(container::BuildHeader(member.header));  // keeps the place
+  update.Output().Write(container::BuildHeader(member.header));  // reserves its space
   member.dataOffset = update.Output().Position();
 }
 

@@ -18,17 +18,16 @@
 
 namespace kozor::commands {
 
-// The largest file that can be added.  The sizes of a header have 32 bits, and those who unpack a
-// member into a mapped file reserve up to 1 KiB more than its size.
+// The largest file that can be added.  Header sizes have 32 bits, and callers that unpack a member
+// into a mapped file reserve up to 1 KiB more than its size.
 inline constexpr std::uint64_t kMaxMemberBytes = 0xFFFFFFFF - 1024;
 
-// One run over the new members of an archive.  Members are read ahead of those that are written,
-// but whatever can be seen from outside happens in their order and on the caller's thread: what
-// `begin` does, progress, writing, and failures.  The archive's bytes do not depend on the number
-// of threads.
+// One run over the new members of an archive.  Members are read ahead of those being written, but
+// everything visible happens in order on the caller's thread: calls of `begin`, progress, writing,
+// failures.  The archive's bytes don't depend on the number of threads.
 //
-// For each thread, at most 2 MiB are read ahead and 20 MiB serve an encoder.  A run of less than
-// 1 MiB reads nothing ahead and starts no thread.
+// For each thread at most 2 MiB are read ahead, and its encoder takes up to 20 MiB.  A run of less
+// than 1 MiB reads nothing ahead and starts no threads.
 class MemberPacker {
  public:
   // Called when it is the member's turn, before any of its progress.
@@ -37,21 +36,21 @@ class MemberPacker {
   MemberPacker(const PackSettings& packSettings, container::ArchiveUpdate& archiveUpdate,
                Progress& told, SegmentPacker& callersPacker);
 
-  // Adds a member; `member` holds its name, time and attribute.  `expectedBytes` is how long the
-  // input probably is.  Packed data that came out no smaller than the original is replaced by the
-  // original, for which a long input is read a second time.
+  // Adds a member; `member` holds its name, time and attribute.  `expectedBytes` is the probable
+  // length of the input.  If packing doesn't make a member smaller, it is stored instead; a long
+  // input is then read a second time.
   //
-  // This and Finish throw ResultCode::UnknownKind when an input turns out to be longer than
-  // kMaxMemberBytes, and what input, output, progress and `begin` throw.
+  // This and Finish throw ResultCode::UnknownKind if an input is longer than kMaxMemberBytes, and
+  // what input, output, progress and `begin` throw.
   void Add(container::NewMember member, std::unique_ptr<PackInput> input,
            std::uint64_t expectedBytes, Begin begin);
-  // Writes the members that are still under way.
+  // Writes the members that are still pending.
   void Finish();
-  // The same for a run that ends with a failure, also one that came out of Add: what was read
-  // before it comes first, unless that was what failed.
+  // The same for a run that ends with a failure, including one from Add: members read before it are
+  // still written, unless writing them was what failed.
   void FinishBeforeFailure();
 
-  // Packed bytes of the member written last.
+  // The packed size of the member written last.
   std::uint64_t LastPackedBytes() const { return lastPackedBytes; }
 
  private:
@@ -61,13 +60,13 @@ class MemberPacker {
     Begin begin;
     std::uint64_t headerOffset = 0;
     std::uint64_t dataOffset = 0;
-    std::uint64_t done = 0;  // bytes of the original that are written
-    codec::BitWriter bits;   // those that don't make a whole byte yet
+    std::uint64_t done = 0;  // bytes of the original written so far
+    codec::BitWriter bits;   // bits of an incomplete byte
   };
-  // What happens in order: a member begins, or a segment of it is written.
+  // One step of the ordered output: a member begins, or a segment of it is written.
   struct Step {
     std::shared_ptr<Member> member;
-    std::unique_ptr<PackJob> job;  // none at the beginning
+    std::unique_ptr<PackJob> job;  // null for the beginning
     std::size_t heldBytes = 0;
   };
 
@@ -100,7 +99,7 @@ class MemberPacker {
   std::optional<codec::Encoder> serialEncoder;  // of a method that is not packed in segments
   std::vector<std::unique_ptr<PackJob>> idleJobs;
   std::deque<Step> steps;
-  SegmentQueue queue;  // the last, so that its threads end before their jobs do
+  SegmentQueue queue;  // declared last: its threads must end before their jobs
 };
 
 }  // namespace kozor::commands

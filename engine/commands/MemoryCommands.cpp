@@ -1,4 +1,4 @@
-// MemoryCommands.cpp - members into memory, and memory into members.
+// MemoryCommands.cpp - unpacks a member into memory and packs memory into a member.
 #include <algorithm>
 #include <limits>
 #include <optional>
@@ -27,14 +27,14 @@ std::int32_t UnixTimeOf(const Member& member) {
       UnixOfFileTime(member.utcTime), 0, std::numeric_limits<std::int32_t>::max()));
 }
 
-// One member on its way into a buffer, which may be shorter than it.
+// Extracts one member into a buffer, which may be smaller.
 class Extraction {
  public:
   Extraction(container::File& opened, const Member& extracted, std::span<std::uint8_t> buffer,
              Progress& told)
       : file(opened), member(extracted), target(buffer), progress(told) {}
 
-  // Returns the number of bytes delivered so far in `written` whatever happens.
+  // Keeps `written` at the number of bytes delivered, even if it throws.
   void Run(std::uint32_t& written) {
     const auto method = member.unpacking;
     if (!method) throw Failure(ResultCode::MethodNotSupported);
@@ -61,7 +61,8 @@ class Extraction {
     if (available < target.size()) throw Failure(ResultCode::PackedDataDamaged);
   }
 
-  // No exception goes through the decoder, which ends by itself and says how far it has come.
+  // Keeps failures from passing through the decoder, which then stops by itself and reports how far
+  // it has come.
   template <typename Step>
   bool Try(Step step) {
     try {
@@ -72,7 +73,7 @@ class Extraction {
     return !failure;
   }
 
-  // The packed data is read in pieces.
+  // Reads the packed data in pieces.
   void Unpack(codec::Method method, std::uint32_t& written) {
     std::uint64_t next = member.DataOffset();
     std::vector<std::uint8_t> piece;

@@ -1,4 +1,4 @@
-// PackInput.h - the original data of a new member: a file or a block of memory.
+// PackInput.h - the data of a new member: a file or a block of memory.
 #pragma once
 
 #include <algorithm>
@@ -14,8 +14,8 @@ class PackInput {
  public:
   virtual ~PackInput() = default;
 
-  // Fills `target` with the bytes that come next and returns how many there were: fewer than asked
-  // for only at the end.
+  // Reads the next bytes into `target` and returns their number, less than its size only at the
+  // end.
   virtual std::size_t Read(std::span<std::uint8_t> target) = 0;
   // Goes back to the start.
   virtual void Rewind() = 0;
@@ -37,7 +37,7 @@ class FileInput : public PackInput {
   std::uint64_t position = 0;
 };
 
-// The bytes stay the caller's.
+// The caller owns the bytes.
 class MemoryInput : public PackInput {
  public:
   explicit MemoryInput(container::ByteSpan bytes) : contents(bytes), rest(bytes) {}

@@ -1,4 +1,4 @@
-// Progress.h - what a running command tells its caller, and how the caller stops it.
+// Progress.h - the progress reports of a command, through which the caller can stop it.
 #pragma once
 
 #include <cstdint>
@@ -10,13 +10,13 @@
 
 namespace kozor::commands {
 
-// How much is done at most between two reports, in bytes.
+// The most bytes between two reports.
 inline constexpr std::size_t kProgressStep = 256 << 10;
 
 struct ProgressEvent {
   enum class State { FileBegins, UnderWay, FileEnds };
   State state;
-  std::string_view name;  // in the working code page; holds good during the call
+  std::string_view name;  // in the working code page; valid during the call
   std::uint64_t size;     // of the file, in bytes
   std::uint64_t done;
 };
@@ -24,13 +24,13 @@ struct ProgressEvent {
 // Returns false to stop the command.  May be empty.
 using ProgressListener = std::function<bool(const ProgressEvent&)>;
 
-// The reports of one file after the other.  All of them throw ResultCode::Cancelled as soon as the
-// listener asks to stop.
+// Reports one file after the other.  Every report throws ResultCode::Cancelled if the listener asks
+// to stop.
 class Progress {
  public:
   explicit Progress(const ProgressListener& told) : listener(told) {}
 
-  // Also tells that nothing is done yet.
+  // Also reports 0 bytes done.
   void Begin(std::string_view fileName, std::uint64_t fileSize) {
     name = fileName;
     size = fileSize;
@@ -40,7 +40,8 @@ class Progress {
 
   void Report(std::uint64_t done) { Tell(ProgressEvent::State::UnderWay, done); }
 
-  // `finalSize` counts what was really read, which may differ from what the file had at first.
+  // `finalSize` is the number of bytes actually read, which may differ from the size given at
+  // first.
   void End(std::uint64_t finalSize) {
     size = finalSize;
     Tell(ProgressEvent::State::FileEnds, finalSize);

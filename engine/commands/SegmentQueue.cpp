@@ -14,7 +14,8 @@ void PackJob::Reserve(std::size_t bytes) {
   capacity = bytes;
 }
 
-// The encoder reserves room for the worst case; a job keeps only what is needed.
+// The encoder reserves room for the worst case; copying the bits lets a job keep only what it
+// needs.
 void SegmentPacker::Pack(PackJob& job, codec::Method method, int level) noexcept {
   try {
     if (!encoder || encoderMethod != method || encoderLevel != level) {
@@ -53,7 +54,7 @@ void SegmentQueue::Put(PackJob& job) {
   try {
     workers.emplace_back([this] { Work(); });
   } catch (const std::system_error&) {
-    // The system has no more threads; those that there are do the work.
+    // The system allows no more threads; the existing ones do the work.
   }
 }
 

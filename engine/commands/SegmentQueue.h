@@ -1,7 +1,7 @@
 // SegmentQueue.h - packs segments of members on several threads.
 //
-// The threads touch nothing but the memory of their segments: reading, writing and progress stay on
-// the caller's thread, which packs segments, too, whenever it would have to wait.
+// The threads use only the memory of their segments.  Reading, writing and progress stay on the
+// caller's thread, which also packs segments instead of waiting.
 #pragma once
 
 #include <condition_variable>
@@ -21,8 +21,7 @@
 
 namespace kozor::commands {
 
-// A segment of a member: its original bytes after those that its matches may refer to, and its
-// packed bits once it is done.
+// A segment of a member: its history, its original bytes, and its packed bits when it is done.
 struct PackJob {
   std::unique_ptr<std::uint8_t[]> buffer;
   std::size_t capacity = 0;
@@ -34,17 +33,17 @@ struct PackJob {
   std::exception_ptr error;
 
   enum class State { Waiting, Running, Done };
-  State state = State::Waiting;  // guarded by the queue once the job is in one
+  State state = State::Waiting;  // guarded by the queue's mutex while queued
 
   std::span<const std::uint8_t> Original() const { return {buffer.get() + begin, end - begin}; }
-  // Makes room for that many bytes and keeps the first `end`.
+  // Makes room for that many bytes; keeps the first `end` bytes.
   void Reserve(std::size_t bytes);
 };
 
-// An encoder and what it takes besides; one for each thread.
+// An encoder with its buffer; one per thread.
 class SegmentPacker {
  public:
-  // Sets `packed` or `error`.
+  // Sets the job's `packed` or `error`.
   void Pack(PackJob& job, codec::Method method, int level) noexcept;
 
  private:
@@ -56,21 +55,21 @@ class SegmentPacker {
 
 class SegmentQueue {
  public:
-  // `callersPacker` serves the caller's thread; it is kept from run to run.
+  // `callersPacker` serves the caller's thread; the caller keeps it from run to run.
   SegmentQueue(codec::Method packedMethod, int packedLevel, unsigned threadCount,
                SegmentPacker& callersPacker)
       : method(packedMethod), level(packedLevel), threads(threadCount), own(callersPacker) {}
-  // Forgets jobs that wait and returns when no thread is left.
+  // Drops waiting jobs and joins all threads.
   ~SegmentQueue();
   SegmentQueue(const SegmentQueue&) = delete;
   SegmentQueue& operator=(const SegmentQueue&) = delete;
 
-  // Hands a job to the threads, of which one more is started if all are busy.
+  // Queues a job; starts another thread if all are busy and the limit allows it.
   void Put(PackJob& job);
-  // Returns when the job, the oldest one that was put and not yet completed, is done.  Packs others
-  // meanwhile.  Throws what the packing threw.
+  // Returns when the job is done; it must be the oldest one not yet completed.  Packs others
+  // meanwhile.  Rethrows what packing threw.
   void Complete(PackJob& job);
-  // Packs a job that was not put.
+  // Packs a job that isn't queued.
   void PackHere(PackJob& job);
 
  private:
@@ -78,14 +77,14 @@ class SegmentQueue {
 
   const codec::Method method;
   const int level;
-  const unsigned threads;  // the caller's among them
+  const unsigned threads;  // including the caller's
   SegmentPacker& own;
 
   std::mutex mutex;
   std::condition_variable jobCame;
   std::condition_variable jobDone;
   std::deque<PackJob*> waiting;
-  unsigned idle = 0;  // threads that wait for a job
+  unsigned idle = 0;  // threads waiting for a job
   bool isStopping = false;
   std::vector<std::thread> workers;
 };

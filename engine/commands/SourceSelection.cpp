@@ -24,12 +24,12 @@ using container::FileStamp;
 using container::PathOf;
 using container::ResultCode;
 
-// Where a name is meant from a base directory, unless it has a root of its own.
+// A name relative to a base directory, unless it has a root.
 std::string PathFrom(const std::string& base, const std::string& name) {
   return PathOf(name).IsRooted() ? name : base + name;
 }
 
-// Closes a search of a directory with its object.
+// A directory search, closed by the destructor.
 class DirectorySearch {
  public:
   explicit DirectorySearch(const std::string& mask) : find(FindFirstFileA(mask.c_str(), &entry)) {}
@@ -39,7 +39,7 @@ class DirectorySearch {
   DirectorySearch(const DirectorySearch&) = delete;
   DirectorySearch& operator=(const DirectorySearch&) = delete;
 
-  // Calls `take` for each entry but "." and "..".  False when there is none at all.
+  // Calls `take` for each entry but "." and "..".  Returns false if nothing matches.
   bool ForEach(const std::function<void(const WIN32_FIND_DATAA& entry)>& take) {
     if (find == INVALID_HANDLE_VALUE) {
       const DWORD error = GetLastError();
@@ -63,7 +63,7 @@ bool IsDirectory(DWORD attributes) {
   return (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
 }
 
-// WIN32_FIND_DATAA and WIN32_FILE_ATTRIBUTE_DATA.
+// For WIN32_FIND_DATAA and WIN32_FILE_ATTRIBUTE_DATA.
 template <typename Data>
 std::uint64_t SizeOf(const Data& data) {
   return static_cast<std::uint64_t>(data.nFileSizeHigh) << 32 | data.nFileSizeLow;
@@ -75,18 +75,18 @@ FileStamp StampOf(const std::string& path) {
   return *stamp;
 }
 
-// The archive of the line, which is never put into itself.
+// Recognises the archive of the command line, which is never put into itself.
 class ArchiveItself {
  public:
   ArchiveItself(const std::string& archivePath, unsigned int codePage)
       : path(archivePath), workingPage(codePage), stamp(container::FindStamp(archivePath)) {}
 
-  // The size spares almost every file the look at its identity.
+  // Comparing sizes first avoids reading the identity of almost every file.
   bool Is(const std::string& file, std::uint64_t size) const {
     return stamp && stamp->size == size && stamp->IsSameFile(StampOf(file));
   }
 
-  // Of a path where no file is: whether it was the archive's before that was removed.
+  // Whether a path without a file was that of the archive before it was removed.
   bool WasAt(const std::string& file) const {
     if (NameKey(file) != NameKey(path)) return false;
     const auto directory = container::FindStamp(DirectoryPath(path));
@@ -135,8 +135,8 @@ class Selection {
     if (!isAnyFound) throw Failure(ResultCode::NotFound);
   }
 
-  // The files of a directory and of all below it, and the directories themselves; names are
-  // relative to `top`.  The depth is bounded by the length of a name.
+  // Adds the files and directories below a directory; names are relative to `top`.  The limit on
+  // the length of a name also limits the depth.
   void AddTree(const std::string& top, const std::string& below = {}) {
     const std::string directory = top + below;
     const FileStamp stamp = StampOf(directory);
@@ -177,12 +177,12 @@ class Selection {
     sources.push_back({path, std::move(name), false});
   }
 
-  // Names that differ in case alone, which may mean one file.
+  // Names that differ only in case; they may refer to one file.
   struct Alike {
     std::set<std::pair<std::uint32_t, std::uint64_t>> files;  // by volume and identity
     std::set<std::string_view> names;
 
-    // False for a file that is there already.
+    // Returns false for a file already entered.
     bool Enter(const Source& source) {
       const FileStamp stamp = StampOf(source.path);
       if (!files.emplace(stamp.volume, stamp.identity).second) return false;
@@ -191,12 +191,12 @@ class Selection {
     }
   };
 
-  // Files are looked at only where names are alike.
+  // Reads file identities only for names that are alike.
   void DropRepeated() {
     std::unordered_map<std::u16string, const Source*> firstByKey;
     std::unordered_map<const Source*, Alike> alikeByFirst;
     std::vector<Source> once;
-    once.reserve(sources.size());  // pointers into it stay good
+    once.reserve(sources.size());  // pointers into it stay valid
     for (Source& source : sources) {
       const auto [first, isFirst] =
           firstByKey.try_emplace(container::KeyOf(source.name, workingPage), &source);
@@ -215,16 +215,16 @@ class Selection {
   const unsigned int workingPage;
   const ArchiveItself archiveItself;
   std::vector<Source> sources;
-  std::vector<FileStamp> walked;  // the directories from the top of a tree down to the present one
+  std::vector<FileStamp> walked;  // directories from the top of a tree to the current one
 };
 
-// A word that begins with '@' is a response file, unless a file of that very name is there.
+// A word that begins with '@' is a response file unless a file of exactly that name exists.
 bool IsResponseFile(const std::string& base, const std::string& word) {
   const std::string asFile = PathFrom(base, word);
   return word.starts_with('@') && GetFileAttributesA(asFile.c_str()) == INVALID_FILE_ATTRIBUTES;
 }
 
-// Puts the names of response files in the place of the words that name the files.
+// Replaces words for response files by the names in those files.
 std::vector<Operand> ExpandResponseFiles(const std::string& base, std::vector<Operand> words) {
   std::vector<Operand> names;
   for (Operand& word : words) {

@@ -1,4 +1,4 @@
-// SourceSelection.h - which files an `a` line means, and under which names they are stored.
+// SourceSelection.h - the files that an `a` line selects, and their names in the archive.
 #pragma once
 
 #include <cstdint>
@@ -16,24 +16,24 @@ struct Source {
   bool isDirectory = false;
 };
 
-// In the order of the line.  A file that is given twice comes once, and the archive itself not at
-// all, whether its file is still there or not.  So the result may be empty.
+// Selects sources in the order of the command line.  A file named twice is returned once, the
+// archive itself never, whether its file still exists or not.  So the result may be empty.
 //
-// A name in quotes, or in a response file, is a name: with a wild-card in it, it names a file that
-// cannot be opened.  Searches give such names to files that the code page cannot express.
+// Text in quotes, or in a response file, is a name: one with a wild-card can't be opened.  Searches
+// return such names for files that the code page can't express.
 //
 // Throws
-//   ResultCode::NoFileName           the line names no file
-//   ResultCode::NotFound             a file, or a directory for -d1, is not there
-//   ResultCode::FileNotOpened        no file can have the name
+//   ResultCode::NoFileName           no file is named
+//   ResultCode::NotFound             a file, or a directory for -d1, doesn't exist
+//   ResultCode::FileNotOpened        not a valid file name, or not accessible
 //   ResultCode::UnknownKind          a directory without -d1, a file that is too large
 //   ResultCode::NameTooLong
-//   ResultCode::SameName             two files would get one name
+//   ResultCode::SameName             two files would get the same name
 //   ResultCode::CannotRead           a directory cannot be listed
 //   ResultCode::ResponseFileNotRead
 std::vector<Source> SelectSources(const CommandLine& line);
 
-// The code for a source that cannot be opened, by GetLastError.
+// The code for a source that can't be opened, from GetLastError.
 container::ResultCode SourceFailureCode();
 
 }  // namespace kozor::commands

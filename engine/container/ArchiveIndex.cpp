@@ -89,7 +89,7 @@ void ArchiveIndex::ReadOn(ByteSource& source) {
   altered.clear();
 }
 
-// Adds the members from the end offset on.
+// Adds the members after the end offset.
 void ArchiveIndex::Walk(ByteSource& source) {
   for (;;) {
     MemberWalker walker(source, endOffset);
@@ -97,7 +97,7 @@ void ArchiveIndex::Walk(ByteSource& source) {
     while (walker.Next(header)) AddMember(header, Describe(header, walker.HeaderOffset()));
     endOffset = walker.NextOffset();
     hasEndMark = walker.HasEndMark();
-    // An end mark in front of the first member is a header whose first byte has been lost.
+    // An end mark before the first member is a header whose first byte has been lost.
     const bool isFalseEnd = hasEndMark && members.empty() && source.Size() != 1;
     const bool isDamaged = walker.Status() != HeaderStatus::Complete || isFalseEnd;
     if (!isDamaged) return;
@@ -129,7 +129,7 @@ void ArchiveIndex::AddMember(const MemberHeader& header, Member member) {
   }
 }
 
-// Whatever it was, it is listed as a file, and by its name as far as that can be read.
+// It is listed as a file, whatever it was, by as much of its name as can be read.
 void ArchiveIndex::AddDamagedMember(const MemberHeader& header, Member member, ResultCode fault) {
   member.kind = MemberKind::File;
   member.fault = fault;
@@ -181,8 +181,8 @@ void ArchiveIndex::EnterName(std::size_t position) {
   byKey.try_emplace(member.key, position);
 }
 
-// Names that differ only in what cannot be shown would hide each other.  The later one gets its
-// place in the archive behind it: "__.txt", "__.txt~2".
+// Names that differ only in characters that can't be shown would hide each other.  The later one
+// gets its position in the archive as a suffix: "__.txt", "__.txt~2".
 void ArchiveIndex::MakeNameUnique(std::size_t position) {
   Member& member = members[position];
   if (member.kind != MemberKind::File) return;

@@ -20,7 +20,7 @@ struct Range {
   std::uint64_t end;
 };
 
-// What stays, as few runs of bytes: members stand without gaps.
+// The bytes to keep, merged into few ranges: members have no gaps between them.
 std::vector<Range> KeptRanges(const ArchiveIndex& index, const std::vector<bool>& removed) {
   std::vector<Range> ranges;
   if (index.PrefixBytes() != 0) ranges.push_back({0, index.PrefixBytes()});
@@ -36,15 +36,15 @@ std::vector<Range> KeptRanges(const ArchiveIndex& index, const std::vector<bool>
   return ranges;
 }
 
-// Behind the end mark stands what an append of ours left that was stopped before its commit: a
-// header whose first byte is still the end mark.
+// Whether an interrupted append of ours follows the last member: a header whose first byte is still
+// the end mark.
 bool IsUncommittedAppend(File& file, std::uint64_t endMark) {
   std::array<std::uint8_t, kCommonHeaderBytes> bytes{};
   if (file.ReadAt(endMark, bytes) != bytes.size()) return false;
   return bytes[2] == '-' && bytes[3] == 'l' && bytes[4] == 'h' && bytes[6] == '-' && bytes[20] == 2;
 }
 
-// A file as it will be once the byte that is kept back is in its place.
+// The file as it will be when the byte kept back has been written.
 class WithFirstByte : public ByteSource {
  public:
   WithFirstByte(ByteSource& file, std::uint64_t byteOffset, std::uint8_t byteValue)
@@ -66,8 +66,8 @@ class WithFirstByte : public ByteSource {
   std::vector<std::uint8_t> patched;
 };
 
-// Reads the headers from `begin` on.  They must lead to the end mark, which is the last byte, and
-// the archive must still be found where it was.
+// Reads the headers from `begin` on.  They must lead to the end mark as the last byte, and the
+// first header must still be found at the same offset.
 void CheckReadable(ByteSource& source, const ArchiveIndex& old, std::uint64_t begin) {
   const bool hasPrefix = old.PrefixBytes() != 0;
   const bool isFound = !hasPrefix || FindFirstHeader(source) == old.PrefixBytes();
@@ -107,12 +107,12 @@ class InPlaceAppend : public ArchiveUpdate {
   }
 
  private:
-  // The end mark comes back first, so that nothing behind it counts.
+  // Restores the end mark first, so that nothing after it counts.
   void TakeBack() noexcept {
     try {
       archive.file.WriteAt(endMark, kEndMark);
       archive.file.SetSize(endMark + 1);
-    } catch (const Failure&) {  // the bytes that stay stand behind the end mark
+    } catch (const Failure&) {  // the bytes left over follow the end mark
     }
   }
 

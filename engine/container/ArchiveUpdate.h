@@ -1,12 +1,12 @@
-// ArchiveUpdate.h - one change of an archive: it happens as a whole or not at all.
+// ArchiveUpdate.h - one atomic change of an archive.
 //
-// CopyKept comes first, then new members are written to Output(), then Commit makes the change.  An
-// object that goes without a commit leaves the archive as it was.
+// Call CopyKept, write new members to Output(), then Commit.  An object destroyed without a commit
+// leaves the archive unchanged.
 //
 // Appending in place commits with one byte.  Everything but the first byte of the new members is
-// written and flushed behind the old end mark, at which every reader stops; then that byte takes
-// the end mark's place.  Rewriting makes a complete new file, which then takes the old one's place.
-// Either way the headers are read back first.
+// written after the old end mark, where every reader stops, and flushed; then that byte overwrites
+// the end mark.  Rewriting makes a complete new file, which then replaces the old one.  In both
+// cases the headers written are read back before the commit.
 #pragma once
 
 #include <memory>
@@ -20,7 +20,7 @@
 
 namespace kozor::container {
 
-// An archive that is to be changed: open against other writers, or not there yet.
+// An archive to change: open and denying other writers, or new.
 struct OpenArchive {
   std::string path;
   File file;  // not open for a new archive
@@ -32,31 +32,31 @@ class ArchiveUpdate {
   virtual ~ArchiveUpdate() = default;
 
   virtual MemberOutput& Output() = 0;
-  // Copies what stays of the old archive, if that has to be done.
+  // Copies the members that stay, if that is necessary.
   virtual void CopyKept(const CopyProgress& progress) = 0;
-  // Writes the end mark and makes the change.  An update that wrote nothing changes nothing in
-  // place.  Throws ResultCode::CannotWrite when what was written does not read as an archive.
+  // Writes the end mark and makes the change.  In place, an update that wrote nothing changes
+  // nothing.  Throws ResultCode::CannotWrite if the result can't be read back as an archive.
   virtual void Commit() = 0;
 };
 
-// Whether an append in place does: nothing but the end mark, or the rest of an append that never
-// committed, stands behind the last member.
+// Whether appending in place is possible: only the end mark, or an uncommitted append, follows the
+// last member.
 bool CanAppendInPlace(OpenArchive& archive);
 
-// Throws ResultCode::UnknownKind for a self-extracting program that goes on behind its archive,
-// which no change could keep whole.
+// Throws ResultCode::UnknownKind for a self-extracting program with further code after its archive,
+// which a change would destroy.
 void RefuseCodeBehindArchive(OpenArchive& archive);
 
 // The archive stays open in `archive` after the commit.
 std::unique_ptr<ArchiveUpdate> AppendInPlace(OpenArchive& archive);
 
-// `removed` tells by position which members do not stay; `workDirectory` is where the temporary
-// goes, empty for beside the archive.
+// `removed` marks members to drop, by position.  `workDirectory` is for the temporary; if it is
+// empty, the temporary is made beside the archive.
 std::unique_ptr<ArchiveUpdate> RewriteArchive(OpenArchive& archive,
                                               const std::vector<bool>& removed,
                                               const std::string& workDirectory);
 
-// Bytes that CopyKept of a rewrite would copy.
+// The bytes that CopyKept of a rewrite copies.
 std::uint64_t KeptBytes(const ArchiveIndex& index, const std::vector<bool>& removed);
 
 }  // namespace kozor::container

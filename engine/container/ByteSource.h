@@ -1,5 +1,4 @@
-// ByteSource.h - bytes of an archive by offset, wherever they come from, and the little-endian
-// numbers in them.
+// ByteSource.h - random access to the bytes of an archive, and its little-endian numbers.
 #pragma once
 
 #include <cstddef>
@@ -13,7 +12,7 @@ namespace kozor::container {
 
 using ByteSpan = std::span<const std::uint8_t>;
 
-// The callers have checked that the number lies inside `bytes`.
+// Precondition: the number lies inside `bytes`.
 inline std::uint16_t ReadU16(ByteSpan bytes, std::size_t offset) {
   return LoadLittle<std::uint16_t>(bytes.data() + offset);
 }
@@ -24,7 +23,7 @@ inline std::uint64_t ReadU64(ByteSpan bytes, std::size_t offset) {
   return LoadLittle<std::uint64_t>(bytes.data() + offset);
 }
 
-// Puts the low `width` bytes of `value` at `at`.
+// Stores the low `width` bytes of `value` at `at`.
 inline void WriteNumber(std::uint8_t* at, std::uint64_t value, std::size_t width) {
   StoreLittle(at, value, width);
 }
@@ -40,12 +39,12 @@ class ByteSource {
 
   virtual std::uint64_t Size() const = 0;
 
-  // The bytes from `offset` on: as many as asked for, fewer where the source ends before, none from
-  // its end on.  They hold good until the next call.
+  // Returns `bytes` bytes from `offset` on, fewer near the end of the source, none at or after it.
+  // The result is valid until the next call.
   virtual ByteSpan At(std::uint64_t offset, std::size_t bytes) = 0;
 };
 
-// Bytes in memory, which belong to someone else.
+// Bytes in memory, owned by the caller.
 class MemorySource : public ByteSource {
  public:
   explicit MemorySource(ByteSpan bytes) : contents(bytes) {}

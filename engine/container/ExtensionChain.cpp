@@ -10,14 +10,14 @@ std::string Text(ByteSpan payload) {
   return {payload.begin(), payload.end()};
 }
 
-// UTF-16LE; an odd last byte is dropped.
+// Decodes UTF-16LE; an odd last byte is ignored.
 std::u16string Utf16Text(ByteSpan payload) {
   std::u16string text(payload.size() / 2, u'\0');
   for (std::size_t i = 0; i < text.size(); ++i) text[i] = ReadU16(payload, 2 * i);
   return text;
 }
 
-// The best of the times that a chain may hold.  A FILETIME beats UNIX seconds, wherever they stand.
+// The times in a chain.  A FILETIME has precedence over UNIX seconds, in whatever order they occur.
 struct ChainTimes {
   std::uint64_t fileTime = 0;
   std::uint64_t unixTime = 0;
@@ -25,7 +25,7 @@ struct ChainTimes {
   std::uint64_t Best() const { return fileTime != 0 ? fileTime : unixTime; }
 };
 
-// Takes what one extension header says.  A payload that is too short for its id says nothing.
+// Applies one extension header.  A payload too short for its id is ignored.
 void ApplyExtension(std::uint8_t id, ByteSpan payload, MemberHeader& header, ChainTimes& times) {
   const auto holds = [&](std::size_t bytes) { return payload.size() >= bytes; };
   switch (id) {

@@ -1,8 +1,7 @@
-// Failure.h - the archiver's result codes, and the exception that carries one up to the export.
+// Failure.h - the archiver's result codes, and the exception that carries one.
 //
-// The numbers are the ones that archiver libraries of this interface share.  Inside the archiver a
-// step that cannot go on throws a Failure; the exports turn it into their result, so that no
-// exception leaves the module.
+// Archiver libraries of this interface share the numbers.  Inside the archiver a step that fails
+// throws a Failure; the exports turn it into their result, so that no exception leaves the module.
 #pragma once
 
 #include <cstdint>
@@ -14,7 +13,7 @@ enum class ResultCode : std::int32_t {
   Ok = 0,
   NoDiskSpace = 0x8005,
   ReadOnlyFile = 0x8006,
-  UnknownKind = 0x8008,  // not a file that can go in: too large, or of a kind that has no contents
+  UnknownKind = 0x8008,  // can't be added: too large, or not a regular file
   MethodNotSupported = 0x8009,
   CrcMismatch = 0x800C,
   FileNotOpened = 0x800D,

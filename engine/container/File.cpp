@@ -94,7 +94,7 @@ void File::Close() {
 }
 
 bool File::ReplaceBy(const std::string& replacement, const std::string& ownPath) {
-  // Where files are let go before they are replaced, a first attempt may have done that.
+  // On Windows a first attempt may already have closed the file.
   constexpr DWORD kFlags = MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH;
   if (!IsOpen()) return MoveFileExA(replacement.c_str(), ownPath.c_str(), kFlags) != 0;
   return KzReplaceHeld(replacement.c_str(), ownPath.c_str(), &handle) != 0;
@@ -184,7 +184,7 @@ ByteSpan BufferedFile::At(std::uint64_t offset, std::size_t bytes) {
   const bool isInside = offset >= begin && offset + bytes <= begin + buffer.size();
   if (!isInside) Fill(offset, bytes);
   const ByteSpan rest = ByteSpan(buffer).subspan(static_cast<std::size_t>(offset - begin));
-  return rest.first(std::min(rest.size(), bytes));  // shorter if the file has shrunk meanwhile
+  return rest.first(std::min(rest.size(), bytes));  // shorter if the file has shrunk
 }
 
 void BufferedFile::Fill(std::uint64_t offset, std::size_t bytes) {

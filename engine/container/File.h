@@ -1,5 +1,4 @@
-// File.h - a file of the host for the archiver: opened, read and written by offset, closed with its
-// object.
+// File.h - the archiver's file handle: reads and writes by offset; the destructor closes it.
 #pragma once
 
 #include <cstdint>
@@ -12,7 +11,7 @@
 
 namespace kozor::container {
 
-// What tells one state of one file from all others: which file it is, how long, when written.
+// Identifies a state of a file: file identity, size, time of last write.
 struct FileStamp {
   std::uint64_t identity = 0;  // of the file on its volume
   std::uint32_t volume = 0;
@@ -33,11 +32,11 @@ struct FileFacts {
 class File {
  public:
   enum class Mode {
-    Read,       // others may do with the file what they like meanwhile
-    Update,     // read and write; others may read meanwhile, but not write
-    CreateNew,  // as Update, marked as temporary, and fails where a file is already
-    Alone,      // as Update, and nobody else has the file open
-    Facts,      // neither read nor written; opens directories, too
+    Read,       // others may read, write and delete
+    Update,     // read and write; others may only read
+    CreateNew,  // as Update, marked as temporary; fails if the file exists
+    Alone,      // as Update, and fails if anybody else has the file open
+    Facts,      // metadata only; opens directories too
   };
 
   File() = default;
@@ -45,12 +44,12 @@ class File {
   File(File&& other) noexcept;
   File& operator=(File&& other) noexcept;
 
-  // False on failure; GetLastError tells why.
+  // Returns false with GetLastError on failure.
   bool Open(const std::string& path, Mode mode);
   void Close();
-  // Give the name of this file, which is open for Update, to the file `replacement`, or remove it.
-  // Nobody else can change this file in between: it is closed after that.  False on failure;
-  // GetLastError tells why.
+  // Replace this file, which is open for Update, by the file `replacement`, or remove it.  The file
+  // is closed only after that, so nobody else can change it in between (on Windows: HostRules.h).
+  // Return false with GetLastError on failure.
   bool ReplaceBy(const std::string& replacement, const std::string& ownPath);
   bool Remove(const std::string& ownPath);
   bool IsOpen() const { return handle != nullptr; }
@@ -58,15 +57,15 @@ class File {
   // These throw ResultCode::CannotRead.
   std::uint64_t Size() const;
   FileFacts Facts() const;
-  // The path without links on the way.
+  // The path with all links resolved.
   std::string FinalPath() const;
-  // Returns how many bytes were read: fewer than asked for only at the end of the file.
+  // Returns the number of bytes read, less than asked for only at the end of the file.
   std::size_t ReadAt(std::uint64_t offset, std::span<std::uint8_t> buffer);
 
   // These throw ResultCode::NoDiskSpace or ResultCode::CannotWrite.
   void WriteAt(std::uint64_t offset, ByteSpan bytes);
   void SetSize(std::uint64_t size);
-  void Flush();  // returns when the data is on the medium
+  void Flush();  // returns after the data has reached the medium
 
  private:
   bool Seek(std::uint64_t offset);
@@ -75,11 +74,11 @@ class File {
   std::uint64_t position = 0;  // of the file pointer
 };
 
-// Of the file or directory that a path names, without opening it; none when there is none.
+// The stamp of the file or directory at a path, without opening it; none if it doesn't exist.
 std::optional<FileStamp> FindStamp(const std::string& path);
 
-// Reads a file through a buffer that follows the reader: large pieces while it moves on in small
-// steps, small ones where it leaps over packed data.
+// Reads a file through a buffer whose size adapts: large pieces for sequential reading, small ones
+// when the reader skips packed data.
 class BufferedFile : public ByteSource {
  public:
   explicit BufferedFile(File& opened) : file(opened), size(opened.Size()) {}
@@ -96,11 +95,11 @@ class BufferedFile : public ByteSource {
   std::uint64_t begin = 0;  // of the buffer in the file
 };
 
-// Repeats a call that moves or deletes a file while it fails with a sharing violation, for half a
-// second at most: another run that tries whether it can have the file holds it for a moment.
+// Repeats a call that moves or deletes a file while it fails with a sharing violation, for about
+// half a second at most: another run may hold the file briefly to check whether it is in use.
 bool RepeatWhileShared(const std::function<bool()>& call);
 
-// The code for a call that could not write, by GetLastError.
+// The code for a failed write, from GetLastError.
 enum class ResultCode : std::int32_t;
 ResultCode WriteFailureCode();
 

@@ -1,9 +1,9 @@
 // FirstHeader.cpp - see FirstHeader.h.
 //
-// A file is looked at in this order: a header at its start; the end of the program's own image, for
-// the kinds of program that tell it (MZ, PE, ELF); from there on byte by byte.  A place counts only
-// if every test of a header holds there and its packed data ends inside the file, because stubs
-// carry texts like "-lhd-" and even fake headers.
+// The search order is: a header at the start of the file; the end of the program image, if its
+// format states it (MZ, PE, ELF); then every byte after that.  A position counts only if its header
+// passes every test and its packed data ends inside the file, because stubs contain texts like
+// "-lhd-" and even fake headers.
 #include "engine/container/FirstHeader.h"
 
 #include <algorithm>
@@ -33,8 +33,8 @@ bool IsEmptyArchive(ByteSource& source) {
   return source.Size() == 1 && !start.empty() && start[0] == 0;
 }
 
-// Whether the bytes were a header before something happened to one of them.  Such a place must not
-// be passed over as part of a stub: the search would find the second member and lose the first.
+// Whether the bytes look like a header with one damaged byte.  Such a position must not be skipped
+// as part of a stub: the search would find the second member and lose the first.
 bool LooksLikeDamagedHeader(ByteSource& source, std::uint64_t offset) {
   const ByteSpan bytes = source.At(offset, kCommonHeaderBytes);
   if (bytes.size() < kCommonHeaderBytes) return false;
@@ -48,19 +48,19 @@ bool LooksLikeDamagedHeader(ByteSource& source, std::uint64_t offset) {
   return fits >= 4;
 }
 
-// How much of headers may be looked at in vain, in bytes.  Real stubs stay far below; bytes that
-// are made to look like headers would cost the length of a header at every place.
+// Limit on header bytes examined in vain.  Real stubs stay far below it; data crafted to look like
+// headers would otherwise cost a header's length at every position.
 constexpr std::uint64_t kMaxLookedAt = 256 << 20;
 
-// The first place from `begin` on where a method id stands and `accepts` says yes, which tells how
-// many bytes it has looked at.
+// The first position from `begin` on with a method id that `accepts` accepts.  `accepts` adds the
+// bytes it examined to `lookedAt`.
 template <typename Accepts>
 std::optional<std::uint64_t> Scan(ByteSource& source, std::uint64_t begin, std::uint64_t limit,
                                   Accepts accepts) {
   limit = std::min(limit, source.Size());
   std::uint64_t lookedAt = 0;
   for (std::uint64_t at = begin; at < limit;) {
-    // Pieces overlap, so that a method id is never cut.
+    // Pieces overlap, so that a method id is never split.
     const ByteSpan piece = source.At(at, kScanPiece);
     if (piece.size() < kCommonHeaderBytes) break;
     std::vector<std::uint64_t> candidates;
@@ -84,7 +84,7 @@ bool AcceptsMember(ByteSource& source, std::uint64_t offset, std::uint64_t& look
   return isWhole;
 }
 
-// Whether members without damage lead from here to the end of the file.  Places in `seen` are known
+// Whether undamaged members lead from here to the end of the file.  Positions in `seen` are known
 // not to.
 bool LeadsToTheEnd(ByteSource& source, std::uint64_t offset, std::uint64_t& lookedAt,
                    std::unordered_set<std::uint64_t>& seen) {
@@ -100,8 +100,8 @@ bool LeadsToTheEnd(ByteSource& source, std::uint64_t offset, std::uint64_t& look
          walker.NextOffset() != offset;
 }
 
-// A stub may hold a small archive of its own.  A header right behind the end mark of an archive
-// that was found behind a prefix tells that it did.
+// Skips small archives inside a stub: if an archive after a prefix is followed by another header
+// right after its end mark, it belongs to the stub.
 std::uint64_t PassStubArchives(ByteSource& source, std::uint64_t offset) {
   constexpr std::uint64_t kReach = 16;
   for (;;) {

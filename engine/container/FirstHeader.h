@@ -1,8 +1,8 @@
 // FirstHeader.h - finds headers: the first one of an archive, at the start of its file or after a
 // prefix, and the next one after damage.
 //
-// Self-extracting programs and wrappers put bytes of their own in front of the first header, and
-// some of those bytes look like headers.
+// Self-extracting programs and wrappers put their own bytes before the first header, and some of
+// those look like headers.
 #pragma once
 
 #include "engine/container/ByteSource.h"
@@ -10,16 +10,17 @@
 
 namespace kozor::container {
 
-// The offset of the first member's header, or of the end mark of an archive without members.
-// A header that is damaged counts where an archive would begin.  Throws ResultCode::NotAnArchive.
+// Returns the offset of the first header, or of the end mark of an empty archive.  A damaged header
+// at the position where an archive would begin counts as well.  Throws ResultCode::NotAnArchive.
 std::uint64_t FindFirstHeader(ByteSource& source);
 
-// Whether a whole header, or the end mark of an archive without members, begins an archive here.
+// Whether the header that FindFirstHeader finds is valid, or the archive is empty.  Throws what
+// FindFirstHeader throws.
 bool IsArchive(ByteSource& source);
 
-// Where the member after a damaged one begins: where the header that stands at `damaged` says, if
-// the archive goes on there; else at the first place from which members without damage lead to the
-// end of the file.  The file's size if there is none.
+// Returns the offset of the member after a damaged one: that given by the header at `damaged`, if
+// the archive continues there, else the first one from which undamaged members lead to the end of
+// the file, else the file's size.
 std::uint64_t FindAfterDamage(ByteSource& source, std::uint64_t damaged, const MemberHeader& header,
                               HeaderStatus status);
 

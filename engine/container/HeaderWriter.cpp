@@ -1,8 +1,8 @@
 // HeaderWriter.cpp - see HeaderWriter.h.
 //
-// Some readers insist on a header CRC, some on the constant 0x20 at offset 19, some on a separator
-// at the end of the directory; one takes a padding byte for data and one gives up on extension
-// headers above 4 KiB.  The order of the extensions is the one that no reader mixes up.
+// Some readers require a header CRC, some the constant 0x20 at offset 19, some a trailing separator
+// in the directory.  One treats a padding byte as data, and one rejects extension headers above 4
+// KiB.  All readers accept this order of extensions.
 #include "engine/container/HeaderWriter.h"
 
 #include <algorithm>
@@ -15,16 +15,16 @@ namespace kozor::container {
 namespace {
 
 constexpr std::size_t kMaxExtensionBytes = 4096;
-constexpr std::size_t kExtensionOverhead = 3;  // id and the size of the next one
+constexpr std::size_t kExtensionOverhead = 3;  // id and size of the next header
 constexpr std::uint16_t kPlainAttribute = 0x20;
 constexpr std::uint8_t kOsWindows = 'W';  // readers don't change the case of names under this id
 
-// Lays extension headers one behind the other and links each from the one before.
+// Appends extension headers and links each one from its predecessor.
 class ChainWriter {
  public:
   explicit ChainWriter(std::vector<std::uint8_t>& header) : bytes(header) {}
 
-  // Returns where the payload stands.
+  // Returns the position of the payload.
   std::size_t Add(std::uint8_t id, ByteSpan payload) {
     const std::size_t size = payload.size() + kExtensionOverhead;
     if (size > kMaxExtensionBytes) throw Failure(ResultCode::NameTooLong);
@@ -46,7 +46,7 @@ class ChainWriter {
     Add(id, {payload, width});
   }
 
-  // Creation and access time are not known: 0.
+  // Creation and access time are unknown: 0.
   void AddFileTime(std::uint64_t lastWrite) {
     std::uint8_t payload[24] = {};
     WriteNumber(payload + 8, lastWrite, 8);
@@ -57,7 +57,7 @@ class ChainWriter {
   std::vector<std::uint8_t>& bytes;
 };
 
-// The seconds of the base field, and whether they say it all.
+// The seconds of the base field, and whether the time fits.
 std::uint32_t BaseSeconds(std::uint64_t utcTime) {
   return static_cast<std::uint32_t>(
       std::clamp<std::int64_t>(UnixOfFileTime(utcTime), 0, 0xFFFFFFFF));
@@ -98,7 +98,7 @@ std::vector<std::uint8_t> BuildHeader(const NewMember& member) {
   if (hasFileTime) chain.AddFileTime(member.utcTime);
   if (member.name.codePage != 0) chain.AddNumber(0x46, member.name.codePage, 4);
 
-  // A low byte of zero would be an end mark.  An extension that says nothing new moves the size on.
+  // A low byte of zero would be an end mark.  A redundant extension changes the size.
   if (bytes.size() % 256 == 0) {
     if (hasAttribute) {
       chain.AddFileTime(member.utcTime);

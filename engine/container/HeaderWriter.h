@@ -1,4 +1,4 @@
-// HeaderWriter.h - headers of new members: level 2, in the form that every reader takes.
+// HeaderWriter.h - headers of new members: level 2, in the form that every reader accepts.
 #pragma once
 
 #include <string>
@@ -9,7 +9,7 @@
 
 namespace kozor::container {
 
-// What a header says of a new member.  Sizes stay below 4 GiB.
+// The contents of a new member's header.  Sizes must be below 4 GiB.
 struct NewMember {
   StoredName name;
   MethodId method = kStoredMethod;
@@ -20,9 +20,9 @@ struct NewMember {
   std::uint16_t attribute = 0x20;  // DOS bits
 };
 
-// The header's bytes.  Their number depends on the name, the attribute and the time alone, so a
-// header may be written first and replaced once the packed size is known.  Throws
-// ResultCode::NameTooLong when a directory or file name takes more than 4093 bytes.
+// Returns the header's bytes.  Their number depends only on name, attribute and time, so a header
+// can be written first and overwritten when the packed size is known.  Throws
+// ResultCode::NameTooLong if a directory or file name takes more than 4093 bytes.
 std::vector<std::uint8_t> BuildHeader(const NewMember& member);
 
 }  // namespace kozor::container

@@ -13,7 +13,7 @@ namespace {
 
 constexpr std::size_t kMaxEntries = 4;
 
-// File times move on in ticks of the system's clock.  An archive that was written within the last
+// File times have the resolution of the system's clock tick.  An archive written within the last
 // tick may be written again without a change of its time.
 constexpr std::uint64_t kTick = kTicksPerSecond / 20;
 
@@ -89,7 +89,7 @@ void IndexCache::MembersAppended(const std::string& path, File& file) noexcept {
 }
 
 void IndexCache::ReadOn(Entry& entry, File& file) {
-  // Whoever still searches the old index keeps it.
+  // A search that still uses the old index keeps it.
   if (entry.index.use_count() > 1) entry.index = std::make_shared<ArchiveIndex>(*entry.index);
   BufferedFile source(file);
   entry.index->ReadOn(source);

@@ -1,5 +1,5 @@
-// IndexCache.h - indexes of the archives used last, so that opening an unchanged archive again
-// costs no second reading.
+// IndexCache.h - caches the indexes of the archives used last, so that an unchanged archive isn't
+// read again.
 #pragma once
 
 #include <list>
@@ -12,11 +12,11 @@
 
 namespace kozor::container {
 
-// An index counts as good while the file has the same identity, size and time of last write, and
-// the code pages are the same.  May be used from several threads.
+// An index is valid while the file's identity, size and time of last write and the code pages are
+// unchanged.  Thread-safe.
 class IndexCache {
  public:
-  // The index of an archive that is open as `file`.  Throws as ArchiveIndex does.
+  // The index of an archive that is open as `file`.  Throws what ArchiveIndex throws.
   std::shared_ptr<const ArchiveIndex> Get(const std::string& path, File& file);
 
   // The same without opening the file, if the index is known.
@@ -26,8 +26,8 @@ class IndexCache {
   // ResultCode::ArchiveNotOpened.
   std::shared_ptr<const ArchiveIndex> Open(const std::string& path, File& file);
 
-  // Reads on after members have been appended to an archive whose index was good before.  `file` is
-  // still open, so nobody else has written.
+  // Extends the index after members have been appended to an archive whose index was valid before.
+  // `file` is still open, so nobody else has written.
   void MembersAppended(const std::string& path, File& file) noexcept;
 
  private:
@@ -39,12 +39,12 @@ class IndexCache {
   };
 
   Entry* Lookup(const std::string& path);
-  // The index of a file in this state, or none.
+  // The index for this state of a file, or null.
   std::shared_ptr<const ArchiveIndex> LookupGood(const std::string& path, const FileStamp& stamp);
   static void ReadOn(Entry& entry, File& file);
 
   std::mutex mutex;
-  std::list<Entry> entries;  // the one used last comes first
+  std::list<Entry> entries;  // most recently used first
 };
 
 }  // namespace kozor::container

@@ -18,7 +18,7 @@ bool IsPmarc(const MethodId& method) {
   return method[1] == 'p' && method[2] == 'm';
 }
 
-// Levels 0 and 1: byte 0 counts the bytes behind byte 1, and byte 1 is their sum.
+// Levels 0 and 1: byte 0 is the number of bytes after byte 1, and byte 1 is their sum.
 bool BaseSumFits(ByteSpan bytes) {
   const ByteSpan summed = bytes.subspan(2, bytes[0]);
   return std::accumulate(summed.begin(), summed.end(), 0U) % 256 == bytes[1];
@@ -32,7 +32,7 @@ std::uint16_t CrcWithZeros(ByteSpan header, std::size_t begin, std::size_t end) 
   return codec::Crc16(header.subspan(end), crc);
 }
 
-// The CRC covers the whole header, with the two bytes that hold it taken as zero.
+// The CRC covers the whole header, with its own two bytes as zero.
 bool HeaderCrcFits(ByteSpan header, const ChainResult& chain) {
   const std::size_t begin = chain.crcPosition;
   return begin == 0 || CrcWithZeros(header, begin, begin + 2) == chain.headerCrc;
@@ -44,15 +44,15 @@ HeaderStatus CheckHeaderCrc(ByteSpan bytes, const ChainResult& chain, const Memb
                                                                : HeaderStatus::ChecksumWrong;
 }
 
-// A few writers give no header CRC.  But if the first extension is one of its size and would hold
-// the right CRC, its id has been damaged, and nothing else would tell.
+// A few writers omit the header CRC.  But if the first extension has its size and holds the correct
+// value, its id has been damaged, which no other test detects.
 bool HasLostItsCrc(ByteSpan header, const ChainBounds& bounds, const ChainResult& chain) {
   constexpr std::size_t kCrcBytes = 2;
   const std::size_t next = bounds.begin + 1 + kCrcBytes + bounds.width;
   if (chain.crcPosition != 0 || header[bounds.begin - bounds.width] != next - bounds.begin) {
     return false;
   }
-  const std::size_t crcPosition = bounds.begin + 1;  // behind the id, which would be zero
+  const std::size_t crcPosition = bounds.begin + 1;  // after the id, which should be zero
   return CrcWithZeros(header, bounds.begin, crcPosition + kCrcBytes) ==
          ReadU16(header, crcPosition);
 }
@@ -62,8 +62,7 @@ void ReadDosTime(ByteSpan bytes, MemberHeader& header) {
   header.dosDate = ReadU16(bytes, 17);
 }
 
-// What some writers put behind the CRC of a level 0 header.  The -pm?- family keeps a comment
-// there.
+// Some writers add fields after the CRC of a level 0 header.  The -pm?- family has a comment there.
 void ReadLevel0Extra(ByteSpan extra, MemberHeader& header) {
   if (extra.empty() || IsPmarc(header.method)) return;
   const bool isUnix = extra[0] == 'U' && extra.size() >= 12;
@@ -107,7 +106,7 @@ HeaderStatus ParseLevel1(ByteSpan bytes, MemberHeader& header) {
   header.headerBytes = static_cast<std::uint32_t>(baseBytes);
   if (!BaseSumFits(bytes)) return HeaderStatus::ChecksumWrong;
 
-  // The packed size field counts the chain as well, so that old programs could skip both.
+  // The packed size field includes the chain, so that old programs could skip both.
   const std::uint64_t skipBytes = header.packedBytes;
   const std::size_t limit =
       baseBytes + static_cast<std::size_t>(std::min<std::uint64_t>(skipBytes, kMaxHeaderBytes));
@@ -119,7 +118,7 @@ HeaderStatus ParseLevel1(ByteSpan bytes, MemberHeader& header) {
   return CheckHeaderCrc(bytes, chain, header);
 }
 
-// Behind the chain nothing but zeros may follow; anything else is a chain that was cut off.
+// Only zeros may follow the chain; anything else means that the chain was cut off.
 bool IsPadding(ByteSpan bytes, std::size_t begin, std::size_t end) {
   return begin >= end || std::all_of(bytes.begin() + static_cast<std::ptrdiff_t>(begin),
                                      bytes.begin() + static_cast<std::ptrdiff_t>(end),
@@ -133,7 +132,7 @@ HeaderStatus ParseLevel2Or3(ByteSpan bytes, std::size_t total, std::size_t chain
   header.crc = ReadU16(bytes, 21);
   header.osId = bytes[23];
 
-  // OS-9/68K writers forget to count the size word itself: the chain then ends two bytes later.
+  // OS-9/68K writers don't count the size word itself: the chain then ends two bytes later.
   const bool mayEndLate = header.level == 2 && header.osId == 'K';
   const ChainBounds bounds = {chainBegin, mayEndLate ? total + 2 : total, width};
   ChainResult chain;
@@ -179,7 +178,7 @@ HeaderStatus ParseByLevel(ByteSpan bytes, MemberHeader& header) {
   }
 }
 
-// Macintosh writers separate the components of a path by ':' as well.
+// Macintosh writers also separate path components by ':'.
 void SeparateMacintoshNames(NameFields& name) {
   const auto separate = [](std::string& text) {
     std::replace(text.begin(), text.end(), ':', '\xFF');
@@ -219,7 +218,7 @@ HeaderStatus ParseMemberHeader(ByteSpan bytes, MemberHeader& header) {
 std::optional<codec::Method> MemberHeader::UnpackingMethod() const {
   if (method.front() != '-' || method.back() != '-' || IsDirectoryMethod()) return std::nullopt;
   const auto found = codec::FindMethod({&method[1], 3});
-  // A program for DOS used the id for a scheme of its own; nobody else writes this OS id.
+  // A DOS program used this id for another scheme; only it writes this OS id.
   const bool isOtherScheme = found == codec::Method::Lh7 && level == 1 && osId == ' ';
   if (isOtherScheme) {
     return codec::CanDecode(codec::Method::Lk7) ? std::optional(codec::Method::Lk7) : std::nullopt;

@@ -1,4 +1,4 @@
-// MemberHeader.h - what the header of one member says, whatever its level.
+// MemberHeader.h - the contents of a member's header, independent of its level.
 //
 // An archive is a run of members, each a header followed by packed data, and one zero byte as end
 // mark.  Four header levels exist and may be mixed; levels 1 to 3 carry a chain of extension
@@ -16,7 +16,7 @@
 
 namespace kozor::container {
 
-// No header needs to be longer; what claims to be is broken.
+// No valid header is longer.
 inline constexpr std::size_t kMaxHeaderBytes = 1 << 20;
 
 // The first bytes of every level hold the method, the sizes, the time and the level itself.
@@ -28,22 +28,22 @@ using MethodId = std::array<char, 5>;
 inline constexpr MethodId kStoredMethod = {'-', 'l', 'h', '0', '-'};
 inline constexpr MethodId kDirectoryMethod = {'-', 'l', 'h', 'd', '-'};
 
-// Whether these letters stand between an id's hyphens.  Code that reads compares so, and never with
-// a whole id: it is part of self-extracting programs, and a whole id in there looks to many a
-// program as if the archive began at it.
+// Compares the letters between an id's hyphens.  Reading code must compare this way and never with
+// a whole id: it is part of self-extracting programs, and many programs would mistake a whole id
+// there for the beginning of the archive.
 constexpr bool HasLetters(const MethodId& id, const char (&letters)[4]) {
   return id[1] == letters[0] && id[2] == letters[1] && id[3] == letters[2];
 }
 
-// The name fields as they stand in the header, not decoded.  What they mean together is decided in
-// MemberName.h, once the whole chain has been read.
+// The undecoded name fields of a header.  MemberName.h interprets them together, after the whole
+// chain has been read.
 struct NameFields {
   std::string base = {};                                     // in the base header of levels 0 and 1
   std::optional<std::string> file = std::nullopt;            // extension 0x01
   std::optional<std::string> directory = std::nullopt;       // extension 0x02
   std::optional<std::u16string> unicodeFile = std::nullopt;  // extension 0x44
   std::optional<std::u16string> unicodeDirectory = std::nullopt;  // extension 0x45
-  std::uint32_t codePage = 0;  // extension 0x46, of the byte strings above; 0 when not recorded
+  std::uint32_t codePage = 0;  // extension 0x46, of the byte strings above; 0 if not recorded
 };
 
 struct MemberHeader {
@@ -53,28 +53,28 @@ struct MemberHeader {
   std::uint32_t headerBytes = 0;  // from the first byte to the packed data
   std::uint64_t packedBytes = 0;
   std::uint64_t originalBytes = 0;
-  std::optional<std::uint16_t> crc;  // of the original data; very old writers leave it out
+  std::optional<std::uint16_t> crc;  // of the original data; very old writers omit it
   NameFields name;
 
-  // Last write: 100 ns since 1601 in UTC, or 0 when the header has nothing better than the DOS
-  // words, which are local time of the writer.
+  // Last write: 100 ns since 1601 in UTC, or 0 if the header has only the DOS words, which are in
+  // the writer's local time.
   std::uint64_t utcTime = 0;
   std::uint16_t dosDate = 0;
   std::uint16_t dosTime = 0;
 
-  // DOS attributes, FILE_ATTRIBUTE_ARCHIVE when none are recorded.  Level 0 writers of other
-  // systems put bits of their own there.
+  // DOS attributes, FILE_ATTRIBUTE_ARCHIVE if none are recorded.  Level 0 writers on other systems
+  // put their own bits there.
   std::uint16_t attribute = 0x20;
-  std::uint32_t unixMode = 0;  // file type included; 0 when not recorded
+  std::uint32_t unixMode = 0;  // including the file type; 0 if not recorded
 
-  // The method by which the data can be unpacked; empty when there is no decoder for it.
+  // The method for unpacking the data; empty if there is no decoder.
   std::optional<codec::Method> UnpackingMethod() const;
 
-  // Whether the original size is beyond what the packed bytes can unpack to by that method.
+  // Whether the original size exceeds what the packed bytes can unpack to with that method.
   bool ClaimsTooMuch() const;
 
   bool IsDirectoryMethod() const { return HasLetters(method, "lhd"); }
-  // A symbolic link is a directory whose UNIX mode says so.
+  // A symbolic link is a directory member with a UNIX mode of that type.
   bool IsLink() const { return IsDirectoryMethod() && (unixMode & 0xF000) == 0xA000; }
   // By the DOS attribute, or by a UNIX mode without any write bit.
   bool IsReadOnly() const {
@@ -84,18 +84,18 @@ struct MemberHeader {
 
 enum class HeaderStatus {
   Complete,
-  Incomplete,     // the header goes on behind the bytes given
-  ChecksumWrong,  // the sum of the base header, or the header CRC; the fields are as they stand
-  Broken,         // breaks a rule of its level, or is no header at all
+  Incomplete,     // the header continues after the bytes given
+  ChecksumWrong,  // of the base header, or the header CRC; the fields are filled in
+  Broken,         // violates a rule of its level, or isn't a header
 };
 
-// Reads the header that begins at the first of `bytes`.  Checks every sum that the header has,
-// looks at nothing outside `bytes`, and allocates no more than the header itself takes.  The end
-// mark is the caller's affair: a zero byte is a broken header here.
+// Reads the header that begins at the first of `bytes`.  Verifies every checksum of the header,
+// reads nothing outside `bytes`, and allocates no more than the header's size.  The caller must
+// check for the end mark: a zero byte is a broken header here.
 HeaderStatus ParseMemberHeader(ByteSpan bytes, MemberHeader& header);
 
-// Whether the method is one of the families that archives are made of: "-lh?-", "-lz?-", "-pm?-",
-// but not the ids that programs carry as bait ("-pms-", "-lhs-").
+// Whether the method belongs to a family used in archives: "-lh?-", "-lz?-", "-pm?-", except the
+// ids that programs contain as bait ("-pms-", "-lhs-").
 bool IsArchiveMethod(const MethodId& method);
 
 }  // namespace kozor::container

@@ -12,7 +12,7 @@
 namespace kozor::container {
 namespace {
 
-// Separates components in byte strings of every code page, since it is no byte of a character.
+// Separates components in byte strings; it is not part of any character in the known code pages.
 constexpr char kSeparatorByte = '\xFF';
 constexpr char16_t kSeparatorUnit = 0xFFFF;  // the same in UTF-16 fields
 
@@ -29,12 +29,12 @@ bool IsDrive(std::u16string_view text) {
   return (text[0] >= u'A' && text[0] <= u'Z') || (text[0] >= u'a' && text[0] <= u'z');
 }
 
-// Some writers put a comment behind a zero byte.
+// Some writers put a comment after a zero byte.
 std::string_view CutAtNul(std::string_view bytes) {
   return bytes.substr(0, bytes.find('\0'));
 }
 
-// The pieces between separator bytes, which can be decoded one by one.
+// The pieces between separator bytes, to be decoded one by one.
 std::vector<std::string_view> SplitAtSeparatorByte(std::string_view bytes) {
   std::vector<std::string_view> pieces;
   for (;;) {
@@ -75,7 +75,7 @@ std::u16string FromUtf16Field(std::u16string text) {
   return text;
 }
 
-// The whole path of a member, decoded but not cleaned.
+// The whole decoded path of a member, not yet cleaned.
 std::u16string GatherPath(const NameFields& fields, bool& altered) {
   const std::string none;
   const std::string_view directoryBytes = CutAtNul(fields.directory ? *fields.directory : none);
@@ -91,8 +91,8 @@ std::u16string GatherPath(const NameFields& fields, bool& altered) {
   return path;
 }
 
-// The path of most members: ASCII, and nothing in it that has to be dropped or replaced.  None for
-// all others.
+// Fast path for most members: ASCII names without anything to drop or replace.  None for all
+// others.
 std::optional<std::u16string> PlainPath(const NameFields& fields) {
   if (fields.unicodeDirectory || fields.unicodeFile) return std::nullopt;
   std::u16string path;
@@ -115,7 +115,7 @@ std::optional<std::u16string> PlainPath(const NameFields& fields) {
   return isClean ? std::optional(std::move(path)) : std::nullopt;
 }
 
-// Whether a path has a drive letter, or a component that climbs.
+// Whether a path has a drive letter or a ".." component.
 bool Strays(std::u16string_view path) {
   if (IsDrive(path)) return true;
   while (!path.empty()) {
@@ -124,8 +124,8 @@ bool Strays(std::u16string_view path) {
   return false;
 }
 
-// Drops what must not be in a path and puts '_' in the place of what cannot.  The result has no
-// separator at its end.
+// Drops unsafe parts of a path and replaces forbidden characters by '_'.  The result has no
+// trailing separator.
 std::u16string CleanPath(std::u16string_view path, bool& altered) {
   std::u16string clean;
   const bool isRooted = !path.empty() && kRules.IsSeparator(path.front());
@@ -176,7 +176,7 @@ std::string_view CutName(std::string_view name, std::size_t limit, unsigned int 
 std::string MarkName(std::string_view name, std::size_t number, unsigned int workingPage) {
   const bool isDirectory = name.ends_with('\\');
   const std::string mark = '~' + std::to_string(number) + (isDirectory ? "\\" : "");
-  // Where the last byte is the second one of a character, the rest is a byte short of it.
+  // If the trailing byte is the second one of a character, CutName drops the whole character.
   const std::string_view plain = isDirectory ? CutName(name, name.size() - 1, workingPage) : name;
   return std::string(CutName(plain, kMaxShownBytes - mark.size(), workingPage)) + mark;
 }

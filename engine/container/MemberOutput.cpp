@@ -7,7 +7,7 @@ namespace kozor::container {
 namespace {
 
 constexpr std::size_t kBufferBytes = 1 << 20;
-constexpr std::size_t kLargePiece = 128 << 10;  // goes past the buffer
+constexpr std::size_t kLargePiece = 128 << 10;  // bypasses the buffer
 
 }  // namespace
 

@@ -1,4 +1,4 @@
-// MemberOutput.h - the stream of bytes that new members are written to.
+// MemberOutput.h - the output stream for new members.
 #pragma once
 
 #include <cstdint>
@@ -8,11 +8,11 @@
 
 namespace kozor::container {
 
-// Writes to a file from one offset on, through a buffer.  What has been written can still be
-// replaced, since a header is complete only after its data, and taken back.
+// Writes to a file from an offset on, through a buffer.  Bytes written earlier can be overwritten,
+// because a header is complete only after its data, and be taken back.
 //
-// The first byte of all can be kept back: a zero, the end mark, stands in its place in the file
-// until it is released.
+// The very first byte can be kept back: the file has a zero, the end mark, in its place until it is
+// released.
 class MemberOutput {
  public:
   enum class FirstByte { Written, KeptBack };
@@ -24,14 +24,14 @@ class MemberOutput {
 
   // All of these may throw ResultCode::NoDiskSpace or ResultCode::CannotWrite.
   void Write(ByteSpan bytes);
-  // Replaces bytes that have been written.
+  // Overwrites bytes written earlier.
   void Overwrite(std::uint64_t offset, ByteSpan bytes);
-  // Takes back everything from `offset` on.
+  // Discards everything from `offset` on.
   void TakeBack(std::uint64_t offset);
-  // Brings everything to the medium and cuts the file behind it.
+  // Writes the buffer, truncates the file after it and flushes to the medium.
   void Finish();
   std::uint8_t KeptByte() const { return keptByte; }
-  // Puts the first byte in its place, and brings it to the medium.
+  // Writes the first byte and flushes it to the medium.
   void ReleaseFirstByte();
 
  private:

@@ -12,7 +12,7 @@ namespace {
 
 std::string WithoutQuotes(std::string_view text) {
   std::string plain(text);
-  std::erase(plain, '"');  // 0x22 is no trail byte in any code page
+  std::erase(plain, '"');  // 0x22 is never a trail byte
   return plain;
 }
 

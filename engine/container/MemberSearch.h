@@ -1,4 +1,4 @@
-// MemberSearch.h - the members of an archive that a search text means.
+// MemberSearch.h - finds the members of an archive that match a search text.
 #pragma once
 
 #include <optional>
@@ -10,8 +10,8 @@
 
 namespace kozor::container {
 
-// A text in quotes is a name: the member of that whole name is found, and it alone.  Other text is
-// a directory part and a mask for file names, also when it holds no wild-card.
+// Quoted text is a name and finds only the member of that whole name.  Other text is a directory
+// part and a mask for file names, even without wild-cards.
 class MemberSearch {
  public:
   enum class Depth {
@@ -24,7 +24,7 @@ class MemberSearch {
   MemberSearch(const ArchiveIndex& searched, std::string_view text, Depth searchDepth,
                Kinds searchKinds = Kinds::Files);
 
-  // The position of the next member, in the order of the archive.
+  // Returns the position of the next member, in the order of the archive.
   std::optional<std::size_t> Next();
 
  private:
@@ -36,8 +36,8 @@ class MemberSearch {
   const Depth depth;
   const Kinds kinds;
   const bool isWholeName;
-  std::optional<std::size_t> wholeName;  // not handed out yet
-  std::u16string directory;              // folded, with a '\' at its end, or empty
+  std::optional<std::size_t> wholeName;  // until it is returned
+  std::u16string directory;              // folded, with a trailing '\', or empty
   text::WildCard mask;
   std::size_t next = 0;
 };

@@ -1,4 +1,4 @@
-// MemberWalker.h - goes through an archive from header to header.
+// MemberWalker.h - iterates over the headers of an archive.
 #pragma once
 
 #include "engine/container/ByteSource.h"
@@ -6,7 +6,7 @@
 
 namespace kozor::container {
 
-// The header at `offset`, however long it is.
+// Parses the header at `offset`, of any length.
 HeaderStatus ParseHeaderAt(ByteSource& source, std::uint64_t offset, MemberHeader& header);
 
 class MemberWalker {
@@ -14,22 +14,22 @@ class MemberWalker {
   // `begin` is the offset of the first header or end mark.
   MemberWalker(ByteSource& archive, std::uint64_t begin) : source(archive), next(begin) {}
 
-  // Reads the next header; false at the end of the archive, which is the end mark, the exact end of
-  // the file, or nothing but 0x1A up to it.  Anything else that is no whole member is damage, and
-  // ends the walk, too: the members behind it cannot be found.
+  // Reads the next header.  Returns false at the end of the archive, which is the end mark, the
+  // exact end of the file, or only 0x1A bytes up to it.  Anything else that isn't a complete member
+  // is damage and also ends the walk: the members after it can't be located.
   bool Next(MemberHeader& header);
 
-  // HeaderStatus::Complete unless the walk has ended at damage: checksumWrong or broken then.
+  // ChecksumWrong or Broken if the walk has ended at damage, else Complete.
   HeaderStatus Status() const { return status; }
-  // Whether the damage is that the file ends inside the data of a member whose header is whole.
+  // Whether the damage is that the file ends inside a member's data, after a valid header.
   bool IsCutInData() const { return isCutInData; }
 
-  // Of the member that Next has read.
+  // The offset of the header that Next has read.
   std::uint64_t HeaderOffset() const { return current; }
-  // Where the next member would begin; at the end of the archive where the end mark stands, or
-  // would stand.
+  // The offset of the next member, or, at the end of the archive, that of the end mark or where it
+  // would be.
   std::uint64_t NextOffset() const { return next; }
-  // Known once Next has returned false.
+  // Valid after Next has returned false.
   bool HasEndMark() const { return hasEndMark; }
 
  private:

@@ -11,17 +11,17 @@ namespace kozor::container {
 namespace {
 
 constexpr unsigned int kEucJp = 51932;
-constexpr char kSeparatorByte = '\xFF';  // no byte of a character in the pages that are guessed
+constexpr char kSeparatorByte = '\xFF';  // not part of a character in the guessed pages
 constexpr char16_t kSeparatorUnit = 0xFFFF;
 
-// The byte strings of a name, but those that a Unicode one overrides.
+// Visits the byte strings of a name that no Unicode field overrides.
 template <typename Visit>
 void VisitBytes(const NameFields& name, Visit visit) {
   if (!name.unicodeDirectory && name.directory) visit(*name.directory);
   if (!name.unicodeFile) visit(name.file ? *name.file : name.base);
 }
 
-// By one of the system's pages; none when the bytes are not valid there.
+// Decodes by a foreign page; none if the bytes aren't valid in it.
 std::optional<std::u16string> DecodeForeign(const text::ForeignPage& page, std::string_view bytes) {
   bytes = bytes.substr(0, bytes.find('\0'));  // some writers put a comment after a zero byte
   std::u16string decoded;

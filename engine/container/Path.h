@@ -1,5 +1,5 @@
-// Path.h - paths of archives and of files to be packed, in the working code page.  '/' separates as
-// '\\' does.
+// Path.h - paths of archives and of files to be packed, in the working code page.  '/' separates
+// like '\\'.
 #pragma once
 
 #include <string>

@@ -9,7 +9,7 @@ namespace {
 constexpr std::size_t kMaxTableEntries = 256;       // of a program's sections or segments
 constexpr std::uint32_t kElfMagic = 0x46'4C'45'7F;  // 0x7F, "ELF"
 
-// Where the image of a DOS, OS/2 or Windows program ends.
+// The end of the image of a Windows program.
 std::uint64_t EndOfPe(ByteSource& source, std::uint64_t peOffset) {
   const ByteSpan head = source.At(peOffset, 24);
   const std::size_t sections = std::min<std::size_t>(ReadU16(head, 6), kMaxTableEntries);
@@ -35,7 +35,8 @@ std::uint64_t EndOfMz(ByteSource& source) {
   return pages * 512 - (inLastPage == 0 ? 0 : 512 - inLastPage);
 }
 
-// The end of the section headers, which linkers put last, or of the last segment.
+// The end of the section headers, which linkers put last, or of the last segment, whichever is
+// later.
 std::uint64_t EndOfElf64(ByteSource& source) {
   const ByteSpan head = source.At(0, 64);
   if (head.size() < 64 || head[4] != 2 || head[5] != 1) return 0;

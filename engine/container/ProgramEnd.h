@@ -1,13 +1,13 @@
-// ProgramEnd.h - where a program ends by what its own headers say.  A self-extracting archive
-// begins there.
+// ProgramEnd.h - the end of a program according to its own headers, where a self-extracting archive
+// begins.
 #pragma once
 
 #include "engine/container/ByteSource.h"
 
 namespace kozor::container {
 
-// The offset behind the program that the source begins with (MZ, PE, 64-bit ELF); 0 when it is
-// none, does not say, or when nothing stands behind it.
+// The offset after the program at the start of the source (MZ, PE, 64-bit ELF).  0 if it isn't one,
+// if its end is unknown, or if nothing follows it.
 std::uint64_t EndOfProgram(ByteSource& source);
 
 }  // namespace kozor::container

@@ -19,7 +19,7 @@ std::string NameSuffix(unsigned int number) {
   return {kDigits[number / (36 * 36) % 36], kDigits[number / 36 % 36], kDigits[number % 36]};
 }
 
-// Best-effort removal of the temporaries that no run has open any more.
+// Best-effort removal of temporaries that no run has open.
 void RemoveLeftovers(const std::string& directory) {
   WIN32_FIND_DATAA entry;
   HANDLE find = FindFirstFileA((directory + "lhtmp\?\?\?.lzh").c_str(), &entry);
@@ -56,7 +56,7 @@ TemporaryArchive::TemporaryArchive(const std::string& directory) {
   for (unsigned int i = 0; i < kNameCount; ++i) {
     path = directory + "lhtmp" + NameSuffix(start + i) + ".lzh";
     if (file.Open(path, File::Mode::CreateNew)) return;
-    // A sharing violation: another run has taken the new file for a leftover, and removes it.
+    // A sharing violation: another run has mistaken the new file for a leftover and is removing it.
     const DWORD error = GetLastError();
     const bool isTaken = error == ERROR_FILE_EXISTS || error == ERROR_ALREADY_EXISTS ||
                          error == ERROR_SHARING_VIOLATION;

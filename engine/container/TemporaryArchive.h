@@ -1,5 +1,5 @@
-// TemporaryArchive.h - the file "lhtmp???.lzh" in which an archive is made anew before it takes the
-// old one's place.
+// TemporaryArchive.h - the file "lhtmp???.lzh" in which an archive is written before it replaces
+// the old one.
 #pragma once
 
 #include <functional>
@@ -9,19 +9,19 @@
 
 namespace kozor::container {
 
-// Told how many more bytes have been copied; may throw to stop.
+// Receives the number of bytes copied since the last call; may throw to stop.
 using CopyProgress = std::function<void(std::uint64_t bytes)>;
 
-// Copies bytes of one file in large pieces.  `write` is called with each.
+// Copies a range of a file in large pieces; calls `write` with each.
 void CopyBytes(File& from, std::uint64_t begin, std::uint64_t end,
                const std::function<void(ByteSpan)>& write, const CopyProgress& progress = {});
 
-// Exists until it has taken its place, and is removed with its object otherwise.  It carries the
-// attribute for temporary files while it is written, and is open against everybody who wants more
-// than to read it: what a killed run has left is known by the one without the other.
+// The destructor removes the file unless it has been moved to its place.  While it is written, it
+// has the temporary attribute and is open, denying others to write.  So a file with the attribute
+// that nobody has open was left by a killed run.
 class TemporaryArchive {
  public:
-  // Makes a new empty file in the directory, which is empty or ends in a separator, and removes
+  // Creates an empty file in the directory, whose path is empty or ends in a separator, and removes
   // what killed runs have left there.  Throws ResultCode::TemporaryNotOpened.
   explicit TemporaryArchive(const std::string& directory);
   ~TemporaryArchive();
@@ -31,19 +31,20 @@ class TemporaryArchive {
   File& Contents() { return file; }
   const std::string& Path() const { return path; }
 
-  // These close the file, which is complete and flushed, and give it a name in one step.  On
-  // another file system the bytes are first copied to a second temporary beside the target.  Throw
-  // ResultCode::TemporaryNotCopied, or ResultCode::NoDiskSpace; what was there is as it was then.
+  // These close the file, which must be complete and flushed, and rename it atomically.  If the
+  // target is on another file system, the bytes are first copied to a second temporary beside it.
+  // They throw ResultCode::TemporaryNotCopied or ResultCode::NoDiskSpace and then leave the target
+  // unchanged.
 
-  // Replaces the archive that is open as `held`, whose attributes it takes over; that is closed.
+  // Replaces the archive that is open as `held`, keeping its attributes, and closes it.
   void Replace(File& held, const std::string& archivePath);
-  // Replaces whatever file has the name.
+  // Replaces any file of that name.
   void Replace(const std::string& targetPath);
-  // Throws ResultCode::ArchiveNotOpened where a file has got the name meanwhile.
+  // Throws ResultCode::ArchiveNotOpened if a file of that name has appeared.
   void BecomeNew(const std::string& archivePath);
 
  private:
-  // Gives a path to the name, by a call that may fail.
+  // Moves the file at `path` to the target; returns whether that worked.
   using Move = std::function<bool(const std::string& path)>;
   void Take(const std::string& targetPath, std::uint32_t attributes, const Move& move);
   void CopyBeside(const std::string& targetPath, std::uint32_t attributes, const Move& move);

@@ -1,4 +1,4 @@
-// Text.h - names between code pages and UTF-16, and the folding of case.
+// Text.h - converts names between code pages and UTF-16, and folds case.
 //
 // An unknown code page is read as ASCII.
 #pragma once
@@ -15,23 +15,21 @@ using text::kUtf8;
 
 bool IsAscii(std::string_view bytes);
 
-// Decodes text that is valid in the code page as a whole.  False when it is not; `text` is
-// unspecified then.
+// Decodes text.  Returns false, with `text` unspecified, unless all of it is valid in the code
+// page.
 bool DecodeText(unsigned int codePage, std::string_view bytes, std::u16string& text);
 
-// Decodes what it can; '_' stands for each byte that is no character there, and `altered` is set.
+// Decodes text; replaces each invalid byte by '_' and then sets `altered`.
 std::u16string DecodeTextLossy(unsigned int codePage, std::string_view bytes, bool& altered);
 
-// Encodes exactly: the bytes decode to the same text again.  False when the code page has no such
-// bytes; `bytes` is unspecified then.
+// Encodes text so that the bytes decode to it again.  Returns false, with `bytes` unspecified, if
+// the code page can't express it.
 bool EncodeText(unsigned int codePage, std::u16string_view text, std::string& bytes);
 
-// Encodes what it can; '_' stands for each character that the code page lacks, and `altered` is
-// set.
+// Encodes text; replaces each character that the code page lacks by '_' and then sets `altered`.
 std::string EncodeTextLossy(unsigned int codePage, std::u16string_view text, bool& altered);
 
-// Lower case for the letters that count as equal in names: A to Z, plain and full-width.  Maps one
-// unit to one unit.
+// Lower case for the letters that names fold: A to Z, plain and full-width.  Maps unit by unit.
 std::u16string FoldCase(std::u16string_view text);
 
 }  // namespace kozor::container

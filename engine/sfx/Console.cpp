@@ -63,7 +63,7 @@ void Complain(std::initializer_list<std::string_view> pieces) {
   WriteWhole(host::kStandardError, Join({Visible(programName), ": ", Join(pieces), "\n"}));
 }
 
-// Needs no memory: there may be none.
+// Allocates nothing: memory may be exhausted.
 void Die(std::string_view reason) {
   FlushOutput();
   for (const std::string_view piece :

@@ -1,4 +1,4 @@
-// Console.h - what the program says: lines on standard output, complaints on standard error.
+// Console.h - the program's output: lines on standard output, messages on standard error.
 #pragma once
 
 #include <cstdint>
@@ -8,31 +8,31 @@
 
 namespace kozor::sfx {
 
-// The program's own name, in front of complaints; it must hold good for ever.
+// Sets the program's name, the prefix of messages.  `name` must stay valid until the program ends.
 void SetProgramName(std::string_view name);
 
 // Writes a line to standard output, through a buffer.
 void Say(std::initializer_list<std::string_view> pieces);
-// Writes what is in the buffer.  False if something could not be written, now or before.
+// Writes the buffer.  Returns false if anything could not be written, now or earlier.
 bool FlushOutput();
 
-// Writes a line to standard error, behind what has been said so far.
+// Flushes the buffer, then writes a line to standard error.
 void Complain(std::initializer_list<std::string_view> pieces);
 
-// Complains and ends the program with status 1.
+// Writes a message and ends the program with status 1.
 [[noreturn]] void Die(std::string_view reason);
 
-// Text for a terminal: '?' stands for each byte that is no UTF-8, for each control character and
-// for those that turn the direction of writing.
+// Makes text safe for a terminal: '?' replaces each invalid UTF-8 byte, each control character and
+// each character that changes the writing direction.
 std::string Visible(std::string_view text);
 
-// The pieces as one text.
+// Concatenates the pieces.
 std::string Join(std::initializer_list<std::string_view> pieces);
 
-// A number in decimal digits, filled up in front to `width`, at most 20.
+// A number in decimal digits, padded on the left to `width`, at most 20.
 std::string Decimal(std::uint64_t number, std::size_t width = 1, char fill = ' ');
 
-// Why the system refused, by its negative error number.
+// The text for a negative error number.
 std::string Reason(long error);
 
 }  // namespace kozor::sfx

@@ -1,8 +1,8 @@
-// Destination.h - the directory that members are extracted to, and nothing outside of it.
+// Destination.h - writes files inside the destination directory and nowhere else.
 //
 // Directories are opened one by one from the destination down, never through a symbolic link, and
-// files are named relative to the open directory.  So it doesn't matter what stands there already,
-// or what someone puts there meanwhile.
+// files are accessed relative to the open directory.  So existing links, and links made meanwhile,
+// can't redirect it.
 //
 // Results are 0 or a negative error number (Console.h, Reason).
 #pragma once
@@ -14,7 +14,7 @@
 
 namespace kozor::sfx {
 
-// Where a file or directory is to stand: an open directory and a name in it.
+// The location of a file or directory: an open directory and a name in it.
 struct Place {
   int directory;
   std::string name;
@@ -27,34 +27,34 @@ class Destination {
   Destination(const Destination&) = delete;
   Destination& operator=(const Destination&) = delete;
 
-  // Opens the directory, which the caller has named and which may be behind links; makes it, and
-  // those above it, where they are missing.
+  // Opens the directory that the user has named; links in its path are followed.  Makes it and its
+  // parents if they are missing.
   long Open(std::string_view path);
 
-  // The place that a relative name with '/' between components means; directories on the way are
-  // made where they are missing.  It holds good until the next call.
+  // Finds the place for a relative name with '/' between components; makes missing directories on
+  // the way.  The place is valid until the next call.
   long Find(std::string_view name, Place& place);
 
  private:
   void CloseDirectory();
 
   int root = -1;
-  // The directory that was found last: members come sorted by directories, mostly.
+  // The directory found last: members are mostly sorted by directory.
   int directory = -1;
   std::string directoryName;
 };
 
-// Makes a directory; one that is there already will do.
+// Makes a directory, or accepts an existing one.
 long MakeDirectory(const Place& place);
 
-// Sets the time of last write; `fileTime` counts 100 ns since 1601.
+// Sets the time of last write; `fileTime` is in units of 100 ns since 1601.
 long SetTime(const Place& place, std::uint64_t fileTime);
 
-// Whether anything at all stands at the place, a link included.
+// Whether anything exists at the place, including a link.
 bool IsTaken(const Place& place);
 
-// A file that gets its name only when it is complete: until then it stands beside its place under a
-// temporary name, and goes with the object.
+// A file that gets its name only when it is complete.  Until then it has a temporary name in the
+// same directory, and the destructor removes it.
 class NewFile {
  public:
   NewFile() = default;
@@ -62,15 +62,15 @@ class NewFile {
   NewFile(const NewFile&) = delete;
   NewFile& operator=(const NewFile&) = delete;
 
-  enum class Access { ReadWrite, ReadOnly };  // of the finished file; the process's mask applies
-  // Makes the file and reserves its room, so that a full disk shows here.
+  enum class Access { ReadWrite, ReadOnly };  // of the finished file; subject to the umask
+  // Creates the file and reserves its blocks, so that a full disk is reported here.
   long Create(const Place& wanted, std::uint64_t bytes, Access access);
   // The contents.
   std::span<std::uint8_t> Contents() const { return contents; }
 
   enum class Existing { Stays, IsReplaced };
-  // Gives the file its time and its name, in one step.  -EEXIST when something stands there and is
-  // to stay.
+  // Sets the file's time and renames it atomically.  -EEXIST if something exists there and must
+  // stay.
   long Publish(std::uint64_t fileTime, Existing existing);
 
  private:
@@ -79,7 +79,7 @@ class NewFile {
 
   Place place{};
   int file = -1;
-  std::string temporaryName;  // empty when there is no such file
+  std::string temporaryName;  // empty if there is no such file
   std::span<std::uint8_t> contents;
 };
 

@@ -1,4 +1,4 @@
-// Entry.h - a member of the archive as the program shows it and puts it on disk.
+// Entry.h - a member of the archive as the program shows and extracts it.
 #pragma once
 
 #include <cstdint>
@@ -9,19 +9,19 @@
 namespace kozor::sfx {
 
 struct Entry {
-  // UTF-8, '/' between components, in front of a rooted name and at the end of a directory's.
+  // UTF-8, with '/' between components, before a rooted name and after a directory's.
   std::string name;
   bool isDirectory = false;
   bool isLink = false;
   bool isReadOnly = false;
-  bool strays = false;     // the name in the archive holds a drive letter or ".."
+  bool strays = false;     // its name in the archive has a drive letter or ".."
   std::uint64_t time = 0;  // last write, 100 ns since 1601 in UTC
 
   bool IsRooted() const { return name.starts_with('/'); }
 };
 
-// DOS times, which are all that level 0 and 1 headers of some writers have, count as UTC: what the
-// writer's clock showed is what the file gets.
+// DOS times, the only ones in level 0 and 1 headers of some writers, count as UTC, so the file gets
+// the time that the writer's clock showed.
 Entry DescribeEntry(const container::MemberHeader& header);
 
 // "2024-12-31 23:59:59", in UTC.

@@ -10,7 +10,7 @@ namespace {
 using container::ByteSpan;
 using container::MemberHeader;
 
-// Relative to the destination, without a '/' at the end.
+// Relative to the destination, without a trailing '/'.
 std::string_view PathOf(const Entry& entry) {
   std::string_view path = entry.name;
   if (entry.IsRooted()) path.remove_prefix(1);

@@ -1,4 +1,4 @@
-// Extraction.h - members of the archive become files and directories.
+// Extraction.h - extracts members to files and directories.
 #pragma once
 
 #include <string>
@@ -13,7 +13,7 @@ namespace kozor::sfx {
 
 struct ExtractionRules {
   NewFile::Existing existing = NewFile::Existing::Stays;
-  bool takesRooted = false;  // names that begin at the root are taken from the destination on
+  bool takesRooted = false;  // rooted names are taken relative to the destination
 };
 
 class Extraction {
@@ -22,16 +22,16 @@ class Extraction {
   Extraction(const ExtractionRules& given, Destination& target, Tally& counted)
       : rules(given), destination(target), tally(counted) {}
 
-  // Tells what came of it, in words and in the tally.
+  // Reports the outcome and counts it in the tally.
   void Extract(const Entry& entry, const container::MemberHeader& header,
                container::ByteSpan packed);
 
-  // Directories get their times last: every file that is made in them sets them anew.
+  // To be called last: every file created in a directory changes its time.
   void SetDirectoryTimes();
 
  private:
   const char* WhyRefused(const Entry& entry) const;
-  // These return why it failed, or an empty text.
+  // Return the reason for a failure, or an empty text.
   std::string TryToExtract(const Entry& entry, const container::MemberHeader& header,
                            container::ByteSpan packed);
   std::string ExtractFile(const Place& place, const Entry& entry,

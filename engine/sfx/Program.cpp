@@ -45,7 +45,7 @@ struct Options {
   std::string_view directory = ".";
 };
 
-// False after a complaint.
+// Returns false after a message.
 bool ReadOptions(std::span<const char* const> words, Options& options) {
   bool isOption = true;
   int directories = 0;
@@ -88,7 +88,7 @@ void Test(const Entry& entry, const MemberHeader& header, ByteSpan packed, Tally
   tally.Count(entry, header);
 }
 
-// The file that this program was started from; it stays mapped.
+// Maps the file that this program was started from, for good.
 ByteSpan OwnFile() {
   const int file = host::OpenAt(AT_FDCWD, "/proc/self/exe", O_RDONLY);
   const long size = file < 0 ? file : host::SizeOf(file);
@@ -102,8 +102,8 @@ ByteSpan OwnFile() {
   return {reinterpret_cast<const std::uint8_t*>(address), static_cast<std::size_t>(size)};
 }
 
-// Calls `work` with each member's entry, header and packed data.  False after a complaint: the
-// archive is not whole.
+// Calls `work` with each member's entry, header and packed data.  Returns false after a message if
+// the archive is damaged.
 template <typename Work>
 bool ForEachMember(ByteSpan program, Work work) {
   container::MemorySource source(program);

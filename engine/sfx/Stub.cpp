@@ -1,4 +1,4 @@
-// Stub.cpp - holds the bytes of the program file that stands in front of self-extracting archives.
+// Stub.cpp - embeds the program file that precedes the archive in a self-extracting file.
 #include "engine/sfx/Stub.h"
 
 #ifdef KOZOR_STUB_FILE

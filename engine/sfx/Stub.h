@@ -1,4 +1,4 @@
-// Stub.h - the program that stands in front of the archive in a self-extracting file.
+// Stub.h - the program that precedes the archive in a self-extracting file.
 #pragma once
 
 #include <cstdint>
@@ -6,7 +6,7 @@
 
 namespace kozor::sfx {
 
-// The whole program file; empty where none can be built for the system (docs/archiver.md).
+// The whole program file; empty if it can't be built for this system (docs/archiver.md).
 std::span<const std::uint8_t> Stub();
 
 }  // namespace kozor::sfx

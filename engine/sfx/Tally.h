@@ -1,4 +1,4 @@
-// Tally.h - what a run has done so far, and what went wrong.
+// Tally.h - counts of what a run has done, and of failures.
 #pragma once
 
 #include <cstdint>
@@ -20,7 +20,7 @@ struct Tally {
     ++(entry.isDirectory ? directories : files);
     bytes += header.originalBytes;
   }
-  // Complains as well.
+  // Also writes a message.
   void Fail(const Entry& entry, std::string_view reason) {
     ++failures;
     Complain({entry.name.empty() ? "a member without a name" : Visible(entry.name), ": ", reason});

@@ -7,11 +7,12 @@
 namespace kozor::sfx {
 namespace {
 
-// What may still be read of the data that has been unpacked: twice the largest window, and a match.
+// Unpacked data within this distance may still be read: more than twice the largest window and a
+// match.
 constexpr std::size_t kReach = std::size_t{2} << 20;
 
-// Unpacks, and sums up what has been unpacked while it is still near.  `passed` is told up to where
-// that is.
+// Unpacks and computes the CRC while the data is in the cache.  `passed` receives the number of
+// bytes done.
 template <typename Passed>
 const char* Unpack(std::span<std::uint8_t> target, const container::MemberHeader& header,
                    container::ByteSpan packed, Passed passed) {

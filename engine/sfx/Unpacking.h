@@ -1,4 +1,4 @@
-// Unpacking.h - a member's data into memory, with its checksum.
+// Unpacking.h - unpacks a member's data into memory and verifies its checksum.
 #pragma once
 
 #include <cstdint>
@@ -8,15 +8,15 @@
 
 namespace kozor::sfx {
 
-// What is known to be wrong before anything is unpacked, or null.
+// The fault that is known before unpacking, or null.
 const char* FaultOf(const container::MemberHeader& header);
 
-// Unpacks into `target`, which is as long as the original.  Returns null, or what is wrong with the
-// data; the contents of `target` mean nothing then.
+// Unpacks into `target`, which must have the original size.  Returns null, or the fault of the
+// data; `target` is then unspecified.
 const char* UnpackInto(std::span<std::uint8_t> target, const container::MemberHeader& header,
                        container::ByteSpan packed);
 
-// Finds out whether the data is good, in a bounded amount of memory.  Returns as UnpackInto does.
+// Tests the data in a bounded amount of memory.  Returns what UnpackInto returns.
 const char* TestData(const container::MemberHeader& header, container::ByteSpan packed);
 
 }  // namespace kozor::sfx

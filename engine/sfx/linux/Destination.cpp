@@ -21,7 +21,7 @@ timespec HostTime(std::uint64_t fileTime) {
   return time;
 }
 
-// Opens one directory below another, and makes it first where it is missing.
+// Opens a subdirectory, making it first if it is missing.
 int OpenBelow(int directory, const char* name) {
   const int opened = host::OpenAt(directory, name, kDirectory | O_NOFOLLOW);
   if (opened != -ENOENT) return opened;
@@ -126,14 +126,14 @@ long NewFile::Create(const Place& wanted, std::uint64_t bytes, Access access) {
   return 0;
 }
 
-// A hole in a mapped file would be a fault where the disk is full.
+// With a full disk, a store to a hole in a mapped file would be a fatal signal.
 long NewFile::Reserve(std::uint64_t bytes) const {
   long result;
   do {
     result = host::Allocate(file, bytes);
   } while (result == -EINTR);
   if (result != -EOPNOTSUPP && result != -ENOSYS) return result;
-  static std::uint8_t zeros[4096];  // no constant: it would make the program larger
+  static std::uint8_t zeros[4096];  // not constant: a constant would make the program larger
   while (bytes != 0) {
     const long written = host::Write(file, zeros, bytes < sizeof zeros ? bytes : sizeof zeros);
     if (written < 0 && written != -EINTR) return written;
@@ -143,7 +143,7 @@ long NewFile::Reserve(std::uint64_t bytes) const {
 }
 
 long NewFile::Publish(std::uint64_t fileTime, Existing existing) {
-  // Stores through the mapping would change the time again.
+  // Unmap first: stores through the mapping would change the time again.
   if (!contents.empty()) host::Unmap(contents.data(), contents.size());
   contents = {};
   const timespec time = HostTime(fileTime);

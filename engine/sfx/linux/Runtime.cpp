@@ -1,7 +1,8 @@
-// Runtime.cpp - the little of a C and C++ run-time library that the program needs.
+// Runtime.cpp - the parts of the C and C++ run-time libraries that the program needs.
 //
-// There are no exceptions here: where the C++ library would throw, the program ends with a message.
-// Objects with static storage have to be constant, or made on first use, and are never destroyed.
+// There are no exceptions: where the C++ library would throw, the program ends with a message.
+// Objects with static storage must be constant or initialised on first use, and are never
+// destroyed.
 #include <bit>
 #include <cstddef>
 #include <cstdint>
@@ -15,14 +16,15 @@
 
 namespace {
 
-// Without any initialised variable, the linker gives the zeroed ones an offset beyond the end of
-// the file.  Programs that look for an archive after the program then skip its beginning.
+// Without any initialised variable, the linker gives the zero-initialised ones an offset beyond the
+// end of the file.  Programs that look for an archive after the program would then skip its
+// beginning.
 [[gnu::used, gnu::retain]] std::uint32_t initialised = 1;
 
 using kozor::sfx::host::Map;
 
-// A block begins with its size class, so that giving it back needs no search.  Blocks have powers
-// of two of bytes; those that are given back wait in a list for the next of their class.
+// A block begins with its size class, so that freeing needs no search.  Block sizes are powers of
+// two; freed blocks are kept in one list per class.
 constexpr std::size_t kHeadBytes = 16;
 constexpr unsigned kSmallestClass = 6;
 constexpr unsigned kClasses = 48;
@@ -87,8 +89,8 @@ void operator delete(void* memory, std::size_t) noexcept {
   Release(memory);
 }
 
-// The compiler calls these by name whatever it compiles.  The string instructions are quick on long
-// runs and short to write; memmove goes backwards only where it has to.
+// The compiler generates calls of these.  The string instructions are fast on long runs and small;
+// memmove copies backwards only if it has to.
 extern "C" {
 
 void* memcpy(void* to, const void* from, std::size_t count) {
@@ -103,7 +105,7 @@ void* memmove(void* to, const void* from, std::size_t count) {
   if (target <= source || target >= source + count) return memcpy(to, from, count);
   while (count-- != 0) {
     target[count] = source[count];
-    asm volatile("" : : : "memory");  // or the compiler would make a call of memmove of it
+    asm volatile("" : : : "memory");  // keeps the compiler from turning this into a call of memmove
   }
   return to;
 }
@@ -123,7 +125,7 @@ int memcmp(const void* a, const void* b, std::size_t count) {
   return 0;
 }
 
-// What compilers make of a memcmp that asks for equality alone.
+// Compilers call this for a memcmp that only tests for equality.
 int bcmp(const void* a, const void* b, std::size_t count) {
   return memcmp(a, b, count);
 }
@@ -140,7 +142,7 @@ std::size_t strlen(const char* text) {
   std::size_t length = 0;
   while (text[length] != '\0') {
     ++length;
-    asm volatile("" : : : "memory");  // as above: this would become a call of strlen
+    asm volatile("" : : : "memory");  // as above, for strlen
   }
   return length;
 }
@@ -153,7 +155,7 @@ void abort() {
   abort();
 }
 
-// What is to be destroyed at the end of the program: nothing is.
+// Registers destructors for the end of the program, which are never run.
 void* __dso_handle = nullptr;
 int __cxa_atexit(void (*)(void*), void*, void*) {
   return 0;
@@ -162,7 +164,7 @@ int __cxa_atexit(void (*)(void*), void*, void*) {
 
 namespace std {
 
-// What the containers call where a size or a place is wrong.
+// The containers call these for an invalid size or position.
 void __throw_length_error(const char*) {
   kozor::sfx::Die("not enough memory");
 }

@@ -1,11 +1,11 @@
-// Start.cpp - where the kernel enters the program.
+// Start.cpp - the entry point of the program.
 #include <cstdint>
 
 #include "engine/sfx/Program.h"
 #include "engine/sfx/linux/SystemCalls.h"
 
-// The kernel leaves the number of arguments at the top of the stack, and behind it the pointers to
-// them and a null.
+// The kernel leaves the number of arguments at the top of the stack, followed by pointers to them
+// and a null.
 asm(R"(
   .text
   .globl _start

@@ -1,7 +1,7 @@
-// SystemCalls.h - the kernel's calls for x86-64, without a C library: the program has to run on any
-// Linux, whatever is installed there, and to stay small.
+// SystemCalls.h - system calls for x86-64 without a C library: the program must be small and run on
+// any Linux, whatever is installed.
 //
-// All of them return what the kernel returns: a negative error number on failure.
+// All return the kernel's result: a negative error number on failure.
 #pragma once
 
 #include <fcntl.h>
@@ -37,7 +37,7 @@ inline long Address(const void* pointer) {
   for (;;) Call(SYS_exit_group, status);
 }
 
-// Files are named relative to an open directory, or to the present one: AT_FDCWD.
+// Names are relative to an open directory, or to the current one: AT_FDCWD.
 
 inline int OpenAt(int directory, const char* name, int flags, unsigned mode = 0) {
   return static_cast<int>(
@@ -55,14 +55,14 @@ inline long MakeDirectoryAt(int directory, const char* name) {
 inline long UnlinkAt(int directory, const char* name) {
   return Call(SYS_unlinkat, directory, Address(name));
 }
-// `flags` may be RENAME_NOREPLACE, which not every file system knows (EINVAL).
+// `flags` may be RENAME_NOREPLACE, which not every file system supports (EINVAL).
 inline long RenameAt(int directory, const char* from, const char* to, unsigned flags) {
   return Call(SYS_renameat2, directory, Address(from), directory, Address(to), flags);
 }
 inline long LinkAt(int directory, const char* from, const char* to) {
   return Call(SYS_linkat, directory, Address(from), directory, Address(to));
 }
-// Of a link itself, not of what it points to.
+// For a link, describes the link, not its target.
 inline long FactsAt(int directory, const char* name, unsigned wanted, struct statx& facts) {
   return Call(SYS_statx, directory, Address(name), AT_SYMLINK_NOFOLLOW, wanted, Address(&facts));
 }
@@ -75,7 +75,7 @@ inline long SetTimesAt(int directory, const char* name, const struct timespec (&
   return Call(SYS_utimensat, directory, Address(name), Address(times),
               name != nullptr ? AT_SYMLINK_NOFOLLOW : 0);
 }
-// Makes a file `bytes` long, with all its blocks; not every file system can (EOPNOTSUPP).
+// Grows a file to `bytes` bytes and allocates its blocks; not every file system can (EOPNOTSUPP).
 inline long Allocate(int file, std::uint64_t bytes) {
   return Call(SYS_fallocate, file, 0, 0, static_cast<long>(bytes));
 }
@@ -87,7 +87,7 @@ inline long Map(std::uint64_t bytes, int protection, int flags, int file) {
 inline void Unmap(const void* begin, std::uint64_t bytes) {
   Call(SYS_munmap, Address(begin), static_cast<long>(bytes));
 }
-// Gives the memory of an anonymous mapping back; it reads as zeros from then on.
+// Returns the memory of an anonymous mapping to the system; it then reads as zeros.
 inline void Drop(const void* begin, std::uint64_t bytes) {
   Call(SYS_madvise, Address(begin), static_cast<long>(bytes), MADV_DONTNEED);
 }
