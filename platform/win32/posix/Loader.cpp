@@ -26,10 +26,16 @@ using namespace kozor::posix;
 using kozor::kAnsiSlashRules;
 using kozor::text::Path;
 
-// The reference count of each module, and the directory of SetDllDirectoryA.
+struct Module {
+  unsigned loads = 0;
+  std::u16string name;  // key of its file's name
+};
+
+// The loaded modules, and the directory of SetDllDirectoryA.  The host loader counts one load of
+// each.
 struct Modules {
   std::mutex lock;
-  std::map<HMODULE, unsigned> loads;
+  std::map<HMODULE, Module> loaded;
   std::string directory;  // library path, or empty
 };
 
@@ -51,17 +57,34 @@ FARPROC FindSystemFunction(std::string_view name) {
   return nullptr;
 }
 
-HMODULE CountLoad(HMODULE module) {
+HMODULE CountLoad(HMODULE module, std::string_view hostFile) {
   Modules& modules = TheModules();
   const std::lock_guard guard(modules.lock);
-  ++modules.loads[module];
+  Module& entry = modules.loaded[module];
+  if (entry.loads++ == 0) {
+    entry.name = CaseKey(HostNameOf(hostFile));
+  } else if (module != SystemModule()) {
+    ::dlclose(module);
+  }
   return module;
+}
+
+// A bare name means the module of that name that is loaded already, wherever it came from.
+HMODULE LoadAgain(const std::u16string& name) {
+  Modules& modules = TheModules();
+  const std::lock_guard guard(modules.lock);
+  for (auto& [module, entry] : modules.loaded) {
+    if (entry.name != name) continue;
+    ++entry.loads;
+    return module;
+  }
+  return nullptr;
 }
 
 bool IsLoaded(HMODULE module) {
   Modules& modules = TheModules();
   const std::lock_guard guard(modules.lock);
-  return modules.loads.contains(module);
+  return modules.loaded.contains(module);
 }
 
 // Adds ".DLL" to a name without extension; a trailing dot means "no extension" and is removed.
@@ -143,7 +166,7 @@ bool IsElfFile(const std::string& hostFile) {
 
 HMODULE LoadHostFile(const std::string& hostFile) {
   void* const module = ::dlopen(hostFile.c_str(), RTLD_NOW | RTLD_LOCAL);
-  if (module != nullptr) return CountLoad(static_cast<HMODULE>(module));
+  if (module != nullptr) return CountLoad(static_cast<HMODULE>(module), hostFile);
   // A valid module with a missing dependency counts as not found.
   const bool isThere = hostFile.find('/') != std::string::npos;
   SetLastError(isThere && !IsElfFile(hostFile) ? ERROR_BAD_EXE_FORMAT : ERROR_MOD_NOT_FOUND);
@@ -188,7 +211,9 @@ HMODULE WINAPI LoadLibraryA(LPCSTR name) {
     SetLastError(ERROR_MOD_NOT_FOUND);
     return nullptr;
   }
-  if (CaseKey(hostName) == kSystemModule) return CountLoad(SystemModule());
+  const std::u16string key = CaseKey(hostName);
+  if (key == kSystemModule) return CountLoad(SystemModule(), hostName);
+  if (const HMODULE module = LoadAgain(key)) return module;
   return LoadHostFile(FindModule(hostName));
 }
 
@@ -218,9 +243,10 @@ BOOL WINAPI FreeLibrary(HMODULE module) {
   Modules& modules = TheModules();
   {
     const std::lock_guard guard(modules.lock);
-    const auto found = modules.loads.find(module);
-    if (found == modules.loads.end()) return Fail(ERROR_MOD_NOT_FOUND);
-    if (--found->second == 0) modules.loads.erase(found);
+    const auto found = modules.loaded.find(module);
+    if (found == modules.loaded.end()) return Fail(ERROR_MOD_NOT_FOUND);
+    if (--found->second.loads != 0) return TRUE;
+    modules.loaded.erase(found);
   }
   // Outside the lock: the module's destructors may call back.
   if (module != SystemModule()) ::dlclose(module);
