@@ -14,9 +14,9 @@ std::uintptr_t NumberOf(HARC handle) {
 
 }  // namespace
 
-HARC ArchiveHandles::Add(std::shared_ptr<const container::ArchiveIndex> index, Depth depth) {
+HARC ArchiveHandles::Add(container::ReadArchive archive, Depth depth) {
   const std::scoped_lock lock(mutex);
-  entries.emplace(++lastNumber, Entry{std::move(index), depth, std::nullopt, std::nullopt});
+  entries.emplace(++lastNumber, Entry{std::move(archive), depth, std::nullopt, std::nullopt});
   return reinterpret_cast<HARC>(lastNumber);
 }
 
@@ -33,7 +33,7 @@ ArchiveHandles::Entry* ArchiveHandles::Lookup(HARC handle) {
 ArchiveHandles::Found ArchiveHandles::Advance(Entry& entry, UnlhaMemberRecord& record) {
   entry.current = entry.search ? entry.search->Next() : std::nullopt;
   if (!entry.current) return Found::None;
-  FillMemberRecord(entry.index->Members()[*entry.current], record);
+  FillMemberRecord(entry.archive.index->Members()[*entry.current], record);
   return Found::Member;
 }
 
@@ -42,7 +42,7 @@ ArchiveHandles::Found ArchiveHandles::FindFirst(HARC handle, std::string_view te
   const std::scoped_lock lock(mutex);
   Entry* entry = Lookup(handle);
   if (entry == nullptr) return Found::InvalidHandle;
-  entry->search.emplace(*entry->index, text, entry->depth);
+  entry->search.emplace(*entry->archive.index, text, entry->depth);
   return Advance(*entry, record);
 }
 
@@ -56,7 +56,7 @@ std::optional<std::uint16_t> ArchiveHandles::Attribute(HARC handle) {
   const std::scoped_lock lock(mutex);
   const Entry* entry = Lookup(handle);
   if (entry == nullptr || !entry->current) return std::nullopt;
-  return entry->index->Members()[*entry->current].attribute;
+  return entry->archive.index->Members()[*entry->current].attribute;
 }
 
 }  // namespace kozor::api

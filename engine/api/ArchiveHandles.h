@@ -9,7 +9,7 @@
 #include <unordered_map>
 
 #include "engine/api/Unlha32.h"
-#include "engine/container/ArchiveIndex.h"
+#include "engine/container/IndexCache.h"
 #include "engine/container/MemberSearch.h"
 
 namespace kozor::api {
@@ -20,7 +20,7 @@ class ArchiveHandles {
  public:
   using Depth = container::MemberSearch::Depth;
 
-  HARC Add(std::shared_ptr<const container::ArchiveIndex> index, Depth depth);
+  HARC Add(container::ReadArchive archive, Depth depth);
   bool Remove(HARC handle);
 
   enum class Found { Member, None, InvalidHandle };
@@ -32,7 +32,7 @@ class ArchiveHandles {
 
  private:
   struct Entry {
-    std::shared_ptr<const container::ArchiveIndex> index;
+    container::ReadArchive archive;
     Depth depth;
     std::optional<container::MemberSearch> search;
     std::optional<std::size_t> current;

@@ -107,11 +107,13 @@ int WINAPI UnlhaCheckArchive(const char* path, int) {
 int WINAPI UnlhaSetOwnerWindowEx(HWND, UnlhaCallback callback) {
   if (callback == nullptr || state.isRunning) return 0;
   state.callback = callback;
+  state.archiver.BeginOperation();
   return 1;
 }
 
 int WINAPI UnlhaKillOwnerWindowEx(HWND) {
   state.callback = nullptr;
+  state.archiver.EndOperation();
   return 1;
 }
 
@@ -124,7 +126,7 @@ HARC WINAPI UnlhaOpenArchive(HWND, const char* path, std::uint32_t mode) {
   CodeOf([&] {
     const auto depth = (mode & kSearchBelow) != 0 ? ArchiveHandles::Depth::AndBelow
                                                   : ArchiveHandles::Depth::ThisDirectory;
-    if (path != nullptr) handle = state.handles.Add(state.archiver.IndexOf(path), depth);
+    if (path != nullptr) handle = state.handles.Add(state.archiver.Open(path), depth);
   });
   return handle;
 }

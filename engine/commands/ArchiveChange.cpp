@@ -48,6 +48,7 @@ bool OpenForUpdate(const std::string& path, container::File& file) {
 ArchiveChange::ArchiveChange(container::IndexCache& cache, const CommandLine& commandLine)
     : indexes(cache), line(commandLine) {
   archive.path = line.archive;
+  indexes.LetGo();
   if (OpenForUpdate(archive.path, archive.file)) {
     if (IsLink(archive.path)) archive.path = archive.file.FinalPath();
     archive.index = indexes.Get(archive.path, archive.file);

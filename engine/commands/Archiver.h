@@ -1,9 +1,9 @@
 // Archiver.h - the archiver's operations: the commands, the two memory calls, and opening for
 // searches.
 //
-// One object serves a process.  It caches the indexes of the archives used last and its encoder; an
-// archive is open only during a call.  Every operation throws a container::Failure if it fails, and
-// then leaves the archive unchanged.  Command lines and codes: docs/archiver.md.
+// One object serves a process.  It caches the indexes of the archives used last and its encoder.
+// Every operation throws a container::Failure if it fails, and then leaves the archive unchanged.
+// Command lines and codes: docs/archiver.md.
 #pragma once
 
 #include <cstdint>
@@ -35,7 +35,7 @@ struct MemoryMember {
   std::optional<std::uint16_t> attribute;  // default: archive
 };
 
-// IndexOf may be called on several threads; everything else on one at a time.
+// Open may be called on several threads; everything else on one at a time.
 class Archiver {
  public:
   // Runs a command line: `a`, `d` or `s -gw4`.  Throws ResultCode::UnknownCommand for others.
@@ -52,9 +52,13 @@ class Archiver {
   std::uint32_t CompressFromMemory(std::string_view text, const MemoryMember& memory,
                                    const ProgressListener& listener);
 
-  std::shared_ptr<const container::ArchiveIndex> IndexOf(const std::string& archive) {
-    return indexes.Get(archive);
-  }
+  // Opens an archive for searches.  It stays open with the result, and so needn't be opened again
+  // for its members.
+  container::ReadArchive Open(const std::string& archive) { return indexes.Open(archive); }
+
+  // From the begin to the end of an operation of many calls, the archive that they read stays open.
+  void BeginOperation() { indexes.KeepOpen(true); }
+  void EndOperation() { indexes.KeepOpen(false); }
 
  private:
   void Add(const CommandLine& line, const ProgressListener& listener);

@@ -56,12 +56,11 @@ void Archiver::Convert(const CommandLine& line, const ProgressListener& listener
   const auto stub = sfx::Stub();
   if (stub.empty()) throw Failure(ResultCode::UnknownCommand);
   const std::string& path = line.archive;
-  File archive;
-  const auto index = indexes.Open(path, archive);
+  const auto [archive, index] = indexes.Open(path);
   if (index->PrefixBytes() != 0) throw Failure(ResultCode::UnknownKind);
   if (index->Members().empty()) throw Failure(ResultCode::NotFound);
   const std::string target = TargetOf(line);
-  CheckTarget(target, archive);
+  CheckTarget(target, *archive);
 
   TemporaryArchive temporary(container::FolderOf(target));
   MakeProgram(temporary.Path(), path);
@@ -71,7 +70,7 @@ void Archiver::Convert(const CommandLine& line, const ProgressListener& listener
   output.WriteAt(0, stub);
   std::uint64_t done = 0;
   container::CopyBytes(
-      archive, 0, index->EndOffset(),
+      *archive, 0, index->EndOffset(),
       [&](container::ByteSpan piece) {
         output.WriteAt(stub.size() + done, piece);
         done += piece.size();

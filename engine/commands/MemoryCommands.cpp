@@ -112,8 +112,7 @@ void Archiver::ExtractToMemory(std::string_view text, std::span<std::uint8_t> bu
                                const ProgressListener& listener, ExtractedMember& result) {
   const CommandLine line = ParseMemoryCall(text);
   const std::string& name = line.operands.front().text;
-  container::File file;
-  const auto index = indexes.Open(line.archive, file);
+  const auto [file, index] = indexes.Open(line.archive);
   const auto position = index->Find(name);
   if (!position || index->Members()[*position].kind != container::MemberKind::File) {
     throw Failure(ResultCode::NotFound);
@@ -127,7 +126,7 @@ void Archiver::ExtractToMemory(std::string_view text, std::span<std::uint8_t> bu
       static_cast<std::size_t>(std::min<std::uint64_t>(buffer.size(), member.originalBytes)));
   Progress progress(listener);
   progress.Begin(member.name, member.originalBytes);
-  Extraction(file, member, target, progress).Run(result.written);
+  Extraction(*file, member, target, progress).Run(result.written);
   if (target.size() < member.originalBytes) throw Failure(ResultCode::NotEnoughMemory);
   if (member.crc && codec::Crc16(target) != *member.crc) throw Failure(ResultCode::CrcMismatch);
   progress.End(member.originalBytes);

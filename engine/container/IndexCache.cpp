@@ -34,46 +34,60 @@ IndexCache::Entry* IndexCache::Lookup(const std::string& path) {
   return &entries.front();
 }
 
-std::shared_ptr<const ArchiveIndex> IndexCache::LookupGood(const std::string& path,
-                                                           const FileStamp& stamp) {
-  const Entry* const entry = Lookup(path);
+IndexCache::Entry* IndexCache::LookupGood(const std::string& path, const FileStamp& stamp) {
+  Entry* const entry = Lookup(path);
   if (entry == nullptr) return nullptr;
   const bool isGood = entry->isSettled && entry->stamp == stamp &&
                       entry->index->WorkingPage() == GetACP() &&
                       entry->index->NamePage() == KzNameCodePage();
-  if (isGood) return entry->index;
+  if (isGood) return entry;
   entries.pop_front();
   return nullptr;
 }
 
-std::shared_ptr<const ArchiveIndex> IndexCache::Get(const std::string& path) {
-  if (const auto stamp = FindStamp(path)) {
-    const std::scoped_lock lock(mutex);
-    if (auto known = LookupGood(path, *stamp)) return known;
-  }
-  File file;
-  return Open(path, file);
-}
-
-std::shared_ptr<const ArchiveIndex> IndexCache::Get(const std::string& path, File& file) {
+IndexCache::Entry& IndexCache::Read(const std::string& path, File& file) {
   const FileStamp stamp = file.Facts().stamp;
-  const std::scoped_lock lock(mutex);
-  if (auto known = LookupGood(path, stamp)) return known;
+  if (Entry* const known = LookupGood(path, stamp)) return *known;
   const bool isSettled = IsSettled(stamp);
   BufferedFile source(file);
   auto index = std::make_shared<ArchiveIndex>(source, GetACP(), KzNameCodePage());
-  entries.push_front({path, stamp, index, isSettled});
+  entries.push_front({path, stamp, std::move(index), isSettled, {}});
   if (entries.size() > kMaxEntries) entries.pop_back();
-  return index;
+  return entries.front();
 }
 
-std::shared_ptr<const ArchiveIndex> IndexCache::Open(const std::string& path, File& file) {
-  if (!file.Open(path, File::Mode::Read)) {
+std::shared_ptr<const ArchiveIndex> IndexCache::Get(const std::string& path, File& file) {
+  const std::scoped_lock lock(mutex);
+  return Read(path, file).index;
+}
+
+ReadArchive IndexCache::Open(const std::string& path) {
+  const std::scoped_lock lock(mutex);
+  if (const auto stamp = FindStamp(path)) {
+    const Entry* const known = LookupGood(path, *stamp);
+    if (auto file = known != nullptr ? known->file.lock() : nullptr) return {file, known->index};
+  }
+  const auto file = std::make_shared<File>();
+  if (!file->Open(path, File::Mode::Read)) {
     const DWORD error = GetLastError();
     const bool isMissing = error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND;
     throw Failure(isMissing ? ResultCode::ArchiveNotFound : ResultCode::ArchiveNotOpened);
   }
-  return Get(path, file);
+  Entry& entry = Read(path, *file);
+  entry.file = file;
+  if (keepsOpen) kept = file;
+  return {file, entry.index};
+}
+
+void IndexCache::KeepOpen(bool on) {
+  const std::scoped_lock lock(mutex);
+  keepsOpen = on;
+  kept.reset();
+}
+
+void IndexCache::LetGo() {
+  const std::scoped_lock lock(mutex);
+  kept.reset();
 }
 
 void IndexCache::MembersAppended(const std::string& path, File& file) noexcept {
