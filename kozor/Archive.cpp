@@ -33,17 +33,44 @@ int Archive::OnAbort(const ONABORTPARAM& param) {
   return StopSignal();
 }
 
+// What the archiver's handle of an archive keeps: the module loaded and the file open, so that it
+// needn't be found, opened and locked for each member.  A best effort: reading works without it.
+class MemberReader::KeptOpen {
+ public:
+  explicit KeptOpen(const std::string& archive) : module(LoadLibraryA("UNLHA32.DLL")) {
+    const auto open = Entry<void * WINAPI(HWND, const char*, std::uint32_t)>("UnlhaOpenArchive");
+    if (open != nullptr) handle = open(nullptr, archive.c_str(), 0);
+  }
+  ~KeptOpen() {
+    const auto close = Entry<int WINAPI(void*)>("UnlhaCloseArchive");
+    if (close != nullptr && handle != nullptr) close(handle);
+    if (module != nullptr) FreeLibrary(module);
+  }
+  KeptOpen(const KeptOpen&) = delete;
+  KeptOpen& operator=(const KeptOpen&) = delete;
+
+ private:
+  template <typename Function>
+  Function* Entry(const char* entryName) const {
+    if (module == nullptr) return nullptr;
+    return reinterpret_cast<Function*>(
+        reinterpret_cast<void (*)()>(GetProcAddress(module, entryName)));
+  }
+
+  HMODULE module;
+  void* handle = nullptr;
+};
+
 MemberReader::MemberReader(std::string path, std::string shownName, std::uint64_t totalBytes)
     : archive(std::move(path)),
       name(std::move(shownName)),
       progress(totalBytes),
-      module(LoadLibraryA("UNLHA32.DLL")) {
+      keptOpen(std::make_unique<KeptOpen>(archive)) {
   if (IsEnabled() == 0) throw Failure(std::string(ErrorText(ZorErrorEngineUnavailable)));
 }
 
 MemberReader::~MemberReader() {
   HideProgress();
-  if (module != nullptr) FreeLibrary(static_cast<HMODULE>(module));
 }
 
 void MemberReader::Unpack(const Member& member, std::span<unsigned char> target) {

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <span>
 #include <string>
 
@@ -52,7 +53,9 @@ class MemberReader : public ZorArchive {
   const std::string archive;
   const std::string name;
   Progress progress;
-  void* module;  // stays loaded between members, and with it what it knows of the archive
+  class KeptOpen;
+  // The archive stays open between members, and the archiver loaded.
+  std::unique_ptr<KeptOpen> keptOpen;
 };
 
 // A member's name as the library wants it, with '\' in place of '/'.

@@ -92,7 +92,7 @@ void Delivery::Begin(const std::string& name) {
   mayReplace = false;
   finalLink = Destination::FinalLink::IsFollowed;
   path = PathOf(name);
-  destination.Find(path, finalLink);
+  place = destination.Find(path, finalLink);
 }
 
 bool Delivery::Wants(const Item& item, Destination::FinalLink itsFinalLink) {
@@ -100,9 +100,9 @@ bool Delivery::Wants(const Item& item, Destination::FinalLink itsFinalLink) {
   finalLink = itsFinalLink;
   path = PathOf(item.name);
   for (;;) {
-    const std::optional<Occupant> occupant = LookAt(destination.Find(path, finalLink));
-    if (!occupant) return true;
-    switch (Judge(item, *occupant, false)) {
+    place = destination.Find(path, finalLink);
+    if (!place.occupant) return true;
+    switch (Judge(item, *place.occupant, false)) {
       case Verdict::Replace:
         mayReplace = true;
         return true;
@@ -118,16 +118,17 @@ bool Delivery::Wants(const Item& item, Destination::FinalLink itsFinalLink) {
 
 void Delivery::Deliver(const Item& item, const std::string& workName) {
   for (;;) {
-    const Place place = destination.Find(path, finalLink);
     const auto existing =
         mayReplace ? Destination::Existing::IsReplaced : Destination::Existing::Stays;
     if (destination.MoveIn(workName, place, existing)) return;
-    const std::optional<Occupant> occupant = LookAt(place);
-    if (!occupant) continue;
-    const Verdict verdict = !occupant->isDirectory && destination.HasContentsOf(workName, place)
+    place = destination.Find(path, finalLink);
+    if (!place.occupant) continue;
+    const Occupant& occupant = *place.occupant;
+    const Verdict verdict = !occupant.isDirectory && destination.HasContentsOf(workName, place)
                                 ? Verdict::Replace
-                                : Judge(item, *occupant, true);
-    if (verdict == Verdict::Keep) return;
+                                : Judge(item, occupant, true);
+    if (verdict == Verdict::Keep) return Work().Remove(workName);
+    if (verdict == Verdict::Rename) place = destination.Find(path, finalLink);
     mayReplace = verdict == Verdict::Replace;
   }
 }
@@ -204,7 +205,7 @@ void Delivery::MakeLink(const Item& item, const std::string& target, std::uint64
   if (!Wants(item, Destination::FinalLink::IsMeant)) return;
   const std::string workName = "link";
   Work().Remove(workName);
-  destination.PrepareLink(workName, destination.Find(path, finalLink), target, lastWrite);
+  destination.PrepareLink(workName, place, target, lastWrite);
   Deliver(item, workName);
 }
 

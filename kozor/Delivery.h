@@ -62,7 +62,7 @@ class Delivery {
   // made.
   bool Wants(const Item& item) { return Wants(item, Destination::FinalLink::IsFollowed); }
   WorkFolder& Work() { return destination.Work(); }
-  // Gives the file its place, unless a different one is there and stays.
+  // Gives the file its place, unless a different one is there and stays: then it is removed.
   void Deliver(const Item& item, const std::string& workName);
 
   // Folders and links take their metadata here: permission bits, unless they are 0, and time of
@@ -81,6 +81,7 @@ class Delivery {
   DeliveryRules rules;
   Destination destination;
   std::filesystem::path path;  // of the file at hand
+  Place place;                 // its own
   Destination::FinalLink finalLink = Destination::FinalLink::IsFollowed;
   bool mayReplace = false;    // the file at hand has been granted the place
   bool rootTakenOff = false;  // told already

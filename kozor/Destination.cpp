@@ -77,15 +77,6 @@ std::size_t ReadBlock(int file, std::span<char> block) {
   return got;
 }
 
-void WriteBlock(int file, std::span<const char> block) {
-  while (!block.empty()) {
-    const ssize_t bytes = write(file, block.data(), block.size());
-    if (bytes < 0 && errno == EINTR) continue;
-    if (bytes < 0) FailBySystem();
-    block = block.subspan(static_cast<std::size_t>(bytes));
-  }
-}
-
 constexpr std::size_t kBlockBytes = 1 << 16;
 
 // A file's contents and metadata into a new file.  Attributes that the target's file system doesn't
@@ -98,7 +89,7 @@ void CopyFile(int fromDirectory, const std::string& from, int toDirectory, const
   if (!target.IsOpen()) FailBySystem();
   std::vector<char> block(kBlockBytes);
   while (const std::size_t got = ReadBlock(source.Number(), block)) {
-    WriteBlock(target.Number(), std::span(block).first(got));
+    WriteAll(target.Number(), std::as_bytes(std::span(block).first(got)));
   }
   const std::array<timespec, 2> times = {state.st_atim, state.st_mtim};
   if (fchmod(target.Number(), state.st_mode & 07777) != 0) FailBySystem();
@@ -106,29 +97,24 @@ void CopyFile(int fromDirectory, const std::string& from, int toDirectory, const
   if (!target.Finish()) FailBySystem();
 }
 
-bool MoveTo(int fromDirectory, const std::string& from, const Place& place,
-            Destination::Existing existing) {
-  const bool replace = existing == Destination::Existing::IsReplaced;
-  if (!replace) {
-    if (renameat2(fromDirectory, from.c_str(), place.directory, place.name.c_str(),
-                  RENAME_NOREPLACE) == 0) {
-      return true;
-    }
-    if (errno == EEXIST) return false;
-    if (errno != EINVAL && errno != ENOSYS) FailBySystem();
-    // A file system without that: look first.
-    if (LookAt(place)) return false;
-  }
-  if (renameat(fromDirectory, from.c_str(), place.directory, place.name.c_str()) != 0) {
-    FailBySystem();
-  }
-  return true;
-}
+enum class Move { Done, Occupied, OtherFileSystem };
 
-bool OnSameFileSystem(int a, int b) {
-  struct stat first {};
-  struct stat second {};
-  return fstat(a, &first) == 0 && fstat(b, &second) == 0 && first.st_dev == second.st_dev;
+Move MoveTo(int fromDirectory, const std::string& from, const Place& place,
+            Destination::Existing existing) {
+  const auto rename = [&](unsigned flags) {
+    return renameat2(fromDirectory, from.c_str(), place.directory, place.name.c_str(), flags) == 0;
+  };
+  if (existing == Destination::Existing::Stays) {
+    if (rename(RENAME_NOREPLACE)) return Move::Done;
+    if (errno == EEXIST) return Move::Occupied;
+    // A file system without that: look first.
+    const bool isUnknown = errno == EINVAL || errno == ENOSYS;
+    if (isUnknown && LookAt(place)) return Move::Occupied;
+    if (!isUnknown && errno != EXDEV) FailBySystem();
+  }
+  if (rename(0)) return Move::Done;
+  if (errno != EXDEV) FailBySystem();
+  return Move::OtherFileSystem;
 }
 
 }  // namespace
@@ -190,47 +176,60 @@ fs::path Destination::Resolve(const fs::path& link) {
   return real;
 }
 
-// Opens a directory below the destination; `reached` is where it really is.
-Descriptor Destination::Open(const fs::path& path, fs::path& reached, int linksLeft) {
+// Opens a directory below the destination; `reached` is where it really is.  Good until the next
+// call.
+int Destination::Open(const fs::path& path, fs::path& reached, int linksLeft) {
+  constexpr std::size_t kMostLevels = 32;
+  lastDirectory = -1;
   if (path.is_absolute()) {
     std::error_code error;
     fs::create_directories(path, error);
     reached = path;
-    Descriptor directory(open(path.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
-    if (!directory.IsOpen()) FailBySystem();
-    return directory;
+    beyondLevels = Descriptor(open(path.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+    if (!beyondLevels.IsOpen()) FailBySystem();
+    return beyondLevels.Number();
   }
-  Descriptor directory(openat(Root(), ".", O_PATH | O_DIRECTORY | O_CLOEXEC));
-  if (!directory.IsOpen()) FailBySystem();
+  int directory = Root();
   reached.clear();
-  for (auto part = path.begin(); part != path.end(); ++part) {
-    Descriptor next(OpenOrMake(directory.Number(), part->c_str()));
+  auto part = path.begin();
+  auto level = levels.begin();
+  for (; part != path.end() && level != levels.end() && *part == level->name; ++part, ++level) {
+    directory = level->directory.Number();
+    reached /= *part;
+  }
+  levels.erase(level, levels.end());
+  for (; part != path.end(); ++part) {
+    Descriptor next(OpenOrMake(directory, part->c_str()));
     if (!next.IsOpen()) {
       const int error = errno;
-      if (!IsLink(directory.Number(), part->c_str())) throw FileFailure(SystemErrorText(error));
+      if (!IsLink(directory, part->c_str())) throw FileFailure(SystemErrorText(error));
       if (linksLeft == 0) throw FileFailure(SystemErrorText(ELOOP));
       fs::path rest = Resolve(reached / *part);
       while (++part != path.end()) rest /= *part;
       return Open(rest, reached, linksLeft - 1);
     }
-    directory = std::move(next);
+    directory = next.Number();
     reached /= *part;
+    if (levels.size() < kMostLevels) {
+      levels.push_back({part->string(), std::move(next)});
+    } else {
+      beyondLevels = std::move(next);
+    }
   }
   return directory;
 }
 
 Place Destination::Find(const fs::path& path, FinalLink finalLink) {
   const fs::path folder = path.parent_path();
-  if (!lastDirectory.IsOpen() || folder != lastAsked) {
+  if (lastDirectory < 0 || folder != lastAsked) {
     lastDirectory = Open(folder, lastReached, kMostLinks);
     lastAsked = folder;
   }
-  const Place place{lastDirectory.Number(), path.filename().string(), lastReached};
-  if (finalLink == FinalLink::IsMeant || !IsLink(place.directory, place.name.c_str())) return place;
-  const fs::path real = Resolve(lastReached / place.name);
-  lastDirectory = Open(real.parent_path(), lastReached, kMostLinks);
-  lastAsked = real.parent_path();
-  return {lastDirectory.Number(), real.filename().string(), lastReached};
+  Place place{lastDirectory, path.filename().string(), lastReached};
+  place.occupant = LookAt(place);
+  const bool isLink = place.occupant && place.occupant->isLink;
+  if (finalLink == FinalLink::IsMeant || !isLink) return place;
+  return Find(Resolve(lastReached / place.name), FinalLink::IsMeant);
 }
 
 WorkFolder& Destination::Work() {
@@ -239,13 +238,12 @@ WorkFolder& Destination::Work() {
 }
 
 bool Destination::MoveIn(const std::string& workName, const Place& place, Existing existing) {
-  if (OnSameFileSystem(Work().Directory(), place.directory)) {
-    return MoveTo(Work().Directory(), workName, place, existing);
-  }
+  const Move move = MoveTo(Work().Directory(), workName, place, existing);
+  if (move != Move::OtherFileSystem) return move == Move::Done;
   // The place is on a file system mounted below the destination.
   const WorkFolder besidePlace(place.directory);
   CopyFile(Work().Directory(), workName, besidePlace.Directory(), workName);
-  if (!MoveTo(besidePlace.Directory(), workName, place, existing)) return false;
+  if (MoveTo(besidePlace.Directory(), workName, place, existing) != Move::Done) return false;
   unlinkat(Work().Directory(), workName.c_str(), 0);
   return true;
 }
@@ -276,13 +274,11 @@ void Destination::MakeFolder(const fs::path& path) {
 
 void Destination::FinishFolder(const fs::path& path, unsigned int mode, std::uint64_t lastWrite) {
   fs::path ignored;
-  const Descriptor found = Open(path, ignored, kMostLinks);
-  const Descriptor folder(openat(found.Number(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-  if (!folder.IsOpen()) FailBySystem();
+  const int folder = Open(path, ignored, kMostLinks);
   const timespec time = HostTime(lastWrite);
   const std::array<timespec, 2> times = {time, time};
-  if (futimens(folder.Number(), times.data()) != 0) FailBySystem();
-  if (mode != 0 && fchmod(folder.Number(), mode) != 0) FailBySystem();
+  if (utimensat(folder, ".", times.data(), 0) != 0) FailBySystem();
+  if (mode != 0 && fchmodat(folder, ".", mode, 0) != 0) FailBySystem();
 }
 
 void Destination::PrepareLink(const std::string& workName, const Place& place,

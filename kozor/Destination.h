@@ -10,17 +10,11 @@
 #include <filesystem>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "WorkFolder.h"
 
 namespace kozor::program {
-
-// Where a file is to stand: a name in an open directory.  Good until the next call of Find.
-struct Place {
-  int directory = -1;
-  std::string name;
-  std::filesystem::path folder;  // the directory, relative to the destination, free of links
-};
 
 // What stands at a place.
 struct Occupant {
@@ -30,6 +24,15 @@ struct Occupant {
   bool isReadOnly = false;
   std::uint64_t size = 0;
   std::int64_t time = 0;  // last write, seconds since 1970
+};
+
+// Where a file is to stand: a name in an open directory.  Good until the next call of Find,
+// MakeFolder or FinishFolder.
+struct Place {
+  int directory = -1;
+  std::string name;
+  std::filesystem::path folder{};      // the directory, relative to the destination, free of links
+  std::optional<Occupant> occupant{};  // when it was looked for
 };
 
 // Everything here throws FileFailure when it can't be done.
@@ -64,7 +67,7 @@ class Destination {
 
  private:
   int Root();
-  Descriptor Open(const std::filesystem::path& path, std::filesystem::path& reached, int linksLeft);
+  int Open(const std::filesystem::path& path, std::filesystem::path& reached, int linksLeft);
   std::filesystem::path Resolve(const std::filesystem::path& link);
   std::optional<std::filesystem::path> Inside(const std::filesystem::path& real) const;
 
@@ -72,8 +75,16 @@ class Destination {
   const Links links;
   Descriptor rootDirectory;
   std::optional<WorkFolder> work;
-  // The directory found last: files come sorted by directories, mostly.
-  Descriptor lastDirectory;
+  // The directories from the root down to the one opened last: files come sorted by directories,
+  // mostly.
+  struct Level {
+    std::string name;
+    Descriptor directory;
+  };
+  std::vector<Level> levels;
+  Descriptor beyondLevels;  // the last one, where it isn't among them
+  // The directory found last, if any.
+  int lastDirectory = -1;
   std::filesystem::path lastAsked;
   std::filesystem::path lastReached;
 };

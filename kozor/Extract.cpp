@@ -63,7 +63,7 @@ class Extraction {
     const std::string workName = std::to_string(++made);
     WorkFolder& work = delivery.Work();
     try {
-      MappedFile file(work, workName, member.size);
+      NewFile file(work, workName, member.size);
       reader.Unpack(member, file.Contents());
       file.Finish(member.unixMode & kPermissions, member.lastWrite);
       SetAttribute(work.LibraryPathOf(workName), member.attribute);
@@ -72,7 +72,6 @@ class Extraction {
       work.Remove(workName);
       throw;
     }
-    work.Remove(workName);
     Mention(VisibleLibraryName(member.name));
   }
 

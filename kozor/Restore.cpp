@@ -94,8 +94,8 @@ class RestoreVolumes : public Volumes {
       delivery.Deliver({currentName, file->size, file->time}, workName);
     } catch (const FileFailure& failure) {
       Complain(VisibleLibraryName(currentName) + ": " + failure.what());
+      work.Remove(workName);
     }
-    work.Remove(workName);
   }
 
   const MaskList& masks;
@@ -192,7 +192,7 @@ class CatalogueRestore {
     const std::string workName = std::to_string(++made);
     WorkFolder& work = delivery.Work();
     try {
-      MappedFile target(work, workName, file.bytes);
+      NewFile target(work, workName, file.bytes);
       ReadFile(file, target.Contents(), goesOn);
       target.Finish(file.mode, FileTimeOfUnix(file.time));
       if (file.attribute != FILE_ATTRIBUTE_ARCHIVE) {
@@ -203,7 +203,6 @@ class CatalogueRestore {
       work.Remove(workName);
       throw;
     }
-    work.Remove(workName);
     progress.FileEnds(file.bytes);
     Mention(VisibleLibraryName(file.name));
   }

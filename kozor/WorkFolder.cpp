@@ -93,6 +93,15 @@ timespec HostTime(std::uint64_t fileTime) {
   return time;
 }
 
+void WriteAll(int file, std::span<const std::byte> bytes) {
+  while (!bytes.empty()) {
+    const ssize_t written = write(file, bytes.data(), bytes.size());
+    if (written < 0 && errno == EINTR) continue;
+    if (written < 0) throw FileFailure(SystemErrorText(errno));
+    bytes = bytes.subspan(static_cast<std::size_t>(written));
+  }
+}
+
 void Descriptor::Close() {
   if (number >= 0) close(number);
   number = -1;
@@ -147,10 +156,20 @@ TemporaryFolder::TemporaryFolder() try : parent(std::filesystem::temp_directory_
   throw Failure("the directory for temporaries (TMPDIR): " + std::string(failure.what()));
 }
 
-MappedFile::MappedFile(const WorkFolder& folder, const std::string& name, std::uint64_t bytes)
+NewFile::NewFile(const WorkFolder& folder, const std::string& name, std::uint64_t bytes)
     : file(openat(folder.Directory(), name.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666)) {
+  constexpr std::uint64_t kMostInBuffer = 256 << 10;
   if (!file.IsOpen()) throw FileFailure(SystemErrorText(errno));
-  if (bytes == 0) return;
+  const auto length = static_cast<std::size_t>(bytes);
+  if (bytes > kMostInBuffer) {
+    Map(length);
+  } else {
+    buffer = std::make_unique_for_overwrite<unsigned char[]>(length);
+    contents = {buffer.get(), length};
+  }
+}
+
+void NewFile::Map(std::size_t bytes) {
   int error = 0;
   do {
     error = posix_fallocate(file.Number(), 0, static_cast<off_t>(bytes));
@@ -158,15 +177,16 @@ MappedFile::MappedFile(const WorkFolder& folder, const std::string& name, std::u
   if (error != 0) throw FileFailure(SystemErrorText(error));
   void* const address = mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_SHARED, file.Number(), 0);
   if (address == MAP_FAILED) throw FileFailure(SystemErrorText(errno));
-  contents = {static_cast<unsigned char*>(address), static_cast<std::size_t>(bytes)};
+  contents = {static_cast<unsigned char*>(address), bytes};
 }
 
-void MappedFile::Unmap() {
-  if (!contents.empty()) munmap(contents.data(), contents.size());
+void NewFile::Unmap() {
+  if (!buffer && !contents.empty()) munmap(contents.data(), contents.size());
   contents = {};
 }
 
-void MappedFile::Finish(unsigned int mode, std::uint64_t lastWrite) {
+void NewFile::Finish(unsigned int mode, std::uint64_t lastWrite) {
+  if (buffer) WriteAll(file.Number(), std::as_bytes(contents));
   Unmap();
   if (mode != 0 && fchmod(file.Number(), mode) != 0) throw FileFailure(SystemErrorText(errno));
   const timespec time = HostTime(lastWrite);
@@ -184,7 +204,7 @@ std::span<unsigned char> ScratchMemory::Get(std::uint64_t bytes) {
     return std::span(memory).first(static_cast<std::size_t>(bytes));
   }
   if (!folder) folder.emplace();
-  file = std::make_unique<MappedFile>(folder->Folder(), "scratch", bytes);
+  file = std::make_unique<NewFile>(folder->Folder(), "scratch", bytes);
   folder->Folder().Remove("scratch");
   return file->Contents();
 }

@@ -2,6 +2,7 @@
 // directories, relative to which everything in it is named.  This is the POSIX side.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <ctime>
 #include <filesystem>
@@ -34,6 +35,9 @@ class Descriptor {
  private:
   int number;
 };
+
+// Writes all bytes to an open file; throws FileFailure.
+void WriteAll(int file, std::span<const std::byte> bytes);
 
 // The system's form of a time in 100 ns since 1601.
 timespec HostTime(std::uint64_t fileTime);
@@ -81,24 +85,28 @@ class TemporaryFolder {
 };
 
 // A new file in a work folder, written through memory.
-class MappedFile {
+//
+// A short file is written at the end from a buffer; that is half the work of mapping it.
+class NewFile {
  public:
-  // Reserves the room for `bytes`, so that a full disk shows here.  Throws FileFailure.
-  MappedFile(const WorkFolder& folder, const std::string& name, std::uint64_t bytes);
-  ~MappedFile() { Unmap(); }
-  MappedFile(const MappedFile&) = delete;
-  MappedFile& operator=(const MappedFile&) = delete;
+  // Reserves the room of a long file, so that a full disk shows here.  Throws FileFailure.
+  NewFile(const WorkFolder& folder, const std::string& name, std::uint64_t bytes);
+  ~NewFile() { Unmap(); }
+  NewFile(const NewFile&) = delete;
+  NewFile& operator=(const NewFile&) = delete;
 
   std::span<unsigned char> Contents() { return contents; }
 
   // Sets the permission bits, unless they are 0, and the time of last write, in 100 ns since 1601;
-  // and closes the file.  Throws FileFailure when one of these can't be done.
+  // and closes the file.  Throws FileFailure when one of these can't be done, or the disk is full.
   void Finish(unsigned int mode, std::uint64_t lastWrite);
 
  private:
+  void Map(std::size_t bytes);
   void Unmap();
 
   Descriptor file;
+  std::unique_ptr<unsigned char[]> buffer;  // of a short file
   std::span<unsigned char> contents;
 };
 
@@ -111,7 +119,7 @@ class ScratchMemory {
 
  private:
   std::optional<TemporaryFolder> folder;
-  std::unique_ptr<MappedFile> file;
+  std::unique_ptr<NewFile> file;
   std::vector<unsigned char> memory;
 };
 
