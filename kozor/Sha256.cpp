@@ -1,13 +1,23 @@
 // Sha256.cpp - see Sha256.h.
+//
+// Where the processor has instructions for it, they do the work: five times as fast.
 #include "Sha256.h"
 
 #include <algorithm>
 #include <bit>
-#include <cstring>
+#include <cstddef>
+
+#if defined(__x86_64__) && defined(__GNUC__)
+#include <cpuid.h>
+#include <immintrin.h>
+#define KOZOR_SHA_INSTRUCTIONS __attribute__((target("sha,sse4.1,ssse3")))
+#endif
 
 namespace kozor::program {
 
 namespace {
+
+constexpr std::size_t kBlockBytes = 64;
 
 // The fractions of the cube roots of the first 64 primes.
 constexpr std::array<std::uint32_t, 64> kRounds = {
@@ -25,9 +35,7 @@ std::uint32_t BigEndian(const unsigned char* bytes) {
          std::uint32_t{bytes[2]} << 8 | bytes[3];
 }
 
-}  // namespace
-
-void Sha256::AddBlock(const unsigned char* block) {
+void AddBlock(std::array<std::uint32_t, 8>& state, const unsigned char* block) {
   std::array<std::uint32_t, 64> words{};
   for (std::size_t i = 0; i < 16; ++i) words[i] = BigEndian(block + 4 * i);
   for (std::size_t i = 16; i < 64; ++i) {
@@ -55,29 +63,94 @@ void Sha256::AddBlock(const unsigned char* block) {
   for (std::size_t i = 0; i < state.size(); ++i) state[i] += worked[i];
 }
 
-void Sha256::Add(std::span<const unsigned char> bytes) {
-  std::size_t held = total % pending.size();
-  total += bytes.size();
-  while (!bytes.empty()) {
-    if (held == 0 && bytes.size() >= pending.size()) {
-      AddBlock(bytes.data());
-      bytes = bytes.subspan(pending.size());
-      continue;
+#ifdef KOZOR_SHA_INSTRUCTIONS
+
+bool HasShaInstructions() {
+  constexpr unsigned kLeafOfExtensions = 7;
+  constexpr unsigned kSha = 1U << 29;
+  unsigned a = 0;
+  unsigned b = 0;
+  unsigned c = 0;
+  unsigned d = 0;
+  return __builtin_cpu_supports("sse4.1") != 0 &&
+         __get_cpuid_count(kLeafOfExtensions, 0, &a, &b, &c, &d) != 0 && (b & kSha) != 0;
+}
+
+#endif
+
+}  // namespace
+
+void Sha256::AddBlocks(State& state, std::span<const unsigned char> blocks) {
+#ifdef KOZOR_SHA_INSTRUCTIONS
+  static const bool hasInstructions = HasShaInstructions();
+  if (hasInstructions) return AddBlocksByInstruction(state, blocks);
+#endif
+  for (; !blocks.empty(); blocks = blocks.subspan(kBlockBytes)) AddBlock(state, blocks.data());
+}
+
+#ifdef KOZOR_SHA_INSTRUCTIONS
+
+// The processor's instructions do two rounds at a time and want the state as two words of four: a
+// b e f and c d g h, from the highest place to the lowest.
+KOZOR_SHA_INSTRUCTIONS void Sha256::AddBlocksByInstruction(State& state,
+                                                           std::span<const unsigned char> blocks) {
+  const auto load = [](const void* from) KOZOR_SHA_INSTRUCTIONS {
+    return _mm_loadu_si128(static_cast<const __m128i*>(from));
+  };
+  const __m128i bigEndian = _mm_set_epi64x(0x0c0d0e0f08090a0b, 0x0405060700010203);
+  const __m128i badc = _mm_shuffle_epi32(load(&state[0]), 0xB1);
+  const __m128i efgh = _mm_shuffle_epi32(load(&state[4]), 0x1B);
+  __m128i abef = _mm_alignr_epi8(badc, efgh, 8);
+  __m128i cdgh = _mm_blend_epi16(efgh, badc, 0xF0);
+  for (; !blocks.empty(); blocks = blocks.subspan(kBlockBytes)) {
+    const __m128i oldAbef = abef;
+    const __m128i oldCdgh = cdgh;
+    __m128i words[4];  // the last sixteen words of the message schedule
+    for (std::size_t i = 0; i < 16; ++i) {
+      __m128i& word = words[i % 4];
+      if (i < 4) {
+        word = _mm_shuffle_epi8(load(blocks.data() + 16 * i), bigEndian);
+      } else {
+        const __m128i last = words[(i + 3) % 4];
+        const __m128i sum = _mm_add_epi32(_mm_sha256msg1_epu32(word, words[(i + 1) % 4]),
+                                          _mm_alignr_epi8(last, words[(i + 2) % 4], 4));
+        word = _mm_sha256msg2_epu32(sum, last);
+      }
+      const __m128i rounds = _mm_add_epi32(word, load(&kRounds[4 * i]));
+      cdgh = _mm_sha256rnds2_epu32(cdgh, abef, rounds);
+      abef = _mm_sha256rnds2_epu32(abef, cdgh, _mm_shuffle_epi32(rounds, 0x0E));
     }
-    const std::size_t taken = std::min(bytes.size(), pending.size() - held);
-    std::memcpy(pending.data() + held, bytes.data(), taken);
+    abef = _mm_add_epi32(abef, oldAbef);
+    cdgh = _mm_add_epi32(cdgh, oldCdgh);
+  }
+  const __m128i feba = _mm_shuffle_epi32(abef, 0x1B);
+  const __m128i dchg = _mm_shuffle_epi32(cdgh, 0xB1);
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(&state[0]), _mm_blend_epi16(feba, dchg, 0xF0));
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(&state[4]), _mm_alignr_epi8(dchg, feba, 8));
+}
+
+#endif
+
+void Sha256::Add(std::span<const unsigned char> bytes) {
+  std::size_t held = total % kBlockBytes;
+  total += bytes.size();
+  if (held != 0) {
+    const std::size_t taken = std::min(bytes.size(), kBlockBytes - held);
+    std::copy_n(bytes.begin(), taken, pending.begin() + static_cast<std::ptrdiff_t>(held));
     bytes = bytes.subspan(taken);
     held += taken;
-    if (held < pending.size()) continue;
-    AddBlock(pending.data());
-    held = 0;
+    if (held < kBlockBytes) return;
+    AddBlocks(state, pending);
   }
+  const std::size_t rest = bytes.size() % kBlockBytes;
+  AddBlocks(state, bytes.first(bytes.size() - rest));
+  std::copy(bytes.end() - static_cast<std::ptrdiff_t>(rest), bytes.end(), pending.begin());
 }
 
 std::string Sha256::Finish() {
   const std::uint64_t bits = total * 8;
   std::array<unsigned char, 72> padding = {0x80};
-  const std::size_t zeros = (119 - total % 64) % 64;
+  const std::size_t zeros = (119 - total % kBlockBytes) % kBlockBytes;
   for (std::size_t i = 0; i < 8; ++i) {
     padding[1 + zeros + i] = static_cast<unsigned char>(bits >> (56 - 8 * i));
   }

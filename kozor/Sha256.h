@@ -15,10 +15,12 @@ class Sha256 {
   std::string Finish();
 
  private:
-  void AddBlock(const unsigned char* block);
+  using State = std::array<std::uint32_t, 8>;
+  static void AddBlocks(State& state, std::span<const unsigned char> blocks);
+  static void AddBlocksByInstruction(State& state, std::span<const unsigned char> blocks);
 
-  std::array<std::uint32_t, 8> state = {0x6a09e667, 0xbb67ae85, 0x3c6ef372, 0xa54ff53a,
-                                        0x510e527f, 0x9b05688c, 0x1f83d9ab, 0x5be0cd19};
+  State state = {0x6a09e667, 0xbb67ae85, 0x3c6ef372, 0xa54ff53a,
+                 0x510e527f, 0x9b05688c, 0x1f83d9ab, 0x5be0cd19};
   std::array<unsigned char, 64> pending{};
   std::uint64_t total = 0;  // bytes added
 };
