@@ -11,13 +11,6 @@ namespace {
 // Independent of the width of `long`: volumes store 32 bits.
 constexpr long kLastTime = 0x7FFFFFFF;
 
-// Fractions of a second are dropped.
-std::optional<long> SecondsOf(const FILETIME& fileTime) {
-  const std::int64_t seconds = kozor::UnixOfFileTime(kozor::Ticks(fileTime));
-  if (seconds < 0 || seconds > kLastTime) return std::nullopt;
-  return static_cast<long>(seconds);
-}
-
 // The directory entry of `name`, or of the first match if it is a mask.
 std::optional<WIN32_FIND_DATAA> EntryOf(const char* name) {
   WIN32_FIND_DATAA entry;
@@ -44,7 +37,7 @@ int ZorSetFileTimeStamp(const char* name, long time) {
 int ZorGetFileTimeStamp(const char* name, long& time) {
   const auto entry = EntryOf(name);
   if (!entry) return 0;
-  const auto seconds = SecondsOf(entry->ftLastWriteTime);
+  const auto seconds = kozor::UnixIn31Bits(kozor::Ticks(entry->ftLastWriteTime));
   if (!seconds) return 0;
   time = *seconds;
   return 1;

@@ -6,6 +6,8 @@
 #include <optional>
 #include <random>
 #include <set>
+#include <string_view>
+#include <unordered_map>
 
 #include "Catalogue.h"
 #include "Commands.h"
@@ -76,9 +78,9 @@ class BackupVolumes : public Volumes {
     while (!scanner.AtEnd()) ScanUpTo(static_cast<int>(scanner.Result().volumes.size()) + 1);
     Catalogue& catalogue = scanner.Result();
     const fs::path base = HostPath(group.base);
-    for (CatalogueFile& file : catalogue.files) {
-      file.mode = Inspect(base / HostName(file.name)).mode;
-    }
+    std::unordered_map<std::string_view, unsigned int> modes;
+    for (std::size_t i = 0; i < group.names.size(); ++i) modes[group.names[i]] = group.modes[i];
+    for (CatalogueFile& file : catalogue.files) file.mode = modes[file.name];
     const std::set<std::string, std::less<>> links(group.links.begin(), group.links.end());
     for (const std::string& name : group.folders) {
       if (LiesBelowAny(links, name)) continue;  // the link brings it back

@@ -156,9 +156,10 @@ bool Exists(const fs::path& path) {
 FileState Inspect(const fs::path& path) {
   FileState state;
   struct stat info {};
-  if (stat(path.c_str(), &info) != 0) {
-    const bool link = lstat(path.c_str(), &info) == 0 && S_ISLNK(info.st_mode);
-    state.problem = link ? "a link that leads nowhere" : "no such file";
+  const bool isThere = lstat(path.c_str(), &info) == 0;
+  state.isLink = isThere && S_ISLNK(info.st_mode);
+  if (!isThere || (state.isLink && stat(path.c_str(), &info) != 0)) {
+    state.problem = isThere ? "a link that leads nowhere" : "no such file";
     return state;
   }
   state.isDirectory = S_ISDIR(info.st_mode);

@@ -38,6 +38,7 @@ bool Exists(const std::filesystem::path& path);
 struct FileState {
   std::string problem;  // why it can't be read, in words; empty when it can
   bool isDirectory = false;
+  bool isLink = false;
   std::uintmax_t size = 0;  // of a file, in bytes
   std::int64_t time = 0;    // last write, seconds since 1970
   unsigned int mode = 0;    // permission bits

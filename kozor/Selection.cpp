@@ -60,7 +60,9 @@ Search ReadWord(const fs::path& base, const std::string& word) {
   if (!fs::is_directory(directory)) {
     throw Failure(Visible(directory.string()) + ": no such directory");
   }
-  return {LibraryPath(directory), fs::path(word).filename().string(), true};
+  // Both forms mean every name; with this one the library reads each directory once.
+  const std::string mask = fs::path(word).filename().string();
+  return {LibraryPath(directory), mask == "*" ? "*.*" : mask, true};
 }
 
 // Everything that the search finds, as complete library paths.  A search with the one mask drops
@@ -128,9 +130,9 @@ class Collector {
       return;
     }
     if (IsUnnameable(path)) return LeaveOutUnnameable(path);
-    const fs::path host = HostPath(path);
+    const fs::path host = HostPathOf(path);
     const FileState state = Inspect(host);
-    const bool isLink = request.notesLinks && fs::is_symlink(host);
+    const bool isLink = request.notesLinks && state.isLink;
     if (isLink) group.links.push_back(name);
     if (isLink && !fs::exists(host)) {
       ++leftOut;
@@ -150,7 +152,18 @@ class Collector {
     } else {
       group.bytes += state.size;
       group.names.push_back(name);
+      group.modes.push_back(state.mode);
     }
+  }
+
+  // Files of one folder come one after the other: it's looked up once.
+  fs::path HostPathOf(const std::string& path) {
+    const text::Path pieces(path);
+    if (pieces.Folder() != lastFolder) {
+      lastFolder = pieces.Folder();
+      lastHostFolder = HostPath(lastFolder);
+    }
+    return lastHostFolder / HostName(std::string(pieces.FileName()));
   }
 
   // The files in a directory that can't be read aren't found by any mask; complains of those
@@ -194,6 +207,8 @@ class Collector {
   FileGroup group;
   std::unordered_set<std::string> seen;
   std::unordered_set<std::string> unnameable;  // host paths
+  std::string lastFolder;                      // library path
+  fs::path lastHostFolder;
   std::size_t leftOut = 0;
   std::size_t upToDate = 0;  // of those
   std::size_t searches = 0;

@@ -20,9 +20,10 @@ namespace kozor::program {
 
 // Files with names relative to one base directory.
 struct FileGroup {
-  std::string base;                // library path without a trailing backslash, but "C:\"
-  std::vector<std::string> names;  // library names of the files, in the order found
-  std::uint64_t bytes = 0;         // of all files
+  std::string base;                 // library path without a trailing backslash, but "C:\"
+  std::vector<std::string> names;   // library names of the files, in the order found
+  std::vector<unsigned int> modes;  // permission bits of the files, in the same order
+  std::uint64_t bytes = 0;          // of all files
   // Where the request asks for links: directories, and links to files and directories or to
   // nothing.
   std::vector<std::string> folders;

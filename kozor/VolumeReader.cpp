@@ -77,6 +77,20 @@ void VolumeReader::Read(std::uint64_t offset, std::span<unsigned char> bytes) {
   if (offset > end || bytes.size() > end - offset) {
     throw Failure(Visible(path.string()) + ": the volume is damaged or cut short");
   }
+  constexpr std::size_t kBufferBytes = 1 << 18;
+  if (bytes.size() >= kBufferBytes) return ReadFile(offset, bytes);
+  const bool isInside =
+      offset >= bufferBegin && offset + bytes.size() <= bufferBegin + buffer.size();
+  if (!isInside) {
+    buffer.resize(static_cast<std::size_t>(std::min<std::uint64_t>(kBufferBytes, end - offset)));
+    bufferBegin = offset;
+    ReadFile(offset, buffer);
+  }
+  std::copy_n(buffer.begin() + static_cast<std::ptrdiff_t>(offset - bufferBegin), bytes.size(),
+              bytes.begin());
+}
+
+void VolumeReader::ReadFile(std::uint64_t offset, std::span<unsigned char> bytes) {
   Guarded([&] {
     file.Seek(static_cast<std::int64_t>(offset), CFile::begin);
     while (!bytes.empty()) {

@@ -7,6 +7,7 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <vector>
 
 #include "platform/classlib/ClassLib.h"
 
@@ -51,11 +52,12 @@ class VolumeReader {
   // How many bytes of the last file stand on the volumes that follow.
   std::uint64_t BytesCarriedOver() const { return at > end ? at - end : 0; }
 
-  // Reads bytes of the volume.
+  // Reads bytes of the volume.  Short pieces come from a buffer, which is good for reading on.
   void Read(std::uint64_t offset, std::span<unsigned char> bytes);
 
  private:
   std::string ReadText(std::uint64_t offset, std::size_t size);
+  void ReadFile(std::uint64_t offset, std::span<unsigned char> bytes);
   // Does it, and throws Failure where the file fails.
   template <typename Work>
   void Guarded(const Work& work) const;
@@ -66,6 +68,8 @@ class VolumeReader {
   std::uint64_t payload = 0;
   std::uint64_t at = 0;   // where the next record begins
   std::uint64_t end = 0;  // length of the file
+  std::vector<unsigned char> buffer;
+  std::uint64_t bufferBegin = 0;
 };
 
 }  // namespace kozor::program

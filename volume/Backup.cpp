@@ -10,6 +10,7 @@
 
 #include "ZorFileServices.h"
 #include "files/Path.h"
+#include "platform/base/Clock.h"
 #include "volume/VolumeFormat.h"
 #include "volume/VolumeRun.h"
 
@@ -80,12 +81,10 @@ class BackupRun final : public ZorVolumeRun {
   }
 
   void RecordAttributes() {
-    unsigned int attribute = 0;
-    if (ZorGetFileAttribute(sourcePath, attribute) == 0) throw ZorFailure{ZorErrorFileFailure};
-    record.attribute = static_cast<std::uint8_t>(attribute);
-    long timeStamp = 0;  // used if the time can't be read
-    ZorGetFileTimeStamp(sourcePath, timeStamp);
-    record.timeStamp = static_cast<std::int32_t>(timeStamp);
+    CFileStatus status;
+    if (!CFile::GetStatus(sourcePath, status)) throw ZorFailure{ZorErrorFileFailure};
+    record.attribute = status.m_attribute;
+    record.timeStamp = kozor::UnixIn31Bits(kozor::Ticks(status.m_mtime)).value_or(0);
   }
 
   // Opens the source and records its size.

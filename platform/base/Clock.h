@@ -6,6 +6,8 @@
 
 #include <chrono>
 #include <cstdint>
+#include <limits>
+#include <optional>
 
 namespace kozor {
 
@@ -25,7 +27,13 @@ constexpr std::uint64_t FileTimeOfUnix(std::int64_t seconds) {
 constexpr std::int64_t UnixOfFileTime(std::uint64_t fileTime) {
   return static_cast<std::int64_t>(fileTime / kTicksPerSecond) - kSecondsFrom1601To1970;
 }
-// The rest: nanoseconds within that second.
+// The same in 31 bits, as archives and volumes keep it; none before 1970 and after 2038.
+constexpr std::optional<std::int32_t> UnixIn31Bits(std::uint64_t fileTime) {
+  const std::int64_t seconds = UnixOfFileTime(fileTime);
+  if (seconds < 0 || seconds > std::numeric_limits<std::int32_t>::max()) return std::nullopt;
+  return static_cast<std::int32_t>(seconds);
+}
+// The rest of UnixOfFileTime: nanoseconds within that second.
 constexpr std::int32_t NanosecondsOfFileTime(std::uint64_t fileTime) {
   return static_cast<std::int32_t>(fileTime % kTicksPerSecond * (1'000'000'000 / kTicksPerSecond));
 }
