@@ -44,7 +44,7 @@ MASK-OR-PATH, BASE and --exclude are those of "kozor add"; here either all files
 or none must lie below BASE.
 )";
 
-constexpr std::array<Option, 9> kOptions = {{
+constexpr std::array<Option, 10> kOptions = {{
     {"-C", "BASE", "take names from this directory on; the current one if\nabsent"},
     {"--exclude", "MASK", "leave out files and folders of this name; may be\nrepeated"},
     {"--force", "", "replace volumes of other sets without a question"},
@@ -54,6 +54,8 @@ constexpr std::array<Option, 9> kOptions = {{
     {"--memo", "TEXT", "memo of the set"},
     {"--format", "N", "version of the format: 101, or 100 for older programs"},
     {"--no-catalogue", "", "write no checksums and no catalogue beside the volumes"},
+    {"--sync-each", "",
+     "wait for the medium after each write, not only at the\nend of each volume"},
 }};
 
 // The identity and texts of a set.
@@ -285,6 +287,7 @@ void Backup(const Arguments& arguments) {
   BackupVolumes volumes(name, areas, maxVolumeBytes, group.bytes, arguments.Has("--force"),
                         hasCatalogue);
   volumes.SetBackupVersion(format);
+  if (!arguments.Has("--sync-each")) FlushFilesAtClose();
   volumes.Require(volumes.Backup(finds[0], nullptr));
   volumes.RequireAll(group.names.size());
   if (hasCatalogue) volumes.WriteCatalogue(group);

@@ -95,6 +95,10 @@ void SetUpHost() {
   std::signal(SIGXFSZ, SIG_IGN);
 }
 
+void FlushFilesAtClose() {
+  KzSetFlushAtClose(1);
+}
+
 int StopSignal() {
   return stopSignal;
 }

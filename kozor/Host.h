@@ -8,6 +8,10 @@
 
 namespace kozor::program {
 
+// From now on the library waits for the medium when a file is closed, once for all its writes, and
+// not after each.
+void FlushFilesAtClose();
+
 // Prepares the process: names are UTF-8, files are looked up by their exact names, and the signals
 // that end a program only make StopSignal non-zero.
 void SetUpHost();

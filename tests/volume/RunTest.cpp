@@ -168,6 +168,18 @@ TEST_F(VolumeRun, EveryWriteIsFlushedBeforeTheNext) {
   }
 }
 
+// Flushed at close alone, a volume is on the medium before the next is asked for.
+TEST_F(VolumeRun, AFlushThatFailsAtTheEndOfAVolumeEndsTheBackup) {
+  MakeTwoFiles();
+  KzSetFlushAtClose(1);
+  for (const int volume : {1, 2}) {
+    const FailCall<&posix::SystemCalls::fdatasync> failing(volume, EIO);
+    EXPECT_EQ(Backup(kTwoVolumes), ZorErrorFileFailure);
+    EXPECT_EQ(std::filesystem::exists(folder.Path(VolumeName(2))), volume == 2);
+  }
+  KzSetFlushAtClose(0);
+}
+
 TEST_F(VolumeRun, ASourceThatFailsEndsTheBackup) {
   constexpr std::uintmax_t kFirstFile = kHeader + kHead + 10;
   // What happens to the second of two files, and when.
