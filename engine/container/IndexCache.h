@@ -26,8 +26,8 @@ class IndexCache {
   // The index of an archive that is open as `file`.  Throws what ArchiveIndex throws.
   std::shared_ptr<const ArchiveIndex> Get(const std::string& path, File& file);
 
-  // Opens an archive for reading.  If it is open already and unchanged, that costs a single query of
-  // its metadata.  Also throws ResultCode::ArchiveNotFound and ResultCode::ArchiveNotOpened.
+  // Opens an archive for reading.  If it is open already and unchanged, that costs a single query
+  // of its metadata.  Also throws ResultCode::ArchiveNotFound and ResultCode::ArchiveNotOpened.
   ReadArchive Open(const std::string& path);
 
   // Keeps the archive opened last open until another is opened.  Off by default.
