@@ -1,5 +1,5 @@
-// backup.cpp - stores a directory on volumes of a size of its own choice, one file for each volume,
-// and brings the set back.
+// backup.cpp - stores a directory on volumes of a given size, one file per volume, and restores the
+// set.
 //
 //   backup DIRECTORY PREFIX BYTES DESTINATION      (volumes: PREFIX1.vol, PREFIX2.vol ...)
 #include <cstdio>
@@ -21,8 +21,8 @@ class Set : public ZorMultiVolume {
 
   unsigned long OnQueryDiskSpace(const char*) override { return bytes; }
 
-  // The files are all there, so each volume can be used at once.  A program with real media would
-  // ask for medium param.volume + 1 here.
+  // Volumes are plain files here and always available.  A program with real media would ask for
+  // medium param.volume + 1.
   int OnAbort(const ONABORTPARAM& param) override {
     if (param.phase != PhaseVolume || param.volumeResult == VolumeFirstAsk) return 0;
     std::fprintf(stderr, "volume %d can't be used: %d\n", param.volume + 1, param.volumeResult);

@@ -1,4 +1,4 @@
-// host_paths.cpp - takes the host's own paths, in UTF-8, and says in words what went wrong.
+// host_paths.cpp - accepts host paths in UTF-8 and reports errors as text.
 //
 //   host_paths DIRECTORY ARCHIVE       (Linux: /home/me/data, data.lzh)
 #include <cstdio>
@@ -9,7 +9,7 @@
 
 namespace {
 
-// On Windows the paths are the library's already.
+// On Windows host paths are library paths.
 std::string LibraryPath(const char* path) {
 #ifdef _WIN32
   return path;

@@ -1,4 +1,4 @@
-// list_members.cpp - shows what is in an archive: extracts it, and puts no member anywhere.
+// list_members.cpp - lists an archive by extracting it and skipping every member.
 //
 //   list_members ARCHIVE
 #include <cstdio>

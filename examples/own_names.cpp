@@ -1,5 +1,5 @@
-// own_names.cpp - extracts all members into one directory, without the directories in their names,
-// and leaves out those that it has written already.
+// own_names.cpp - extracts all members into one directory, dropping the directories from their
+// names; of several members of one name it keeps the first.
 //
 //   own_names ARCHIVE DIRECTORY
 #include <cstdio>
@@ -11,7 +11,7 @@
 
 class Flat : public ZorArchive {
   CString OnMakeFileName(const char* directory, const char* name) override {
-    // In UTF-8 no part of a character looks like a backslash.
+    // In UTF-8 a backslash is never part of another character.
     const std::string whole = name;
     const std::string file = whole.substr(whole.rfind('\\') + 1);
     if (!taken.insert(file).second) return "";  // the first one stays

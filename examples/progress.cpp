@@ -1,5 +1,5 @@
-// progress.cpp - makes an archive, shows how far it is, and stops at Ctrl-C.  A stopped run leaves
-// the archive as it was.
+// progress.cpp - makes an archive, shows the progress, and stops at Ctrl-C.  A stopped run leaves
+// the archive unchanged.
 //
 //   progress DIRECTORY ARCHIVE WORK-DIRECTORY
 #include <csignal>
@@ -30,7 +30,7 @@ int main(int argc, char** argv) {
   find.SetCurrentDirectoryA(argv[1]);
   find.AddTail("*.*");
   Shown archive;
-  archive.SetWorkDirectory(argv[3]);  // else every file is a run of the archiver of its own
+  archive.SetWorkDirectory(argv[3]);  // without it the archiver runs once per file
   const int done = archive.Compress(find, argv[2], 1, 0);
   std::puts("");
   if (archive.GetError() == ZorErrorCanceled) std::puts("stopped");

@@ -1,5 +1,5 @@
-// Archive.h - archive objects with the manners of this program: progress, an end when a signal
-// comes, and failures in words.
+// Archive.h - archive objects for this program: they show progress, stop on signals and throw
+// failures with text.
 #pragma once
 
 #include <cstdint>
@@ -13,37 +13,37 @@
 
 namespace kozor::program {
 
-// For what changes archives.
+// For operations that change archives.
 class Archive : public ZorArchive {
  public:
-  // `totalBytes` of all files that will be added.
+  // `totalBytes` is the size of all files to add.
   explicit Archive(std::uint64_t totalBytes = 0) : progress(totalBytes) {}
 
-  // Passes on a success.  Otherwise throws Interrupted after a signal, and else Failure with the
-  // cause; `name` is the archive as the user gave it.
+  // Returns if `succeeded`.  Otherwise throws Interrupted after a signal, else Failure with the
+  // cause; `name` is the archive as the user named it.
   void Require(int succeeded, const std::string& name) const;
-  // Complains unless so many files have been added.
+  // Complains if fewer files than selected have been added.
   void RequireAll(std::size_t selected) const { progress.RequireAll(selected); }
 
  protected:
   int OnAbort(const ONABORTPARAM& param) override;
 
  private:
-  std::string currentName;  // the file that the run came to last
+  std::string currentName;  // the current or last file
   Progress progress;
 };
 
-// For what brings members out, one by one.
+// For unpacking members one by one.
 class MemberReader : public ZorArchive {
  public:
-  // `path` is the library's, `shownName` the user's.
+  // `path` is a library path, `shownName` the name that the user gave.
   MemberReader(std::string path, std::string shownName, std::uint64_t totalBytes);
   ~MemberReader() override;
   MemberReader(const MemberReader&) = delete;
   MemberReader& operator=(const MemberReader&) = delete;
 
-  // Unpacks a member into as many bytes as it has.  Throws FileFailure when that member alone can't
-  // be had; Failure or Interrupted when it's no use to go on.
+  // Unpacks a member into `target`, which has its size.  Throws FileFailure if only this member
+  // fails, Failure or Interrupted if the run has to end.
   void Unpack(const Member& member, std::span<unsigned char> target);
 
  protected:
@@ -54,14 +54,14 @@ class MemberReader : public ZorArchive {
   const std::string name;
   Progress progress;
   class KeptOpen;
-  // The archive stays open between members, and the archiver loaded.
+  // Keeps the archive open and the archiver loaded between members.
   std::unique_ptr<KeptOpen> keptOpen;
 };
 
-// A member's name as the library wants it, with '\' in place of '/'.
+// A member's name in the library's form, with '\' instead of '/'.
 std::string MemberName(std::string name);
 
-// Throws Failure unless `archive`, a library path, is an archive.
+// Throws Failure unless the file at the library path `archive` is an archive.
 void RequireArchive(const std::string& archive, const std::string& name);
 
 }  // namespace kozor::program

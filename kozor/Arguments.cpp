@@ -27,7 +27,7 @@ std::string_view LongestName(std::string_view names) {
   return names.substr(names.rfind(',') + 1);
 }
 
-// The parser takes "[a,b]" for a list of two.  A mark in front of such a word keeps it whole.
+// The parser treats "[a,b]" as a list of two.  A mark before such a word keeps it whole.
 constexpr char kMark = '\x01';
 
 std::string Marked(const std::string& word) {
@@ -41,7 +41,7 @@ std::vector<std::string> WithoutMarks(std::vector<std::string> words) {
   return words;
 }
 
-// Edits between two words: a character more, fewer, or another one.
+// The edit distance: insertions, deletions and substitutions of characters.
 std::size_t Distance(std::string_view a, std::string_view b) {
   std::vector<std::size_t> row(b.size() + 1);
   std::iota(row.begin(), row.end(), std::size_t{0});
@@ -83,7 +83,7 @@ Arguments::Arguments(std::vector<std::string> words, std::span<const Option> own
     known.back()->allow_extra_args(false);
   }
 
-  // A value may begin with a hyphen, and be "--" even.
+  // A value may begin with a hyphen, and may even be "--".
   std::transform(words.begin(), words.end(), words.begin(), Marked);
   std::reverse(words.begin(), words.end());
   try {

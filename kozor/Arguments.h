@@ -1,8 +1,8 @@
-// Arguments.h - the words of a command line, sorted into options and operands, and the help that is
-// made of the same tables.
+// Arguments.h - parses a command line into options and operands; the help comes from the same
+// tables.
 //
 // Options may stand anywhere: "-C base", "--work-dir tmp", "--work-dir=tmp".  After "--" every word
-// is an operand, so that names may begin with a hyphen; a single "-" is an operand as well.
+// is an operand, so that names may begin with a hyphen.  A single "-" is an operand too.
 #pragma once
 
 #include <array>
@@ -16,7 +16,7 @@ namespace kozor::program {
 
 struct Option {
   std::string_view name;   // with its hyphens; "-v,--verbose" has two
-  std::string_view value;  // what its value is called; empty for an option without one
+  std::string_view value;  // the placeholder for its value; empty for a flag
   std::string_view help;
 };
 
@@ -34,26 +34,26 @@ extern const std::span<const Option> kCommonOptions;
 
 class Arguments {
  public:
-  // Throws UsageError for an option that isn't in `options`, lacks its value or has one too many.
+  // Throws UsageError for an unknown option, a missing value, or a value given to a flag.
   Arguments(std::vector<std::string> words, std::span<const Option> options);
 
-  // An option goes by its longest name.
+  // Options are named by their longest name.
   bool Has(std::string_view option) const;
   // The last value given, or `fallback`.
   std::string Value(std::string_view option, std::string_view fallback = "") const;
   // Every value given, in order.
   std::vector<std::string> Values(std::string_view option) const;
-  // The value of an option that takes a whole number from `least` to `most`; throws UsageError.
+  // The value of an option as an integer from `least` to `most`, or `fallback`; throws UsageError.
   int Number(std::string_view option, int least, int most, int fallback) const;
 
   const std::vector<std::string>& Operands() const { return operands; }
-  // Operand `index`; throws UsageError that `what` is missing when there are fewer.
+  // Operand `index`; throws UsageError that `what` is missing if there are fewer operands.
   const std::string& Operand(std::size_t index, std::string_view what) const;
   // The operands from `first` on.
   std::vector<std::string> OperandsFrom(std::size_t first) const;
-  // Throws UsageError when there are more than `count` operands.
+  // Throws UsageError if there are more than `count` operands.
   void AllowOperands(std::size_t count) const;
-  // Throws UsageError when two options are given that exclude each other.
+  // Throws UsageError if `option` is given together with one of `others`.
   void Exclude(std::string_view option, std::initializer_list<std::string_view> others) const;
 
  private:
@@ -61,11 +61,10 @@ class Arguments {
   std::vector<std::string> operands;
 };
 
-// The options one below the other, as a help text shows them.
+// The options as lines of a help text.
 std::string OptionsHelp(std::span<const Option> options);
 
-// ", did you mean X?" for the candidate that a mistyped word comes nearest to; empty when none is
-// near.
+// "; did you mean X?" with the candidate nearest to a mistyped word; empty if none is near.
 std::string Suggestion(std::string_view word, std::span<const std::string_view> candidates);
 
 }  // namespace kozor::program

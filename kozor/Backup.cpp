@@ -74,8 +74,7 @@ bool LiesBelowAny(const std::set<std::string, std::less<>>& names, std::string_v
 
 class BackupVolumes : public Volumes {
  public:
-  // After the last volume: the catalogue of everything that stands on them, files and what else the
-  // group has.
+  // Call after the last volume.  Writes the catalogue of the stored files, folders and links.
   void WriteCatalogue(const FileGroup& group) {
     while (!scanner.AtEnd()) ScanUpTo(static_cast<int>(scanner.Result().volumes.size()) + 1);
     Catalogue& catalogue = scanner.Result();
@@ -85,7 +84,7 @@ class BackupVolumes : public Volumes {
     for (CatalogueFile& file : catalogue.files) file.mode = modes[file.name];
     const std::set<std::string, std::less<>> links(group.links.begin(), group.links.end());
     for (const std::string& name : group.folders) {
-      if (LiesBelowAny(links, name)) continue;  // the link brings it back
+      if (LiesBelowAny(links, name)) continue;  // restored by way of the link
       const FileState state = Inspect(base / HostName(name));
       catalogue.folders.push_back({name, state.time, state.mode});
     }
@@ -115,7 +114,7 @@ class BackupVolumes : public Volumes {
   }
 
  protected:
-  // The room on the disk under the path at this moment, whichever disk the process's drives mean.
+  // The free space on the disk that holds the path now, independent of the mapped drives.
   unsigned long OnQueryDiskSpace(const char* path) override {
     const std::string onOwnDrive = PathOnOwnDrive(HostPath(path));
     const unsigned long space = ZorMultiVolume::OnQueryDiskSpace(onOwnDrive.c_str());
@@ -123,19 +122,19 @@ class BackupVolumes : public Volumes {
     return std::min(maxBytes, space - kept);
   }
 
-  // Before the medium is changed, its volume is read back for its checksum.
+  // Before the medium is changed, the volume on it is read back for its checksum.
   int OnAbort(const ONABORTPARAM& param) override {
     if (param.phase == PhaseVolume) ScanUpTo(param.volume);
     return Volumes::OnAbort(param);
   }
 
-  // A volume of another set may be replaced when the user says so, a volume just written never.
+  // A volume of another set may be replaced if the user agrees, a volume just written never.
   std::string ObjectionTo(const ONABORTPARAM& param) override {
     const fs::path path = volumeName.Path(param.volume + 1);
     if (!Exists(path)) return "";
     const FileState state = Inspect(path);
     if (state.isDirectory || !state.problem.empty()) return kNoVolume;
-    // What a run leaves that is killed before its first write.
+    // Left by a run that was killed before its first write.
     if (state.size == 0) return "";
     try {
       const VolumeHeader header = VolumeReader(path).Header();
@@ -162,7 +161,7 @@ class BackupVolumes : public Volumes {
     }
   }
 
-  // Room for the file with a volume's checksum.
+  // Space for the checksum file of a volume.
   static constexpr unsigned long kChecksumRoom = 16 << 10;
   static constexpr const char* kNoVolume = "a file that is no volume is in its place";
 
@@ -185,7 +184,7 @@ class BackupVolumes : public Volumes {
   SetScanner scanner;
 };
 
-// Bytes of "--volume-size"; 4 GiB less one is what a volume can have.
+// Parses "--volume-size"; a volume can have at most 4 GiB - 1 bytes.
 unsigned long ReadSize(const std::string& text) {
   constexpr std::uint64_t kMaxBytes = 0xFFFFFFFF;
   if (text.empty()) return kMaxBytes;
@@ -216,7 +215,7 @@ std::string UniqueIdentity() {
 Areas ReadAreas(const Arguments& arguments, int format) {
   Areas areas{arguments.Has("--id") ? arguments.Value("--id") : UniqueIdentity(),
               arguments.Value("--label"), arguments.Value("--memo")};
-  // The last volume of a set of format 1.00 can get too short to be read again without these bytes.
+  // Without these bytes the last volume of a set of format 1.00 can be too short to be read.
   constexpr std::size_t kLeastBytes = 7;
   const std::size_t bytes = areas.id.size() + areas.label.size() + areas.memo.size();
   if (format == 100 && bytes < kLeastBytes) areas.memo.append(kLeastBytes - bytes, ' ');
@@ -227,8 +226,8 @@ Areas ReadAreas(const Arguments& arguments, int format) {
   return areas;
 }
 
-// Names that differ in case alone can't be told to the library in one selection of several masks,
-// and a set is made of one selection.  A folder of links to the files takes one mask.
+// With several masks the library drops names that differ only in case, and a set has only one
+// selection.  In a folder of links to the files, one mask selects them all.
 class LinkTree {
  public:
   explicit LinkTree(const FileGroup& group) {
@@ -252,13 +251,13 @@ class LinkTree {
   TemporaryFolder folder;
 };
 
-// The set's volumes, and what stands beside them.
+// Whether a file is one of the set's volumes, checksums or the catalogue.
 bool IsOwnFile(const VolumeName& name, fs::path path) {
   if (name.Means(path) || path == CataloguePath(name)) return true;
   return path.extension() == ".sha256" && name.Means(path.replace_extension());
 }
 
-// One set is one group of files.
+// A set can hold only one group of files.
 FileGroup SelectForSet(const SelectionRequest& request) {
   std::vector<FileGroup> groups = Select(request);
   if (groups.size() > 1) {

@@ -19,7 +19,7 @@ namespace {
 
 constexpr int kFormat = 1;
 
-// Replaces the file in one step.
+// Replaces the file atomically.
 void WriteWhole(const fs::path& path, const std::string& text) {
   const fs::path temporary = path.string() + ".tmp";
   std::ofstream file(temporary, std::ios::binary);
@@ -125,7 +125,8 @@ void SetScanner::Scan(const fs::path& path) {
   } else if (!first.IsOfSameSet(volume.Header())) {
     throw Failure(Visible(path.string()) + ": a volume of another set");
   }
-  // The sum of the volume is made of every byte, in order; those of the files on the way.
+  // Every byte goes into the volume's checksum, in order; those of the files are computed on the
+  // way.
   Sha256 volumeSum;
   std::vector<unsigned char> block(1 << 16);
   std::uint64_t at = 0;

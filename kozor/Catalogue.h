@@ -1,5 +1,5 @@
-// Catalogue.h - what the program knows of a backup set beyond the set's own format: checksums, and
-// what the format has no room for.  docs/catalogue.md lays the files open.
+// Catalogue.h - the catalogue of a backup set: checksums, and metadata for which the volume format
+// has no field.  Format: docs/catalogue.md.
 #pragma once
 
 #include <cstdint>
@@ -16,7 +16,7 @@ namespace kozor::program {
 
 struct CatalogueVolume {
   int number = 0;
-  std::string file = {};  // its name, without directories
+  std::string file = {};  // file name without directories
   std::uint64_t bytes = 0;
   std::string sha256 = {};
 };
@@ -25,9 +25,9 @@ struct CatalogueFile {
   std::string name;  // library name
   std::uint64_t bytes = 0;
   std::int64_t time = 0;  // last write, seconds since 1970
-  unsigned int mode = 0;  // permission bits, 0 when not known
+  unsigned int mode = 0;  // permission bits, 0 if unknown
   std::uint8_t attribute = 0;
-  int volume = 0;            // that its data begins on
+  int volume = 0;            // on which its data begins
   std::uint64_t offset = 0;  // of its data on that volume
   std::string sha256 = {};
 };
@@ -54,15 +54,15 @@ struct Catalogue {
   std::uint64_t TotalBytes() const;
 };
 
-// The checksum that tells sets apart.
+// The checksum that identifies a set.
 std::string IdentityOf(const VolumeHeader& header);
 
-// Reads the volumes of a set one after the other and notes what stands on them.
+// Reads the volumes of a set in order and catalogues their contents.
 class SetScanner {
  public:
-  // Throws Failure when the volume isn't the next one of the set, or is damaged.
+  // Throws Failure if the volume isn't the next one of the set, or is damaged.
   void Scan(const std::filesystem::path& path);
-  // Whether the last file of the set is whole.
+  // Whether the last file of the set has been read completely.
   bool AtEnd() const { return !isFirst && recordsLeft == 0 && bytesLeft == 0; }
   Catalogue& Result() { return catalogue; }
   const Catalogue& Result() const { return catalogue; }
@@ -72,18 +72,18 @@ class SetScanner {
   VolumeHeader first;
   bool isFirst = true;
   std::int64_t recordsLeft = 0;
-  std::uint64_t bytesLeft = 0;  // of the file at hand
+  std::uint64_t bytesLeft = 0;  // of the current file
   Sha256 fileSum;
 };
 
-// The catalogue's own file beside the volumes, and the checksum file of a volume.
+// The paths of the catalogue of a set and of the checksum file of a volume.
 std::filesystem::path CataloguePath(const VolumeName& name);
 std::filesystem::path ChecksumPath(const std::filesystem::path& volume);
 
-// Throw Failure when a file can't be written, or makes no sense.
+// These throw Failure if a file can't be written or is malformed.
 void WriteCatalogue(const Catalogue& catalogue, const std::filesystem::path& path);
 void WriteChecksum(const CatalogueVolume& volume, const std::filesystem::path& volumePath);
-// Nothing when there is no such file.
+// Nothing if there is no such file.
 std::optional<Catalogue> ReadCatalogue(const std::filesystem::path& path);
 std::optional<std::string> ReadChecksum(const std::filesystem::path& volume);
 

@@ -1,5 +1,4 @@
-// Commands.h - what the program can do.  Each command has a source file of its own, with its help
-// beside the code that keeps the promise.
+// Commands.h - the program's commands.  Each one has its own source file, with its help text.
 #pragma once
 
 #include <span>
@@ -14,7 +13,7 @@ struct Command {
   std::string_view purpose;  // one line
   std::string_view help;     // synopsis and explanation
   std::span<const Option> options;
-  // Complains of what went wrong with single files and goes on; throws what ends the run.
+  // Complains about failures of single files and goes on; throws to end the run.
   void (*run)(const Arguments& arguments);
 };
 

@@ -51,9 +51,9 @@ std::string DurationText(double seconds) {
   return text.data();
 }
 
-// Length in bytes of the UTF-8 character at the start of `text` if it may be shown as it is, else
-// 0: for malformed bytes, controls (U+0000 to U+001F, U+007F to U+009F), and the characters that
-// turn the direction of writing (U+200E, U+200F, U+202A to U+202E, U+2066 to U+2069).
+// The length in bytes of the UTF-8 character at the start of `text` if it may be shown, else 0: for
+// malformed bytes, control characters (U+0000 to U+001F, U+007F to U+009F) and characters that
+// change the writing direction (U+200E, U+200F, U+202A to U+202E, U+2066 to U+2069).
 std::size_t ShowableLength(std::string_view text) {
   const auto lead = static_cast<unsigned char>(text[0]);
   const std::size_t length = lead < 0x80              ? 1
@@ -74,7 +74,7 @@ std::size_t ShowableLength(std::string_view text) {
   return control || direction ? 0 : length;
 }
 
-// The end of a long name, which tells more than its beginning.  Never cuts inside a character.
+// The end of a long name, which is more specific than its beginning.  Never splits a character.
 std::string LastPart(const std::string& name, std::size_t width) {
   if (name.size() <= width) return name;
   std::size_t start = name.size() - width;

@@ -1,5 +1,5 @@
-// Console.h - how the program talks to its user: results on standard output; complaints, remarks,
-// questions and progress on standard error; and standard input as bytes.
+// Console.h - user interaction: results on standard output; complaints, remarks, questions and
+// progress on standard error; and standard input as bytes.
 #pragma once
 
 #include <cstdint>
@@ -17,28 +17,28 @@ void SetProgress(ShowWhen when);
 
 // Prints "kozor: text" and makes the exit code 1.
 void Complain(const std::string& text);
-// How often Complain has been called.
+// The number of calls of Complain.
 int Complaints();
-// Prints "kozor: text" without a bearing on the exit code; not when quiet.
+// Prints "kozor: text" unless quiet; doesn't affect the exit code.
 void Remark(const std::string& text);
-// Names a file that is done; only when verbose.
+// Prints the name of a finished file if verbose.
 void Mention(const std::string& text);
 
-// How far a run has come, in bytes over all its files: a bar, the rate and the time left, a few
-// times a second at most.
+// The progress of a run in bytes over all files: a bar, the rate and the time left, redrawn a few
+// times per second at most.
 class Progress {
  public:
-  // `totalBytes` 0 when it isn't known: bytes and rate are shown then.  `runTitle` stands in front
-  // of each file's name.
+  // If `totalBytes` is 0 (unknown), bytes and rate are shown.  `runTitle` is printed before each
+  // file name.
   explicit Progress(std::uint64_t totalBytes = 0, std::string runTitle = "")
       : total(totalBytes), title(std::move(runTitle)) {}
 
   // `bytes` of the current file are done.
   void Running(std::uint64_t bytes, std::string_view libraryName);
-  // The current file is done, all `bytes` of it.
+  // The current file is finished, with `bytes` bytes.
   void FileEnds(std::uint64_t bytes);
-  // Complains unless as many files are done as were selected: a folder that can't be read a second
-  // time is skipped without a word below us.
+  // Complains if fewer files are finished than were selected: the library silently skips a folder
+  // that can't be read a second time.
   void RequireAll(std::size_t selected) const;
 
  private:
@@ -46,42 +46,42 @@ class Progress {
 
   std::uint64_t total;
   std::string title;
-  std::size_t files = 0;       // that are done
+  std::size_t files = 0;       // finished
   std::uint64_t finished = 0;  // their bytes
-  std::uint64_t shown = 0;     // never less than before
+  std::uint64_t shown = 0;     // never decreases
 };
 
-// Takes the bar off the screen again.
+// Erases the bar.
 void HideProgress();
 
-// A name for the screen: control characters and bytes that aren't UTF-8 appear as \xNN, so that a
-// name can't move the cursor or hide a part of itself.
+// Makes a name safe for a terminal: control characters and invalid UTF-8 bytes become \xNN, so that
+// a name can't move the cursor or hide a part of itself.
 std::string Visible(std::string_view name);
-// The same for a path of the library, with '/' in place of its backslashes.
+// The same for a library path, with '/' instead of backslashes.
 std::string VisibleLibraryName(std::string_view name);
 
 // "1.2 GiB".
 std::string SizeText(std::uint64_t bytes);
 
-// What standard output doesn't take is a Failure.
+// These throw Failure if standard output can't be written.
 void WriteStandardOutput(const unsigned char* data, std::size_t size);
 void PrintText(const std::string& text);
 void PrintLine(const std::string& line);
-// Throws Failure unless everything printed has really been taken.
+// Flushes; throws Failure if anything printed could not be written.
 void FinishStandardOutput();
 
 void CopyToStandardOutput(const std::filesystem::path& path);
 
-// Standard input up to its end, into a new file.
+// Copies standard input up to its end to a new file.
 void SaveStandardInput(const std::filesystem::path& path);
-// Everything up to the end of standard input.  Throws Failure for more than 4 GiB less one byte,
-// and Interrupted when a signal comes meanwhile.
+// Reads standard input up to its end.  Throws Failure if it exceeds 4 GiB - 1 bytes, and
+// Interrupted after a signal.
 std::vector<unsigned char> ReadStandardInput();
 
 // Whether there is a user to ask: standard input and standard error are a terminal.
 bool CanAsk();
-// Shows `question` on standard error and waits for a line.  False when the input ends or a signal
-// comes.
+// Shows `question` on standard error and waits for a line.  Returns false at the end of input or
+// after a signal.
 bool AskUser(const std::string& question, std::string& answer);
 
 }  // namespace kozor::program

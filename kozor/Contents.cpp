@@ -1,7 +1,7 @@
 // Contents.cpp - see Contents.h.
 //
-// The library tells of files alone, and of them only what its interface has room for.  So the
-// headers are read here, by the archiver's own reader.
+// The library's interface reports only files, and only some of their metadata.  So the headers are
+// read here, with the archiver's own reader.
 #include "Contents.h"
 
 #include <algorithm>
@@ -29,8 +29,8 @@ namespace {
 
 constexpr unsigned int kUtf8 = 65001;
 
-// A link's name and target stand in the header as one path, "name|target", cut at its last
-// separator as any other.
+// The header stores a link's name and target as one path, "name|target", split at its last
+// separator like any other.
 void ReadLink(container::NameFields fields, Member& member) {
   std::string whole = fields.directory.value_or("");
   if (!whole.empty() && !whole.ends_with('\xFF')) whole += '\xFF';
@@ -79,7 +79,7 @@ Member Describe(const container::Member& known, const container::MemberHeader& h
   return member;
 }
 
-// Of several members of one name the last counts.
+// Of several members with one name the last counts.
 void MarkSuperseded(std::vector<Member>& members) {
   std::unordered_map<std::string_view, Member*> latest;
   for (Member& member : members) {
@@ -98,7 +98,7 @@ bool IsVolume(const std::filesystem::path& path) {
   }
 }
 
-// A name as words are compared with it: without separators at its ends.
+// A name for comparison with words: without leading separators and without a trailing one.
 std::string_view Trimmed(std::string_view name) {
   name.remove_prefix(std::min(name.find_first_not_of('\\'), name.size()));
   if (name.ends_with('\\')) name.remove_suffix(1);
@@ -124,14 +124,14 @@ class Choice {
     const std::string_view name = Trimmed(member.name);
     return hasWildcards ? mask.MeansItself(name) : IsOrLiesBelow(name, mask.Word());
   }
-  // The same without case, for names that no member has.
+  // The same, ignoring case, for names that no member has exactly.
   bool NearlyMeans(const Member& member) const {
     const std::u16string name = text::UpperKey(Trimmed(member.name));
     return !hasWildcards && name.starts_with(folded) &&
            (name.size() == folded.size() || name[folded.size()] == u'\\');
   }
 
-  // The same for the last part of names, wherever they are.
+  // The same for the file name, in any folder.
   bool MeansFileName(const Member& member) const {
     return !hasWildcards && mask.MeansItself(Trimmed(member.name));
   }
@@ -144,7 +144,7 @@ class Choice {
 
 using Meaning = bool (Choice::*)(const Member&) const;
 
-// The members that the word means in the first of several ways that finds any.
+// Tries several ways to match a word and returns the members of the first that finds any.
 std::vector<const Member*> FindMeant(const std::vector<Member>& members, const std::string& word,
                                      std::initializer_list<Meaning> ways) {
   const Choice choice(word);
@@ -196,7 +196,7 @@ std::vector<Member> ReadMembers(const std::string& archive, const std::string& n
     MarkSuperseded(members);
     return members;
   } catch (const container::Failure& failure) {
-    // The library's numbers are the archiver's less this.
+    // The library's numbers are the archiver's minus 0x8000.
     const auto error = static_cast<ZorError>(static_cast<int>(failure.code) - 0x8000);
     if (error == ZorErrorEngine8019 && IsVolume(HostPath(archive))) {
       throw Failure(Visible(name) + ": a volume of a backup set (see kozor info)");

@@ -1,4 +1,4 @@
-// Contents.h - what an archive holds, and which of it the words of a command line mean.
+// Contents.h - the members of an archive, and their selection by the words of a command line.
 #pragma once
 
 #include <cstdint>
@@ -16,8 +16,8 @@ enum class MemberKind { File, Folder, Link, Nameless };
 
 struct Member {
   MemberKind kind = MemberKind::File;
-  std::string name;        // as the library gives it, with backslashes; a folder's ends in one
-  std::string linkTarget;  // of a link, as it is stored, with '/'
+  std::string name;        // in the library's form, with backslashes; a folder's ends in one
+  std::string linkTarget;  // of a link, as stored, with '/'
   std::string method;      // "-lh5-"
   int level = 0;           // of the header
   std::uint64_t size = 0;  // unpacked, in bytes
@@ -25,26 +25,26 @@ struct Member {
   std::optional<std::uint16_t> crc;
   std::uint64_t lastWrite = 0;  // 100 ns since 1601, UTC
   std::uint8_t attribute = 0;   // FILE_ATTRIBUTE_* bits
-  unsigned int unixMode = 0;    // file type included; 0 when not recorded
+  unsigned int unixMode = 0;    // including the file type; 0 if not recorded
   bool superseded = false;      // a later member has the same name
-  bool overclaims = false;      // its packed data can't unpack to so many bytes
-  bool damaged = false;         // its header or its data is known not to be whole
+  bool overclaims = false;      // its packed data can't unpack to this size
+  bool damaged = false;         // its header or data is known to be damaged
 
   std::int64_t Seconds() const;  // last write since 1970
 };
 
-// Throws FileFailure for a member whose size shows that it can't be unpacked, before any room is
-// made for it.
+// Throws FileFailure for a member whose size shows that it can't be unpacked.  Call it before
+// reserving space.
 void RequireUnpackable(const Member& member);
 
-// Reads all headers.  `archive` is a library path, `name` what to call it.  Throws Failure when it
-// can't be read, is no archive, or is nothing but damage.
+// Reads all headers.  `archive` is a library path, `name` its name for messages.  Throws Failure if
+// it can't be read, isn't an archive, or is entirely damaged.
 std::vector<Member> ReadMembers(const std::string& archive, const std::string& name);
 
 // An archive to read, as the user names it.
 //
-// "-" is standard input, of which a copy in the directory for temporaries is read.  Damage in the
-// archive is complained of; what is damaged is a member among the others.
+// "-" is standard input, which is first copied to the directory for temporaries.  Complains about
+// damage; damaged parts are listed as members.
 class SourceArchive {
  public:
   explicit SourceArchive(std::string givenName);
@@ -62,18 +62,18 @@ class SourceArchive {
   std::optional<TemporaryFolder> copy;
 };
 
-// The members that a word of the command line means, in the archive's order.
+// The members that a word of the command line selects, in the archive's order.
 //
-//   docs/a.txt   the member of this name, or of one that differs in case alone
+//   docs/a.txt   the member of this name, or of one that differs only in case
 //   docs, docs/  everything below this folder, and the folder
-//   docs/*.txt   names that match, below the folder docs in all its folders
+//   docs/*.txt   matching names in the folder docs and all folders below it
 //
-// A name that no member has means those that differ in case alone.
+// A name that no member has exactly selects those that differ only in case.
 std::vector<const Member*> Meant(const std::vector<Member>& members, const std::string& word);
 
-// The members that any of the words means, without what is superseded or excluded; all of them if
-// there are no words.  A name that means none so far means the files that have it in any folder.
-// Complains of each word that means none.
+// The members that any of the words selects, or all if there are no words, without superseded and
+// excluded ones.  A name that selects nothing else selects files of that name in any folder.
+// Complains about each word that selects nothing.
 std::vector<const Member*> Choose(const std::vector<Member>& members,
                                   const std::vector<std::string>& words, const MaskList& excludes,
                                   const std::string& archiveName);

@@ -1,4 +1,4 @@
-// Delete.cpp - kozor delete: members out of an archive.
+// Delete.cpp - kozor delete: deletes members from an archive.
 #include "Archive.h"
 #include "Commands.h"
 #include "Console.h"
@@ -20,7 +20,7 @@ MASK means nothing, nothing is deleted.  An archive that has lost its last membe
 is removed.
 )";
 
-// What the archiver is told: a mask as it is, a member's own name, or everything below a folder,
+// The masks for the archiver: a mask unchanged, a member's own name, or everything below a folder
 // and then the folder.
 std::vector<std::string> MasksFor(const std::string& word,
                                   const std::vector<const Member*>& meant) {
@@ -53,8 +53,8 @@ void Delete(const Arguments& arguments) {
     }
     for (std::string& mask : MasksFor(word, meant)) masks.push_back(std::move(mask));
   }
-  // One mask at a time: of several the library would drop names that differ in case alone.  What an
-  // earlier mask has deleted already, the archive itself perhaps, isn't missing.
+  // One mask at a time: with several the library drops names that differ only in case.  It is no
+  // error if an earlier mask has deleted a member, or the whole archive, already.
   Archive archive;
   for (std::size_t i = 0; i < masks.size() && Exists(HostPath(path)); ++i) {
     ZorFind find;

@@ -20,7 +20,7 @@ bool BeginsWithDrive(const std::string& name) {
   return name.size() >= 2 && name[1] == ':' && std::isalpha(static_cast<unsigned char>(name[0]));
 }
 
-// Throws when a component can't be a file's name, or climbs.
+// Throws if a component isn't a valid file name or is "." or "..".
 void RequireSound(const std::string& name) {
   for (std::size_t start = 0; start <= name.size();) {
     const std::size_t end = std::min(name.find('\\', start), name.size());
@@ -66,7 +66,7 @@ DeliveryRules ReadDeliveryRules(const Arguments& arguments) {
   return rules;
 }
 
-// Relative to the destination, or complete when the name is and may be.
+// The path relative to the destination, or complete if the name is and the rules allow it.
 fs::path Delivery::PathOf(const std::string& name) {
   const bool hasDrive = BeginsWithDrive(name);
   const bool rooted = hasDrive || name.starts_with('\\');
@@ -133,7 +133,7 @@ void Delivery::Deliver(const Item& item, const std::string& workName) {
   }
 }
 
-// `known`: the contents have been compared, and differ.
+// With `known` the contents have been compared and differ.
 Delivery::Verdict Delivery::Judge(const Item& item, const Occupant& occupant, bool known) {
   if (occupant.isDirectory) throw FileFailure("a directory is in the way");
   switch (rules.existing) {

@@ -1,4 +1,4 @@
-// Extract.cpp - kozor extract: members out of an archive into files.
+// Extract.cpp - kozor extract: unpacks members into files.
 #include "Archive.h"
 #include "Commands.h"
 #include "Console.h"
@@ -26,7 +26,7 @@ class Extraction {
  public:
   Extraction(Delivery& target, MemberReader& source) : delivery(target), reader(source) {}
 
-  // Names what can't be brought out.
+  // Complains about members that can't be extracted.
   void Run(const std::vector<const Member*>& members) {
     for (const Member* member : members) {
       StopIfAsked();
@@ -75,13 +75,13 @@ class Extraction {
     Mention(VisibleLibraryName(member.name));
   }
 
-  // A usual attribute is what a file has without one being set.
+  // A file without a stored attribute already has the default one.
   static void SetAttribute(const std::string& path, std::uint8_t attribute) {
     if (attribute != FILE_ATTRIBUTE_ARCHIVE) ZorSetFileAttribute(path.c_str(), attribute);
   }
 
-  // Links come last, so that no file of the archive goes through one; folders get their times and
-  // modes after everything in them is there.
+  // Links come last, so that no file of the archive is written through one.  Folders get their
+  // times and modes after their contents.
   void Finish() {
     for (const Member* link : links) {
       try {
@@ -96,7 +96,7 @@ class Extraction {
     }
   }
 
-  // Set-uid, set-gid and sticky bits never come out of an archive.
+  // Set-uid, set-gid and sticky bits are never extracted.
   static constexpr unsigned int kPermissions = 0777;
 
   Delivery& delivery;

@@ -1,4 +1,5 @@
-// Failure.h - how a command, or its work on one file, ends early, and what is said of it.
+// Failure.h - the exceptions that end a command, or its work on one file, and texts for error
+// numbers.
 #pragma once
 
 #include <stdexcept>
@@ -9,20 +10,20 @@
 
 namespace kozor::program {
 
-// The command can't go on; the text says why, names included, ready to print.
+// The command can't go on.  The text is ready to print and includes names.
 class Failure : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
 };
 
-// One file can't be done, and the command goes on with the others.  The text says why, without the
-// file's name.
+// One file fails, and the command goes on with the others.  The text doesn't include the file's
+// name.
 class FileFailure : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
 };
 
-// The command line can't be understood.
+// The command line is invalid.
 class UsageError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
@@ -31,13 +32,12 @@ class UsageError : public std::runtime_error {
 // A signal asked the program to stop, and the run has ended.
 struct Interrupted {};
 
-// The library's error numbers, and the system's (errno), in words: the end of a sentence that
-// begins with the name of a file.
+// Texts for the library's error numbers and for errno, to follow the name of a file.
 std::string_view ErrorText(ZorError error);
 std::string SystemErrorText(int number);
 
-// Whether the error is the archive's, the archiver's or the machine's, so that no other member can
-// be brought out either.
+// Whether the error concerns the archive, the archiver or the machine, so that other members would
+// fail too.
 bool EndsTheRun(ZorError error);
 
 }  // namespace kozor::program

@@ -1,4 +1,4 @@
-// Info.cpp - kozor info: what a volume of a backup set says of itself.
+// Info.cpp - kozor info: shows the header and the files of a backup volume.
 #include <array>
 
 #include "Commands.h"
@@ -50,7 +50,8 @@ std::int64_t PrintRecords(VolumeReader& volume, std::int64_t recordsLeft) {
   return count;
 }
 
-// Follows a set from its first volume on, since only the heads of files tell where the next begins.
+// Follows a set from its first volume on, because only a file's record head gives the position of
+// the next one.
 class SetReader {
  public:
   explicit SetReader(const VolumeName& volumeName) : name(volumeName) {}
@@ -95,7 +96,7 @@ void ShowSet(const VolumeName& name) {
   } while (!reader.AtEnd());
 }
 
-// The name of all volumes of the set, when `path` holds its volume's number.
+// The pattern for all volumes of the set, if `path` contains the volume's number.
 std::string PatternOf(const fs::path& path, std::int64_t number) {
   std::string file = path.filename().string();
   const std::string digits = std::to_string(number);

@@ -1,4 +1,4 @@
-// List.cpp - kozor list: what an archive holds.
+// List.cpp - kozor list: lists the members of an archive.
 #include <array>
 #include <cstdio>
 #include <nlohmann/json.hpp>

@@ -1,4 +1,4 @@
-// Listing.h - the lines that stand for files in the lists of kozor list and kozor info.
+// Listing.h - formats the lines of kozor list and kozor info.
 #pragma once
 
 #include <cstdint>
@@ -12,7 +12,7 @@ std::string TimeText(std::int64_t secondsSince1970);
 // Size in bytes, time, attributes (FILE_ATTRIBUTE_* bits) as letters or hyphens, and name.
 std::string EntryLine(const std::string& size, const std::string& time, std::uint8_t attribute,
                       const std::string& shownName);
-// "rhsa", a hyphen for each that isn't set.
+// "rhsa", with a hyphen for each bit that isn't set.
 std::string AttributeText(std::uint8_t attribute);
 
 }  // namespace kozor::program

@@ -1,7 +1,7 @@
 // Main.cpp - kozor, a command-line program for LZH archives and backup sets.
 //
-// Exit codes: 0 everything done, 1 something failed or was left out, 2 the command line makes no
-// sense, 128 + n a signal n ended the run (130 for Ctrl-C).
+// Exit codes: 0 success, 1 something failed or was left out, 2 invalid command line, 128 + n
+// stopped by signal n (130 for Ctrl-C).
 #include <algorithm>
 #include <array>
 #include <exception>
@@ -81,7 +81,7 @@ void SetUpConsole(const Arguments& arguments) {
                                  : ShowWhen::Never);
 }
 
-// The command whose help is the best help after a usage error.
+// The command whose help a usage error refers to.
 const Command* current = nullptr;
 
 void Run(std::vector<std::string> words) {
@@ -102,7 +102,7 @@ void Run(std::vector<std::string> words) {
   command.run(arguments);
 }
 
-// Runs the command line and turns every way in which it can end into an exit code.
+// Runs the command line and turns every outcome into an exit code.
 int RunToExitCode(const std::vector<std::string>& words) {
   try {
     Run(words);

@@ -9,13 +9,13 @@ namespace kozor::program {
 
 namespace {
 
-// Cuts after the last backslash.  The paths are relative: a ':' is no drive's.
+// Splits after the last backslash.  The paths are relative, so a ':' doesn't end a drive.
 std::pair<std::string_view, std::string_view> Cut(std::string_view path) {
   const std::size_t cut = path.rfind('\\') + 1;
   return {path.substr(0, cut), path.substr(cut)};
 }
 
-// A mask as the user wrote it, in the form of names.
+// Converts a user's mask to the library's form.
 std::string LibraryForm(std::string word) {
   std::replace(word.begin(), word.end(), '/', '\\');
   if (word.starts_with(".\\")) word.erase(0, 2);

@@ -1,5 +1,5 @@
-// Mask.h - which names a mask means, for the choices that the library doesn't make by itself:
-// --exclude, and the files of a backup set to restore.
+// Mask.h - matches names against masks where the library doesn't: for --exclude, and for the files
+// of a backup set to restore.
 #pragma once
 
 #include <optional>
@@ -13,20 +13,20 @@ namespace kozor::program {
 
 bool HasWildcards(std::string_view text);
 
-// One mask of relative library paths in UTF-8: a folder, and a name by the rules of
+// A mask for relative library paths in UTF-8: a folder, and a name by the rules of
 // platform/text/WildCard.h.
 //
 //   mask           means
-//   *.txt          every file or folder of such a name, wherever it is
-//   notes          every file or folder of that name, wherever it is
+//   *.txt          every file or folder with such a name, in any folder
+//   notes          every file or folder with that name, in any folder
 //   src\*.o        such names below the folder src
 //
-// Names with wild-cards ignore case; plain names and folders don't.
+// Names with wild-cards ignore case; plain names and folders are case-sensitive.
 class Mask {
  public:
   explicit Mask(std::string given);
   const std::string& Word() const { return word; }
-  // Whether a path, or a folder on the way to it, is one of these.
+  // Whether a path, or a folder above it, matches.
   bool Means(std::string_view path) const;
   // The same for the path alone.
   bool MeansItself(std::string_view path) const;
@@ -35,7 +35,7 @@ class Mask {
   bool MeansName(std::string_view candidate) const;
 
   std::string word;
-  std::string folder;  // with a backslash at its end, or empty
+  std::string folder;  // with a trailing backslash, or empty
   std::string name;
   std::optional<text::WildCard> wildCard;
 };
@@ -46,7 +46,7 @@ class MaskList {
   explicit MaskList(const std::vector<std::string>& words);
   bool Empty() const { return masks.empty(); }
   bool Means(std::string_view name) const;
-  // The words of which no name asked for so far was meant.
+  // The words that have matched no name so far.
   std::vector<std::string> Unused() const;
 
  private:

@@ -1,4 +1,4 @@
-// Output.h - where a run that changes an archive writes.
+// Output.h - the archive that a run writes, and its work directory.
 #pragma once
 
 #include <filesystem>
@@ -9,24 +9,23 @@
 
 namespace kozor::program {
 
-// An archive about to be written, and the work directory for it.
+// An archive to write, and the work directory for it.
 //
-// Unless the user names a work directory the run gets one of its own beside the archive, so that
-// temporaries lie on the same disk and other runs don't meet them.  An archive that is to be
-// replaced as a whole is written in there, and takes the old one's place when it is complete:
-// whatever stops the run, the old one is still there.  What the run leaves in the directory goes
-// with the object.
+// Unless the user names a work directory, the run makes its own beside the archive, so that
+// temporaries are on the same disk and apart from those of other runs.  A new archive that replaces
+// an old one is written there and renamed when it is complete, so the old one survives a run that
+// is stopped.  The destructor removes the directory with everything left in it.
 class Output {
  public:
-  // With `fresh` what stands at `archive` is to be replaced; it must be an archive then.
+  // With `fresh` an existing file at `archive` is replaced; it must be an archive.
   Output(const std::string& archive, bool fresh, const std::string& workDirectory);
 
-  // Library path of the archive to write, and whether to add to what it holds.
+  // The library path of the archive to write, and whether to append to it.
   const std::string& Path() const { return path; }
   int Append() const { return append; }
   const std::string& WorkDirectory() const { return workDirectory; }
 
-  // Puts a finished new archive, and a program made of it, in their places.
+  // Moves a finished new archive, and the program made from it, to their places.
   void Commit();
 
  private:
@@ -34,7 +33,7 @@ class Output {
 
   std::filesystem::path archive;
   std::optional<WorkFolder> ownDirectory;
-  std::filesystem::path staging;  // empty when the archive is written in its place
+  std::filesystem::path staging;  // empty if the archive is written in place
   std::string path;
   std::string workDirectory;
   int append;

@@ -1,4 +1,4 @@
-// Print.cpp - kozor print and kozor test: members unpacked to standard output, and to nowhere.
+// Print.cpp - kozor print and kozor test: unpack members to standard output, or only verify them.
 #include "Archive.h"
 #include "Commands.h"
 #include "Console.h"
@@ -30,7 +30,8 @@ constexpr std::array<Option, 1> kOptions = {{
     {"--exclude", "MASK", "leave out members and folders of this name; may be\nrepeated"},
 }};
 
-// Unpacks the chosen members one by one and hands each over when it is known to be whole.
+// Unpacks the chosen members one by one and passes each to `whole` after its checksum has been
+// verified.
 template <typename Whole>
 std::size_t UnpackEach(const Arguments& arguments, Whole whole) {
   const SourceArchive archive(arguments.Operand(0, "the archive"));

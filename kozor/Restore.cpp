@@ -1,4 +1,4 @@
-// Restore.cpp - kozor restore: the files of a backup set.
+// Restore.cpp - kozor restore: restores the files of a backup set.
 #include <algorithm>
 #include <array>
 #include <map>
@@ -54,7 +54,7 @@ class RestoreVolumes : public Volumes {
 
  protected:
   int OnAbort(const ONABORTPARAM& param) override {
-    // The areas seen last are those of the volume that has been taken.
+    // The areas checked last belong to the volume that has been accepted.
     if (param.volume == 1 && !setAreas) {
       setAreas = areas;
       SetTitle((*setAreas)[1]);
@@ -70,7 +70,7 @@ class RestoreVolumes : public Volumes {
     return !setAreas || area == setAreas->at(static_cast<std::size_t>(kind)) ? 1 : 0;
   }
 
-  // Every file is made in the work folder first.
+  // Every file is first written to the work folder.
   CString OnMakeFileName(const char* /*destination*/, const char* name) override {
     currentName = name;
     if (!masks.Empty() && !masks.Means(name)) return "";
@@ -101,13 +101,13 @@ class RestoreVolumes : public Volumes {
   const MaskList& masks;
   const MaskList& excludes;
   Delivery& delivery;
-  std::array<std::string, 3> areas;                    // of the volume looked at last
-  std::optional<std::array<std::string, 3>> setAreas;  // of the first volume taken
+  std::array<std::string, 3> areas;                    // of the volume checked last
+  std::optional<std::array<std::string, 3>> setAreas;  // of the first volume accepted
   std::string workName;                                // of the file at hand
   std::uint64_t made = 0;
 };
 
-// Restores what a catalogue tells of, each file by itself.
+// Restores by a catalogue, one file at a time.
 class CatalogueRestore {
  public:
   CatalogueRestore(const Catalogue& known, const VolumeName& volumeName, Delivery& target,
@@ -118,7 +118,7 @@ class CatalogueRestore {
         linkRule(linksRule),
         progress(known.TotalBytes()) {}
 
-  // `wanted` tells of a name whether it's chosen.
+  // `wanted` returns whether a name is selected.
   template <typename Wanted>
   void Run(Wanted wanted, bool goesOn) {
     FindLinks(wanted);
@@ -158,8 +158,8 @@ class CatalogueRestore {
     }
   }
 
-  // A link comes back if what it leads to comes back too, if it led nowhere before, or if it may
-  // lead anywhere.  Any other one becomes a file, or a folder of files.
+  // A link is restored as a link if its target is restored too, if it was dangling, or if links may
+  // lead anywhere.  Any other becomes a file, or a folder of files.
   template <typename Wanted>
   void FindLinks(Wanted wanted) {
     std::unordered_set<std::string> names;
@@ -270,13 +270,13 @@ class CatalogueRestore {
   Delivery& delivery;
   const Destination::Links linkRule;
   Progress progress;
-  std::map<std::string, const CatalogueLink*> links;  // that come back as links
+  std::map<std::string, const CatalogueLink*> links;  // restored as links
   std::optional<VolumeReader> openVolume;
   int volumeNumber = 0;
   std::uint64_t made = 0;
 };
 
-// The catalogue, if there is one of this set and all its volumes can be had at once.
+// The catalogue, if there is one for this set and all volumes are accessible at once.
 std::optional<Catalogue> UsableCatalogue(const VolumeName& name) {
   std::optional<Catalogue> catalogue = ReadCatalogue(CataloguePath(name));
   if (!catalogue || (!name.IsPattern() && catalogue->volumes.size() > 1)) return std::nullopt;
@@ -306,7 +306,7 @@ void Restore(const Arguments& arguments) {
   } else {
     if (goesOn) Remark("there is no catalogue to go by: --continue is of no use");
     RestoreVolumes volumes(name, masks, excludes, delivery);
-    // Where files go is decided name by name; the library wants a directory all the same.
+    // OnMakeFileName decides where each file goes, but the library requires a directory.
     volumes.Require(volumes.Restore(nullptr, "C:\\"));
   }
   for (const std::string& mask : masks.Unused()) {

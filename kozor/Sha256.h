@@ -11,7 +11,7 @@ namespace kozor::program {
 class Sha256 {
  public:
   void Add(std::span<const unsigned char> bytes);
-  // The sum of everything added, as 64 hexadecimal digits.  The object is of no use afterwards.
+  // Returns the checksum as 64 hexadecimal digits.  The object must not be used after that.
   std::string Finish();
 
  private:

@@ -1,4 +1,4 @@
-// Verify.cpp - kozor verify: whether a backup set is as it was written.
+// Verify.cpp - kozor verify: checks a backup set against its checksums and catalogue.
 #include <fstream>
 #include <unordered_map>
 

@@ -11,7 +11,7 @@
 
 namespace kozor::program {
 
-// Files fail by throwing pointers, which nobody above knows.
+// The class library throws pointers; callers expect Failure.
 template <typename Work>
 void VolumeReader::Guarded(const Work& work) const {
   try {
@@ -25,7 +25,7 @@ void VolumeReader::Guarded(const Work& work) const {
 VolumeReader::VolumeReader(const std::filesystem::path& volumePath) : path(volumePath) {
   const FileState state = Inspect(path);
   if (state.isDirectory) throw Failure(Visible(path.string()) + ": a directory, not a volume");
-  // A pipe would be waited for.
+  // Opening a pipe would block.
   if (!state.problem.empty() ||
       file.Open(LibraryPath(path).c_str(), CFile::modeRead | CFile::shareDenyNone) == 0) {
     throw Failure(Visible(path.string()) + ": the volume can't be opened");

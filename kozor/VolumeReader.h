@@ -1,5 +1,5 @@
-// VolumeReader.h - what the header of a backup volume says, the files that begin on it, and its
-// bytes.  The format is laid open in docs/volume-format.md.
+// VolumeReader.h - reads a backup volume: its header, the files that begin on it, and its bytes.
+// Format: docs/volume-format.md.
 #pragma once
 
 #include <cstdint>
@@ -34,31 +34,31 @@ struct VolumeRecord {
   std::uint64_t offset = 0;  // of its data on the volume
 };
 
-// Everything here throws Failure, with the volume's name, when the bytes can't be read or make no
-// sense.
+// All operations throw Failure, with the volume's name, if the bytes can't be read or are
+// malformed.
 class VolumeReader {
  public:
   explicit VolumeReader(const std::filesystem::path& path);
 
   const VolumeHeader& Header() const { return header; }
-  // Where the areas end and the payload begins, and where the volume ends.
+  // The offset at which the payload begins, and the size of the volume.
   std::uint64_t PayloadOffset() const { return payload; }
   std::uint64_t Size() const { return end; }
 
-  // Leaves out bytes at the start of the payload that belong to a file of the volume before.
+  // Skips bytes at the start of the payload that belong to a file from the previous volume.
   void Skip(std::uint64_t bytes) { at += bytes; }
   // The next record that begins on the volume; nothing after the last one.
   std::optional<VolumeRecord> Next();
-  // How many bytes of the last file stand on the volumes that follow.
+  // The bytes of the last file that continue on later volumes.
   std::uint64_t BytesCarriedOver() const { return at > end ? at - end : 0; }
 
-  // Reads bytes of the volume.  Short pieces come from a buffer, which is good for reading on.
+  // Reads bytes of the volume.  Small reads go through a read-ahead buffer.
   void Read(std::uint64_t offset, std::span<unsigned char> bytes);
 
  private:
   std::string ReadText(std::uint64_t offset, std::size_t size);
   void ReadFile(std::uint64_t offset, std::span<unsigned char> bytes);
-  // Does it, and throws Failure where the file fails.
+  // Runs `work` and turns the file's exceptions into Failure.
   template <typename Work>
   void Guarded(const Work& work) const;
 
@@ -66,7 +66,7 @@ class VolumeReader {
   CFile file;
   VolumeHeader header;
   std::uint64_t payload = 0;
-  std::uint64_t at = 0;   // where the next record begins
+  std::uint64_t at = 0;   // offset of the next record
   std::uint64_t end = 0;  // length of the file
   std::vector<unsigned char> buffer;
   std::uint64_t bufferBegin = 0;

@@ -88,8 +88,8 @@ int Volumes::OnAbort(const ONABORTPARAM& param) {
   return 0;
 }
 
-// The first volume is taken as it stands, and so is every volume with a name of its own.  Otherwise
-// the user changes the medium.
+// The first volume is used without asking, as is every volume with its own name.  For others the
+// user has to change the medium.
 bool Volumes::Ready(const ONABORTPARAM& param) {
   const bool asItStands =
       param.volumeResult == VolumeFirstAsk && (param.volume == 0 || volumeName.IsPattern());

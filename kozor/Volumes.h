@@ -1,5 +1,4 @@
-// Volumes.h - what backup and restore have in common: the names of volumes, the change of media,
-// and failures in words.
+// Volumes.h - common parts of backup and restore: volume names, changing media, failures as text.
 #pragma once
 
 #include <cstdint>
@@ -11,13 +10,13 @@
 
 namespace kozor::program {
 
-// A VOLUME word of the command line.
+// The VOLUME operand of the command line.
 class VolumeName {
  public:
   explicit VolumeName(const std::string& pathOrPattern);
 
-  // A '#' in the file's name stands for the volume's number; without one every volume has this
-  // path, on a medium of its own.
+  // A '#' in the file name stands for the volume's number.  Without one every volume has the same
+  // path, on its own medium.
   bool IsPattern() const { return pattern; }
   std::filesystem::path Path(int volumeNumber) const;
   // Whether `path` is one of these volumes.
@@ -27,37 +26,38 @@ class VolumeName {
  private:
   std::string word;
   std::filesystem::path directory;
-  std::string before;  // of the file's name, in front of '#' and behind it
+  std::string before;  // parts of the file name before and after '#'
   std::string behind;
   bool pattern;
 };
 
-// Why a volume can't be taken, by a ZorMultiVolume::VolumeResult; empty for VolumeFirstAsk.
+// The text for a ZorMultiVolume::VolumeResult; empty for VolumeFirstAsk.
 std::string ReasonText(int volumeResult);
 
 class Volumes : public ZorMultiVolume {
  public:
-  // `totalBytes` of all files of the run, 0 when that isn't known.
+  // `totalBytes` is the size of all files of the run, 0 if unknown.
   explicit Volumes(const VolumeName& name, std::uint64_t totalBytes = 0)
       : volumeName(name), bytes(totalBytes), progress(totalBytes) {}
 
-  // Passes on a success.  Otherwise throws Interrupted after a signal, and else Failure.
+  // Returns if `succeeded`.  Otherwise throws Interrupted after a signal, else Failure.
   void Require(int succeeded) const;
-  // Complains unless so many files have been stored.
+  // Complains if fewer files than selected have been stored.
   void RequireAll(std::size_t selected) const { progress.RequireAll(selected); }
 
  protected:
   int OnAbort(const ONABORTPARAM& param) override;
   CString OnMakeVolumeName(int volumeNumber) override;
 
-  // Asked before each attempt at a volume: why it must not be taken as it stands, empty to go on.
+  // Called before each attempt at a volume.  Returns why it must not be used as it is, or an empty
+  // text.
   virtual std::string ObjectionTo(const ONABORTPARAM& param);
 
-  // What stands in front of names in the progress line.
+  // Sets the text before names in the progress line.
   void SetTitle(const std::string& title) { progress = Progress(bytes, title); }
 
   const VolumeName& volumeName;
-  std::string currentName;  // of the file that the run came to last
+  std::string currentName;  // of the current or last file
 
  private:
   bool Ready(const ONABORTPARAM& param);

@@ -1,5 +1,5 @@
-// consumer.cpp - what a program outside of this project does with an installed KoZor: includes its
-// headers, links it, and finds the archiver at run time.
+// consumer.cpp - an external program that uses an installed KoZor: includes its headers, links it,
+// and finds the archiver at run time.
 #include <cstdio>
 
 #include "ZorArchive.h"
