@@ -1,22 +1,22 @@
-# What the targets of our own code have in common.
+# Functions for the project's own targets.
 
-# The include root of one folder of the source tree: a directory in the build tree that holds a link
-# to the folder under its path from the root of the project, and nothing else.
+# Makes the include root of one source folder: a directory in the build tree that holds only a link
+# to the folder, under its path from the root of the project.
 function(kozor_include_root result folder)
   string(REPLACE / - name ${folder})
   set(root ${PROJECT_BINARY_DIR}/include-roots/${name})
   cmake_path(GET folder PARENT_PATH parent)
   file(MAKE_DIRECTORY ${root}/${parent})
   file(CREATE_LINK ${PROJECT_SOURCE_DIR}/${folder} ${root}/${folder} RESULT error SYMBOLIC)
-  if(NOT error EQUAL 0)  # Windows keeps links from ordinary users: there the whole tree is the root.
+  if(NOT error EQUAL 0)  # Windows doesn't let ordinary users make links: use the whole tree.
     set(root ${PROJECT_SOURCE_DIR})
   endif()
   set(${result} ${root} PARENT_SCOPE)
 endfunction()
 
-# Lets a target, and what links it, include headers of the given folders by their paths from the root
-# of the project, such as "engine/codec/Decode.h".  What is neither named here nor linked can't be
-# included.
+# Lets a target, and what links it, include headers of the given folders by their paths from the
+# root of the project, such as "engine/codec/Decode.h".  Headers of folders neither named nor linked
+# can't be included.
 function(kozor_include_folders target)
   foreach(folder ${ARGN})
     kozor_include_root(root ${folder})
@@ -24,15 +24,15 @@ function(kozor_include_folders target)
   endforeach()
 endfunction()
 
-# Every target: the language level, hidden symbols, warnings, the sanitizers that a preset asks for,
-# and the headers of the target's own folder.
+# For every target: the language level, hidden symbols, warnings, the preset's sanitizers, and the
+# headers of the target's own folder.
 function(kozor_own_code target)
   cmake_path(RELATIVE_PATH CMAKE_CURRENT_SOURCE_DIR BASE_DIRECTORY ${PROJECT_SOURCE_DIR}
     OUTPUT_VARIABLE folder)
   if(NOT folder STREQUAL ".")
     kozor_include_folders(${target} ${folder})
   endif()
-  kozor_include_folders(${target} platform/base)  # includes nothing of ours and is open to everyone
+  kozor_include_folders(${target} platform/base)  # depends on nothing; open to every target
   target_compile_features(${target} PUBLIC cxx_std_20)
   set_target_properties(${target} PROPERTIES
     CXX_EXTENSIONS OFF
@@ -49,8 +49,8 @@ function(kozor_own_code target)
   endif()
   if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     target_compile_options(${target} PRIVATE
-      -Wno-restrict  # gcc 12 warns of the inside of std::string's operator+ when it optimises.
-      -fno-gnu-unique)  # One unique symbol would keep the archiver loaded until the program ends.
+      -Wno-restrict  # gcc 12 warns about the inside of std::string's operator+ when optimising.
+      -fno-gnu-unique)  # A unique symbol would keep the archiver loaded until the program ends.
   endif()
   if(KOZOR_SANITIZE)
     target_compile_options(${target} PRIVATE -fsanitize=${KOZOR_SANITIZE}
@@ -59,8 +59,8 @@ function(kozor_own_code target)
   endif()
 endfunction()
 
-# A library that others link: its version, and calls inside it that stay inside it, whatever functions
-# of the same names a program has.
+# For a shared library: sets its version, and binds calls inside it to its own functions, even if a
+# program has functions of the same name.
 function(kozor_shared_library target)
   # While the major version is 0, every minor version may change the binary interface.
   set_target_properties(${target} PROPERTIES
@@ -72,10 +72,10 @@ function(kozor_shared_library target)
   endif()
 endfunction()
 
-# Lets something that is built into ${PROJECT_BINARY_DIR}/BUILT and installed into the absolute
-# directory INSTALLED find our libraries in both places, wherever the whole is moved to.  The entries
-# are the same before and after installation, because those that CMake can rewrite end with an empty
-# element, which stands for the current directory.
+# Sets the run path of a target that is built into ${PROJECT_BINARY_DIR}/BUILT and installed into
+# the absolute directory INSTALLED, so that it finds the project's libraries in both places, also
+# after the tree has been moved.  The entries don't change at installation: run paths that CMake can
+# rewrite end with an empty element, which means the current directory.
 function(kozor_runpath target built installed)
   cmake_path(RELATIVE_PATH CMAKE_INSTALL_FULL_LIBDIR BASE_DIRECTORY ${installed} OUTPUT_VARIABLE to_installed)
   set(libraries ${PROJECT_BINARY_DIR}/lib)
@@ -86,8 +86,8 @@ function(kozor_runpath target built installed)
   set_target_properties(${target} PROPERTIES BUILD_WITH_INSTALL_RPATH ON INSTALL_RPATH "${entries}")
 endfunction()
 
-# Compiles the standard headers that most of our sources include once for the whole target.  It hides
-# a missing include, and at -O3 gcc 12 warns of the inside of strings, so only some presets ask for it.
+# Precompiles common standard headers for the target.  That hides missing includes, and at -O3 gcc
+# 12 warns about the inside of strings, so only some presets use it.
 function(kozor_precompile target)
   if(KOZOR_PRECOMPILED_HEADERS STREQUAL "ALL")
     target_precompile_headers(${target} PRIVATE
@@ -96,9 +96,9 @@ function(kozor_precompile target)
   endif()
 endfunction()
 
-# Tests run for seconds, so what counts is how long they compile: they aren't optimised, whatever the
-# build type; what they test is.  They are not position independent by request, so that programs and
-# their support library can share one precompiled header.
+# Tests run for seconds, so compile time matters more: they aren't optimised, whatever the build
+# type; the code under test is.  Position-independent code is off so that the programs can share the
+# precompiled header of their support library.
 function(kozor_quick_build target)
   set_target_properties(${target} PROPERTIES POSITION_INDEPENDENT_CODE OFF)
   if(NOT MSVC)
@@ -109,9 +109,10 @@ function(kozor_quick_build target)
   endif()
 endfunction()
 
-# A GoogleTest program whose cases CTest knows one by one.  Arguments after the name are sources;
-# LIBS names what it links.  It is built into DIRECTORY, or beside the module that the tests load.  A
-# LABEL keeps its cases out of the default run: "clock" marks those whose outcome depends on times.
+# Adds a GoogleTest program; CTest runs its cases one by one.  Arguments after the name are sources;
+# LIBS are libraries to link.  It is built into DIRECTORY, by default beside the module that the
+# tests load.  A LABEL excludes its cases from the default run: "clock" marks those whose outcome
+# depends on timing.
 function(kozor_test name)
   cmake_parse_arguments(ARG "" "DIRECTORY;LABEL" "LIBS" ${ARGN})
   add_executable(${name} ${ARG_UNPARSED_ARGUMENTS})
@@ -128,8 +129,8 @@ function(kozor_test name)
     PROPERTIES TIMEOUT 300 LABELS "${ARG_LABEL}")
 endfunction()
 
-# Sources of the present folder that the self-extracting stub takes over, where they are compiled a
-# second time, with the stub's own flags.
+# Registers sources of the current folder that are also compiled into the self-extracting stub, with
+# its own flags.
 function(kozor_stub_sources)
   list(TRANSFORM ARGN PREPEND ${CMAKE_CURRENT_SOURCE_DIR}/)
   set_property(GLOBAL APPEND PROPERTY KOZOR_STUB_SOURCES ${ARGN})

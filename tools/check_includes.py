@@ -8,8 +8,8 @@ import os
 import re
 import sys
 
-# A folder with all below it, and what it may include beside itself: folders that have a row of their
-# own, or single headers.
+# A folder with everything below it, and what it may include besides itself: folders with their own
+# row, or single headers.
 LAYERS = {
     "platform/base": "",
     "platform/text": "",
@@ -42,7 +42,7 @@ LAYERS = {
     "tests/kozor": "kozor include tests/engine tests/support",
     "tests/faults": "tests/support",
 }
-# Open to everyone: they include nothing of ours.
+# Open to every layer: they depend on nothing.
 EVERYBODYS = {"platform/Export.h", "platform/base"}
 INCLUDE = re.compile(r'\s*#\s*include\s*"([^"]+)"')
 

@@ -1,4 +1,4 @@
-# Sourced by the other tools: where the project is, and how what it needs gets there.
+# Sourced by the other tools: finds the project and installs what it needs.
 # shellcheck shell=bash
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
@@ -27,7 +27,7 @@ is_installed() {
   [ "$(dpkg-query -W -f '${db:Status-Status}' "$1" 2> /dev/null)" = installed ]
 }
 
-# Installs those of the given Debian packages that aren't there yet.
+# Installs the given Debian packages if they are missing.
 need_packages() {
   command -v dpkg-query > /dev/null || fail "not a Debian system; install by hand: $*"
   local package missing=()
@@ -41,19 +41,19 @@ need_packages() {
     apt-get install -y -qq --no-install-recommends "${missing[@]}" > /dev/null
 }
 
-# What a build takes.
+# Installs what a build needs.
 need_build_tools() {
   need_packages cmake ninja-build g++ libcli11-dev nlohmann-json3-dev
 }
 
-# What building and running the tests takes: the test framework, and programs that look at archives
-# with other eyes than ours.
+# Installs what building and running the tests needs: the test framework, and other programs that
+# read archives.
 need_test_tools() {
   need_build_tools
   need_packages libgtest-dev libgmock-dev pkg-config attr lhasa 7zip libarchive-tools jlha-utils
 }
 
-# quietly LOG COMMAND...: runs a command and shows what it said only if it fails.
+# quietly LOG COMMAND...: runs a command and shows its output only if it fails.
 quietly() {
   local log=$1
   shift
@@ -73,7 +73,8 @@ build() {
   quietly "build/$preset/build.log" cmake --build "build/$preset"
 }
 
-# run_tests PRESET: all tests of a build, and a summary: what failed, and what was left out and why.
+# run_tests PRESET: runs all tests of a build and prints a summary: failures, and skipped tests with
+# their reasons.
 run_tests() {
   local preset=$1 log=build/$1/tests.log status=0
   say "Testing ($preset)"

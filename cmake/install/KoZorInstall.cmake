@@ -1,5 +1,5 @@
-# What `cmake --install` puts where.  Everything is found by its place relative to the rest, so that an
-# installed tree can be moved as a whole, unless a directory was given as an absolute path.
+# The install rules.  Files refer to each other by relative paths, so that an installed tree can be
+# moved as a whole, unless a directory was given as an absolute path.
 include(CMakePackageConfigHelpers)
 
 option(KOZOR_RELOCATABLE "Let kozor.pc find the prefix by its own place" ON)
@@ -14,16 +14,16 @@ install(TARGETS KoZor KoZorPlatform EXPORT KoZorTargets
   FILE_SET HEADERS DESTINATION ${headers} COMPONENT development
   INCLUDES DESTINATION ${headers})
 
-# The platform library looks for the archiver in this directory.  On Windows a program finds it beside
-# itself.
+# The platform library looks for the archiver in this directory.  On Windows it is installed beside
+# the programs.
 set(archiver_directory ${KOZOR_ARCHIVER_DIR})
 if(WIN32)
   set(archiver_directory ${CMAKE_INSTALL_BINDIR})
 endif()
 install(TARGETS UNLHA32 EXPORT KoZorTargets LIBRARY DESTINATION ${archiver_directory} COMPONENT library)
 
-# The compiler's run-time libraries, where the build shares them (KOZOR_RUNTIME_LIBRARIES, set by the
-# toolchain file).
+# The compiler's run-time libraries, if they are shared (KOZOR_RUNTIME_LIBRARIES, from the toolchain
+# file).
 if(KOZOR_RUNTIME_LIBRARIES)
   install(FILES ${KOZOR_RUNTIME_LIBRARIES} DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT library)
 endif()

@@ -1,8 +1,8 @@
-# What the two MinGW-w64 toolchain files share.  They set KOZOR_TRIPLE before they include this.
+# Common part of the two MinGW-w64 toolchain files, which set KOZOR_TRIPLE and include this file.
 set(CMAKE_SYSTEM_NAME Windows)
 string(REGEX REPLACE "-.*" "" CMAKE_SYSTEM_PROCESSOR ${KOZOR_TRIPLE})
 
-# The "posix" compilers have the threads of the C++ library.
+# The "posix" variants of the compilers support C++ threads.
 set(CMAKE_C_COMPILER ${KOZOR_TRIPLE}-gcc-posix)  # GoogleTest asks for one
 set(CMAKE_CXX_COMPILER ${KOZOR_TRIPLE}-g++-posix)
 set(CMAKE_RC_COMPILER ${KOZOR_TRIPLE}-windres)
@@ -13,5 +13,5 @@ set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
 
-# No package of GoogleTest exists for this compiler: the tests build it from its sources.
+# There is no GoogleTest package for this compiler, so it is built from source.
 set(KOZOR_GOOGLETEST_SOURCE /usr/src/googletest CACHE PATH "Sources of GoogleTest")

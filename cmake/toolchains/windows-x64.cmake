@@ -3,9 +3,9 @@
 set(KOZOR_TRIPLE x86_64-w64-mingw32)
 include(${CMAKE_CURRENT_LIST_DIR}/mingw-w64.cmake)
 
-# The compiler's run-time libraries go into every module, so nothing else has to be shipped.
-# Exceptions still cross from module to module: unwinding uses tables that Windows itself reads, and
-# types are compared by name.
+# The compiler's run-time libraries are linked statically into every module, so nothing else has to
+# be shipped.  Exceptions can still cross modules: Windows itself reads the unwind tables, and types
+# are compared by name.
 set(CMAKE_EXE_LINKER_FLAGS_INIT -static)
 set(CMAKE_SHARED_LINKER_FLAGS_INIT -static)
 

@@ -1,8 +1,8 @@
 # Windows for 32-bit x86, with MinGW-w64 (Debian: g++-mingw-w64-i686-posix) and, to run what was
 # built, a 32-bit Wine (wine32).
 #
-# Exceptions unwind by tables that the modules register in libgcc.  They cross modules only if all
-# share one libgcc, so here the compiler's run-time libraries are DLLs of their own.
+# Modules register their unwind tables in libgcc.  Exceptions can cross modules only if all share
+# one libgcc, so the compiler's run-time libraries are used as DLLs.
 set(KOZOR_TRIPLE i686-w64-mingw32)
 include(${CMAKE_CURRENT_LIST_DIR}/mingw-w64.cmake)
 set(KOZOR_RUNTIME_LIBRARIES "")

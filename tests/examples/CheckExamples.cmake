@@ -1,5 +1,5 @@
-# Runs the example programs over a small tree.  Run by CTest with EXAMPLES, the directory that they are
-# in, and WORK, one of its own.
+# Runs the example programs over a small tree.  CTest passes EXAMPLES, the directory of the
+# programs, and WORK, a directory for this test.
 function(run program)
   execute_process(COMMAND ${EXAMPLES}/${program} ${ARGN} WORKING_DIRECTORY ${WORK}
     RESULT_VARIABLE result OUTPUT_VARIABLE output ERROR_VARIABLE error)
@@ -24,7 +24,7 @@ macro(expect_content file text)
 endmacro()
 
 file(REMOVE_RECURSE ${WORK})
-string(REPLACE / \\ library "C:${WORK}\\")  # directories that are made need a path with a root
+string(REPLACE / \\ library "C:${WORK}\\")  # new directories need a path with a root
 foreach(folder back flat temporary)
   file(MAKE_DIRECTORY ${WORK}/${folder})
 endforeach()

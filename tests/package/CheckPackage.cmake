@@ -1,4 +1,4 @@
-# Uses the project as another one would; WAY says how.  Run by CTest with BUILD, SOURCE, WORK,
+# Uses the project from another one, in the way that WAY names.  CTest passes BUILD, SOURCE, WORK,
 # GENERATOR, CXX, FLAGS and WAY.
 #
 # find_package, pkg-config: an installed tree, which was moved after it was installed.
@@ -12,8 +12,8 @@ function(must_run)
   set(output "${output}" PARENT_SCOPE)
 endfunction()
 
-# Each element of a run path has to be absolute or begin with $ORIGIN: an empty or a relative one
-# stands for the current directory, from which anybody's library would be loaded.
+# Each element of a run path must be absolute or begin with $ORIGIN: an empty or relative one means
+# the current directory, from which anybody's library could be loaded.
 function(check_run_paths)
   find_program(READELF readelf)
   foreach(file ${ARGN})
