@@ -7,7 +7,6 @@
 
 #include "engine/codec/Codec.h"
 #include "tests/codec/BitComposer.h"
-#include "tests/codec/RandomStream.h"
 #include "tests/codec/SampleData.h"
 #include "tests/codec/SlowDecoder.h"
 
@@ -103,24 +102,24 @@ TEST(CodecShortTarget, TakesTheBeginningAndNothingBehindIt) {
 TEST(CodecDamagedData, CutAnywhereGivesTheBytesBeforeTheCut) {
   for (const Method method : kPackingMethods) {
     SCOPED_TRACE(static_cast<int>(method));
-    RandomStream stream = MakeRandomStream(method, 1);
-    while (!stream.packed.empty()) {
-      ASSERT_NO_FATAL_FAILURE(ExpectLikeSlowDecoder(method, stream.packed, stream.size));
-      stream.packed.resize(stream.packed.size() * 63 / 64);
+    Bytes packed = RandomMember(method, 1, 3000);
+    while (!packed.empty()) {
+      ASSERT_NO_FATAL_FAILURE(ExpectLikeSlowDecoder(method, packed, 3000));
+      packed.resize(packed.size() * 63 / 64);
     }
-    EXPECT_EQ(DecodeGuarded(method, stream.packed, stream.size).status, Status::Truncated);
+    EXPECT_EQ(DecodeGuarded(method, packed, 3000).status, Status::Truncated);
   }
 }
 
 TEST(CodecDamagedData, ChangedInOneBitDoesNoHarm) {
   for (const Method method : kPackingMethods) {
     SCOPED_TRACE(static_cast<int>(method));
-    RandomStream stream = MakeRandomStream(method, 2, 1500);
-    for (std::size_t bit = 0; bit < stream.packed.size() * 8; bit += 1 + bit / 20) {
+    Bytes packed = RandomMember(method, 2, 1500);
+    for (std::size_t bit = 0; bit < packed.size() * 8; bit += 1 + bit / 20) {
       const auto mask = static_cast<std::uint8_t>(1U << bit % 8);
-      stream.packed[bit / 8] ^= mask;
-      ASSERT_NO_FATAL_FAILURE(ExpectLikeSlowDecoder(method, stream.packed, stream.size)) << bit;
-      stream.packed[bit / 8] ^= mask;
+      packed[bit / 8] ^= mask;
+      ASSERT_NO_FATAL_FAILURE(ExpectLikeSlowDecoder(method, packed, 1500)) << bit;
+      packed[bit / 8] ^= mask;
     }
   }
 }

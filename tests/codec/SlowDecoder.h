@@ -5,6 +5,7 @@
 // check.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <span>
 #include <string>
@@ -19,13 +20,15 @@ using Bytes = std::vector<std::uint8_t>;
 struct SlowResult {
   Status status = Status::Ok;
   Bytes bytes;                           // what was unpacked
-  std::vector<std::string> brokenRules;  // of those for writers; only looked for if all went well
+  std::vector<std::string> brokenRules;  // of those for writers; of use only if all went well
 };
 
-// Unpacks `size` bytes.  Methods: lh4 to lh7 and lhx.
+// Unpacks `size` bytes.  Methods: all but the stored ones.
 SlowResult SlowDecode(Method method, std::span<const std::uint8_t> packed, std::size_t size);
 
-// The part of it that knows the methods other than Lh4 to Lh7, Lhx and Lk7 (SlowClassics.cpp).
-SlowResult SlowDecodeClassic(Method method, std::span<const std::uint8_t> packed, std::size_t size);
+// A packed member of `size` bytes that is valid but unlike what any sensible writer makes: random
+// codes, from a single symbol to all of them, with items that use every symbol, and matches that
+// reach anywhere, before the beginning too where the method allows it.
+Bytes RandomMember(Method method, unsigned seed, std::size_t size);
 
 }  // namespace kozor::codec

@@ -1,0 +1,108 @@
+// SlowTwin.h - what the slow decoders of the methods are made of.
+//
+// Each is written down as its method is described: numbers come out of a stream in order.  A stream
+// that composes makes the numbers up as they are asked for, and so a decoder writes a random
+// member.
+#pragma once
+
+#include <cstddef>
+#include <map>
+#include <memory>
+#include <optional>
+#include <random>
+#include <span>
+#include <utility>
+#include <vector>
+
+#include "tests/codec/BitComposer.h"
+#include "tests/codec/SlowDecoder.h"
+
+namespace kozor::codec {
+
+struct SlowFailure {
+  Status status;
+};
+
+void Require(bool good);  // else the data are damaged
+
+class SlowStream {
+ public:
+  explicit SlowStream(std::span<const std::uint8_t> packedBytes) : packed(packedBytes) {}
+  explicit SlowStream(unsigned seed) : isComposing(true), random(seed) {}
+
+  const bool isComposing = false;
+
+  unsigned Number(unsigned bits);
+  // The value is written when composing, and means nothing otherwise.
+  unsigned Number(unsigned bits, std::size_t wish);
+  unsigned Below(std::size_t limit) { return static_cast<unsigned>(random() % limit); }
+
+  std::size_t BitsRead() const { return bitsRead; }
+  bool IsPastEnd() const { return !isComposing && bitsRead > packed.size() * 8; }
+  // Zeros stand after the data, but only so many that no decoder runs on for ever.
+  void RequireInput() const;
+  // Whether nothing is left but zero bits of the last byte.
+  bool IsAtEnd();
+  const Bytes& Written() const { return written.Bytes(); }
+
+ private:
+  std::span<const std::uint8_t> packed;
+  std::size_t bitsRead = 0;
+  std::mt19937 random;
+  BitComposer written;
+};
+
+// A canonical code.
+class SlowCode {
+ public:
+  // Of a single symbol, which takes no bits.
+  void SetSingle(unsigned symbol) { symbols = {{{0, 0}, symbol}}; }
+  // A complete code, or one without symbols.
+  void SetLengths(const std::vector<unsigned>& lengths);
+  bool IsUsable() const { return !symbols.empty(); }
+  // Composing, it takes the symbol wished for, or any, each as often as the others.
+  unsigned Decode(SlowStream& in, std::optional<unsigned> wish = std::nullopt) const;
+
+ private:
+  std::map<std::pair<unsigned, unsigned>, unsigned> symbols;  // by length and code
+};
+
+// The lengths of a random complete code of `count` symbols, none above `most`; fewer symbols where
+// the code is full.
+std::vector<unsigned> RandomLengths(SlowStream& in, std::size_t count, unsigned most);
+// Such lengths for some of the symbols, at least two, and 0 for the others.
+std::vector<unsigned> RandomSelection(SlowStream& in, std::size_t symbols, unsigned most);
+
+class SlowTwin {
+ public:
+  SlowTwin(SlowStream& stream, std::size_t size) : in(stream), limit(size) {}
+  virtual ~SlowTwin() = default;
+
+  SlowResult Run();
+
+ protected:
+  virtual void Begin() {}
+  virtual void Step() = 0;  // one item
+  virtual void End() {}     // looks for broken rules
+
+  bool IsFull() const { return bytes.size() == limit; }
+  void Put(std::size_t byte);
+  void Copy(std::size_t distance, std::size_t length);
+  void Rule(bool isKept, const char* text);
+
+  SlowStream& in;
+  const std::size_t limit;
+  Bytes bytes;
+
+ private:
+  std::vector<std::string> brokenRules;
+};
+
+// Of Lh4 to Lh7, Lhx and Lk7; of Lh1 to Lh3; of Lzs and Lz5; of Pm1 and Pm2.
+using SlowTwinPointer = std::unique_ptr<SlowTwin>;
+SlowTwinPointer MakeSlowBlocks(Method method, SlowStream& stream, std::size_t size);
+SlowTwinPointer MakeSlowClassic(Method method, SlowStream& stream, std::size_t size);
+SlowTwinPointer MakeSlowRing(Method method, SlowStream& stream, std::size_t size);
+SlowTwinPointer MakeSlowPm(Method method, SlowStream& stream, std::size_t size);
+
+}  // namespace kozor::codec
