@@ -1,13 +1,10 @@
 // AddTest.cpp - the command `a`: what goes in, under which name, in which way.
-#include <gmock/gmock.h>
+#include <utility>
 
 #include "tests/engine/EngineFixture.h"
 
 namespace kozor::test {
 namespace {
-
-using testing::ElementsAre;
-using testing::IsEmpty;
 
 class EngineAdd : public EngineTest {
  protected:
@@ -21,11 +18,6 @@ class EngineAdd : public EngineTest {
     EXPECT_EQ(extracted.code, 0) << name;
     EXPECT_TRUE(SameBytes(extracted.bytes, folder.ReadFile(file))) << name;
     EXPECT_EQ(extracted.time, folder.GetTime(file)) << name;
-  }
-
-  std::string MethodOfFirstMember() {
-    const Bytes bytes = folder.ReadFile("x.lzh");
-    return {bytes.begin() + 2, bytes.begin() + 7};
   }
 };
 
@@ -186,18 +178,14 @@ TEST_F(EngineAdd, FailuresLeaveTheArchiveAsItWas) {
   std::filesystem::resize_file(folder.Path("src/large"), 0x1'0000'0000 - 1024);
   ASSERT_EQ(Add("x.lzh", "src", {"a.txt"}), 0);
   const Bytes before = folder.ReadFile("x.lzh");
-  struct Row {
-    std::vector<std::string> names;
-    int code;
-  };
-  const Row rows[] = {
+  const std::pair<std::vector<std::string>, int> rows[] = {
       {{"empty", "missing"}, 0x800F}, {{"a.txt", "missing"}, 0x800F}, {{"empty", "a>b"}, 0x800D},
       {{"empty", "sub"}, 0x8008},     {{"empty", "large"}, 0x8008},   {{}, 0x802B},
   };
-  for (const Row& row : rows) {
-    EXPECT_EQ(Add("x.lzh", "src", row.names), row.code);
+  for (const auto& [names, code] : rows) {
+    EXPECT_EQ(Add("x.lzh", "src", names), code);
     EXPECT_TRUE(SameBytes(folder.ReadFile("x.lzh"), before));
-    EXPECT_EQ(Add("new.lzh", "src", row.names), row.code);
+    EXPECT_EQ(Add("new.lzh", "src", names), code);
     EXPECT_FALSE(folder.Exists("new.lzh"));
   }
   EXPECT_THAT(Temporaries(), IsEmpty());

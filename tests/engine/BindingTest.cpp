@@ -1,6 +1,4 @@
 // BindingTest.cpp - the entry points themselves: handles, records, callbacks, one run at a time.
-#include <gmock/gmock.h>
-
 #include <thread>
 
 #include "platform/win32/PosixAdmin.h"
@@ -9,8 +7,6 @@
 
 namespace kozor::test {
 namespace {
-
-using testing::ElementsAre;
 
 class EngineBinding : public EngineTest {
  protected:

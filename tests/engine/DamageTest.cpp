@@ -1,7 +1,5 @@
 // DamageTest.cpp - archives cut short and archives with a changed byte: an error or the right
 // bytes.
-#include <gmock/gmock.h>
-
 #include <map>
 
 #include "tests/engine/EngineFixture.h"

@@ -1,13 +1,11 @@
 // DeleteTest.cpp - the command `d`, and what stays when members go.
-#include <gmock/gmock.h>
+#include <utility>
 
 #include "tests/engine/EngineFixture.h"
 #include "tests/engine/RawArchive.h"
 
 namespace kozor::test {
 namespace {
-
-using testing::ElementsAre;
 
 class EngineDelete : public EngineTest {
  protected:
@@ -24,21 +22,17 @@ class EngineDelete : public EngineTest {
 };
 
 TEST_F(EngineDelete, KeptMembersStayByteForByte) {
-  struct Row {
-    std::vector<std::string> names;
-    Bytes left;
-  };
-  const Row rows[] = {
+  const std::pair<std::vector<std::string>, Bytes> rows[] = {
       {{"first.txt"}, RawArchive({second, third, fourth})},
       {{"SUB/SECOND.DOC"}, RawArchive({first, third, fourth})},
       {{"fourth.doc", "not there"}, RawArchive({first, second, third})},
       {{"*.txt"}, RawArchive({second, fourth})},
       {{"first.txt", "third.txt", "fourth.doc"}, RawArchive({second})},
   };
-  for (const Row& row : rows) {
+  for (const auto& [names, left] : rows) {
     WriteAll();
-    ASSERT_EQ(Delete("x.lzh", row.names), 0) << row.names[0];
-    EXPECT_TRUE(SameBytes(folder.ReadFile("x.lzh"), row.left)) << row.names[0];
+    ASSERT_EQ(Delete("x.lzh", names), 0) << names[0];
+    EXPECT_TRUE(SameBytes(folder.ReadFile("x.lzh"), left)) << names[0];
   }
   EXPECT_THAT(Temporaries(), ElementsAre());
 }

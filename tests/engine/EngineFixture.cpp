@@ -15,12 +15,6 @@ int CALLBACK Callback(HWND, UINT, UINT state, void* record) {
   return listener(state, *static_cast<UnlhaProgressRecord*>(record));
 }
 
-template <typename Function>
-void Bind(HMODULE module, const char* name, Function& function) {
-  function = reinterpret_cast<Function>(GetProcAddress(module, name));
-  if (function == nullptr) throw std::runtime_error(std::string("UNLHA32.DLL lacks ") + name);
-}
-
 std::string Joined(const std::vector<std::string>& words) {
   std::string line;
   for (const std::string& word : words) line += " \"" + word + '"';
@@ -37,25 +31,16 @@ testing::AssertionResult SameBytes(const Bytes& actual, const Bytes& expected) {
                                      << ", alike up to " << at - actual.begin();
 }
 
-Engine::Engine() : module(LoadLibraryA("UNLHA32.DLL")) {
-  if (module == nullptr) throw std::runtime_error("can't load UNLHA32.DLL");
-  Bind(module, "UnlhaGetRunning", GetRunning);
-  Bind(module, "Unlha", Command);
-  Bind(module, "UnlhaCheckArchive", CheckArchive);
-  Bind(module, "UnlhaSetOwnerWindowEx", SetOwnerWindowEx);
-  Bind(module, "UnlhaKillOwnerWindowEx", KillOwnerWindowEx);
-  Bind(module, "UnlhaSetCursorMode", SetCursorMode);
-  Bind(module, "UnlhaOpenArchive", OpenArchive);
-  Bind(module, "UnlhaCloseArchive", CloseArchive);
-  Bind(module, "UnlhaFindFirst", FindFirst);
-  Bind(module, "UnlhaFindNext", FindNext);
-  Bind(module, "UnlhaGetAttribute", GetAttribute);
-  Bind(module, "UnlhaExtractMem", ExtractMem);
-  Bind(module, "UnlhaCompressMem", CompressMem);
-}
+Engine::Engine() : module(LoadLibraryA("UNLHA32.DLL")) {}
 
 Engine::~Engine() {
   FreeLibrary(module);
+}
+
+Engine::Entry Engine::Find(const char* name) const {
+  const FARPROC address = module != nullptr ? GetProcAddress(module, name) : nullptr;
+  if (address == nullptr) throw std::runtime_error(std::string("no UNLHA32.DLL with ") + name);
+  return {address};
 }
 
 EngineTest::~EngineTest() {
@@ -135,6 +120,11 @@ std::vector<std::string> EngineTest::Names(const std::string& archive, const std
 void EngineTest::Listen(Told told) {
   listener = std::move(told);
   EXPECT_EQ(engine.SetOwnerWindowEx(nullptr, Callback), 1);
+}
+
+std::string EngineTest::MethodOfFirstMember() const {
+  const Bytes archive = folder.ReadFile("x.lzh");
+  return {archive.begin() + 2, archive.begin() + 7};
 }
 
 std::vector<std::string> EngineTest::Temporaries() const {

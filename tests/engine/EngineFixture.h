@@ -1,6 +1,7 @@
 // EngineFixture.h - the archiver module as a caller has it, and a folder to work in.
 #pragma once
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <functional>
@@ -12,30 +13,41 @@
 
 namespace kozor::test {
 
+using testing::ElementsAre;
+using testing::IsEmpty;
+
 // The thirteen entry points, loaded by name.
 class Engine {
+  struct Entry {
+    FARPROC address;
+    template <class Function>
+    operator Function*() const {  // NOLINT(google-explicit-constructor): to initialise those below
+      return reinterpret_cast<Function*>(address);
+    }
+  };
+  Entry Find(const char* name) const;
+
+  const HMODULE module;
+
  public:
   Engine();
   ~Engine();
   Engine(const Engine&) = delete;
   Engine& operator=(const Engine&) = delete;
 
-  decltype(&::UnlhaGetRunning) GetRunning;
-  decltype(&::Unlha) Command;
-  decltype(&::UnlhaCheckArchive) CheckArchive;
-  decltype(&::UnlhaSetOwnerWindowEx) SetOwnerWindowEx;
-  decltype(&::UnlhaKillOwnerWindowEx) KillOwnerWindowEx;
-  decltype(&::UnlhaSetCursorMode) SetCursorMode;
-  decltype(&::UnlhaOpenArchive) OpenArchive;
-  decltype(&::UnlhaCloseArchive) CloseArchive;
-  decltype(&::UnlhaFindFirst) FindFirst;
-  decltype(&::UnlhaFindNext) FindNext;
-  decltype(&::UnlhaGetAttribute) GetAttribute;
-  decltype(&::UnlhaExtractMem) ExtractMem;
-  decltype(&::UnlhaCompressMem) CompressMem;
-
- private:
-  HMODULE module;
+  decltype(&::UnlhaGetRunning) GetRunning = Find("UnlhaGetRunning");
+  decltype(&::Unlha) Command = Find("Unlha");
+  decltype(&::UnlhaCheckArchive) CheckArchive = Find("UnlhaCheckArchive");
+  decltype(&::UnlhaSetOwnerWindowEx) SetOwnerWindowEx = Find("UnlhaSetOwnerWindowEx");
+  decltype(&::UnlhaKillOwnerWindowEx) KillOwnerWindowEx = Find("UnlhaKillOwnerWindowEx");
+  decltype(&::UnlhaSetCursorMode) SetCursorMode = Find("UnlhaSetCursorMode");
+  decltype(&::UnlhaOpenArchive) OpenArchive = Find("UnlhaOpenArchive");
+  decltype(&::UnlhaCloseArchive) CloseArchive = Find("UnlhaCloseArchive");
+  decltype(&::UnlhaFindFirst) FindFirst = Find("UnlhaFindFirst");
+  decltype(&::UnlhaFindNext) FindNext = Find("UnlhaFindNext");
+  decltype(&::UnlhaGetAttribute) GetAttribute = Find("UnlhaGetAttribute");
+  decltype(&::UnlhaExtractMem) ExtractMem = Find("UnlhaExtractMem");
+  decltype(&::UnlhaCompressMem) CompressMem = Find("UnlhaCompressMem");
 };
 
 inline constexpr std::uint32_t kSearchBelow = 0x801202;
@@ -85,6 +97,8 @@ class EngineTest : public testing::Test {
   void Listen(Told told);
 
   std::string Quoted(const std::string& name) const;
+  // Of the first member of x.lzh, which we wrote: "-lh5-".
+  std::string MethodOfFirstMember() const;
   // Leftovers of the archiver in the folder.
   std::vector<std::string> Temporaries() const;
 

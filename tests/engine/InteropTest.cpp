@@ -1,5 +1,4 @@
 // InteropTest.cpp - other programs read what we write, and we read what others write.
-#include <gmock/gmock.h>
 
 #include "tests/engine/EngineFixture.h"
 

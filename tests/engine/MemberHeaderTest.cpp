@@ -5,6 +5,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 #include "engine/container/Failure.h"
 #include "engine/container/HeaderWriter.h"
 #include "engine/container/MemberTime.h"
@@ -129,21 +131,16 @@ TEST(EngineMemberHeader, BelievesTheBestTime) {
   };
   const std::string fileTimes =
       number(0, 8) + number(FileTimeOfUnix(1000), 8) + number(FileTimeOfUnix(5), 8);
-  struct Row {
-    int level;
-    std::vector<RawExtension> extensions;
-    std::int64_t seconds;
-  };
-  const Row rows[] = {
+  const std::tuple<int, std::vector<RawExtension>, std::int64_t> rows[] = {
       {2, {}, 0x4B3D3B00},
       {1, {{0x54, number(1, 4)}, {0x54, number(2000, 4)}}, 2000},
       {1, {{0x41, fileTimes}, {0x54, number(2000, 4)}}, 1000},
       {2, {{0x41, std::string(24, '\0')}}, 0x4B3D3B00},
   };
-  for (const Row& row : rows) {
+  for (const auto& [level, extensions, seconds] : rows) {
     const MemberHeader header =
-        Parsed(RawHeader({.level = row.level, .name = "a", .extensions = row.extensions}));
-    EXPECT_EQ(UnixOfFileTime(header.utcTime), row.seconds);
+        Parsed(RawHeader({.level = level, .name = "a", .extensions = extensions}));
+    EXPECT_EQ(UnixOfFileTime(header.utcTime), seconds);
   }
 }
 

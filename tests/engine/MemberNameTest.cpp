@@ -3,6 +3,9 @@
 
 #include <gtest/gtest.h>
 
+#include <tuple>
+#include <utility>
+
 namespace kozor::container {
 namespace {
 
@@ -19,11 +22,7 @@ std::string Shown(const NameFields& fields, unsigned int page = k932) {
 }
 
 TEST(EngineMemberName, EverySeparatorOfEveryWriterCounts) {
-  struct Row {
-    NameFields fields;
-    const char* shown;
-  };
-  const Row rows[] = {
+  const std::pair<NameFields, const char*> rows[] = {
       {{.base = "d/e\\f.txt"}, "d\\e\\f.txt"},
       {{.base = "d\377e\377f.txt"}, "d\\e\\f.txt"},
       {{.base = "d\377\x95\x5C.txt"}, "d\\\x95\x5C.txt"},
@@ -34,7 +33,7 @@ TEST(EngineMemberName, EverySeparatorOfEveryWriterCounts) {
       {{.file = "f.txt", .unicodeFile = u"\u8868", .unicodeDirectory = u"d\uFFFF"}, "d\\\x95\x5C"},
       {{.base = std::string("f.txt\0a comment", 15)}, "f.txt"},
   };
-  for (const Row& row : rows) EXPECT_EQ(Shown(row.fields), row.shown);
+  for (const auto& [fields, shown] : rows) EXPECT_EQ(Shown(fields), shown);
 }
 
 TEST(EngineMemberName, NothingClimbsOrNamesADrive) {
@@ -58,12 +57,7 @@ TEST(EngineMemberName, NothingClimbsOrNamesADrive) {
 }
 
 TEST(EngineMemberName, CodePageIsRecordedOrGuessed) {
-  struct Row {
-    const char* what;
-    NameFields fields;
-    std::string shown;
-  };
-  const Row rows[] = {
+  const std::tuple<const char*, NameFields, std::string> rows[] = {
       {"932 without a word", {.base = kHyou932}, kHyouUtf8},
       {"UTF-8 recorded", {.file = kHyouUtf8, .codePage = 65001}, kHyouUtf8},
       {"UTF-8 that is no 932", {.file = "\xE3\x81\x82.txt"}, "\xE3\x81\x82.txt"},
@@ -71,7 +65,7 @@ TEST(EngineMemberName, CodePageIsRecordedOrGuessed) {
       {"recorded page that does not fit", {.file = kHyou932, .codePage = 65001}, kHyouUtf8},
       {"recorded page that nobody knows", {.file = kHyou932, .codePage = 4242}, kHyouUtf8},
   };
-  for (const Row& row : rows) EXPECT_EQ(Shown(row.fields, kUtf8Page), row.shown) << row.what;
+  for (const auto& [what, fields, shown] : rows) EXPECT_EQ(Shown(fields, kUtf8Page), shown) << what;
 }
 
 TEST(EngineMemberName, UnderlineStandsForWhatCannotBeShown) {

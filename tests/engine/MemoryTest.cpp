@@ -1,6 +1,4 @@
 // MemoryTest.cpp - members into memory and out of it, sizes, times and buffers.
-#include <gmock/gmock.h>
-
 #include <ctime>
 
 #include "tests/engine/EngineFixture.h"
@@ -8,8 +6,6 @@
 
 namespace kozor::test {
 namespace {
-
-using testing::ElementsAre;
 
 class EngineMemory : public EngineTest {
  protected:

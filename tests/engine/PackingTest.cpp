@@ -1,7 +1,5 @@
 // PackingTest.cpp - how members are packed: on several threads, by switches and by default switches
 // of the environment.
-#include <gmock/gmock.h>
-
 #include <cstdlib>
 #include <string>
 #include <tuple>
@@ -12,20 +10,12 @@
 namespace kozor::test {
 namespace {
 
-using testing::IsEmpty;
-
 class EnginePacking : public EngineTest {
  protected:
-  EnginePacking() { SetDefaults(nullptr); }
-  ~EnginePacking() override { SetDefaults(nullptr); }
+  EnginePacking() { SetDefaults(""); }
+  ~EnginePacking() override { unsetenv("KOZOR_ARCHIVER"); }
 
-  static void SetDefaults(const char* switches) {
-    if (switches != nullptr) {
-      setenv("KOZOR_ARCHIVER", switches, 1);
-    } else {
-      unsetenv("KOZOR_ARCHIVER");
-    }
-  }
+  static void SetDefaults(const char* switches) { setenv("KOZOR_ARCHIVER", switches, 1); }
 
   // Enough for segments and threads: one file of several segments, one that does not pack, empty
   // ones, and many small ones around them.
@@ -44,11 +34,6 @@ class EnginePacking : public EngineTest {
     std::filesystem::remove(folder.Path("x.lzh"));
     EXPECT_EQ(Add("x.lzh", "src", names, switches), 0) << switches;
     return folder.ReadFile("x.lzh");
-  }
-
-  std::string MethodOfFirstMember() {
-    const Bytes archive = folder.ReadFile("x.lzh");
-    return {archive.begin() + 2, archive.begin() + 7};
   }
 
   std::vector<std::string> names;

@@ -61,10 +61,6 @@ void SetBaseSum(Bytes& bytes, std::size_t baseBytes) {
 
 }  // namespace
 
-Bytes ToBytes(std::string_view text) {
-  return {text.begin(), text.end()};
-}
-
 Bytes RawHeader(const RawMember& member) {
   Bytes bytes(2);
   AppendCommon(bytes, member);
@@ -113,12 +109,6 @@ Bytes FromHex(std::string_view hex) {
     digits.clear();
   }
   return bytes;
-}
-
-Bytes Join(std::initializer_list<Bytes> pieces) {
-  Bytes all;
-  for (const Bytes& piece : pieces) all.insert(all.end(), piece.begin(), piece.end());
-  return all;
 }
 
 }  // namespace kozor::test

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstdint>
-#include <initializer_list>
 #include <string>
 #include <vector>
 
@@ -34,9 +33,5 @@ Bytes RawArchive(const std::vector<RawMember>& members);
 
 // The bytes of a listing in hex, blanks ignored.
 Bytes FromHex(std::string_view hex);
-
-// One run of bytes behind the other.
-Bytes Join(std::initializer_list<Bytes> pieces);
-Bytes ToBytes(std::string_view text);
 
 }  // namespace kozor::test

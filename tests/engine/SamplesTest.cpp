@@ -3,8 +3,6 @@
 // The folder is named by KOZOR_TESTDATA, or stands as ../shared/testdata beside the source tree.
 // Its lzh/MANIFEST.tsv tells for each archive the levels, methods, number of members and their
 // CRCs.
-#include <gmock/gmock.h>
-
 #include <algorithm>
 #include <cstdlib>
 #include <fstream>

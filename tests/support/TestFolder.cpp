@@ -21,6 +21,16 @@ namespace kozor::test {
 
 namespace fs = std::filesystem;
 
+Bytes ToBytes(std::string_view text) {
+  return {text.begin(), text.end()};
+}
+
+Bytes Join(std::initializer_list<Bytes> pieces) {
+  Bytes all;
+  for (const Bytes& piece : pieces) all.insert(all.end(), piece.begin(), piece.end());
+  return all;
+}
+
 TestFolder::TestFolder() {
   std::string pattern = (fs::temp_directory_path() / "kozor-test-XXXXXX").string();
   if (mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("can't make " + pattern);

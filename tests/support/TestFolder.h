@@ -15,6 +15,10 @@ namespace kozor::test {
 
 using Bytes = std::vector<std::uint8_t>;
 
+Bytes ToBytes(std::string_view text);
+// One run of bytes after the other.
+Bytes Join(std::initializer_list<Bytes> pieces);
+
 // A new empty folder that goes away with the object, read-only files in it included.
 class TestFolder {
  public:

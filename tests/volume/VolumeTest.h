@@ -2,11 +2,11 @@
 // and note what they are told, and a folder with a tree to store, its volumes, and what came back.
 #pragma once
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cstdint>
 #include <functional>
-#include <initializer_list>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -15,6 +15,8 @@
 #include "tests/support/TestFolder.h"
 
 namespace kozor::test {
+
+using testing::ElementsAre;
 
 // A call of OnAbort.
 struct Report {
@@ -109,7 +111,6 @@ struct SetLayout {
   std::vector<Bytes> Volumes(const std::vector<StoredFile>& files) const;
 };
 Bytes RecordHead(const StoredFile& file);
-Bytes Join(std::initializer_list<Bytes> pieces);
 // The first `count` of the bytes.
 Bytes Start(const Bytes& bytes, std::size_t count);
 // Appends the lowest `width` bytes of `value`, low byte first.
