@@ -6,9 +6,6 @@
 namespace kozor::test {
 namespace {
 
-using testing::ElementsAre;
-using testing::IsEmpty;
-
 class ArchiveCompress : public ArchiveRecorded {
  protected:
   ArchiveCompress() {

@@ -9,9 +9,6 @@
 namespace kozor::test {
 namespace {
 
-using testing::ElementsAre;
-using testing::IsEmpty;
-
 constexpr std::int64_t kStamp = 1'000'000'000;
 
 class ArchiveExtract : public ArchiveRecorded {
@@ -118,20 +115,17 @@ TEST(ArchiveExtractNames, AreJoinedByTheDefaultRule) {
   struct NameMaker : ZorArchive {
     using ZorArchive::OnMakeFileName;
   };
-  const struct {
-    const char* directory;
-    const char* name;
-    const char* target;
-  } rows[] = {{"D:\\out\\", "d\\f.txt", "D:\\out\\d\\f.txt"},
-              {"D:\\out\\", "\\d\\f.txt", "D:\\d\\f.txt"},
-              {"\\\\srv\\share\\out\\", "\\d\\f.txt", "\\\\srv\\share\\d\\f.txt"},
-              {"out\\", "\\d\\f.txt", "\\d\\f.txt"},
-              {"D:\\out\\", "\x95\x5C\\f", "D:\\out\\\x95\x5C\\f"},
-              {"D:out", "\\f", "D:\\f"},
-              {"D:", "\\f", "D:\\f"}};
+  const char* const rows[][3] = {
+      {"D:\\out\\", "d\\f.txt", "D:\\out\\d\\f.txt"},
+      {"D:\\out\\", "\\d\\f.txt", "D:\\d\\f.txt"},
+      {"\\\\srv\\share\\out\\", "\\d\\f.txt", "\\\\srv\\share\\d\\f.txt"},
+      {"out\\", "\\d\\f.txt", "\\d\\f.txt"},
+      {"D:\\out\\", "\x95\x5C\\f", "D:\\out\\\x95\x5C\\f"},
+      {"D:out", "\\f", "D:\\f"},
+      {"D:", "\\f", "D:\\f"}};
   NameMaker maker;
-  for (const auto& row : rows) {
-    EXPECT_STREQ(maker.OnMakeFileName(row.directory, row.name), row.target) << row.directory;
+  for (const auto& [directory, name, target] : rows) {
+    EXPECT_STREQ(maker.OnMakeFileName(directory, name), target) << directory;
   }
 }
 

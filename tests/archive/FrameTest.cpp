@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 
 #include <stdexcept>
+#include <utility>
 
 #include "RecordedArchive.h"
 #include "archive/Engine.h"
@@ -10,7 +11,6 @@
 namespace kozor::test {
 namespace {
 
-using testing::ElementsAre;
 using testing::ElementsAreArray;
 
 // An archive of one member, a source of one file, and the operations on them by name.
@@ -118,12 +118,10 @@ TEST_P(ArchiveFrame, PassesTheArchiversCodeOn) {
 }
 
 TEST(ArchiveFrameErrors, CodesOfTheArchiversListKeepTheirPlaceAndAllOthersAreUnknown) {
-  const struct {
-    int code;
-    int error;
-  } rows[] = {{0, 0},      {0x8005, 5}, {0x8020, 32}, {0x802C, 44}, {0x8004, 4},
-              {0x802D, 4}, {1, 4},      {-1, 4},      {0x18005, 4}};
-  for (const auto& row : rows) EXPECT_EQ(ZorErrorFromEngine(row.code), row.error) << row.code;
+  const std::pair<int, int> rows[] = {{0, 0},       {0x8005, 5}, {0x8020, 32},
+                                      {0x802C, 44}, {0x8004, 4}, {0x802D, 4},
+                                      {1, 4},       {-1, 4},     {0x18005, 4}};
+  for (const auto& [code, error] : rows) EXPECT_EQ(ZorErrorFromEngine(code), error) << code;
 }
 
 TEST_P(ArchiveFrame, WithoutAnObjectForTheCallbacksStillMakesItsOwnReports) {
@@ -280,7 +278,10 @@ TEST_F(ArchiveTempSweep, RemovesThoseOfTheRunBesideTheArchiveAndNothingElse) {
                           "src/", "src/x.txt", "sub/", "sub/lhtmp004.lzh"));
 }
 
-TEST_F(ArchiveTempSweep, WatchesTheWorkDirectoryWhenThereIsOne) {
+TEST_F(ArchiveTempSweep, WatchesTheWorkDirectoryInsteadAndNothingForABareArchiveName) {
+  EXPECT_EQ(ErrorOf(archive.CompressMem("a.lzh", "x", nullptr, 0, 1)), ZorErrorNone);
+  EXPECT_TRUE(folder.Exists("lhtmp002.lzh"));
+  std::filesystem::remove_all(folder.Path("sub"));
   folder.WriteFile("sub/a", "");
   archive.SetWorkDirectory(Lib("sub").c_str());
   recording.results = {0x800C};
@@ -295,11 +296,6 @@ TEST_F(ArchiveTempSweep, DoesntActBeforeTheWorkHasBegun) {
   };
   archive.stopAt = 0;
   EXPECT_EQ(Run("CompressMem"), ZorErrorCanceled);
-  EXPECT_TRUE(folder.Exists("lhtmp002.lzh"));
-}
-
-TEST_F(ArchiveTempSweep, WatchesNothingForABareArchiveName) {
-  EXPECT_EQ(ErrorOf(archive.CompressMem("a.lzh", "x", nullptr, 0, 1)), ZorErrorNone);
   EXPECT_TRUE(folder.Exists("lhtmp002.lzh"));
 }
 

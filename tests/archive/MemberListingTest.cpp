@@ -6,9 +6,6 @@
 namespace kozor::test {
 namespace {
 
-using testing::ElementsAre;
-using testing::IsEmpty;
-
 class ArchiveMemberListing : public ArchiveRecorded {
  protected:
   ZorError List(const ZorFind& find, int background = 1) {
@@ -21,21 +18,18 @@ class ArchiveMemberListing : public ArchiveRecorded {
 };
 
 TEST_F(ArchiveMemberListing, SearchesForAMaskWithoutRootAndMark) {
-  const struct {
-    const char* mask;
-    const char* text;
-  } rows[] = {{"sub\\", "sub\\*.*"},
-              {"sub\\x.txt", "sub\\x.txt"},
-              {"C:\\sub\\*.txt", "\\sub\\*.txt"},
-              {"\\\\srv\\share\\d\\", "\\d\\*.*"},
-              {"C:", "*.*"},
-              {"", "*.*"},
-              {">", "*.*"},
-              {">>x", ">x"},
-              {"\x95\x5C", "\x95\x5C"}};
-  for (const auto& row : rows) {
-    EXPECT_EQ(List(Selection("", {row.mask})), ZorErrorNone);
-    EXPECT_THAT(TakeCalls("FindFirst "), ElementsAre(row.text)) << row.mask;
+  const char* const rows[][2] = {{"sub\\", "sub\\*.*"},
+                                 {"sub\\x.txt", "sub\\x.txt"},
+                                 {"C:\\sub\\*.txt", "\\sub\\*.txt"},
+                                 {"\\\\srv\\share\\d\\", "\\d\\*.*"},
+                                 {"C:", "*.*"},
+                                 {"", "*.*"},
+                                 {">", "*.*"},
+                                 {">>x", ">x"},
+                                 {"\x95\x5C", "\x95\x5C"}};
+  for (const auto& [mask, text] : rows) {
+    EXPECT_EQ(List(Selection("", {mask})), ZorErrorNone);
+    EXPECT_THAT(TakeCalls("FindFirst "), ElementsAre(text)) << mask;
   }
 }
 

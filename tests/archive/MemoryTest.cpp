@@ -2,14 +2,12 @@
 #include <cstdlib>
 #include <ctime>
 #include <limits>
+#include <utility>
 
 #include "RecordedArchive.h"
 
 namespace kozor::test {
 namespace {
-
-using testing::ElementsAre;
-using testing::IsEmpty;
 
 class ArchiveMemory : public ArchiveRecorded {
  protected:
@@ -113,15 +111,13 @@ TEST_F(ArchiveMemory, TellsOfAMemberInTheTermsOfTheSystem) {
 }
 
 TEST_F(ArchiveMemory, TranslatesTheAttributesItKnows) {
-  const struct {
-    int archivers;
-    unsigned long attribute;
-  } rows[] = {{0x08, 0x80}, {0, 0x80}, {0x27, 0x27}, {0xFF, 0x37}, {-1, 77}};
-  for (const auto& row : rows) {
-    recording.members[0].attribute = row.archivers;
+  const std::pair<int, unsigned long> rows[] = {
+      {0x08, 0x80}, {0, 0x80}, {0x27, 0x27}, {0xFF, 0x37}, {-1, 77}};
+  for (const auto& [archivers, expected] : rows) {
+    recording.members[0].attribute = archivers;
     unsigned long attribute = 77;
     EXPECT_EQ(GetInfo(nullptr, nullptr, &attribute), ZorErrorNone);
-    EXPECT_EQ(attribute, row.attribute);
+    EXPECT_EQ(attribute, expected);
   }
   recording.busy = true;
   EXPECT_EQ(GetInfo(nullptr, nullptr, nullptr), ZorErrorEngineBusy);

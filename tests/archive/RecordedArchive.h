@@ -16,6 +16,9 @@
 
 namespace kozor::test {
 
+using testing::ElementsAre;
+using testing::IsEmpty;
+
 // The options at the head of the archiver's lines.
 inline const std::string kOptions = " -+ -gm1 -a1 -c1 -m1 -x1 -n";
 

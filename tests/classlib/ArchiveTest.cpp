@@ -3,6 +3,7 @@
 
 #include <cstdlib>
 #include <new>
+#include <utility>
 
 #include "platform/classlib/ClassLib.h"
 #include "tests/support/TestFolder.h"
@@ -69,22 +70,19 @@ class ClassLibArchive : public testing::Test {
 };
 
 TEST_F(ClassLibArchive, StoresStringsBehindLengthsOfThreeWidths) {
-  const struct {
-    int length;
-    Bytes prefix;
-  } rows[] = {{0, {0}},
-              {254, {254}},
-              {255, {0xFF, 0xFF, 0x00}},
-              {0xFFFD, {0xFF, 0xFD, 0xFF}},
-              {0xFFFE, {0xFF, 0xFF, 0xFF, 0xFE, 0xFF, 0, 0}},
-              {0x20001, {0xFF, 0xFF, 0xFF, 0x01, 0x00, 2, 0}}};
-  for (const auto& row : rows) {
-    const CString text('x', row.length);
+  const std::pair<int, Bytes> rows[] = {{0, {0}},
+                                        {254, {254}},
+                                        {255, {0xFF, 0xFF, 0x00}},
+                                        {0xFFFD, {0xFF, 0xFD, 0xFF}},
+                                        {0xFFFE, {0xFF, 0xFF, 0xFF, 0xFE, 0xFF, 0, 0}},
+                                        {0x20001, {0xFF, 0xFF, 0xFF, 0x01, 0x00, 2, 0}}};
+  for (const auto& [length, prefix] : rows) {
+    const CString text('x', length);
     const Bytes bytes = Stored([&](CArchive& archive) { archive << text << WORD{0x1234}; });
-    Bytes expected = row.prefix;
-    expected.insert(expected.end(), static_cast<std::size_t>(row.length), 'x');
+    Bytes expected = prefix;
+    expected.insert(expected.end(), static_cast<std::size_t>(length), 'x');
     expected.insert(expected.end(), {0x34, 0x12});
-    EXPECT_EQ(bytes, expected) << row.length;
+    EXPECT_EQ(bytes, expected) << length;
 
     CString loaded = "old";
     WORD behind = 0;
@@ -111,30 +109,25 @@ TEST_F(ClassLibArchive, StoresListsAndLoadsThemBehindWhatIsThere) {
 }
 
 TEST_F(ClassLibArchive, KeepsWhatWasLoadedBeforeTheStreamEnds) {
-  const struct {
-    Bytes bytes;
-    int elements;
-  } rows[] = {{{3, 0, 1, 'a', 1, 'b', 2, 'c'}, 2}, {{3, 0, 1, 'a', 1, 'b'}, 2}, {{1}, 0}};
-  for (const auto& row : rows) {
+  const std::pair<Bytes, int> rows[] = {
+      {{3, 0, 1, 'a', 1, 'b', 2, 'c'}, 2}, {{3, 0, 1, 'a', 1, 'b'}, 2}, {{1}, 0}};
+  for (const auto& [bytes, elements] : rows) {
     StringList list;
-    EXPECT_EQ(Load(row.bytes, list), CArchiveException::endOfFile);
-    EXPECT_EQ(list.GetCount(), row.elements);
+    EXPECT_EQ(Load(bytes, list), CArchiveException::endOfFile);
+    EXPECT_EQ(list.GetCount(), elements);
   }
 }
 
 TEST_F(ClassLibArchive, TakesNoMemoryOnTheWordOfAHostileStream) {
-  const struct {
-    Bytes bytes;
-    int cause;
-  } rows[] = {
+  const std::pair<Bytes, int> rows[] = {
       {{0xFF, 0xFF, 0xFF, 0x00, 0xFF, 0xFF, 0x7E, 'x', 'y'}, CArchiveException::endOfFile},
       {{0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF}, CArchiveException::badSchema},
       {{0xFF, 0xFE, 0xFF, 1, 'x', 0}, CArchiveException::badSchema},  // a wide string
   };
   largestRequest = 0;
-  for (const auto& row : rows) {
+  for (const auto& [bytes, cause] : rows) {
     CString text = "old";
-    EXPECT_EQ(Load(row.bytes, [&](CArchive& archive) { archive >> text; }), row.cause);
+    EXPECT_EQ(Load(bytes, [&](CArchive& archive) { archive >> text; }), cause);
     EXPECT_STREQ(text, "old");
   }
   StringList list;

@@ -3,17 +3,15 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "platform/classlib/ClassLib.h"
 #include "tests/support/CodePageScope.h"
 #include "tests/support/TestFolder.h"
 
+namespace kozor::test {
 namespace {
-
-using kozor::test::Bytes;
-using kozor::test::CodePageScope;
-using kozor::test::TestFolder;
 
 // The cause of the CFileException that `action` throws, 0 for none.
 template <class Action>
@@ -73,20 +71,17 @@ TEST_F(ClassLibFile, CreatingEmptiesAnExistingFileUnlessToldNotTo) {
 
 TEST_F(ClassLibFile, SharesAsTheFlagsSay) {
   folder.WriteFile("file", "12345");
-  const struct {
-    unsigned int first, second;
-    int cause;
-  } rows[] = {
+  const std::tuple<unsigned int, unsigned int, int> rows[] = {
       {CFile::modeRead | CFile::shareExclusive, CFile::modeRead | CFile::shareDenyNone, 11},
       {CFile::modeRead | CFile::shareDenyWrite, CFile::modeRead | CFile::shareDenyWrite, 0},
       {CFile::modeRead | CFile::shareDenyWrite, CFile::modeWrite | CFile::shareDenyNone, 11},
       {CFile::modeWrite | CFile::shareDenyRead, CFile::modeRead | CFile::shareDenyNone, 11},
       {CFile::modeWrite | CFile::shareDenyNone, CFile::modeWrite | CFile::shareDenyNone, 0},
   };
-  for (const auto& row : rows) {
-    CFile holder(path.c_str(), row.first);
-    EXPECT_EQ(Open("file", row.second), row.cause) << row.first << ' ' << row.second;
-    EXPECT_FALSE(holder.Open(path.c_str(), row.second)) << "one file at a time";
+  for (const auto& [first, second, cause] : rows) {
+    CFile holder(path.c_str(), first);
+    EXPECT_EQ(Open("file", second), cause) << first << ' ' << second;
+    EXPECT_FALSE(holder.Open(path.c_str(), second)) << "one file at a time";
   }
 }
 
@@ -225,3 +220,4 @@ TEST_F(ClassLibFile, ASearchGivesEveryEntryTheLastOneTooAndTellsOfIt) {
 }
 
 }  // namespace
+}  // namespace kozor::test

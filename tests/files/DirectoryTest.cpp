@@ -10,11 +10,9 @@
 #include "tests/support/CodePageScope.h"
 #include "tests/support/TestFolder.h"
 
+namespace kozor::test {
 namespace {
 
-using kozor::test::CodePageScope;
-using kozor::test::MakeTree;
-using kozor::test::TestFolder;
 using Names = std::vector<std::string>;
 
 class FilesDirectory : public testing::Test {
@@ -196,3 +194,4 @@ TEST_F(FilesTempDirectory, CopiesShareWhatWasOpened) {
 }
 
 }  // namespace
+}  // namespace kozor::test

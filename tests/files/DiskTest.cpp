@@ -8,9 +8,8 @@
 #include "platform/win32/PosixAdmin.h"
 #include "tests/support/TestFolder.h"
 
+namespace kozor::test {
 namespace {
-
-using kozor::test::TestFolder;
 
 TEST(FilesDisk, GivesTheCapacityOfTheRootWhateverFollowsIt) {
   TestFolder folder;
@@ -48,3 +47,4 @@ TEST(FilesDisk, TellsAFailureFromAFullDiskByTheLastError) {
 }
 
 }  // namespace
+}  // namespace kozor::test

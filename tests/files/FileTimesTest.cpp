@@ -10,10 +10,10 @@
 #include "ZorFileServices.h"
 #include "tests/support/TestFolder.h"
 
+namespace kozor::test {
 namespace {
 
 namespace fs = std::filesystem;
-using kozor::test::TestFolder;
 
 class FilesFileTimes : public testing::Test {
  protected:
@@ -106,3 +106,4 @@ TEST_F(FilesFileTimes, AttributesOfAPlainFileAreZero) {
 }
 
 }  // namespace
+}  // namespace kozor::test

@@ -11,11 +11,9 @@
 #include "tests/support/CodePageScope.h"
 #include "tests/support/TestFolder.h"
 
+namespace kozor::test {
 namespace {
 
-using kozor::test::CodePageScope;
-using kozor::test::MakeTree;
-using kozor::test::TestFolder;
 using Names = std::vector<std::string>;
 
 Names NamesOf(const ZorFileList& list) {
@@ -61,10 +59,7 @@ TEST_F(FilesFind, GoesDepthFirstForAllFilesAndMatchesFirstForOthers) {
 TEST_F(FilesFind, TakesMasksOfEveryForm) {
   MakeSmallTree();
   const std::string base = folder.Lib();
-  const struct {
-    std::string mask;
-    Names expected;
-  } rows[] = {
+  const std::pair<std::string, Names> rows[] = {
       {"sub", {"sub"}},
       {"sub\\", {"sub\\b.txt", "sub\\c.tmp"}},
       {"sub\\*.txt", {"sub\\b.txt"}},
@@ -72,7 +67,7 @@ TEST_F(FilesFind, TakesMasksOfEveryForm) {
       {base + "\\sub\\", {base + "\\sub\\b.txt", base + "\\sub\\c.tmp"}},
       {"sub\\..\\a.*", {"sub\\..\\a.txt"}},
   };
-  for (const auto& row : rows) EXPECT_EQ(Run({row.mask}), row.expected) << row.mask;
+  for (const auto& [mask, expected] : rows) EXPECT_EQ(Run({mask}), expected) << mask;
   for (const char* mask :
        {"none\\*.*", "C:*.txt", "C:sub\\*.txt", "\\sub\\*.txt", "\\\\srv\\share"}) {
     EXPECT_EQ(Run({mask}), Names{}) << mask;
@@ -81,18 +76,15 @@ TEST_F(FilesFind, TakesMasksOfEveryForm) {
 
 TEST_F(FilesFind, LeavesTheReasonWhyADirectoryCouldNotBeRead) {
   MakeSmallTree();
-  const struct {
-    Names masks;
-    DWORD error;
-  } rows[] = {{{"*.*"}, NO_ERROR},
-              {{"*.none"}, NO_ERROR},
-              {{"C:ignored"}, NO_ERROR},
-              {{"*.*", "none\\x", "a.txt\\x"}, ERROR_PATH_NOT_FOUND},
-              {{"a.txt\\*.*"}, ERROR_DIRECTORY}};
-  for (const auto& row : rows) {
+  const std::pair<Names, DWORD> rows[] = {{{"*.*"}, NO_ERROR},
+                                          {{"*.none"}, NO_ERROR},
+                                          {{"C:ignored"}, NO_ERROR},
+                                          {{"*.*", "none\\x", "a.txt\\x"}, ERROR_PATH_NOT_FOUND},
+                                          {{"a.txt\\*.*"}, ERROR_DIRECTORY}};
+  for (const auto& [masks, error] : rows) {
     SetLastError(77);
-    Run(row.masks);
-    EXPECT_EQ(GetLastError(), row.error) << row.masks.back();
+    Run(masks);
+    EXPECT_EQ(GetLastError(), error) << masks.back();
   }
 }
 
@@ -136,10 +128,7 @@ TEST_F(FilesFind, FiltersByAttributes) {
     if (!folder.Exists(name)) folder.WriteFile(name, "");
     ASSERT_TRUE(ZorSetFileAttribute(folder.Lib(name).c_str(), attribute)) << name;
   }
-  const struct {
-    unsigned int attribute;
-    Names expected;
-  } rows[] = {
+  const std::pair<unsigned int, Names> rows[] = {
       {0x37,
        {"archive", "dir", "dir\\archive", "hidden", "hidden+archive", "none", "readonly+archive"}},
       {0x27, {"archive", "dir\\archive", "hidden", "hidden+archive", "none", "readonly+archive"}},
@@ -149,9 +138,9 @@ TEST_F(FilesFind, FiltersByAttributes) {
       {0xFFFFFF00, {"none"}},
       {0x00, {"none"}},
   };
-  for (const auto& row : rows) {
-    find.SetAttribute(row.attribute);
-    EXPECT_EQ(Run({"*.*"}), row.expected) << row.attribute;
+  for (const auto& [attribute, expected] : rows) {
+    find.SetAttribute(attribute);
+    EXPECT_EQ(Run({"*.*"}), expected) << attribute;
   }
 }
 
@@ -189,3 +178,4 @@ TEST_F(FilesFind, IsCopiedWithItsMasks) {
 }
 
 }  // namespace
+}  // namespace kozor::test

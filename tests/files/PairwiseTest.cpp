@@ -15,10 +15,9 @@
 #include "tests/support/CodePageScope.h"
 #include "tests/support/TestFolder.h"
 
+namespace kozor::test {
 namespace {
 
-using kozor::test::CodePageScope;
-using kozor::test::TestFolder;
 using Names = std::vector<std::string>;
 
 // The rules as they are worded, at the cost that they have as worded.
@@ -140,3 +139,4 @@ TEST(FilesPairwise, CostsLittleForManyNames) {
 }
 
 }  // namespace
+}  // namespace kozor::test

@@ -5,13 +5,13 @@
 
 #include <cstring>
 #include <string>
+#include <tuple>
 
 #include "ZorFileServices.h"
 #include "tests/support/CodePageScope.h"
 
+namespace kozor::test {
 namespace {
-
-using kozor::test::CodePageScope;
 
 std::string Shown(const char* begin, const char* end) {
   return begin == nullptr ? "-" : std::string(begin, end);
@@ -34,11 +34,7 @@ std::string Cut(const char* path) {
 
 TEST(FilesPath, CutsIntoRootDirectoryAndFileName) {
   const CodePageScope japanese(932);
-  const struct {
-    const char* path;
-    const char* pieces;
-    int isFull;
-  } rows[] = {
+  const std::tuple<const char*, const char*, int> rows[] = {
       {"C:\\file.txt", "C:|\\|file.txt", 1},
       {"C:\\dir\\sub\\", "C:|\\dir\\sub\\|-", 0},
       {"C:\\", "C:|\\|-", 0},
@@ -62,9 +58,9 @@ TEST(FilesPath, CutsIntoRootDirectoryAndFileName) {
       {"\\\\s\x95\x5C\\share\\x", "\\\\s\x95\x5C\\share|\\|x", 1},
       {"a\x95", "-|-|a\x95", 0},
   };
-  for (const auto& row : rows) {
-    EXPECT_EQ(Cut(row.path), row.pieces) << row.path;
-    EXPECT_EQ(ZorIsFullPath(row.path), row.isFull) << row.path;
+  for (const auto& [path, pieces, isFull] : rows) {
+    EXPECT_EQ(Cut(path), pieces) << path;
+    EXPECT_EQ(ZorIsFullPath(path), isFull) << path;
   }
   const CodePageScope utf8(65001);
   EXPECT_EQ(Cut("C:\\\xE8\xA1\xA8\\\xE3\x82\xBD"), "C:|\\\xE8\xA1\xA8\\|\xE3\x82\xBD");
@@ -73,25 +69,21 @@ TEST(FilesPath, CutsIntoRootDirectoryAndFileName) {
 
 TEST(FilesPath, SetsOneTrailingBackslash) {
   const CodePageScope japanese(932);
-  const struct {
-    const char* path;
-    const char* with;
-    const char* without;
-  } rows[] = {{"C:", "C:\\", "C:"},
-              {"a\\\\", "a\\\\", "a\\"},
-              {"a\\b", "a\\b\\", "a\\b"},
-              {"", "\\", ""},
-              {"\\", "\\", ""},
-              {"a\x95\x5C", "a\x95\x5C\\", "a\x95\x5C"},
-              {"a\x95\x5C\\", "a\x95\x5C\\", "a\x95\x5C"}};
-  for (const auto& row : rows) {
-    CString path = row.path;
+  const char* const rows[][3] = {{"C:", "C:\\", "C:"},
+                                 {"a\\\\", "a\\\\", "a\\"},
+                                 {"a\\b", "a\\b\\", "a\\b"},
+                                 {"", "\\", ""},
+                                 {"\\", "\\", ""},
+                                 {"a\x95\x5C", "a\x95\x5C\\", "a\x95\x5C"},
+                                 {"a\x95\x5C\\", "a\x95\x5C\\", "a\x95\x5C"}};
+  for (const auto& [given, with, without] : rows) {
+    CString path = given;
     ZorSetTrailingBackslash(path, 1);
-    EXPECT_STREQ(path, row.with);
+    EXPECT_STREQ(path, with);
     EXPECT_EQ(path.GetLength(), static_cast<int>(strlen(path)));
-    path = row.path;
+    path = given;
     ZorSetTrailingBackslash(path, 0);
-    EXPECT_STREQ(path, row.without);
+    EXPECT_STREQ(path, without);
   }
 }
 
@@ -116,3 +108,4 @@ TEST(FilesPath, NullReadsAsTheEmptyText) {
 }
 
 }  // namespace
+}  // namespace kozor::test

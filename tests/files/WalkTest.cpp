@@ -11,11 +11,10 @@
 #include "ZorFind.h"
 #include "tests/support/TestFolder.h"
 
+namespace kozor::test {
 namespace {
 
 namespace fs = std::filesystem;
-using kozor::test::MakeTree;
-using kozor::test::TestFolder;
 using Names = std::vector<std::string>;
 
 class FilesWalk : public testing::Test {
@@ -108,3 +107,4 @@ TEST_F(FilesWalk, GoesAsDeepAsTheTreeIs) {
 }
 
 }  // namespace
+}  // namespace kozor::test

@@ -1,6 +1,8 @@
 // ConvertTest.cpp - `s -gw4`: where the program goes, what it is made of, what stays as it was.
 #include <sys/stat.h>
 
+#include <utility>
+
 #include "tests/sfx/SfxFixture.h"
 
 namespace kozor::test {
@@ -32,20 +34,17 @@ TEST_F(SfxConvert, FindsItsTargetByTheSecondOperand) {
   for (const char* name : {"dir.d/plain", "dir.d/two.dots.lzh"}) {
     fs::copy_file(folder.Path("a.lzh"), folder.Path(name));
   }
-  const struct {
-    std::string operands;
-    const char* target;
-  } rows[] = {
+  const std::pair<std::string, const char*> rows[] = {
       {Quoted("a.lzh") + Quoted("out\\"), "out/a.run"},
       {Quoted("a.lzh") + Quoted("a.lzh"), "a.run"},
       {Quoted("a.lzh"), "a.run"},
       {Quoted("dir.d\\plain"), "dir.d/plain.run"},
       {Quoted("dir.d\\two.dots.lzh"), "dir.d/two.dots.run"},
   };
-  for (const auto& row : rows) {
-    EXPECT_EQ(Convert(row.operands), 0) << row.operands;
-    EXPECT_TRUE(folder.Exists(row.target)) << row.operands;
-    fs::remove(folder.Path(row.target));
+  for (const auto& [operands, target] : rows) {
+    EXPECT_EQ(Convert(operands), 0) << operands;
+    EXPECT_TRUE(folder.Exists(target)) << operands;
+    fs::remove(folder.Path(target));
   }
 }
 
@@ -74,10 +73,7 @@ TEST_F(SfxConvert, FailsWithACodeAndLeavesEverythingAsItWas) {
   fs::permissions(folder.Path("kept.run"), fs::perms::owner_read);
   fs::create_directories(folder.Path("hidden.run"));
   const std::vector<std::string> before = folder.List();
-  const struct {
-    std::string operands;
-    int code;
-  } rows[] = {
+  const std::pair<std::string, int> rows[] = {
       {Quoted("none.lzh"), 0x8029},
       {Quoted("cut.lzh"), 0x8017},
       {Quoted("text.lzh"), 0x8019},
@@ -89,7 +85,7 @@ TEST_F(SfxConvert, FailsWithACodeAndLeavesEverythingAsItWas) {
       {"", 0x802B},
       {Quoted("a.lzh") + Quoted("nowhere\\"), 0x8025},
   };
-  for (const auto& row : rows) EXPECT_EQ(Convert(row.operands), row.code) << row.operands;
+  for (const auto& [operands, code] : rows) EXPECT_EQ(Convert(operands), code) << operands;
   EXPECT_EQ(engine.Command(nullptr, ("s -gw1" + Quoted("a.lzh")).c_str(), nullptr, 0), 0x801C);
   EXPECT_EQ(folder.List(), before);
   EXPECT_EQ(folder.ReadFile("kept.run").size(), 8U);

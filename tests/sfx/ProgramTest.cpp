@@ -1,4 +1,6 @@
 // ProgramTest.cpp - what a self-extracting program does, and what it refuses to do.
+#include <tuple>
+
 #include "tests/sfx/SfxFixture.h"
 #include "tests/support/CodePageScope.h"
 
@@ -7,7 +9,6 @@ namespace {
 
 namespace fs = std::filesystem;
 using testing::AllOf;
-using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::Not;
 
@@ -154,20 +155,17 @@ TEST_F(SfxProgram, NeverLeavesDamagedContents) {
 
 TEST_F(SfxProgram, UnderstandsItsCommandLineOrSaysSo) {
   MakeProgram("a.run", RawArchive({{.name = "a"}}));
-  const struct {
-    const char* command;
-    int status;
-    const char* says;
-  } rows[] = {{"$RUN --help", 0, "Usage: a.run [OPTION...] [DIRECTORY]"},
-              {"$RUN -x", 2, "a.run: unknown option -x"},
-              {"$RUN one two", 2, "more than one directory"},
-              {"$RUN -- -x && ls -- -x", 0, "a\n"},
-              {"($RUN -l > /dev/full)", 1, "the report could not be written"},
-              {"touch f && $RUN f", 1, "f: a file or a link is in the way"}};
-  for (const auto& row : rows) {
-    const CommandResult result = Run("a.run", row.command);
-    EXPECT_EQ(result.status, row.status) << row.command;
-    EXPECT_THAT(result.output, HasSubstr(row.says)) << row.command;
+  const std::tuple<const char*, int, const char*> rows[] = {
+      {"$RUN --help", 0, "Usage: a.run [OPTION...] [DIRECTORY]"},
+      {"$RUN -x", 2, "a.run: unknown option -x"},
+      {"$RUN one two", 2, "more than one directory"},
+      {"$RUN -- -x && ls -- -x", 0, "a\n"},
+      {"($RUN -l > /dev/full)", 1, "the report could not be written"},
+      {"touch f && $RUN f", 1, "f: a file or a link is in the way"}};
+  for (const auto& [command, status, says] : rows) {
+    const CommandResult result = Run("a.run", command);
+    EXPECT_EQ(result.status, status) << command;
+    EXPECT_THAT(result.output, HasSubstr(says)) << command;
   }
 }
 

@@ -1,8 +1,6 @@
 // SfxFixture.h - archives made into self-extracting programs, and those run as a user would.
 #pragma once
 
-#include <gmock/gmock.h>
-
 #include "engine/sfx/Stub.h"
 #include "tests/engine/EngineFixture.h"
 #include "tests/engine/RawArchive.h"

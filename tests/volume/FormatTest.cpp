@@ -1,6 +1,4 @@
 // FormatTest.cpp - the bytes on the media, written and read.
-#include <gmock/gmock.h>
-
 #include <algorithm>
 
 #include "tests/volume/VolumeTest.h"
@@ -8,8 +6,6 @@
 
 namespace kozor::test {
 namespace {
-
-using ::testing::ElementsAre;
 
 class VolumeFormat : public VolumeTest {
  protected:

@@ -1,5 +1,4 @@
 // MediaTest.cpp - two small disks, mounted as drives A: and B:, that really fill up.
-#include <gmock/gmock.h>
 #include <sys/mount.h>
 #include <unistd.h>
 

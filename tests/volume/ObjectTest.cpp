@@ -1,6 +1,4 @@
 // ObjectTest.cpp - the object between runs: its three byte strings and their owners.
-#include <gmock/gmock.h>
-
 #include <algorithm>
 #include <cstdlib>
 #include <new>
@@ -37,8 +35,6 @@ void operator delete[](void* block, const std::nothrow_t&) noexcept {
 
 namespace kozor::test {
 namespace {
-
-using ::testing::ElementsAre;
 
 class VolumeObject : public VolumeTest {
  protected:

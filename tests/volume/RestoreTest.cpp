@@ -1,6 +1,5 @@
 // RestoreTest.cpp - sets as they may come: both versions, other writers' names, wrong media,
 // targets in the way; and what is refused.
-#include <gmock/gmock.h>
 #include <sys/stat.h>
 
 #include "ZorFileServices.h"
@@ -8,8 +7,6 @@
 
 namespace kozor::test {
 namespace {
-
-using ::testing::ElementsAre;
 
 class VolumeRestore : public VolumeTest {
  protected:

@@ -1,9 +1,9 @@
 // RunTest.cpp - the course of a run: what OnAbort is told and when, and every way a run can end.
-#include <gmock/gmock.h>
 #include <sys/stat.h>
 
 #include <functional>
 #include <optional>
+#include <utility>
 
 #include "platform/win32/PosixAdmin.h"
 #include "tests/support/FailCall.h"
@@ -224,10 +224,7 @@ TEST_F(VolumeRun, AVolumeThatCannotBeTakenIsAskedForAgainWithTheReason) {
   folder.WriteFile("file", "not a directory");
   folder.WriteFile("readonly", "an old volume");
   chmod(folder.Path("readonly").c_str(), 0444);
-  const struct {
-    std::string path;
-    int reason;
-  } cases[] = {
+  const std::pair<std::string, int> cases[] = {
       {"", ZorMultiVolume::VolumeNoSpace},  // the default OnMakeVolumeName
       {"set.vol", ZorMultiVolume::VolumeNoSpace},
       {"Q:\\set.vol", ZorMultiVolume::VolumeNoSpace},
@@ -236,15 +233,15 @@ TEST_F(VolumeRun, AVolumeThatCannotBeTakenIsAskedForAgainWithTheReason) {
       {folder.Lib("source"), ZorMultiVolume::VolumeNoCreate},
       {folder.Lib("readonly"), ZorMultiVolume::VolumeNoCreate},
   };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.path);
+  for (const auto& [path, reason] : cases) {
+    SCOPED_TRACE(path);
     volumes.nameVolume = nullptr;
-    if (!c.path.empty()) volumes.nameVolume = [&](int) { return CString(c.path.c_str()); };
+    if (!path.empty()) volumes.nameVolume = [path = path](int) { return CString(path.c_str()); };
     EXPECT_EQ(BackupToMedia(), ZorErrorCanceled);
     ASSERT_EQ(volumes.reports.size(), 5U);
     EXPECT_EQ(volumes.reports[2].volumeResult, ZorMultiVolume::VolumeFirstAsk);
-    EXPECT_EQ(volumes.reports[3].volumeResult, c.reason);
-    EXPECT_EQ(volumes.reports[4].volumeResult, c.reason);
+    EXPECT_EQ(volumes.reports[3].volumeResult, reason);
+    EXPECT_EQ(volumes.reports[4].volumeResult, reason);
   }
 }
 

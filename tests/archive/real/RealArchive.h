@@ -14,6 +14,8 @@
 
 namespace kozor::test {
 
+using testing::ElementsAre;
+
 // Counts the calls of OnAbort and stops at one of them.
 class StoppableArchive : public ZorArchive {
  public:

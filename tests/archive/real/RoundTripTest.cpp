@@ -6,8 +6,6 @@
 namespace kozor::test {
 namespace {
 
-using testing::ElementsAre;
-
 // A tree of the sizes and names that go wrong: nothing, one byte, the limits of a window, blanks, a
 // leading '-' and '@', characters with the trail byte 0x5C (U+8868, U+30BD).
 class ArchiveRoundTrip : public ArchiveReal, public testing::WithParamInterface<unsigned int> {
