@@ -40,7 +40,7 @@ TEST_F(EngineAdd, FirstRunMakesTheArchiveSecondAppendsInPlaceThirdReplaces) {
 
 TEST_F(EngineAdd, FullNamesLoseTheirRoot) {
   const std::string line = "a" + Quoted("x.lzh") + Quoted("src/a.txt");
-  ASSERT_EQ(engine.Command(nullptr, line.c_str(), nullptr, 0), 0);
+  ASSERT_EQ(Command(line), 0);
   EXPECT_THAT(Names("x.lzh"), ElementsAre(folder.Lib("src/a.txt").substr(2)));
 }
 
@@ -63,9 +63,9 @@ TEST_F(EngineAdd, FileThatBeginsWithAnAtIsAFile) {
 TEST_F(EngineAdd, WildCardsAreAMaskOutsideOfQuotesAndNoNameInThem) {
   folder.WriteFile("src/sub/d.bin", "d");
   const std::string line = "a" + Quoted("x.lzh") + Quoted("src/");
-  ASSERT_EQ(engine.Command(nullptr, (line + " sub\\?.bin").c_str(), nullptr, 0), 0);
+  ASSERT_EQ(Command(line + " sub\\?.bin"), 0);
   EXPECT_THAT(Names("x.lzh"), ElementsAre("sub\\b.bin", "sub\\d.bin"));
-  EXPECT_EQ(engine.Command(nullptr, (line + " *.none").c_str(), nullptr, 0), 0x800F);
+  EXPECT_EQ(Command(line + " *.none"), 0x800F);
 
   // Code page 932 lacks the letter, so the file is listed as "caf?.txt", a mask for both.
   folder.WriteFile("src/caf\xC3\xA9.txt", "coffee");
@@ -73,7 +73,7 @@ TEST_F(EngineAdd, WildCardsAreAMaskOutsideOfQuotesAndNoNameInThem) {
   folder.WriteFile("names.rsp", "caf?.txt\n");
   EXPECT_EQ(Add("y.lzh", "src", {"caf?.txt"}), 0x800D);
   EXPECT_EQ(Add("y.lzh", "src", {"@" + folder.Lib("names.rsp")}), 0x800D);
-  EXPECT_EQ(engine.Command(nullptr, (line + " *.txt").c_str(), nullptr, 0), 0x800D);
+  EXPECT_EQ(Command(line + " *.txt"), 0x800D);
   EXPECT_EQ(AddTree("y.lzh", "src"), 0x800D);
   EXPECT_FALSE(folder.Exists("y.lzh"));
 }

@@ -170,18 +170,12 @@ TEST(EngineArchiveIndex, EndOfTheProgramIsBelievedBeforeTheScan) {
 }
 
 TEST(EngineArchiveIndex, LinksAndNamelessMembersAreKeptButNotShown) {
-  const std::string linkMode = {'\xFF', '\xA1'};
-  const ArchiveIndex index = IndexOf(RawArchive({{.level = 1,
-                                                  .name = "link|target",
-                                                  .contents = "",
-                                                  .extensions = {{0x50, linkMode}},
-                                                  .method = "-lhd-"},
-                                                 {.level = 1, .name = "", .method = "-lhd-"},
-                                                 {.level = 1,
-                                                  .name = "",
-                                                  .contents = "",
-                                                  .extensions = {{0x02, "d\xFF"}},
-                                                  .method = "-lhd-"}}));
+  RawMember link{.level = 1, .name = "link|target", .method = "-lhd-"};
+  link.extensions = {{0x50, {'\xFF', '\xA1'}}};
+  RawMember directory{.level = 1, .name = "", .method = "-lhd-"};
+  const RawMember nameless = directory;
+  directory.extensions = {{0x02, "d\xFF"}};
+  const ArchiveIndex index = IndexOf(RawArchive({link, nameless, directory}));
   ASSERT_EQ(index.Members().size(), 3U);
   EXPECT_EQ(index.Members()[0].kind, MemberKind::Unlisted);
   EXPECT_EQ(index.Members()[1].kind, MemberKind::Unlisted);

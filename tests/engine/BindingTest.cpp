@@ -230,7 +230,7 @@ TEST_F(EngineBinding, LinesOfEveryShape) {
   }
   EXPECT_EQ(engine.ExtractMem(nullptr, path.c_str(), buffer, 5, nullptr, nullptr, nullptr), 0x802B);
   EXPECT_EQ(engine.ExtractMem(nullptr, "-n", buffer, 5, nullptr, nullptr, nullptr), 0x802B);
-  EXPECT_EQ(engine.Command(nullptr, ("l " + path).c_str(), nullptr, 0), 0x801C);
+  EXPECT_EQ(Command("l " + path), 0x801C);
 }
 
 }  // namespace

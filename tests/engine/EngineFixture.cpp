@@ -56,12 +56,12 @@ int EngineTest::Add(const std::string& archive, const std::string& base,
                     const std::vector<std::string>& names, const std::string& switches) {
   const std::string line = std::string("a") + kOptions + " " + switches + Quoted(archive) + " \"" +
                            folder.Lib(base) + "\\\"" + Joined(names);
-  return engine.Command(nullptr, line.c_str(), nullptr, 0);
+  return Command(line);
 }
 
 int EngineTest::Delete(const std::string& archive, const std::vector<std::string>& names) {
   const std::string line = std::string("d") + kOptions + " -w0" + Quoted(archive) + Joined(names);
-  return engine.Command(nullptr, line.c_str(), nullptr, 0);
+  return Command(line);
 }
 
 int EngineTest::Compress(const std::string& archive, const std::string& name, const Bytes& data) {

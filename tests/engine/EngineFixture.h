@@ -69,6 +69,7 @@ class EngineTest : public testing::Test {
  protected:
   ~EngineTest() override;
 
+  int Command(const std::string& line) { return engine.Command(nullptr, line.c_str(), nullptr, 0); }
   // The library's own options stand on every line.
   // `a` with a base directory, both below the test's folder.
   int Add(const std::string& archive, const std::string& base,

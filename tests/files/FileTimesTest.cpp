@@ -26,21 +26,12 @@ class FilesFileTimes : public testing::Test {
 // Zones east and west, with daylight saving, with a standard time that was another in the past
 // (London 1970), with half an hour of saving, and one that skipped a day.
 TEST_F(FilesFileTimes, AreTheSameInEveryZone) {
-  const long times[] = {0,
-                        1,
-                        32'399,
-                        32'400,
-                        954'637'200,
-                        1'143'939'599,
-                        1'325'239'200,
-                        1'711'846'799,
-                        1'711'846'800,
-                        0x7FFFFFFF};
   for (const char* zone : {"UTC", "Asia/Tokyo", "Europe/London", "America/New_York",
                            "Australia/Lord_Howe", "Pacific/Apia", "XYZ-14", "XYZ12"}) {
     setenv("TZ", zone, 1);
     tzset();
-    for (const long time : times) {
+    for (const long time : {0L, 1L, 32'399L, 32'400L, 954'637'200L, 1'143'939'599L, 1'325'239'200L,
+                            1'711'846'799L, 1'711'846'800L, 0x7FFFFFFFL}) {
       ASSERT_TRUE(ZorSetFileTimeStamp(path.c_str(), time)) << zone << ' ' << time;
       EXPECT_EQ(folder.GetTime("file"), time) << zone;
       long read = -1;

@@ -86,7 +86,7 @@ TEST_F(SfxConvert, FailsWithACodeAndLeavesEverythingAsItWas) {
       {Quoted("a.lzh") + Quoted("nowhere\\"), 0x8025},
   };
   for (const auto& [operands, code] : rows) EXPECT_EQ(Convert(operands), code) << operands;
-  EXPECT_EQ(engine.Command(nullptr, ("s -gw1" + Quoted("a.lzh")).c_str(), nullptr, 0), 0x801C);
+  EXPECT_EQ(Command("s -gw1" + Quoted("a.lzh")), 0x801C);
   EXPECT_EQ(folder.List(), before);
   EXPECT_EQ(folder.ReadFile("kept.run").size(), 8U);
 }

@@ -15,9 +15,7 @@ class SfxTest : public EngineTest {
   }
 
   // `s -gw4` with any operands.
-  int Convert(const std::string& operands) {
-    return engine.Command(nullptr, ("s -gw4" + operands).c_str(), nullptr, 0);
-  }
+  int Convert(const std::string& operands) { return Command("s -gw4" + operands); }
   int ConvertBeside(const std::string& archive) {
     return Convert(Quoted(archive) + " \"" + folder.Lib() + "\\\"");
   }
