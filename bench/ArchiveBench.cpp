@@ -1,5 +1,5 @@
-// ArchiveBench.cpp - selecting, adding and extracting many small files: what each file costs,
-// beside its bytes.  The trees are made in the folder for temporaries and removed again.
+// ArchiveBench.cpp - selects, adds and extracts many small files to measure the cost per file.  The
+// trees are made in the directory for temporaries and removed again.
 #include <benchmark/benchmark.h>
 
 #include <filesystem>
@@ -10,7 +10,7 @@
 
 namespace {
 
-// A tree of files that are alike, in folders of 1000 each.
+// A tree of similar files, in folders of 1000 each.
 struct Tree {
   Tree(int files, std::size_t fileBytes) {
     constexpr int kFilesInAFolder = 1000;
@@ -22,7 +22,7 @@ struct Tree {
     std::filesystem::create_directory(folder.Path("work"));
   }
 
-  // Everything in the tree, or what `mask` finds of it.
+  // Selects everything in the tree, or what `mask` finds.
   ZorFind Selection(const char* mask = "*.*") const {
     ZorFind find;
     find.SetCurrentDirectoryA(folder.Lib("tree").c_str());
@@ -74,7 +74,7 @@ void BM_SearchByMaskIn100000Files(benchmark::State& state) {
 }
 BENCHMARK(BM_SearchByMaskIn100000Files)->Unit(benchmark::kMillisecond);
 
-// Several masks: duplicates have to be found and exclusions taken out.
+// Several masks: duplicates and exclusions have to be removed.
 void BM_SearchWithExclusionIn100000Files(benchmark::State& state) {
   ZorFind find = SearchTree().Selection();
   find.AddTail("*.dat");
@@ -115,7 +115,7 @@ void BM_Extract10000SmallFiles(benchmark::State& state) {
 }
 BENCHMARK(BM_Extract10000SmallFiles)->Unit(benchmark::kMillisecond);
 
-// One file more or less must not cost what ten thousand cost.
+// Adding or deleting one file must not cost as much as ten thousand.
 void BM_ReplaceOneOf10000Members(benchmark::State& state) {
   const Tree& tree = ArchiveTree();
   MakeArchive(state, tree);

@@ -1,7 +1,7 @@
-// CodecBench.cpp - how fast the codec packs, unpacks and sums.
+// CodecBench.cpp - measures packing, unpacking and checksums.
 //
-// Bytes per second count bytes of the original.  Packing also reports `ratio`, the packed size in
-// relation to it.
+// Bytes per second count original bytes.  Packing also reports `ratio`, packed size by original
+// size.
 #include <benchmark/benchmark.h>
 
 #include <cstdlib>
@@ -31,7 +31,7 @@ std::vector<Bytes> ReadFolder(const fs::path& folder) {
   return files;
 }
 
-// The files of the folder that KOZOR_CORPUS names, else generated data.
+// The files in the folder named by KOZOR_CORPUS, else generated data.
 const std::vector<Bytes>& Corpus() {
   static const std::vector<Bytes> corpus = [] {
     const char* folder = std::getenv("KOZOR_CORPUS");
@@ -74,7 +74,7 @@ void BM_Decode(benchmark::State& state, Method method) {
   CountBytes(state, TotalSize(Corpus()));
 }
 
-// Many small members one after the other, as in an archive of source files.
+// Many small members in sequence, as in an archive of source files.
 void BM_EncodeSmallMembers(benchmark::State& state) {
   constexpr int kMembers = 1000;
   const auto memberSize = static_cast<std::size_t>(state.range(0));

@@ -1,9 +1,9 @@
-// VolumeBench.cpp - backup and restore of one large file and of many small ones, beside what the
-// system's own tools make of the same bytes.
+// VolumeBench.cpp - backs up and restores one large file and many small ones, compared with the
+// system's own tools.
 //
-// A backup waits for the medium after every write, so its measure is dd, which does the same with
-// blocks of the same size; restore is measured against cp.  TMPDIR chooses the disk: run it once on
-// a real one and once in memory.
+// A backup flushes every write to the medium, so it is compared with dd, which does the same with
+// blocks of the same size; restore is compared with cp.  TMPDIR selects the disk: run it once on a
+// real one and once in memory.
 #include <benchmark/benchmark.h>
 
 #include <memory>
@@ -54,8 +54,8 @@ struct Work {
   std::size_t bytes;
 };
 
-// Each iteration starts without the output of the one before; taking that away isn't timed.  `act`
-// returns `success` unless it failed.
+// Each iteration starts without the previous output; removing that isn't timed.  `act` returns
+// `success` unless it failed.
 template <typename Act>
 void Measure(benchmark::State& state, Work& work, int success, Act act,
              const std::string& leftOver = "") {

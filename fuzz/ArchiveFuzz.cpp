@@ -1,6 +1,6 @@
-// ArchiveFuzz.cpp - any bytes as an archive, met through the entry points of the loaded module:
-// what is listed can be extracted or gets a code, what is listed before a member is added or
-// deleted is listed after it with the same bytes.
+// ArchiveFuzz.cpp - any bytes as an archive, through the entry points of the loaded module: listed
+// members can be extracted or give a code, and after a member is added or deleted the others are
+// still listed, with the same bytes.
 //
 // Input: mode of the search (1 byte), search text (to a zero), archive.
 #include <cstring>
@@ -90,7 +90,7 @@ Contents Extract(const std::string& name, std::size_t most) {
   return contents;
 }
 
-// The members that can be named on a line, with what they hold.
+// The members that can be named on a command line, with their contents.
 std::map<std::string, Contents> ExtractAll() {
   constexpr std::size_t kMostBytes = 1 << 16;
   std::map<std::string, Contents> members;

@@ -1,6 +1,5 @@
-// CodePageFuzz.cpp - any bytes as text of any code page: decoding goes on to the end, and a
-// character that the page takes back comes out as the same bytes, unless the page has two readings
-// of it.
+// CodePageFuzz.cpp - any bytes as text of any code page: decoding reaches the end, and a character
+// that the page can encode gives the same bytes, unless it has two codes.
 //
 // Input: code page (1 byte), text.
 #include "fuzz/Fuzz.h"

@@ -1,5 +1,5 @@
-// CommandFuzz.cpp - any text as a command line, and any bytes as a response file: operands come out
-// without quotes, and the words of a line are never longer together than the line.
+// CommandFuzz.cpp - any text as a command line, and any bytes as a response file: operands hold no
+// quotes, and the words of a line are in total never longer than the line.
 //
 // Input: command line (to a zero), response file.
 #include "engine/commands/CommandLine.h"

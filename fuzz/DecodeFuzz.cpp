@@ -1,5 +1,5 @@
-// DecodeFuzz.cpp - any bytes as packed data: every decoder must say the same as its slow twin, in
-// one piece and in small ones, and keep to the bound on what packed data can yield.
+// DecodeFuzz.cpp - any bytes as packed data: every decoder must agree with its slow twin, for one
+// piece and for small pieces, and stay below the bound on the original size.
 //
 // Input: method (1 byte), size of the original (3), size of the pieces (1), packed data.
 #include <vector>
@@ -14,7 +14,7 @@ namespace kozor::fuzz {
 using namespace codec;
 
 void TestInput(Input input) {
-  constexpr std::size_t kMaxSize = 20000;  // keeps the slow decoder from being too slow
+  constexpr std::size_t kMaxSize = 20000;  // limits the time of the slow decoder
   const Method method = kPackingMethods[input.Byte() % std::size(kPackingMethods)];
   const std::size_t size = input.ThreeBytes() % kMaxSize;
   const std::size_t pieceSize = input.Byte() + std::size_t{1};

@@ -1,5 +1,5 @@
-// EncodeFuzz.cpp - any bytes as data to pack: they must come back, and the packed data must keep
-// all rules for writers.
+// EncodeFuzz.cpp - any bytes as data to pack: they must survive a round trip, and the packed data
+// must obey all rules for writers.
 //
 // Input: method and level (1 byte), size of the pieces (1), data.
 #include <map>

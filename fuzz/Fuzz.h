@@ -1,5 +1,5 @@
-// Fuzz.h - what the fuzz targets share.  A target is one source with one function, TestInput; the
-// rest of the program is FuzzMain.cpp.
+// Fuzz.h - common code of the fuzz targets.  A target is one source with one function, TestInput;
+// the rest of the program is FuzzMain.cpp.
 #pragma once
 
 #include <algorithm>
@@ -11,7 +11,7 @@
 
 namespace kozor::fuzz {
 
-// What the fuzzer made up, handed out from the front; after its end come zeros.
+// The fuzzer's input, consumed from the front; zeros follow its end.
 class Input {
  public:
   explicit Input(std::span<const std::uint8_t> bytes) : left(bytes) {}
@@ -31,7 +31,7 @@ class Input {
     const std::size_t low = Word();
     return low | std::size_t{Byte()} << 16;
   }
-  // Up to the next zero byte, which is taken, too, or the end.
+  // Up to the next zero byte, which is consumed too, or the end.
   std::string Text() {
     const auto end = std::ranges::find(left, 0);
     std::string text(left.begin(), end);
@@ -47,15 +47,15 @@ class Input {
 // A finding.
 void Require(bool condition);
 
-// A folder that is empty at the start of a run and goes away with the process; on drive C: under
-// the same path.
+// A folder that is empty at the start of a run and removed with the process; on drive C: under the
+// same path.
 class ScratchFolder {
  public:
   ScratchFolder();
   ~ScratchFolder();
 
   std::filesystem::path Path(const std::string& name) const { return root / name; }
-  // The path as the library has it, "C:\tmp\...".
+  // The library path, "C:\tmp\...".
   std::string LibraryPath(const std::string& name) const;
   void Write(const std::string& name, std::span<const std::uint8_t> bytes) const;
 

@@ -1,5 +1,5 @@
-// FuzzMain.cpp - a fuzz target as a program: for libFuzzer where the build asks for it, else over
-// the files, or folders of files, that its command line names.
+// FuzzMain.cpp - a fuzz target as a program: for libFuzzer if so configured, else for the files, or
+// folders of files, on its command line.
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>

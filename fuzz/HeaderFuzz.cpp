@@ -1,5 +1,5 @@
-// HeaderFuzz.cpp - any bytes as one header: reading it looks at nothing beyond them, and what is
-// read makes sense of itself; a header cut short is never taken for a whole one.
+// HeaderFuzz.cpp - any bytes as one header: the parser reads nothing outside them, its result is
+// consistent, and a truncated header is never accepted as complete.
 //
 // Input: the header.
 #include <vector>
@@ -19,7 +19,7 @@ void TestInput(Input input) {
   Require(header.headerBytes >= kCommonHeaderBytes && header.headerBytes <= bytes.size());
   Require(header.headerBytes <= kMaxHeaderBytes);
 
-  // In memory of its own, where a sanitizer sees every look beyond.
+  // In its own allocation, where a sanitizer detects every access outside.
   const std::vector<std::uint8_t> whole(bytes.begin(), bytes.begin() + header.headerBytes);
   MemberHeader again;
   Require(ParseMemberHeader(whole, again) == HeaderStatus::Complete);

@@ -1,6 +1,5 @@
-// IndexFuzz.cpp - any bytes as an archive: reading its headers does no harm, an index that comes of
-// it names members that lie in the file, in order, and can be found by their names; and any text
-// may be searched for.
+// IndexFuzz.cpp - any bytes as an archive: reading its headers is safe, the members of the index
+// lie inside the file, in order, and can be found by name; any search text is safe.
 //
 // Input: code page (1 byte), search text (to a zero), archive.
 #include "engine/container/ArchiveIndex.h"
@@ -24,7 +23,7 @@ void CheckMembers(const ArchiveIndex& index, std::uint64_t fileBytes) {
   Require(index.EndOffset() == end);
 }
 
-// What a search finds comes in order; what is right here is also found below.
+// A search finds members in order; those found in this directory are also found with those below.
 void CheckSearch(const ArchiveIndex& index, const std::string& text) {
   MemberSearch below(index, text, MemberSearch::Depth::AndBelow);
   MemberSearch here(index, text, MemberSearch::Depth::ThisDirectory);
@@ -48,7 +47,7 @@ void TestInput(Input input) {
     for (const Member& member : index.Members()) {
       if (member.kind == MemberKind::File) Require(index.FindExactly(member.name).has_value());
     }
-  } catch (const Failure&) {  // no archive, or a damaged one
+  } catch (const Failure&) {  // not an archive, or a damaged one
   }
 }
 

@@ -1,5 +1,4 @@
-// MaskFuzz.cpp - any mask against any name: the automaton agrees with the rules tried one way after
-// the other.
+// MaskFuzz.cpp - any mask against any name: the automaton agrees with a backtracking matcher.
 //
 // Input: mask (to a zero), name (to a zero).
 #include "fuzz/Fuzz.h"
@@ -8,7 +7,7 @@
 namespace kozor::fuzz {
 namespace {
 
-constexpr std::size_t kMostBytes = 12;  // of each: the slow way is exponential
+constexpr std::size_t kMostBytes = 12;  // of each: backtracking is exponential
 
 class SlowMatcher {
  public:
@@ -38,7 +37,7 @@ class SlowMatcher {
  private:
   const std::string_view mask;
   const std::string_view name;
-  const std::size_t end;  // dots at the end of a mask are not looked for
+  const std::size_t end;  // trailing dots of a mask are ignored
 };
 
 }  // namespace

@@ -1,5 +1,5 @@
-// ProgramFuzz.cpp - any bytes as what a self-extracting program finds in itself: testing a member
-// and unpacking it come to the same verdict, and names are fit to be shown.
+// ProgramFuzz.cpp - any bytes as a self-extracting program: testing and unpacking a member give the
+// same result, and names are safe to show.
 //
 // Input: the program, archive included.
 #include <vector>

@@ -1,5 +1,5 @@
-// StreamFuzz.cpp - any bytes as a CArchive stream: what can be loaded can be stored, and loads
-// again as the same.
+// StreamFuzz.cpp - any bytes as a CArchive stream: values that can be loaded can be stored and
+// loaded again unchanged.
 //
 // Input: how many values (1 byte), the kind of each (1 byte), the stream.
 #include <variant>
@@ -37,7 +37,7 @@ void Store(CArchive& archive, unsigned kind, const Value& value) {
   std::visit([&](const auto& stored) { archive << stored; }, value);
 }
 
-// As far as the stream has values.
+// As many as the stream has.
 std::vector<Value> LoadAll(const std::string& path, const std::vector<unsigned>& kinds) {
   std::vector<Value> values;
   CFile file(path.c_str(), CFile::modeRead);

@@ -1,5 +1,5 @@
-// VolumeFuzz.cpp - any bytes as a set of two volumes: restoring ends, and writes nothing outside
-// the destination.
+// VolumeFuzz.cpp - any bytes as a set of two volumes: restoring terminates and writes nothing
+// outside the destination.
 //
 // Input: where the first volume ends (2 bytes), both volumes.
 #include "ZorMultiVolume.h"
@@ -15,11 +15,11 @@ const ScratchFolder& Folder() {
 
 class Volumes : public ZorMultiVolume {
  protected:
-  // Gives up when a volume is asked for a second time, and on claims of many files.
+  // Gives up if a volume is asked for a second time, or if the header states many files.
   int OnAbort(const ONABORTPARAM& param) override {
     return param.volumeResult != VolumeFirstAsk || param.volume > 2 || param.filesDone > 50;
   }
-  // Names that lead elsewhere are the application's affair.
+  // The application is responsible for names that lead elsewhere.
   CString OnMakeFileName(const char* destination, const char* name) override {
     const std::string text(name);
     const bool isPlain = !text.empty() && text.find_first_of("\\/:") == std::string::npos;

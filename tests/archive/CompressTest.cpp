@@ -17,7 +17,7 @@ class ArchiveCompress : public ArchiveRecorded {
     return ErrorOf(archive.Compress(find, path.c_str(), append, selfExtracting));
   }
   ZorError Run(int append = 1) { return Run(Selection(Lib("src"), {"*.*"}), append); }
-  // The archiver's lines without their common beginning.
+  // The archiver's command lines without their common prefix.
   std::vector<std::string> TakeLines() { return TakeCalls("Unlha: a" + kOptions); }
 
   const std::string rooted = Lib("src/a.txt");
@@ -56,7 +56,7 @@ TEST_F(ArchiveCompress, TakesTheResponseFileAwayWhateverTheArchiverSays) {
   recording.results = {0x800D};
   EXPECT_EQ(Run(), ZorErrorFileOpen);
   EXPECT_THAT(folder.List("tmp"), ElementsAre("keep"));
-  // One that resists isn't worth a failure.
+  // A file that can't be removed isn't an error.
   recording.during = [&] { chmod(folder.Path("tmp/~$ZORARC.RSP").c_str(), 0444); };
   EXPECT_EQ(Run(), ZorErrorNone);
   recording.during = nullptr;
@@ -85,7 +85,7 @@ TEST_F(ArchiveCompress, RemovesAnOldArchiveUnlessItAdds) {
   EXPECT_EQ(Run(1), ZorErrorNone);
   EXPECT_TRUE(folder.Exists("a.lzh"));
   chmod(folder.Path("a.lzh").c_str(), 0444);
-  EXPECT_EQ(Run(0), ZorErrorNone);  // the one that resists is added to
+  EXPECT_EQ(Run(0), ZorErrorNone);  // members are added to an archive that can't be removed
   EXPECT_TRUE(folder.Exists("a.lzh"));
   chmod(folder.Path("a.lzh").c_str(), 0644);
   TakeCalls();
@@ -100,7 +100,7 @@ TEST_F(ArchiveCompress, RefusesNamesInTheArchiveUnlessItMayOverwrite) {
   EXPECT_THAT(TakeCalls(), ElementsAre("GetRunning", "SetOwnerWindowEx", "SetCursorMode 0",
                                        "OpenArchive #\\a.lzh 0x801202", "FindFirst *.*",
                                        "CloseArchive", "KillOwnerWindowEx"));
-  // A file with a root meets the member of its name behind the root.
+  // A file with a root conflicts with the member named like its path after the root.
   recording.members = {{.name = rooted.substr(2)}};
   EXPECT_EQ(Run(Selection("", {rooted})), ZorErrorSameName);
 
@@ -116,7 +116,7 @@ TEST_F(ArchiveCompress, RefusesFilesThatWouldMeetAtOneStoredName) {
   ASSERT_NE(DefineDosDeviceA(0, "E:", folder.Path().c_str()), 0);
   EXPECT_EQ(Run(Selection("", {"D:\\src\\*.*", "E:\\SRC\\A.TXT"})), ZorErrorSameName);
   EXPECT_EQ(Run(Selection("", {"D:\\src\\*.*", "E:\\src\\sub\\*.*"})), ZorErrorNone);
-  // Names under the base directory aren't compared with those of other roots.
+  // Names below the base directory aren't compared with those of other roots.
   EXPECT_EQ(Run(Selection("E:\\", {"D:\\src\\a.txt", "src\\a.txt"})), ZorErrorNone);
   DefineDosDeviceA(DDD_REMOVE_DEFINITION, "D:", nullptr);
   DefineDosDeviceA(DDD_REMOVE_DEFINITION, "E:", nullptr);

@@ -129,7 +129,7 @@ TEST(ArchiveExtractNames, AreJoinedByTheDefaultRule) {
   }
 }
 
-// Members of one directory follow each other, and it is gone when the second one's turn comes.
+// The directory of two consecutive members disappears before the second one.
 TEST_F(ArchiveExtract, MakesADirectoryAgainThatWasRemovedMeanwhile) {
   recording.members = {{.name = "d/1"}, {.name = "d/2"}};
   archive.inPhase = [this](int phase) {
@@ -159,7 +159,7 @@ TEST_F(ArchiveExtract, LeavesThePartOfAFailedMemberTrimmedAndUnstamped) {
   EXPECT_FALSE(folder.Exists("out/g.txt"));
 }
 
-// The last report repeats what stood in the record, and the texts must still be there.
+// The last report repeats the contents of the record, whose texts must still be valid.
 TEST_F(ArchiveExtract, KeepsTheTextsOfTheRecordUntilTheLastReport) {
   recording.archivesThatOpen = 2;  // for the list and the first member
   EXPECT_EQ(Run(), ZorErrorArchiveOpen);
@@ -177,14 +177,14 @@ TEST_F(ArchiveExtract, NamesWhyATargetCannotBeMapped) {
   EXPECT_EQ(Run(), ZorErrorOutOfMemory);
 }
 
-// Else the file would keep bytes that aren't the member's, and nobody would know.
+// Otherwise the file would silently keep bytes that aren't the member's.
 TEST_F(ArchiveExtract, FailsWhenATargetCannotBeTrimmed) {
   const FailCall<&posix::SystemCalls::ftruncate> failing(1, EIO);
   EXPECT_EQ(Run(), ZorErrorFileFailure);
   EXPECT_FALSE(folder.Exists("out/g.txt"));
 }
 
-// A size that can't be counted together with the slack is refused before anything is touched.
+// A size that overflows with the slack is refused before any file is touched.
 TEST_F(ArchiveExtract, MapsNoFileOfNearlyFourGigabytes) {
   ZorMappedFile file(path.c_str(), 0xFFFFFFFF - 1023);
   EXPECT_EQ(file.Map(), nullptr);

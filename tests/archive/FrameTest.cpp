@@ -1,5 +1,5 @@
-// FrameTest.cpp - what all operations do alike: opening and closing steps, the archiver's reports
-// and its temporaries, failures, cancelling, hooks that throw.
+// FrameTest.cpp - the common frame of all operations: opening and closing steps, reports,
+// temporaries, failures, cancelling, hooks that throw.
 #include <sys/stat.h>
 
 #include <stdexcept>
@@ -44,12 +44,12 @@ class ArchiveFrame : public OperationTest, public testing::WithParamInterface<co
 
   bool Compresses() const { return std::string(GetParam()).starts_with("Compress"); }
   ZorError Run() { return OperationTest::Run(GetParam()); }
-  // Runs it; it must fail so, and close all the same.
+  // Runs it; it must fail with this error and still run the closing steps.
   void ExpectFailure(ZorError error) {
     EXPECT_EQ(Run(), error);
     EXPECT_EQ(recording.calls.back(), "KillOwnerWindowEx");
   }
-  // The reports of the phases, without what they say.
+  // The phases reported, without their data.
   std::string TakePhases() {
     std::string phases;
     for (const std::string& line : TakeCalls("OnAbort ")) phases += line[2];
@@ -79,7 +79,7 @@ TEST_P(ArchiveFrame, EndsWithBusyAndWithoutAnyReportWhenTheArchiverIsAtWork) {
   EXPECT_THAT(TakeCalls(), ElementsAre("GetRunning"));
 
   recording.busy = false;
-  recording.refusesCallback = true;  // and none is taken back
+  recording.refusesCallback = true;  // so none is removed
   EXPECT_EQ(Run(), ZorErrorEngineBusy);
   EXPECT_EQ(recording.calls.back(), "SetOwnerWindowEx");
   EXPECT_EQ(recording.calls.size(), Compresses() ? 2U : 3U);
@@ -93,7 +93,8 @@ TEST_P(ArchiveFrame, NeedsAnExistingArchiveUnlessItMakesOne) {
   EXPECT_THAT(TakeCalls(), ElementsAre("OnAbort 0 4 0/0 0/0 - -"));
 }
 
-// Whichever report is answered so: only the end is reported after it.  The end can't be stopped.
+// Whichever report stops the operation, only the end is reported after it.  The end can't be
+// stopped.
 TEST_P(ArchiveFrame, StopsAtEveryReport) {
   EXPECT_EQ(Run(), ZorErrorNone);
   const std::string whole = TakePhases();
@@ -125,14 +126,14 @@ TEST(ArchiveFrameErrors, CodesOfTheArchiversListKeepTheirPlaceAndAllOthersAreUnk
 }
 
 TEST_P(ArchiveFrame, WithoutAnObjectForTheCallbacksStillMakesItsOwnReports) {
-  { const ZorArchive copy(archive); }  // its end takes the callbacks' object away
+  { const ZorArchive copy(archive); }  // destroying it detaches the callbacks
   EXPECT_EQ(Run(), ZorErrorNone);
   EXPECT_THAT(recording.answers, ElementsAre(1));
   EXPECT_THAT(TakePhases(), testing::AnyOf("04", "0134"));
 }
 
-// A hook may throw in its operation, below the archiver, and at the very end; each time the closing
-// steps come to their end and the object serves again.
+// A hook may throw in the operation, inside the archiver's callback, and at the very end.  Each
+// time all closing steps run and the object can be used again.
 TEST_P(ArchiveFrame, ClosesAndServesAgainWhenAHookHasThrown) {
   for (const int throwing : {0, 2, 4}) {
     SCOPED_TRACE(throwing);
@@ -167,8 +168,8 @@ TEST_P(ArchiveFrame, DoesntAskAHookAgainThatHasThrown) {
   EXPECT_THAT(recording.answers, ElementsAre(0, 0));
 }
 
-// A quote would end its name on the line, and the rest would name something else; so a hostile
-// archive could have members touched that weren't selected.
+// A quote would end its name on the command line, and the rest would be read as other names.  So a
+// hostile archive could make an operation touch members that weren't selected.
 TEST_F(ArchiveRecorded, EveryOperationRefusesANameWithAQuote) {
   const char* const name = "x\" \"y.txt";
   folder.WriteFile("src/z.txt", "z");
@@ -211,7 +212,7 @@ constexpr unsigned int kEnd = 6;
 
 class ArchiveProgress : public OperationTest {
  protected:
-  // What OnAbort hears between its first and its last report while the archiver makes these.
+  // The calls of OnAbort between the first and the last one, for these reports of the archiver.
   std::vector<std::string> Hear(const char* operation, std::vector<ScriptedReport> reports) {
     recording.reports = std::move(reports);
     EXPECT_EQ(Run(operation), ZorErrorNone);
@@ -263,8 +264,8 @@ class ArchiveTempSweep : public OperationTest {
   }
 };
 
-// Between the last report and the end of the callback.  One that can't be removed stays, and
-// doesn't save the others.
+// Temporaries are removed between the last report and the removal of the callback.  One that can't
+// be removed stays; the others are removed.
 TEST_F(ArchiveTempSweep, RemovesThoseOfTheRunBesideTheArchiveAndNothingElse) {
   archive.inPhase = [this](int phase) {
     if (phase != 4) return;

@@ -1,5 +1,5 @@
-// MemberListingTest.cpp - which members a ZorFind selects, what the archiver is asked for it, and
-// what Delete makes of them.
+// MemberListingTest.cpp - which members a ZorFind selects, by which calls of the archiver, and how
+// Delete uses them.
 #include "RecordedArchive.h"
 #include "archive/ArchiveSearch.h"
 

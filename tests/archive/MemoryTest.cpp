@@ -46,7 +46,7 @@ TEST_F(ArchiveMemory, GivesTheArchiverDataNameAndOptions) {
 TEST_F(ArchiveMemory, RefusesToReplaceAMemberUnlessItMay) {
   EXPECT_EQ(Compress("D\\F.TXT"), ZorErrorSameName);
   EXPECT_THAT(TakeCalls("OnAbort"), IsEmpty());
-  EXPECT_EQ(Compress("C:\\d\\f.txt"), ZorErrorNone);  // would be "\d\f.txt"
+  EXPECT_EQ(Compress("C:\\d\\f.txt"), ZorErrorNone);  // stored as "\d\f.txt"
   archive.SetOverwriteMode(1);
   EXPECT_EQ(Compress("d\\f.txt"), ZorErrorNone);
   archive.SetOverwriteMode(0);

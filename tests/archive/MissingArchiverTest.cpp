@@ -19,7 +19,7 @@ class NoReport : public ZorArchive {
   }
 };
 
-// All operations that need the archiver, with an archive that exists.
+// All operations that need the archiver, on an existing archive.
 void ExpectNoneWorks() {
   TestFolder folder;
   folder.WriteFile("a.lzh", "old");

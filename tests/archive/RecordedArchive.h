@@ -19,7 +19,7 @@ namespace kozor::test {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-// The options at the head of the archiver's lines.
+// The options that begin the archiver's command lines.
 inline const std::string kOptions = " -+ -gm1 -a1 -c1 -m1 -x1 -n";
 
 class RecordedArchive : public ZorArchive {
@@ -28,11 +28,11 @@ class RecordedArchive : public ZorArchive {
 
   int stopAt = -1;  // counts down with each OnAbort; the one that finds 0 answers 1
   std::function<void(int phase)> inPhase;             // runs in each OnAbort
-  std::function<CString(const char* name)> makeName;  // in the place of the default
+  std::function<CString(const char* name)> makeName;  // replaces the default
 
  protected:
   // Logs "OnAbort kind phase files bytes archive file member size date time attribute", null as
-  // "-"; of a member that isn't there only what comes before it.
+  // "-"; without a member only the fields before it.
   int OnAbort(const ONABORTPARAM& param) override;
   CString OnMakeFileName(const char* directory, const char* name) override;
 
@@ -48,11 +48,11 @@ class ArchiveRecorded : public testing::Test {
   ~ArchiveRecorded() override;
 
   std::string Lib(const std::string& name) const { return folder.Lib(name); }
-  // What became of an operation with this result.
+  // The outcome of an operation with this result.
   ZorError ErrorOf(int result) const;
   // The log from the last call of this function on.
   std::vector<std::string> TakeCalls();
-  // Those lines of it that begin with the text, the rest behind it.
+  // The lines that begin with the text, without it.
   std::vector<std::string> TakeCalls(const std::string& beginning);
 
   TestFolder folder;

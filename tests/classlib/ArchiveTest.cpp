@@ -1,4 +1,4 @@
-// ArchiveTest.cpp - CArchive: the bytes of the stream, and streams that lie or end too early.
+// ArchiveTest.cpp - CArchive: the bytes of the stream, and malformed or truncated streams.
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -10,7 +10,7 @@
 
 namespace {
 
-// The largest piece of memory that anyone has asked for.
+// The largest allocation so far.
 std::size_t largestRequest = 0;
 
 }  // namespace

@@ -1,5 +1,5 @@
-// FileTest.cpp - CFile: opening, positions, failures, what can be asked of a path; CStdioFile,
-// which adds lines and a buffer; and the protocol of CFileFind.
+// FileTest.cpp - CFile: opening, positions, failures, operations on paths; CStdioFile, which adds
+// lines and a buffer; and the protocol of CFileFind.
 #include <gtest/gtest.h>
 
 #include <string>

@@ -1,5 +1,4 @@
-// GuestOther.cpp - a program's own classes, which know nothing of the library's; StringTest.cpp
-// asks for them.
+// GuestOther.cpp - a program's own classes with the library's names; used by StringTest.cpp.
 #include <string>
 
 class CObject {

@@ -28,7 +28,7 @@ std::vector<std::string> Contents(const StringList& list) {
   return forward;
 }
 
-// Every element is also known by its position, which must stay good whatever becomes of others.
+// Tracks every element by its position too, which must stay valid whatever happens to the others.
 TEST(ClassLibList, AgreesWithAnotherListOverManyChanges) {
   std::mt19937 random(5);
   StringList list(3);

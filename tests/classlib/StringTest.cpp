@@ -50,7 +50,7 @@ TEST(ClassLibString, EmptyStringsStayEmptyWhateverHappensToOthers) {
   EXPECT_STREQ(moved, "x");
   EXPECT_STREQ(changed, "");  // NOLINT(bugprone-use-after-move): a string moved from is empty
   EXPECT_TRUE(empty.IsEmpty());
-  empty.ReleaseBuffer(3);  // nothing was asked for: nothing happens
+  empty.ReleaseBuffer(3);  // without GetBuffer it does nothing
   EXPECT_STREQ(CString(), "");
   moved.Empty();
   EXPECT_EQ(moved, empty);
@@ -103,7 +103,7 @@ TEST(ClassLibString, TakesItsLengthFromTheTerminatorOrTheCaller) {
   char* buffer = s.GetBuffer(8);
   EXPECT_STREQ(buffer, "x");
   for (int i = 0; i < 8; ++i) buffer[i] = static_cast<char>('a' + i);
-  s.ReleaseBuffer();  // no terminator within the room that was asked for
+  s.ReleaseBuffer();  // no terminator within the requested size
   EXPECT_STREQ(s, "abcdefgh");
   s.GetBuffer(0)[3] = '\0';
   s.ReleaseBuffer();

@@ -1,5 +1,4 @@
-// BitComposer.h - puts packed data together by hand, number by number or from a picture of its
-// bits.
+// BitComposer.h - composes packed data by hand, from numbers or from a string of bits.
 #pragma once
 
 #include <cstddef>
@@ -16,7 +15,7 @@ class BitComposer {
     while (bits-- != 0) Bit((value >> bits & 1) != 0);
     return *this;
   }
-  // Characters 0 and 1; others are there for the eye.
+  // Characters 0 and 1; others are ignored and serve as separators.
   BitComposer& Picture(std::string_view text) {
     for (const char c : text) {
       if (c == '0' || c == '1') Bit(c == '1');

@@ -1,5 +1,5 @@
-// DamageTest.cpp - what the decoders make of packed data that is cut, changed, too long for the
-// target or not packed data at all.
+// DamageTest.cpp - decoding packed data that is truncated, changed, too long for the target, or
+// random.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -18,8 +18,8 @@ struct Outcome {
   Bytes bytes;  // as far as they were unpacked
 };
 
-// Decodes from and into memory of exactly the right size, where the address sanitizer sees every
-// access beside it; without one, bytes around the target tell of writes.
+// Decodes from and into memory of exactly the right size, so that the address sanitizer detects
+// every access outside.  Without it, guard bytes around the target detect writes.
 Outcome DecodeGuarded(Method method, const Bytes& packed, std::size_t size) {
   constexpr std::size_t kGuard = 64;
   constexpr std::uint8_t kMark = 0xA5;
@@ -47,10 +47,10 @@ void ExpectLikeSlowDecoder(Method method, const Bytes& packed, std::size_t size)
 
 struct BrokenBlock {
   const char* name;
-  const char* bits;  // of lh5, as far as the fault
+  const char* bits;  // of lh5, up to the fault
 };
 
-// A good beginning for faults further on: one item, and a tree code of 2 as 0 and 3 as 1.
+// A valid beginning for later faults: one item, and a tree code with 2 as 0 and 3 as 1.
 #define ONE_ITEM "0000000000000001 "
 #define TREE_CODE "00100 000 000 001 00 001 "
 #define ONLY_A "00000 00000 000000000 001000001 "
@@ -88,7 +88,7 @@ TEST(CodecDamagedData, IsRefusedForEachBrokenRule) {
   }
 }
 
-// Then there is packed data left at the end of the target, and a match may reach beyond it.
+// Then packed data is left at the end of the target, and a match may extend past it.
 TEST(CodecShortTarget, TakesTheBeginningAndNothingBehindIt) {
   const Bytes data = MixedData(4000);
   const Bytes packed = Encode(Method::Lh5, data);

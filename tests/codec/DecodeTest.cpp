@@ -1,4 +1,4 @@
-// DecodeTest.cpp - what the decoders make of valid packed data.
+// DecodeTest.cpp - decoding valid packed data.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -62,7 +62,7 @@ TEST(CodecDecode, AgreesWithTheSlowDecoderOnRandomStreams) {
   for (const Method method : kPackingMethods) {
     SCOPED_TRACE(static_cast<int>(method));
     for (unsigned seed = 0; seed < 100; ++seed) {
-      // The last of the adaptive methods is long enough for their trees to be rebuilt.
+      // The last size is large enough for the trees of the adaptive methods to be rebuilt.
       const bool isLong = seed == 99 && (method == Method::Lh1 || method == Method::Lh2);
       const std::size_t size = isLong ? 500000 : 1 + seed * seed * 3;
       const Bytes packed = RandomMember(method, seed, size);
@@ -72,7 +72,7 @@ TEST(CodecDecode, AgreesWithTheSlowDecoderOnRandomStreams) {
       ASSERT_EQ(Decode(method, packed, target), Status::Ok) << seed;
       ASSERT_TRUE(target == slow.bytes) << seed;
 
-      // The same in pieces, which may end anywhere, and within an item too.
+      // The same in pieces, which may end anywhere, even inside an item.
       std::span<const std::uint8_t> left = packed;
       const PackedPieces pieces = [&, step = std::size_t{1}]() mutable {
         step = step * 3 % 89;
@@ -87,7 +87,7 @@ TEST(CodecDecode, AgreesWithTheSlowDecoderOnRandomStreams) {
   }
 }
 
-// What a header may claim at most is never less than what there is.
+// The bound on the original size is never below the actual size.
 TEST(CodecDecode, YieldsNoMoreThanIsPossible) {
   for (const Method method : kPackingMethods) {
     for (unsigned seed = 0; seed < 100; ++seed) {

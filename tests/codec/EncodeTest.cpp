@@ -1,5 +1,5 @@
-// EncodeTest.cpp - what the encoder writes: the data comes back, and every rule for writers is
-// kept.
+// EncodeTest.cpp - the encoder's output: the data survives a round trip, and all rules for writers
+// are obeyed.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -21,7 +21,7 @@ void ExpectRoundTrip(Method method, const Bytes& data, int level) {
   ASSERT_TRUE(target == data);
 }
 
-// The slow decoder also looks for broken rules.
+// The slow decoder also checks the rules.
 void ExpectGoodStream(Method method, const Bytes& data, int level) {
   const SlowResult slow = SlowDecode(method, Encode(method, data, level), data.size());
   ASSERT_EQ(slow.status, Status::Ok);
@@ -56,7 +56,7 @@ TEST_P(CodecEncoding, ComesBackAcrossSegments) {
   }
 }
 
-// After the first segment such data is nothing but equal matches, and a block of them takes no
+// After the first segment such data consists of equal matches, and a block of them would take no
 // bits.
 TEST_P(CodecEncoding, EndsWithABlockThatTakesBits) {
   for (const std::size_t size : {2 * kSegmentBytes, kSegmentBytes + 256, kSegmentBytes + 1}) {
@@ -98,7 +98,7 @@ INSTANTIATE_TEST_SUITE_P(
                     MethodAndLevel{Method::Lh7, 9}),
     NameOf);
 
-// Bounds far from what is reached today, but near enough to notice a search or a code gone wrong.
+// Bounds well above the current sizes, but low enough to detect a broken search or code.
 TEST(CodecEncode, PacksAsWellAsTheMethodsCan) {
   EXPECT_LT(Encode(Method::Lh5, Bytes(1 << 20, std::uint8_t{0})).size(), 600U);
   EXPECT_LT(Encode(Method::Lh5, RandomData(1 << 18)).size(), (1U << 18) + 600);
@@ -112,7 +112,7 @@ TEST(CodecEncode, PacksAsWellAsTheMethodsCan) {
   }
 }
 
-// Segments packed by encoders of their own, joined at bit level, are what one encoder makes.
+// Segments packed by separate encoders and joined at bit level equal the output of one encoder.
 TEST(CodecEncode, JoinsSegmentsToOneStream) {
   const Bytes data = MixedData(2 * kSegmentBytes + 12345);
   for (const Method method : {Method::Lh5, Method::Lh7}) {
@@ -136,7 +136,7 @@ TEST(CodecEncode, JoinsSegmentsToOneStream) {
   }
 }
 
-// What repeats after 30000 bytes is in reach of a window of 32 KiB and out of reach of 8 KiB.
+// A repetition after 30000 bytes is inside a window of 32 KiB and outside one of 8 KiB.
 TEST(CodecEncode, UsesTheWholeWindow) {
   const Bytes noise = RandomData(30000);
   Bytes data = noise;

@@ -1,4 +1,4 @@
-// HuffmanLengthsTest.cpp - codes are complete, within their limit, and none is shorter.
+// HuffmanLengthsTest.cpp - codes are complete, within the limit, and optimal.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -20,7 +20,7 @@ Lengths Build(const Counts& counts, unsigned maxBits) {
   return lengths;
 }
 
-// What the symbols take in sum, after a look at the code: complete, and within its limit.
+// The total bits of the symbols; also checks that the code is complete and within its limit.
 std::uint64_t TotalBits(const Counts& counts, const Lengths& lengths, unsigned maxBits) {
   std::uint64_t bits = 0;
   std::uint32_t space = 0;
@@ -34,7 +34,7 @@ std::uint64_t TotalBits(const Counts& counts, const Lengths& lengths, unsigned m
   return bits;
 }
 
-// The least over all complete codes of these symbols, tried one by one.
+// The minimum over all complete codes of these symbols, by exhaustive search.
 std::uint64_t LeastBits(const Counts& counts, unsigned maxBits, std::size_t symbol = 0,
                         std::uint32_t space = 0) {
   const std::uint32_t whole = 1U << maxBits;
@@ -63,7 +63,7 @@ TEST(CodecHuffmanLengths, NoCodeIsShorter) {
   }
 }
 
-// Fibonacci numbers make the deepest code for their sum.
+// Fibonacci numbers give the deepest code for their sum.
 TEST(CodecHuffmanLengths, StayWithinSixteenBits) {
   Counts counts{0, 1, 1};
   while (counts.size() < 23) counts.push_back(counts.end()[-1] + counts.end()[-2]);

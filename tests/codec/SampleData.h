@@ -16,7 +16,7 @@ inline constexpr Method kPackingMethods[] = {
     Method::Lh1, Method::Lh2, Method::Lh3, Method::Lh4, Method::Lh5, Method::Lh6, Method::Lh7,
     Method::Lhx, Method::Lk7, Method::Lzs, Method::Lz5, Method::Pm1, Method::Pm2};
 
-// Words of a small vocabulary with a number now and then.
+// Words of a small vocabulary with some numbers.
 inline std::vector<std::uint8_t> TextData(std::size_t size) {
   constexpr std::string_view kWords[] = {"archive ", "member ", "the ",   "of ", "window ",
                                          "volume ",  "\r\n",    "header", ", ",  "backup "};
@@ -38,7 +38,8 @@ inline std::vector<std::uint8_t> RandomData(std::size_t size) {
   return data;
 }
 
-// Stretches of text, of random bytes and of one repeated byte, some of them again from far back.
+// Stretches of text, random bytes and one repeated byte; some repeat earlier ones at a long
+// distance.
 inline std::vector<std::uint8_t> MixedData(std::size_t size) {
   const std::vector<std::uint8_t> text = TextData(40000);
   const std::vector<std::uint8_t> noise = RandomData(40000);

@@ -1,8 +1,7 @@
 // SlowDecoder.h - a second decoder of each method, slow and obvious, bit by bit.
 //
-// It shares nothing with the fast one, so that a fault would have to be made twice.  For the
-// methods that are written it also knows the rules that a writer must keep and a reader need not
-// check.
+// It shares no code with the fast one, so that a fault would have to be made twice.  For the
+// methods with an encoder it also checks the rules for writers that readers need not check.
 #pragma once
 
 #include <cstddef>

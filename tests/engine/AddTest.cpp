@@ -1,4 +1,4 @@
-// AddTest.cpp - the command `a`: what goes in, under which name, in which way.
+// AddTest.cpp - the command `a`: which files are added, under which names, and how.
 #include <utility>
 
 #include "tests/engine/EngineFixture.h"
@@ -83,11 +83,11 @@ TEST_F(EngineAdd, TreeTakenAgainIsReplaced) {
   const std::size_t size = folder.ReadFile("x.lzh").size();
   ASSERT_EQ(AddTree("x.lzh", "src"), 0);
   EXPECT_THAT(Names("x.lzh"), ElementsAre("a.txt", "empty", "sub\\b.bin", "sub\\deep\\c"));
-  EXPECT_EQ(folder.ReadFile("x.lzh").size(), size);  // directories are not said twice either
+  EXPECT_EQ(folder.ReadFile("x.lzh").size(), size);  // directories aren't added twice either
   EXPECT_EQ(AddTree("x.lzh", "nowhere"), 0x800F);
 }
 
-// It can't be appended to in place: what stays is copied, whatever else there is to do.
+// It can't be appended to in place, so everything that stays is copied.
 TEST_F(EngineAdd, AnArchiveWithAnUnusualEndKeepsItsMembers) {
   folder.WriteFile("src/x.lzh", "is a member, too");
   for (const bool isPadded : {false, true}) {
@@ -174,7 +174,7 @@ TEST_F(EngineAdd, AttributesComeBack) {
 
 TEST_F(EngineAdd, FailuresLeaveTheArchiveAsItWas) {
   folder.WriteFile("src/large", "");
-  // Its size and the 1 KiB that extraction reserves are one more than 32 bits can say.
+  // Its size plus the 1 KiB that extraction reserves exceeds 32 bits by one.
   std::filesystem::resize_file(folder.Path("src/large"), 0x1'0000'0000 - 1024);
   ASSERT_EQ(Add("x.lzh", "src", {"a.txt"}), 0);
   const Bytes before = folder.ReadFile("x.lzh");

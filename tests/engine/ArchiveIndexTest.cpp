@@ -1,4 +1,4 @@
-// ArchiveIndexTest.cpp - where archives begin and end, and what an index holds.
+// ArchiveIndexTest.cpp - where archives begin and end, and the contents of an index.
 #include "engine/container/ArchiveIndex.h"
 
 #include <gmock/gmock.h>
@@ -152,8 +152,8 @@ TEST(EngineArchiveIndex, FindsTheArchiveBehindAPrefix) {
 }
 
 TEST(EngineArchiveIndex, EndOfTheProgramIsBelievedBeforeTheScan) {
-  // An ELF file of 64 bytes whose section headers end at 200; text that reads as a whole archive
-  // stands inside.
+  // An ELF file of 64 bytes whose section headers end at 200; text that looks like a complete
+  // archive is inside.
   Bytes program(200);
   const Bytes magic = {0x7F, 'E', 'L', 'F', 2, 1, 1};
   std::copy(magic.begin(), magic.end(), program.begin());
@@ -188,7 +188,7 @@ TEST(EngineArchiveIndex, ExactNameComesBeforeCase) {
                                                  {.level = 0, .name = "readme"},
                                                  {.level = 0, .name = "readme"}}));
   EXPECT_EQ(index.Find("README"), 0U);
-  EXPECT_EQ(index.Find("readme"), 2U);  // the last of one name
+  EXPECT_EQ(index.Find("readme"), 2U);  // the last one of that name
   EXPECT_EQ(index.Find("Readme"), 0U);
   EXPECT_EQ(index.FindExactly("Readme"), std::nullopt);
 }
@@ -236,7 +236,7 @@ TEST(EngineArchiveIndex, CodePagesAreRecordedChosenOrGuessedFromAllNames) {
   EXPECT_THAT(shown({{.name = "caf\xE9"}}, 1252), ElementsAre("caf\u00E9"));
   EXPECT_THAT(shown({{.name = "caf\xE9", .extensions = {{0x02, "\xE9\xFF"}}}}, 28591),
               ElementsAre("\u00E9\\caf\u00E9"));
-  // Both names are EUC; one of them alone could be code page 932 as well.
+  // Both names are EUC; one of them alone could also be code page 932.
   EXPECT_THAT(shown({{.name = "\xB4\xC1"}, {.name = "\xE1\xFE"}}),
               ElementsAre("\u6F22", testing::_));
   EXPECT_THAT(shown({{.name = "\xB4\xC1"}}), ElementsAre("\uFF74\uFF81"));

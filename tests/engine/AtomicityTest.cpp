@@ -1,5 +1,5 @@
-// AtomicityTest.cpp - whatever ends a run, the archive is the old one or the new one: kill signals,
-// full disks, other file systems, runs that never committed.
+// AtomicityTest.cpp - however a run ends, the archive is the old one or the new one: kill signals,
+// full disks, other file systems, uncommitted runs.
 #include <signal.h>
 #include <sys/mount.h>
 #include <sys/wait.h>
@@ -15,7 +15,7 @@
 namespace kozor::test {
 namespace {
 
-// A small file system of its own in memory; unmounted with the object.
+// A small file system in memory; the destructor unmounts it.
 class SmallDisk {
  public:
   SmallDisk(std::filesystem::path where, const char* options) : mountPoint(std::move(where)) {
@@ -52,8 +52,8 @@ class EngineAtomicity : public EngineTest {
     return WIFEXITED(status) && WEXITSTATUS(status) == 0;
   }
 
-  // Kills a run at many moments, from the start to behind its end.  After each the archive must
-  // have the names of before or after, and every member must be whole.
+  // Kills a run at many moments from its start to after its end.  Each time the archive must have
+  // the old or the new names, and every member must be intact.
   void KillAtManyMoments(const std::vector<std::string>& before,
                          const std::vector<std::string>& after, const Change& change) {
     const Bytes start = folder.ReadFile("x.lzh");
@@ -70,14 +70,14 @@ class EngineAtomicity : public EngineTest {
       const std::vector<std::string> names = Names("x.lzh");
       ASSERT_THAT(names, testing::AnyOf(before, after));
       for (const std::string& name : names) ASSERT_EQ(Extract("x.lzh", name).code, 0) << name;
-      // The archive can be worked on at once.
+      // The archive can be changed immediately.
       ASSERT_EQ(Compress("x.lzh", "next", {}), 0);
     }
     EXPECT_GT(killed, 0);
-    // The next run that needs a temporary in the folder removes what killed ones have left.
+    // The next run that makes a temporary in the folder removes leftovers of killed runs.
     ASSERT_EQ(Compress("x.lzh", before.front(), {}), 0);
     for (const std::string& name : Temporaries()) {
-      // Killed before the new file had been marked.
+      // Killed before the new file was marked.
       EXPECT_EQ(std::filesystem::file_size(folder.Path(name)), 0U) << name;
       std::filesystem::remove(folder.Path(name));
     }

@@ -19,7 +19,7 @@ class EngineBinding : public EngineTest {
 TEST(EngineModule, ModuleIsReallyUnloaded) {
   for (int i = 0; i < 2; ++i) {
     const Engine once;
-    EXPECT_EQ(once.SetCursorMode(17), 0);  // a module that stayed would remember
+    EXPECT_EQ(once.SetCursorMode(17), 0);  // a module that stayed loaded would remember
     const Engine counted;
     EXPECT_EQ(counted.SetCursorMode(18), 17);
   }
@@ -102,7 +102,7 @@ TEST_F(EngineBinding, OpenHandleKeepsWhatItSawWhileTheArchiveChanges) {
 
 TEST_F(EngineBinding, ChangeFromOutsideIsNoticedThoughSizeAndTimeAreTheSame) {
   bool isNoticed = false;
-  for (int attempt = 0; attempt < 20 && !isNoticed; ++attempt) {  // a late look may miss it
+  for (int attempt = 0; attempt < 20 && !isNoticed; ++attempt) {  // the check may come too late
     const auto now = std::filesystem::file_time_type::clock::now();
     const auto namesOf = [&](const char* name) {
       folder.WriteFile("y.lzh", RawArchive({{.name = name}}));

@@ -1,4 +1,4 @@
-// DamageTest.cpp - archives cut short and archives with a changed byte: an error or the right
+// DamageTest.cpp - truncated archives and archives with a changed byte give an error or the right
 // bytes.
 #include <map>
 
@@ -12,7 +12,7 @@ using Contents = std::map<std::string, Bytes>;
 
 class EngineDamage : public EngineTest {
  protected:
-  // Headers of all levels, and what our own writing has: packed, stored, empty, beyond ASCII.
+  // Headers of all levels, and members by our own writer: packed, stored, empty, non-ASCII names.
   EngineDamage() {
     expected = {{"level0", ToBytes("zero")},        {"level1", ToBytes("one")},
                 {"level3", ToBytes("three")},       {"text", TextBytes(400)},
@@ -31,12 +31,12 @@ class EngineDamage : public EngineTest {
     return {good.begin(), good.begin() + static_cast<std::ptrdiff_t>(size)};
   }
 
-  // What a caller gets who extracts all: false when any step reports an error.
+  // Extracts everything; returns false if any step reports an error.
   bool ExtractAll(const Bytes& archive, Contents& contents) {
     folder.WriteFile("bad.lzh", archive);
     if (!Opens("bad.lzh")) return false;
     for (const UnlhaMemberRecord& record : Search("bad.lzh")) {
-      if (record.size > 1000000) return false;  // a lie; a caller's memory would end here
+      if (record.size > 1000000) return false;  // wrong; a caller could not allocate that
       const Extracted extracted = ExtractInto("bad.lzh", record.name, record.size);
       if (extracted.code != 0) return false;
       contents[record.name] = extracted.bytes;
@@ -53,7 +53,7 @@ TEST_F(EngineDamage, CutAnywhere) {
   for (std::size_t size = 0; size < good.size(); ++size) {
     Contents contents;
     if (!ExtractAll(GoodUpTo(size), contents)) continue;
-    ++successes;  // the exact end of a member is an end of an archive as well
+    ++successes;  // an archive may also end exactly after a member
     EXPECT_EQ(contents.size(), successes);
     for (const auto& [name, bytes] : contents)
       EXPECT_TRUE(SameBytes(bytes, expected[name])) << size;
@@ -62,8 +62,8 @@ TEST_F(EngineDamage, CutAnywhere) {
 }
 
 TEST_F(EngineDamage, AnyByteChanged) {
-  // An end mark in the place of a header's first byte is the one change that the format has no
-  // check over: an append that never committed looks the same.
+  // An end mark in place of a header's first byte is the only change that the format can't detect:
+  // an uncommitted append looks the same.
   std::vector<std::size_t> passed;
   for (std::size_t at = 0; at < good.size(); ++at) {
     for (const int value : {0x00, 0xFF, good[at] ^ 0x41}) {
@@ -89,13 +89,13 @@ TEST_F(EngineDamage, ChangeRefusesADamagedArchiveAndLeavesItAlone) {
 }
 
 TEST_F(EngineDamage, SizesThatLieCostNothing) {
-  // A member that says it is 4 GiB - 1 long, with two bytes of data.
+  // A member that claims a size of 4 GiB - 1, with two bytes of data.
   Bytes archive =
       RawArchive({{.name = "liar", .contents = "ab", .method = "-lh5-", .hasHeaderCrc = false}});
   std::fill_n(&archive[11], 4, std::uint8_t{0xFF});
   folder.WriteFile("bad.lzh", archive);
   ASSERT_EQ(Search("bad.lzh").size(), 1U);
-  EXPECT_EQ(Search("bad.lzh")[0].size, 0U);  // callers make room for so many
+  EXPECT_EQ(Search("bad.lzh")[0].size, 0U);  // callers reserve that many bytes
   EXPECT_EQ(ExtractInto("bad.lzh", "liar", 100000).code, 0x8014);
 }
 

@@ -1,4 +1,4 @@
-// DeleteTest.cpp - the command `d`, and what stays when members go.
+// DeleteTest.cpp - the command `d`, and the members that stay.
 #include <utility>
 
 #include "tests/engine/EngineFixture.h"
@@ -9,7 +9,7 @@ namespace {
 
 class EngineDelete : public EngineTest {
  protected:
-  // Members of several levels, with extensions that the archiver knows nothing of.
+  // Members of several levels, with extensions unknown to the archiver.
   const RawMember first{.level = 0, .name = "first.txt", .contents = "one"};
   const RawMember second{.level = 1,
                          .name = "second.doc",
@@ -72,7 +72,7 @@ TEST_F(EngineDelete, PrefixOfASelfExtractorStays) {
   ASSERT_EQ(Compress("x.exe", "new", {}), 0);
   EXPECT_THAT(Names("x.exe"), ElementsAre("fourth.doc", "new"));
 
-  // A program that goes on behind its archive is left alone.
+  // A program with code after its archive isn't changed.
   const Bytes atari = Join({program, RawArchive({first, fourth}), Bytes(500, 0x4E)});
   folder.WriteFile("y.ttp", atari);
   EXPECT_EQ(Delete("y.ttp", {"first.txt"}), 0x8008);

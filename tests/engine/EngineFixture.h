@@ -1,4 +1,4 @@
-// EngineFixture.h - the archiver module as a caller has it, and a folder to work in.
+// EngineFixture.h - the archiver module as a caller uses it, and a work folder.
 #pragma once
 
 #include <gmock/gmock.h>
@@ -53,7 +53,7 @@ class Engine {
 inline constexpr std::uint32_t kSearchBelow = 0x801202;
 inline constexpr std::uint32_t kSearchHere = 0x801102;
 
-// What UnlhaExtractMem gave.
+// The results of UnlhaExtractMem.
 struct Extracted {
   int code = 0;
   Bytes bytes = {};
@@ -70,8 +70,8 @@ class EngineTest : public testing::Test {
   ~EngineTest() override;
 
   int Command(const std::string& line) { return engine.Command(nullptr, line.c_str(), nullptr, 0); }
-  // The library's own options stand on every line.
-  // `a` with a base directory, both below the test's folder.
+  // Every command line has the library's own options.  `a` with a base directory, both below the
+  // test's folder.
   int Add(const std::string& archive, const std::string& base,
           const std::vector<std::string>& names, const std::string& switches = "-w0");
   int AddTree(const std::string& archive, const std::string& directory) {
@@ -83,13 +83,13 @@ class EngineTest : public testing::Test {
   // With a buffer of exactly `capacity` bytes.
   Extracted ExtractInto(const std::string& archive, const std::string& name, std::size_t capacity);
 
-  // 0 when the archive cannot be opened.
+  // 0 if the archive can't be opened.
   HARC Open(const std::string& archive, std::uint32_t mode = kSearchBelow);
   bool Opens(const std::string& archive);
-  // All that a search finds; nothing when the archive cannot be opened.
+  // All members that a search finds; none if the archive can't be opened.
   std::vector<UnlhaMemberRecord> Search(const std::string& archive, const std::string& text = "*.*",
                                         std::uint32_t mode = kSearchBelow);
-  // The names of that; fails the test when the archive cannot be opened.
+  // Their names; fails the test if the archive can't be opened.
   std::vector<std::string> Names(const std::string& archive, const std::string& text = "*.*",
                                  std::uint32_t mode = kSearchBelow);
 
@@ -100,7 +100,7 @@ class EngineTest : public testing::Test {
   std::string Quoted(const std::string& name) const;
   // Of the first member of x.lzh, which we wrote: "-lh5-".
   std::string MethodOfFirstMember() const;
-  // Leftovers of the archiver in the folder.
+  // Temporaries of the archiver in the folder.
   std::vector<std::string> Temporaries() const;
 
   TestFolder folder;

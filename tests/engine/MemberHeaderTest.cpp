@@ -1,5 +1,4 @@
-// MemberHeaderTest.cpp - headers of all levels, as they should be and as they should not, and the
-// ones that we write.
+// MemberHeaderTest.cpp - valid and invalid headers of all levels, and those that we write.
 #include "engine/container/MemberHeader.h"
 
 #include <gmock/gmock.h>
@@ -116,7 +115,7 @@ TEST(EngineMemberHeader, RefusesSizesThatContradictEachOther) {
 }
 
 TEST(EngineMemberHeader, TakesOldHeadersWithoutCrc) {
-  // 20 + N bytes behind the size: the CRC field, here of 0, is missing.
+  // 20 + N bytes after the size: the CRC field is missing.
   Bytes bytes = RawHeader({.level = 0, .name = "a.txt"});
   bytes.resize(bytes.size() - 2);
   bytes[0] = static_cast<std::uint8_t>(bytes.size() - 2);

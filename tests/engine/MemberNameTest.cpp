@@ -1,4 +1,4 @@
-// MemberNameTest.cpp - names out of headers, into headers, and hostile ones.
+// MemberNameTest.cpp - names from headers, for headers, and hostile ones.
 #include "engine/container/MemberName.h"
 
 #include <gtest/gtest.h>
@@ -73,9 +73,9 @@ TEST(EngineMemberName, UnderlineStandsForWhatCannotBeShown) {
       DecodeName({.file = std::string(kHangulUtf8) + ".txt", .codePage = 65001}, false, k932);
   EXPECT_EQ(hangul.text, "_.txt");
   EXPECT_TRUE(hangul.altered);
-  // A lead byte at the end of a component must not swallow the separator behind it.
+  // A lead byte at the end of a component must not swallow the separator after it.
   EXPECT_EQ(Shown({.base = "x", .directory = "d\x81\xFF"}), "d_\\x");
-  // Nor may a character of Unicode become one: the yen sign has a reading as 0x5C.
+  // Nor may a Unicode character become a separator: the yen sign can be read as 0x5C.
   EXPECT_EQ(Shown({.unicodeFile = u"a\u00A5b"}).find('\\'), std::string::npos);
   EXPECT_EQ(Shown({.unicodeFile = std::u16string(1, u'\xD800')}, kUtf8Page), "_");
 }
@@ -98,7 +98,7 @@ TEST(EngineMemberName, WhatIsStoredIsShownAgainAndItsCodePageRecordedBeyondAscii
       {"d\\plain.txt", 0},
       {std::string("\\") + kHyouUtf8 + "\\" + kHyouUtf8 + ".txt", k932},
       {std::string(kHangulUtf8) + "\\a", kUtf8Page},
-      {"\xEF\xBD\x9E\xE2\x88\x92", kUtf8Page},  // a dash that 932 reads as another one
+      {"\xEF\xBD\x9E\xE2\x88\x92", kUtf8Page},  // characters that 932 decodes differently
       {"\xF0\x9F\x98\x80.txt", kUtf8Page},
   };
   for (const auto& [name, codePage] : rows) {

@@ -1,4 +1,4 @@
-// MemoryTest.cpp - members into memory and out of it, sizes, times and buffers.
+// MemoryTest.cpp - unpacking to and packing from memory: sizes, times, buffers.
 #include <ctime>
 
 #include "tests/engine/EngineFixture.h"

@@ -89,7 +89,7 @@ TEST_F(EnginePacking, CancelAndFailureComeInTheirTurn) {
   }
   stopAt = 0;
 
-  // A file that others keep for themselves: all before it are told of, none after it.
+  // A file locked by others: all files before it are reported, none after it.
   const HANDLE held = CreateFileA(folder.Lib("src/small40").c_str(), GENERIC_READ, 0, nullptr,
                                   OPEN_EXISTING, 0, nullptr);
   ASSERT_NE(held, INVALID_HANDLE_VALUE);

@@ -28,7 +28,7 @@ std::vector<RawExtension> AllExtensions(const RawMember& member) {
   return all;
 }
 
-// Appends the chain with the size in front of it.  Returns the position of the header CRC, or 0.
+// Appends the chain, preceded by its size.  Returns the position of the header CRC, or 0.
 std::size_t AppendChain(Bytes& bytes, const RawMember& member) {
   const std::size_t width = WidthOf(member);
   std::size_t crcPosition = 0;
@@ -74,7 +74,7 @@ Bytes RawHeader(const RawMember& member) {
   const std::size_t baseBytes = bytes.size() + (member.level == 0 ? 0 : 2);
   const std::size_t crcPosition = member.level == 0 ? 0 : AppendChain(bytes, member);
 
-  if (member.level == 1) {  // the packed size counts the extensions as well
+  if (member.level == 1) {  // the packed size includes the extensions
     WriteNumber(&bytes[7], member.contents.size() + bytes.size() - baseBytes, 4);
   }
   if (member.level <= 1) SetBaseSum(bytes, baseBytes);

@@ -1,4 +1,4 @@
-// RawArchive.h - archives made by hand for the tests: any level, any extension, any lie.
+// RawArchive.h - archives composed for tests: any level, any extension, any wrong value.
 #pragma once
 
 #include <cstdint>
@@ -14,12 +14,12 @@ struct RawExtension {
   std::string payload;
 };
 
-// A stored member; its sizes and sums come out right.
+// A stored member with correct sizes and checksums.
 struct RawMember {
   int level = 2;
   std::string name;  // of the base header in levels 0 and 1, an extension 0x01 in levels 2 and 3
   std::string contents = {};
-  std::vector<RawExtension> extensions = {};  // of levels 1 to 3, behind those for name and CRC
+  std::vector<RawExtension> extensions = {};  // of levels 1 to 3, after those for name and CRC
   std::string method = "-lh0-";
   std::uint32_t time = 0x4B3D3B00;  // 2010-01-01 00:00:00 in UTC; in levels 0 and 1 two DOS words
   std::uint8_t attribute = 0x20;    // the byte at offset 19
@@ -31,7 +31,7 @@ Bytes RawHeader(const RawMember& member);
 // Headers, contents and an end mark.
 Bytes RawArchive(const std::vector<RawMember>& members);
 
-// The bytes of a listing in hex, blanks ignored.
+// The bytes of a hex dump; blanks are ignored.
 Bytes FromHex(std::string_view hex);
 
 }  // namespace kozor::test

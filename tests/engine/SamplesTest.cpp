@@ -1,8 +1,7 @@
-// SamplesTest.cpp - archives of many old programs, where a folder of them is at hand.
+// SamplesTest.cpp - archives by many old programs, if a folder of them is available.
 //
-// The folder is named by KOZOR_TESTDATA, or stands as ../shared/testdata beside the source tree.
-// Its lzh/MANIFEST.tsv tells for each archive the levels, methods, number of members and their
-// CRCs.
+// KOZOR_TESTDATA names the folder; the default is ../shared/testdata beside the source tree.  Its
+// lzh/MANIFEST.tsv lists the levels, methods, number of members and CRCs of each archive.
 #include <algorithm>
 #include <cstdlib>
 #include <fstream>
@@ -57,7 +56,7 @@ class EngineSamples : public EngineTest {
                   fs::copy_options::overwrite_existing);
   }
 
-  // In the form that the list has, or with a word on what went wrong.
+  // In the form of the list, or with a description of the failure.
   std::vector<std::string> ExtractedCrcs() {
     std::vector<std::string> crcs;
     for (const std::string& name : Names("x.lzh")) {
@@ -84,7 +83,7 @@ TEST_F(EngineSamples, EveryCrcIsRight) {
     if (isCut || sample.methods[0] == "-") continue;
     std::vector<std::string> expected = sample.crcs;
     std::vector<std::string> actual = ExtractedCrcs();
-    std::erase(expected, "0000");  // directories and links, which are not shown, and empty files
+    std::erase(expected, "0000");  // directories and links, which aren't listed, and empty files
     std::erase(actual, "0000");
     EXPECT_EQ(actual, expected);
   }

@@ -1,5 +1,5 @@
-// FaultyCalls.cpp - a library to preload into a program: it counts the calls of the C library that
-// reach the system or allocate memory, makes one of them fail, and can record what is written.
+// FaultyCalls.cpp - a library to preload into a program: counts calls of the C library that reach
+// the system or allocate memory, makes one of them fail, and can record writes.
 //
 //   KOZOR_CALLS=FILE   writes a line for each call, "name", in their order
 //   KOZOR_FAULT=N:E    call number N, from 1, fails with errno E; with E = 0 a read or a write is
@@ -8,7 +8,7 @@
 //   KOZOR_ALLOC=N      allocation number N fails
 //   KOZOR_DISK=FILE    records each change of a file, for PowerLossTest.cpp
 //
-// Threads may call at the same time; the numbers are only repeatable where the program's calls are.
+// Thread-safe.  The numbers are repeatable only if the order of the program's calls is.
 #include <dirent.h>
 #include <dlfcn.h>
 #include <fcntl.h>
@@ -88,7 +88,7 @@ bool Fails(const char* name) {
   return true;
 }
 
-// The same for calls that may do less than they are asked for.
+// The same for calls that may transfer less than requested.
 bool FailsOrShortens(const char* name, std::size_t& bytes) {
   if (!IsNext(name)) return false;
   if (failingError == 0) {
@@ -104,7 +104,7 @@ Function Next(const char* name) {
   return reinterpret_cast<Function>(dlsym(RTLD_NEXT, name));
 }
 
-// Where an open file stands.
+// The position of an open file.
 std::string PathOf(int file) {
   const std::string link = "/proc/self/fd/" + std::to_string(file);
   char path[PATH_MAX];

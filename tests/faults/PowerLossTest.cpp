@@ -1,12 +1,12 @@
-// PowerLossTest.cpp - what is on the disk when the power goes in the middle of a change.
+// PowerLossTest.cpp - the state of the disk after a power loss in the middle of a change.
 //
 // The change runs once with its writes, truncations, flushes and renames recorded.  Then every
-// state is built that a disk could be in after a loss of power at any moment, and the archive in it
-// is read: it must hold the old members or the new ones.
+// state is constructed in which a power loss at any moment could leave the disk, and the archive in
+// it is read: it must hold the old members or the new ones.
 //
-// The model of the disk: what was flushed is there.  Of the later changes to a file's data any may
-// be there and any may be missing, and a write may be cut in half.  Changes of names reach the disk
-// in their order, at the latest when their directory is flushed.
+// The model of the disk: flushed data is present.  Of later changes to a file's data any may be
+// present or missing, and a write may be partial.  Changes of names reach the disk in order, at the
+// latest when their directory is flushed.
 #include <gtest/gtest.h>
 
 #include <fstream>
@@ -54,7 +54,7 @@ std::vector<Change> ReadLog(const fs::path& path) {
   return changes;
 }
 
-// A file as the disk knows it: what is surely there, and what may be.
+// A file on the disk: the data that is certainly present, and the changes that may be.
 struct File {
   std::string flushed;
   std::vector<Change> pending;
@@ -69,8 +69,8 @@ void Apply(std::string& bytes, const Change& change) {
   bytes.replace(change.number, change.bytes.size(), change.bytes);
 }
 
-// Everything that a file can read as after a loss of power: no, all, one, all but one, and all up
-// to one of the pending changes, and each cut in half as the last.
+// All possible contents of a file after a power loss: with none, all, one, all but one, and all up
+// to one of the pending changes, the last one complete or partial.
 std::set<std::string> PossibleContents(const File& file) {
   const std::size_t count = file.pending.size();
   std::set<std::string> contents;
@@ -111,7 +111,7 @@ class Disk {
       return;
     }
     const auto found = current.find(change.path);
-    if (found == current.end()) {  // a directory, the only other thing that is flushed
+    if (found == current.end()) {  // a directory: nothing else is flushed
       if (change.verb == "flush") FlushDirectory();
       return;
     }
@@ -124,8 +124,8 @@ class Disk {
     file.pending.clear();
   }
 
-  // All that a path can lead to if the power goes now.  `missing` tells whether it can lead
-  // nowhere.
+  // All files that a path can lead to after a power loss now.  `missing` receives whether it can
+  // lead to none.
   std::set<std::string> PossibleContentsOf(const std::string& path, bool& missing) const {
     std::set<std::string> contents;
     Names names = onDisk;
@@ -158,7 +158,7 @@ class Disk {
   }
 
   Names current;                    // as running programs see them
-  Names onDisk;                     // as they surely are after a loss of power
+  Names onDisk;                     // certain after a power loss
   std::vector<Names> pendingNames;  // the states since, in their order
 };
 
@@ -174,7 +174,8 @@ class FaultsPowerLoss : public testing::TestWithParam<Row> {
   }
   static std::string Kozor(const std::string& words) { return "'" KOZOR_PROGRAM "' " + words; }
 
-  // What an archive of these bytes holds, as the program extracts it; a reason if it is damaged.
+  // The contents of an archive with these bytes, as extracted by the program, or the reason if it
+  // is damaged.
   std::string Reading(const std::string& bytes) {
     const auto [known, isNew] = readings.try_emplace(bytes);
     if (!isNew) return known->second;

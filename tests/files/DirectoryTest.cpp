@@ -30,7 +30,7 @@ class FilesDirectory : public testing::Test {
   int Remove(const std::string& name, int contentsOnly = 0) const {
     return ZorRemoveDirectory(folder.Lib(name).c_str(), contentsOnly);
   }
-  // Whether there is nothing but what there was in the beginning.
+  // Whether only the initial files and directories exist.
   bool IsAsBefore() const { return folder.List() == Names{"a/", "a/file"}; }
 
   TestFolder folder;
@@ -116,7 +116,7 @@ TEST_F(FilesDirectory, TellsWhenItCannotRemove) {
   EXPECT_EQ(folder.List("tree"), (Names{"2/", "3", "4/", "5"})) << "it stops at what stays";
 }
 
-// On a drive of its own: should a guard fail, nothing but the test's folder is lost.
+// On a separate drive: if a guard fails, only the test's folder is lost.
 TEST_F(FilesDirectory, NeverRemovesARootOrWithoutOne) {
   ASSERT_TRUE(DefineDosDeviceA(0, "R:", folder.Path().c_str()));
   for (const char* path : {"R:\\", "R:", "R:a", "a", "a\\", "\\a", "", "R:\\\\", "R:\\.",
@@ -157,7 +157,7 @@ TEST_F(FilesTempDirectory, CanBeOpenedAgainMovedWhileClosedAndFollowsTheDisk) {
   EXPECT_EQ(folder.List(), (Names{"a/", "a/file", "z/"}));
   ASSERT_EQ(Remove("z"), 1);
   EXPECT_FALSE(temporary.IsOpen());
-  EXPECT_FALSE(temporary.Open());  // still its owner: nothing is made again
+  EXPECT_FALSE(temporary.Open());  // still opened: nothing is made again
 }
 
 TEST_F(FilesTempDirectory, RefusesPathsWithoutARootedDirectory) {
@@ -169,7 +169,7 @@ TEST_F(FilesTempDirectory, RefusesPathsWithoutARootedDirectory) {
 }
 
 TEST_F(FilesTempDirectory, RemovesTheLevelsOfAnOpeningThatFailedHalfway) {
-  // The last level can't be made: its name isn't one.
+  // The last level can't be made: its name is invalid.
   ZorTempDirectory temporary(folder.Lib("x/y*").c_str(), 1);
   EXPECT_FALSE(temporary.IsOpen());
   EXPECT_TRUE(folder.Exists("x"));

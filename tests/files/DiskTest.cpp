@@ -1,4 +1,4 @@
-// DiskTest.cpp - space and kind of the volume under a path, against what the host says of it.
+// DiskTest.cpp - space and type of the volume that holds a path, compared with the host's values.
 #include <gtest/gtest.h>
 
 #include <cstdint>

@@ -1,4 +1,4 @@
-// FileTimesTest.cpp - last-write times in every zone, and attributes.
+// FileTimesTest.cpp - last-write times in several time zones, and attributes.
 #include <gtest/gtest.h>
 
 #include <chrono>
@@ -23,8 +23,8 @@ class FilesFileTimes : public testing::Test {
   std::string path = folder.Lib("file");
 };
 
-// Zones east and west, with daylight saving, with a standard time that was another in the past
-// (London 1970), with half an hour of saving, and one that skipped a day.
+// Zones east and west, with daylight saving, with a different standard time in the past (London
+// 1970), with half an hour of saving, and one that skipped a day.
 TEST_F(FilesFileTimes, AreTheSameInEveryZone) {
   for (const char* zone : {"UTC", "Asia/Tokyo", "Europe/London", "America/New_York",
                            "Australia/Lord_Howe", "Pacific/Apia", "XYZ-14", "XYZ12"}) {

@@ -24,7 +24,7 @@ class FilesFind : public testing::Test {
  protected:
   FilesFind() { find.SetCurrentDirectoryA(folder.Lib().c_str()); }
 
-  // What the masks find below the folder, relative to it unless a mask has a root.
+  // The files that the masks find below the folder, relative to it unless a mask has a root.
   Names Run(const Names& masks, int fullPath = 0) {
     for (const std::string& mask : masks) find.AddTail(mask.c_str());
     ZorFileList list;

@@ -1,5 +1,5 @@
-// PairwiseTest.cpp - the set of names, duplicates and exclusions against comparing each name with
-// each, and their cost.
+// PairwiseTest.cpp - sets of names, duplicates and exclusions compared with a pairwise
+// implementation, and their cost.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -20,7 +20,7 @@ namespace {
 
 using Names = std::vector<std::string>;
 
-// The rules as they are worded, at the cost that they have as worded.
+// The rules, implemented naively.
 bool AreOne(const std::string& a, const std::string& b, const std::string& base) {
   const auto compared = [&](const std::string& name) {
     const char* root;
@@ -134,7 +134,7 @@ TEST(FilesPairwise, CostsLittleForManyNames) {
   find.Find(list, 0);
   const std::clock_t time = std::clock() - start;
   EXPECT_EQ(list.GetCount(), kNames);
-  // Of processor time.  Each with each would take minutes.
+  // CPU time.  Pairwise comparison would take minutes.
   EXPECT_LT(time, 5 * CLOCKS_PER_SEC);
 }
 

@@ -1,4 +1,4 @@
-// PathTest.cpp - cutting paths, with names whose last byte looks like a backslash.
+// PathTest.cpp - splitting paths, including names whose last byte looks like a backslash.
 #include "files/Path.h"
 
 #include <gtest/gtest.h>

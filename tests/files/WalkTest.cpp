@@ -40,7 +40,7 @@ TEST_F(FilesWalk, EndsOnCycles) {
   Link("..", "tree/a/up");
   Link(".", "tree/b/self");
   EXPECT_EQ(All("tree"), (Names{"a", "a\\file", "a\\up", "b", "b\\self"}));
-  // From inside, the first way up leads to something new; the way round ends there.
+  // From inside, the first link up leads to a new directory; the cycle ends there.
   EXPECT_EQ(All("tree/a"),
             (Names{"file", "up", "up\\a", "up\\a\\file", "up\\a\\up", "up\\b", "up\\b\\self"}));
 }
@@ -82,7 +82,7 @@ void* CountAndRemove(void* argument) {
   return nullptr;
 }
 
-// On a small stack and with few files open at a time: neither need grows with the depth.
+// With a small stack and few open files: neither requirement grows with the depth.
 TEST_F(FilesWalk, GoesAsDeepAsTheTreeIs) {
   constexpr int kLevels = 500;
   std::string name = "deep";

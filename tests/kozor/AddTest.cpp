@@ -1,4 +1,5 @@
-// AddTest.cpp - kozor add: which files go in, under which names, and what is said of the others.
+// AddTest.cpp - kozor add: which files are added, under which names, and the messages about the
+// others.
 #include <sys/stat.h>
 #include <unistd.h>
 

@@ -1,12 +1,12 @@
-// ExtractTest.cpp - kozor extract, list, print and delete: which members, where to, and what a
-// hostile or damaged archive can do.
+// ExtractTest.cpp - kozor extract, list, print and delete: selection, destinations, and hostile or
+// damaged archives.
 #include "tests/engine/RawArchive.h"
 #include "tests/kozor/KozorProgram.h"
 
 namespace kozor::test {
 namespace {
 
-// A stored member under any name at all: a level 0 header has no other rules.
+// A stored member with an arbitrary name, in a level 0 header.
 RawMember Member(const std::string& name, const std::string& contents) {
   constexpr std::uint32_t kDosTime = 0x5A21'6000;  // 2025-01-01 12:00:00
   return {.level = 0, .name = name, .contents = contents, .time = kDosTime};
@@ -20,7 +20,7 @@ class KozorExtract : public KozorProgram {
     MustRun({"add", "a.lzh", "-C", "tree", "."});
   }
 
-  // The member "bad.txt" doesn't have the contents that its sum is of.
+  // The checksum of the member "bad.txt" doesn't match its contents.
   void MakeDamagedArchive() const {
     Bytes archive = RawArchive(
         {Member("first.txt", "1"), Member("last.txt", "2"), Member("bad.txt", "secret")});
@@ -137,7 +137,7 @@ TEST_F(KozorExtract, DoesWithExistingFilesWhatItIsTold) {
   struct Row {
     Words options;
     int status;
-    std::string older, newer, readOnly;  // which contents are there afterwards
+    std::string older, newer, readOnly;  // the contents afterwards
   };
   const Row rows[] = {
       {{}, 1, "was", "was", "was"},
@@ -173,7 +173,7 @@ TEST_F(KozorExtract, TouchesNothingUntilAFileIsWhole) {
   folder.WriteFile("out/first.txt", "x");
   fs::create_hard_link(folder.Path("out/first.txt"), folder.Path("elsewhere"));
   fs::create_directories(folder.Path("out/last.txt"));
-  // What a killed run leaves, and what a running one has.
+  // Leftovers of a killed run, and the folder of a running one.
   folder.WriteFile("out/.kozor-0123456789abcdef/1", "part");
   EXPECT_THAT(MustFail({"extract", "--force", "a.lzh", "-d", "out"}),
               AllOf(HasSubstr("bad.txt: the member is damaged"),
@@ -197,7 +197,7 @@ TEST_F(KozorExtract, GoesOnAfterAnyNumberOfBadMembers) {
   EXPECT_THAT(MustFail({"test", "a.lzh"}), HasSubstr("1 file OK, 150 not"));
 }
 
-// A UNIX mode and nothing else, in the little-endian form of headers.
+// A UNIX mode in the little-endian form of headers.
 RawExtension Mode(unsigned int mode) {
   return {0x50, {static_cast<char>(mode), static_cast<char>(mode >> 8)}};
 }

@@ -1,4 +1,4 @@
-// KozorProgram.h - runs the built kozor program as a user would, in a folder of the test's own.
+// KozorProgram.h - runs the built kozor program as a user would, in the test's own folder.
 #pragma once
 
 #include <gmock/gmock.h>
@@ -12,7 +12,7 @@
 
 namespace kozor::test {
 
-// The words in which all these tests speak of output and of files.
+// Names used by all these tests.
 namespace fs = std::filesystem;
 using testing::AllOf;
 using testing::ElementsAre;
@@ -22,7 +22,7 @@ using testing::Not;
 
 using Words = std::vector<std::string>;
 
-// One word of a shell command, whatever is in it.
+// Quotes any text as one word of a shell command.
 std::string Quoted(std::string_view word);
 
 class KozorProgram : public testing::Test {
@@ -31,9 +31,9 @@ class KozorProgram : public testing::Test {
   CommandResult Kozor(const Words& words) const;
   // Runs any shell command there; $KOZOR is the program.
   CommandResult Shell(const std::string& command) const;
-  // Runs kozor, expected to succeed and to say nothing.
+  // Runs kozor and expects success without output.
   void MustRun(const Words& words) const;
-  // Runs kozor, expected to end with exit code 1; returns what it said.
+  // Runs kozor, expects exit code 1 and returns its output.
   std::string MustFail(const Words& words) const;
 
   // Names of the members, in the archive's order, as kozor prints them.

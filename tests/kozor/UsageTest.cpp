@@ -1,5 +1,5 @@
-// UsageTest.cpp - kozor's command line, exit codes, progress and what a signal leaves behind; and
-// the quickstart program.
+// UsageTest.cpp - kozor's command line, exit codes, progress and signals; and the quickstart
+// program.
 #include <chrono>
 #include <csignal>
 #include <thread>
@@ -115,7 +115,7 @@ class KozorSignals : public KozorProgram {
     return status;
   }
 
-  // Whether a directory of the run's own stands beside the archive.
+  // Whether a work directory of the run exists beside the archive.
   bool OwnDirectoryExists() const {
     return testing::Value(TopNames(), testing::Contains(StartsWith(".kozor-")));
   }
@@ -160,7 +160,7 @@ TEST_F(KozorSignals, LeaveWholeFilesOnlyWhenExtracting) {
 TEST_F(KozorSignals, EndAWaitForStandardInput) {
   ASSERT_EQ(Shell("mkfifo in").status, 0);
   const auto start = std::chrono::steady_clock::now();
-  // Open for both, the pipe never ends.
+  // Open for reading and writing, the pipe never ends.
   const int status = RunAndSignal("add --stdin x a.lzh <> in", "INT", [&] {
     return std::chrono::steady_clock::now() - start > std::chrono::milliseconds(500);
   });

@@ -36,7 +36,7 @@ TEST_F(KozorVolumes, BringATreeBackFromVolumesOfEitherFormat) {
 
 TEST_F(KozorVolumes, KeepTheLastVolumeOfTheOldFormatReadable) {
   folder.WriteFile("tree/z", "12");
-  // Without an identity the last byte would stand in a volume too short to be taken for one.
+  // Without an identity the last byte would be in a volume too short to be accepted.
   BackUp({"--format", "100", "--id", "", "--volume-size", "150300"}, "s#");
   EXPECT_EQ(Restored("s#"), "");
   const CommandResult info = Kozor({"info", "s1"});
@@ -76,7 +76,7 @@ TEST_F(KozorVolumes, CantTellTheTerminalWhatToDo) {
       HasSubstr("Label:         \\x1B[2J\\x09\\xC2\\x9B \\xE2\\x80\\xAE \\xFF ok \xE3\x81\x82\n"));
 }
 
-// Modes, links and times, which a comparison of trees doesn't look at.
+// Modes, links and times, which comparing trees ignores.
 constexpr const char* kFacts = "find . -mindepth 1 -printf '%P %y %m %Ts %l\\n' | LC_ALL=C sort";
 
 TEST_F(KozorVolumes, BringBackWithTheirCatalogueWhatTheFormatCantHold) {
@@ -109,7 +109,7 @@ TEST_F(KozorVolumes, ShowWithTheirCatalogueWhatHasChangedOrIsLost) {
   EXPECT_THAT(MustFail({"restore", "--continue", "set-#.vol", "-d", "out"}),
               HasSubstr("big.bin: lost with"));
   EXPECT_THAT(folder.List("out"), ElementsAre("a.txt", "sub/", "sub/c.txt", "sub/empty", "z"));
-  // One file asks only for its volumes.
+  // Restoring one file needs only its volumes.
   fs::remove_all(folder.Path("out"));
   MustRun({"restore", "set-#.vol", "-d", "out", "z"});
   EXPECT_THAT(folder.List("out"), ElementsAre("z"));
@@ -200,7 +200,8 @@ TEST_F(KozorVolumes, LoseOnlyTheFilesThatCantBePlaced) {
   EXPECT_THAT(MustFail({"restore", "--force", "set-#.vol", "-d", "out"}), HasSubstr("a.txt: "));
   EXPECT_EQ(folder.ReadFile("out/old.txt").size(), 3U);
   EXPECT_EQ(folder.ReadFile("elsewhere").size(), 4U);
-  // Of a set that lacks a volume the whole files come, and nothing of the one it broke off in.
+  // From a set that lacks a volume the complete files are restored, and nothing of the truncated
+  // one.
   fs::remove_all(folder.Path("out"));
   MustRun(
       {"backup", "--force", "--volume-size", "50K", "set-#.vol", "-C", "tree", "a.txt", "big.bin"});

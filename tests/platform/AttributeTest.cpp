@@ -1,5 +1,4 @@
-// AttributeTest.cpp - where attributes are kept on the host, and what links and special files look
-// like.
+// AttributeTest.cpp - how attributes are kept on the host, and how links and special files appear.
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <sys/xattr.h>

@@ -1,4 +1,4 @@
-// CharacterTest.cpp - walking and comparing text of the active code page.
+// CharacterTest.cpp - stepping through and comparing text of the active code page.
 #include "tests/platform/Contract.h"
 #include "tests/support/CodePageScope.h"
 
@@ -58,7 +58,7 @@ TEST(PlatformCharacter, ComparisonsTakeCharactersWhole) {
       {"\x82\x60", "\x82\x81", -1, 0},   // full-width A and a
       {"\x83\x41", "\x83\x61", -1, -1},  // trail bytes that look like A and a
       {"\x84\x40", "\x84\x70", -1, -1},  // Cyrillic isn't folded
-      {"\xB1", "\x82\x60", -1, -1},      // a byte is below every pair
+      {"\xB1", "\x82\x60", -1, -1},      // a single byte sorts before every pair
       {"\x81", "", 1, 1},
   };
   for (const auto& row : rows) {

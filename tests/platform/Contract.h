@@ -1,5 +1,5 @@
-// Contract.h - what the contract tests share.  They use Win32 names alone, so the same sources also
-// run against the real calls on Windows.
+// Contract.h - common code of the contract tests.  They use only Win32 names, so the same sources
+// also run against the real calls on Windows.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -17,8 +17,8 @@ constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELE
 
 using Names = std::vector<std::string>;
 
-// A call must fail and leave this error.  The last error is nonsense before, so it was the call
-// that set it.
+// A call must fail and set this error.  The last error is set to nonsense first, to show that the
+// call sets it.
 #define EXPECT_FAILS_WITH(wantedError, failed)       \
   do {                                               \
     SetLastError(::kozor::test::kNonsense);          \
@@ -26,8 +26,7 @@ using Names = std::vector<std::string>;
     EXPECT_EQ(GetLastError(), DWORD{(wantedError)}); \
   } while (false)
 
-// Whether the calls are Wine's.  Where those are known to differ from Windows, a test says so at
-// the line.
+// Whether the calls are Wine's.  Tests mark the lines where Wine is known to differ from Windows.
 inline bool UnderWine() {
   const HMODULE system = LoadLibraryA("ntdll.dll");
   const bool wine = system != nullptr && GetProcAddress(system, "wine_get_version") != nullptr;
@@ -35,7 +34,7 @@ inline bool UnderWine() {
   return wine;
 }
 
-// An open file that closes itself.
+// An open file, closed by the destructor.
 class OpenFile {
  public:
   OpenFile(const std::string& path, DWORD access, DWORD share, DWORD disposition,
@@ -71,7 +70,7 @@ inline std::string ReadText(const std::string& path) {
   return text;
 }
 
-// Names that a search gives, "." and ".." included, in its order.
+// The names that a search returns, including "." and "..", in its order.
 inline Names Search(const std::string& mask) {
   Names names;
   WIN32_FIND_DATAA data;
@@ -91,7 +90,7 @@ inline Names SearchWithoutDots(const std::string& mask) {
   return names;
 }
 
-// A new empty directory below the temporary one, removed with all that is in it.
+// A new empty directory below the temporary one; the destructor removes it with its contents.
 class WinFolder {
  public:
   WinFolder() {

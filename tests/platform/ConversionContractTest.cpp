@@ -100,7 +100,7 @@ TEST(PlatformConversionContract, DefaultCharactersAndSizesFollowTheRules) {
   EXPECT_EQ(WideCharToMultiByte(932, 0, text.data(), 3, bytes, 8, "_", &used), 3);
   EXPECT_EQ(std::string(bytes, 3), "a_b");
   EXPECT_TRUE(used);
-  if (!UnderWine()) {  // it takes a default character in UTF-8 too
+  if (!UnderWine()) {  // it accepts a default character in UTF-8 too
     EXPECT_FAILS_WITH(ERROR_INVALID_PARAMETER,
                       WideCharToMultiByte(CP_UTF8, 0, text.data(), 1, bytes, 8, "_", &used) == 0);
   }

@@ -38,7 +38,7 @@ TEST_F(PlatformDrive, IsAHostDirectoryThatNobodyClimbsOutOf) {
                            "D:f", "\\sub\\f", "..\\..\\..\\sub\\f"}) {
     EXPECT_TRUE(Exists(path)) << path;
   }
-  // On a drive where the process is not, "C:f" is meant from the root.
+  // On a drive other than the process's, "C:f" is relative to the root.
   for (const char* path : {"D:\\outside", "D:\\..\\outside", "..\\..\\outside", "C:f"}) {
     EXPECT_FALSE(Exists(path)) << path;
   }

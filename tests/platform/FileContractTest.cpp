@@ -1,4 +1,4 @@
-// FileContractTest.cpp - opening files, and what can be done with them then.
+// FileContractTest.cpp - opening files, and operations on open files.
 #include <cstring>
 
 #include "tests/platform/Contract.h"

@@ -1,5 +1,4 @@
-// HostFailureTest.cpp - what is left when the host says no: full disks, failing calls, other
-// processes.
+// HostFailureTest.cpp - failures of the host: full disks, failing calls, other processes.
 #include <gtest/gtest.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
@@ -86,11 +85,12 @@ TEST_F(PlatformHostFailure, FlushesCanWaitForTheFileToBeClosed) {
   EXPECT_TRUE(FlushFileBuffers(file));
   EXPECT_EQ(KzSetFlushAtClose(0), 1);
   EXPECT_FAILS_WITH(ERROR_IO_DEVICE, !CloseHandle(file));
-  EXPECT_FAILS_WITH(ERROR_INVALID_HANDLE, !CloseHandle(file));  // it is closed all the same
+  EXPECT_FAILS_WITH(ERROR_INVALID_HANDLE, !CloseHandle(file));  // it is closed even then
   EXPECT_TRUE(CloseHandle(other)) << "nobody asked for a flush";
 }
 
-// Through a link to its directory a file has a second path, but one name that could be lost.
+// Through a link to its directory a file has a second path, but only one directory entry, which
+// must not be lost.
 TEST_F(PlatformHostFailure, AMoveOntoItselfLosesNothing) {
   folder.WriteFile("d/f", "x");
   folder.WriteFile("d/g", "y");
@@ -135,7 +135,7 @@ TEST_F(PlatformHostFailure, AMappingNeedsRoomAndAddressesButNoReservation) {
   EXPECT_EQ(folder.ReadFile("f")[9], '9');
 }
 
-// A disk of 1 MiB, where the user may mount one.
+// A disk of 1 MiB, if the user may mount one.
 class PlatformFullDisk : public PlatformHostFailure {
  protected:
   void SetUp() override {
@@ -150,7 +150,7 @@ class PlatformFullDisk : public PlatformHostFailure {
 
 TEST_F(PlatformFullDisk, IsAnErrorAndNeverAFault) {
   const OpenFile file(folder.Lib("f"), kReadWrite, 0, CREATE_NEW);
-  for (const int error : {EINTR, EOPNOTSUPP}) {  // tried again; filled with zeros as far as they go
+  for (const int error : {EINTR, EOPNOTSUPP}) {  // retried; zeros written until the disk is full
     const FailCall<&SystemCalls::fallocate> failing(1, error);
     EXPECT_FAILS_WITH(ERROR_DISK_FULL, CreateFileMappingA(file.Get(), nullptr, PAGE_READWRITE, 0,
                                                           2 << 20, nullptr) == nullptr);

@@ -1,4 +1,4 @@
-// HostNameTest.cpp - host names as the library sees them: code pages, forbidden characters, case.
+// HostNameTest.cpp - host names in the library: code pages, forbidden characters, case.
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -128,7 +128,7 @@ TEST_F(PlatformHostName, IsCreatedExactlyUnlessToldOtherwise) {
   EXPECT_EQ(folder.List(), (Names{"B", "D/", "D/X", "D/x", "a", "d/"}));
 }
 
-// Large directories are remembered; what is remembered must never be wrong.
+// Large directories are cached; the cache must never be wrong.
 TEST_F(PlatformHostName, LargeDirectoriesAreSearchedAsSmallOnesAre) {
   for (int i = 0; i < 600; ++i) ASSERT_TRUE(Make("File" + std::to_string(i)));
   for (int i = 0; i < 600; i += 7) {
@@ -145,7 +145,7 @@ TEST_F(PlatformHostName, LargeDirectoriesAreSearchedAsSmallOnesAre) {
   EXPECT_TRUE(RemoveDirectoryA(folder.Lib("SUB").c_str()));
   EXPECT_TRUE(MakeDirectory("SUB"));
   folder.WriteFile("Foreign", "made by another program");
-  ::usleep(20'000);  // time stamps of the host go in steps
+  ::usleep(20'000);  // the host's time stamps have a coarse resolution
   EXPECT_TRUE(Opens("FOREIGN"));
   folder.WriteFile("double", "x");
   folder.WriteFile("DOUBLE", "x");

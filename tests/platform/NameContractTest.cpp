@@ -1,4 +1,4 @@
-// NameContractTest.cpp - making, moving, removing and describing files and directories by name.
+// NameContractTest.cpp - creating, moving, removing and describing files and directories by name.
 #include "tests/platform/Contract.h"
 
 namespace kozor::test {

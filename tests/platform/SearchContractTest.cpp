@@ -14,7 +14,7 @@ TEST_F(PlatformSearchContract, EntriesComeByNameWithoutRegardToCase) {
             (Names{".", "..", "A.TXT", "a1", "aa", "b.txt", "B2", "c", "Z", "_x"}));
 }
 
-// The rules themselves have a table in WildCardTest; these show that the real calls keep them.
+// WildCardTest has a table of the rules; these tests show that the real calls follow them.
 TEST_F(PlatformSearchContract, WildCardsFollowTheRealRules) {
   if (UnderWine()) GTEST_SKIP() << "Wine 8 takes a question mark for any one character";
   for (const char* name : {"a", "ab", "a.b", "abc.txt", "a.b.txt"}) folder.Write(name, "");

@@ -44,7 +44,7 @@ TEST(PlatformTimeContract, DosTimesCountEvenSecondsFrom1980) {
   DosTime back;
   for (const DosTime dos : {kFirstDosTime, DosTime{0x285D, 0xBF7D}, kLastDosTime}) {
     SCOPED_TRACE(dos.date);
-    if (UnderWine() && dos.date == 0xFF9F) continue;  // its seconds from 1970 have 32 bits
+    if (UnderWine() && dos.date == 0xFF9F) continue;  // it counts seconds since 1970 in 32 bits
     ASSERT_TRUE(DosDateTimeToFileTime(dos.date, dos.time, &time));
     EXPECT_EQ(Ticks(time), FileTimeOfDosAsUtc(dos));
     ASSERT_TRUE(FileTimeToDosDateTime(&time, &back.date, &back.time));

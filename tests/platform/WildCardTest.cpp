@@ -1,4 +1,4 @@
-// WildCardTest.cpp - the one matcher of file masks, by a table.
+// WildCardTest.cpp - a table of masks and names for the matcher of file masks.
 #include "platform/text/WildCard.h"
 
 #include <gtest/gtest.h>
@@ -8,7 +8,7 @@
 namespace kozor::text {
 namespace {
 
-// Each name of `matches` and none of `others`; names are separated by blanks.
+// The mask matches each name of `matches` and none of `others`; names are separated by blanks.
 struct Row {
   std::string_view mask;
   std::string_view matches;

@@ -1,4 +1,4 @@
-// ConvertTest.cpp - `s -gw4`: where the program goes, what it is made of, what stays as it was.
+// ConvertTest.cpp - `s -gw4`: the place and contents of the program, and what stays unchanged.
 #include <sys/stat.h>
 
 #include <utility>
@@ -15,7 +15,7 @@ class SfxConvert : public SfxTest {
   SfxConvert() { EXPECT_EQ(Compress("a.lzh", "notes.txt", TextBytes(600'000)), 0); }
 };
 
-// What stands behind the end mark stays out, and an end mark that is missing comes in.
+// Bytes after the end mark are left out, and a missing end mark is added.
 TEST_F(SfxConvert, PutsTheStubBeforeTheUnchangedArchive) {
   const Bytes archive = folder.ReadFile("a.lzh");
   const Bytes program = Join({{sfx::Stub().begin(), sfx::Stub().end()}, archive});
@@ -109,7 +109,7 @@ TEST_F(SfxConvert, MakesAnArchiveForEveryCall) {
   EXPECT_EQ(engine.CheckArchive(folder.Lib("a.run").c_str(), 0), 1);
   EXPECT_EQ(Names("a.run"), std::vector<std::string>{"notes.txt"});
   EXPECT_TRUE(SameBytes(Extract("a.run", "notes.txt").bytes, TextBytes(600'000)));
-  // It stays a program when members come and go.
+  // It stays a program when members are added and deleted.
   ASSERT_EQ(Compress("a.run", "more.txt", TextBytes(10)), 0);
   ASSERT_EQ(Delete("a.run", {"notes.txt"}), 0);
   const CommandResult result = Run("a.run");

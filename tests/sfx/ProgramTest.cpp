@@ -1,4 +1,4 @@
-// ProgramTest.cpp - what a self-extracting program does, and what it refuses to do.
+// ProgramTest.cpp - what a self-extracting program does and refuses to do.
 #include <tuple>
 
 #include "tests/sfx/SfxFixture.h"
@@ -73,7 +73,7 @@ TEST_F(SfxProgram, OverwritesOnlyWhenToldTo) {
 TEST_F(SfxProgram, RefusesNamesThatLeadOut) {
   const struct {
     const char* name;
-    const char* withRooted;  // where -r puts it; empty when that is refused, too
+    const char* withRooted;  // its place with -r; empty if that is refused too
   } rows[] = {{"..\\x", ""},      {"sub\\..\\..\\x", ""}, {"C:x", ""},
               {"C:\\tmp\\x", ""}, {"\\x", "x"},           {"/tmp/x", "tmp/x"}};
   for (const auto& row : rows) {
@@ -131,7 +131,7 @@ TEST_F(SfxProgram, NamesWhatItCannotExtract) {
   EXPECT_THAT(folder.List("out"), ElementsAre("esc_[1m", "good"));
 }
 
-// Every byte damaged in turn, and the program cut at every place.
+// Every byte damaged in turn, and the program truncated at every position.
 TEST_F(SfxProgram, NeverLeavesDamagedContents) {
   const Bytes contents = TextBytes(50);
   ASSERT_EQ(Compress("a.lzh", "a", contents), 0);

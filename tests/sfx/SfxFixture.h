@@ -1,4 +1,4 @@
-// SfxFixture.h - archives made into self-extracting programs, and those run as a user would.
+// SfxFixture.h - makes archives into self-extracting programs and runs them as a user would.
 #pragma once
 
 #include "engine/sfx/Stub.h"
@@ -20,7 +20,7 @@ class SfxTest : public EngineTest {
     return Convert(Quoted(archive) + " \"" + folder.Lib() + "\\\"");
   }
 
-  // Puts the program in front of any bytes.
+  // Puts the stub before any bytes.
   void MakeProgram(const std::string& name, const Bytes& archive) const {
     const auto stub = sfx::Stub();
     folder.WriteFile(name, Join({Bytes(stub.begin(), stub.end()), archive}));

@@ -1,4 +1,4 @@
-// StubTest.cpp - what the stub must be, and must not look like.
+// StubTest.cpp - requirements on the stub, and what it must not look like.
 #include <elf.h>
 
 #include <cstring>
@@ -27,7 +27,7 @@ TEST_F(SfxStub, IsSmallAndNeedsNothing) {
   }
 }
 
-// Neither for us nor for programs that only look at the id.
+// Neither to us nor to programs that only check the id.
 TEST_F(SfxStub, HoldsNothingThatLooksLikeAHeader) {
   const auto stub = sfx::Stub();
   const Bytes whole = Join({{stub.begin(), stub.end()}, RawArchive({{.name = "a.txt"}})});

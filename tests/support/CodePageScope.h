@@ -1,4 +1,4 @@
-// CodePageScope.h - an active code page for the length of a test.
+// CodePageScope.h - sets the active code page for the duration of a test.
 #pragma once
 
 #include "platform/win32/PosixAdmin.h"

@@ -8,8 +8,8 @@
 
 namespace kozor::test {
 
-// While it lives, call number `which` (from 1) of one kind fails with an errno value; with `Always`
-// all from there on do.  One object for a kind of call at a time.
+// While the object lives, call number `which` (from 1) of one kind fails with an errno value; with
+// `Always` all later ones fail too.  Only one object per kind of call at a time.
 //
 //   FailCall<&posix::SystemCalls::write> failing(3, ENOSPC);
 template <auto Kind>

@@ -1,6 +1,5 @@
-// TestFolder.h - the shared vocabulary of the tests: a folder of one's own, trees of files in it,
-// and ways to compare and to damage them.  Works on host paths alone and knows nothing of the
-// library.
+// TestFolder.h - the shared vocabulary of the tests: a temporary folder, trees of files in it, and
+// ways to compare and damage them.  Works only on host paths and is independent of the library.
 #pragma once
 
 #include <cstddef>
@@ -19,7 +18,7 @@ Bytes ToBytes(std::string_view text);
 // One run of bytes after the other.
 Bytes Join(std::initializer_list<Bytes> pieces);
 
-// A new empty folder that goes away with the object, read-only files in it included.
+// A new empty folder; the destructor removes it, including read-only files.
 class TestFolder {
  public:
   TestFolder();
@@ -39,11 +38,11 @@ class TestFolder {
   // Sets the last-write time in seconds since 1970.
   void SetTime(std::string_view name, std::int64_t seconds) const;
   std::int64_t GetTime(std::string_view name) const;
-  // Names of everything below `name`, relative to it, '/' as separator, directories with a '/' at
-  // the end, sorted.
+  // The sorted names of everything below `name`, relative to it, with '/' as separator and after
+  // directories.
   std::vector<std::string> List(std::string_view name = "") const;
 
-  // Overwrites one byte; cuts a file.
+  // Overwrites one byte; truncates a file.
   void Damage(std::string_view name, std::size_t offset, std::uint8_t byte) const;
   void Truncate(std::string_view name, std::size_t size) const;
 
@@ -58,20 +57,20 @@ struct TreeEntry {
   std::size_t size = 0;
 };
 
-// Makes the files, and their directories, below `below`, each with a last-write time of its own.
+// Makes the files and their directories below `below`, each with a different last-write time.
 void MakeTree(const TestFolder& folder, std::string_view below,
               std::initializer_list<TreeEntry> entries);
 
-// What differs between two trees in names, bytes and whole-second times, one line each; empty when
-// they are alike.  Directories count only when `withDirectories`.
+// The differences between two trees in names, bytes and times in whole seconds, one per line; empty
+// if they are equal.  Directories are compared only if `withDirectories`.
 std::string CompareTrees(const std::filesystem::path& expected, const std::filesystem::path& actual,
                          bool withDirectories = false);
 
-// Bytes that don't compress, and bytes that do; the same for the same seed on every machine.
+// Incompressible and compressible bytes; the same for the same seed on every machine.
 Bytes RandomBytes(std::size_t size, std::uint32_t seed = 1);
 Bytes TextBytes(std::size_t size, std::uint32_t seed = 1);
 
-// Runs a shell command with its output caught; returns the exit status, 128 + n for a signal.
+// Runs a shell command and captures its output; the exit status is 128 + n for signal n.
 struct CommandResult {
   int status;
   std::string output;  // stdout and stderr

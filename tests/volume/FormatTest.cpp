@@ -41,9 +41,9 @@ TEST_F(VolumeFormat, AVolumeIsHeaderAreasHeadAndData) {
   EXPECT_THAT(ReadVolumes(), ElementsAre(Bytes(expected.begin(), expected.end())));
 }
 
-// Every cut there can be: the model and the library lay out the same sets, in both versions, from
-// volumes that hold hardly more than the longest head to one that holds all; and each set comes
-// back.
+// Every possible cut: the model and the library produce the same sets, in both versions, from
+// volumes slightly larger than the longest head to one that holds everything; and each set can be
+// restored.
 TEST_F(VolumeFormat, SetsOfEveryVolumeSizeAreLaidOutByTheRuleAndComeBack) {
   const auto files =
       MakeSource({{"a", 1}, {"b.bin", 75}, {"c.txt", 0}, {"d", 20}, {"e0000000", 33}, {"f", 0}});
@@ -133,7 +133,7 @@ TEST_F(VolumeHeader, IsReadWithoutSignOrTheFileStaysWhereItStood) {
   EXPECT_EQ(position, 3U);
 }
 
-// Bytes of the two texts that may change; in version 1.00 the digits aren't looked at.
+// Changes that are accepted in the two texts; version 1.00 ignores the digits.
 TEST_F(VolumeHeader, TextsCountUpToTheirTerminators) {
   for (const int version : {100, 101}) {
     for (std::size_t offset = 0; offset < 96; ++offset) {

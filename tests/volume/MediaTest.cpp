@@ -1,4 +1,4 @@
-// MediaTest.cpp - two small disks, mounted as drives A: and B:, that really fill up.
+// MediaTest.cpp - backups to two small disks, mounted as drives A: and B:, until they are full.
 #include <sys/mount.h>
 #include <unistd.h>
 
@@ -60,7 +60,7 @@ TEST_F(VolumeMedia, ASetFillsOneDiskAndGoesOnOnTheOther) {
   ASSERT_EQ(Restore(), ZorErrorNone);
   EXPECT_EQ(Differences(), "");
 
-  ASSERT_EQ(BackupToDisks(), ZorErrorNone);  // the room of the volumes that are replaced counts
+  ASSERT_EQ(BackupToDisks(), ZorErrorNone);  // the space of replaced volumes counts as free
   EXPECT_EQ(std::filesystem::file_size(folder.Path("A/backup/set.vol")), kDiskBytes);
 }
 

@@ -1,4 +1,4 @@
-// ObjectTest.cpp - the object between runs: its three byte strings and their owners.
+// ObjectTest.cpp - the object between runs: its three byte strings and their ownership.
 #include <algorithm>
 #include <cstdlib>
 #include <new>
@@ -7,7 +7,7 @@
 
 namespace {
 std::size_t failingSize = 0;  // an array of this size can't be allocated
-std::size_t largestSize = 0;  // of the arrays that were asked for
+std::size_t largestSize = 0;  // of the arrays allocated
 
 void* AllocateArray(std::size_t size) {
   largestSize = std::max(largestSize, size);
@@ -41,7 +41,7 @@ class VolumeObject : public VolumeTest {
   VolumeObject() { MakeTree(folder, "source", {{"a", 1}}); }
   ~VolumeObject() override { failingSize = 0; }
 
-  // What an object writes into a volume.
+  // The areas that an object writes to a volume.
   std::vector<std::string> Identity(ZorMultiVolume& object) {
     ZorFind find;
     find.AddTail(folder.Lib("source/*.*").c_str());
@@ -64,7 +64,7 @@ TEST_F(VolumeObject, CopiesOwnTheirStrings) {
     ZorMultiVolume copy(first);
     SetMemo(copy, "a copy");
     EXPECT_THAT(Identity(copy), ElementsAre("", "", "a copy"));
-    EXPECT_EQ(ReadVolumes().at(0)[100], 6);  // version 1.00 came along
+    EXPECT_EQ(ReadVolumes().at(0)[100], 6);  // version 1.00 was copied too
   }
   EXPECT_THAT(Identity(first), ElementsAre("", "", "memo"));
 
@@ -87,7 +87,7 @@ TEST_F(VolumeObject, NoLengthAndNoMemoryEmptyAString) {
   EXPECT_THAT(Identity(volumes), ElementsAre("id", "", ""));
 }
 
-// Nor is memory taken for areas that the volume doesn't have.
+// Nor is memory allocated for areas that the volume doesn't have.
 TEST_F(VolumeObject, AVolumeWhoseAreasFindNoMemoryIsRefused) {
   volumes.SetIdentity("id", std::string(4097, 'x'), "");
   Identity(volumes);

@@ -1,5 +1,5 @@
-// RestoreTest.cpp - sets as they may come: both versions, other writers' names, wrong media,
-// targets in the way; and what is refused.
+// RestoreTest.cpp - restoring sets of both versions and other writers, wrong media, existing
+// targets; and refusals.
 #include <sys/stat.h>
 
 #include "ZorFileServices.h"
@@ -14,7 +14,7 @@ class VolumeRestore : public VolumeTest {
   void WriteSet(const Bytes& payload, std::size_t files = 1) {
     WriteVolume(1, Join({SetLayout{101, "identity", "", ""}.Header(1, files), payload}));
   }
-  // The reasons with which volumes were asked for.
+  // The reasons given in requests for volumes.
   std::vector<int> Prompts() const {
     std::vector<int> results;
     for (const Report& report : volumes.reports) {
@@ -96,7 +96,7 @@ TEST_F(VolumeRestore, AFileWithoutATargetIsReadAndLeftOut) {
 TEST_F(VolumeRestore, EndsByCountingFiles) {
   const StoredFile file{"a", Bytes(10, 'x')};
   const Bytes record = Join({RecordHead(file), file.bytes});
-  WriteSet(Join({record, Bytes(500, 'x')}));  // and bytes that belong to nobody
+  WriteSet(Join({record, Bytes(500, 'x')}));  // followed by extra bytes
   EXPECT_EQ(Restore(), ZorErrorNone);
   EXPECT_EQ(folder.ReadFile("target/a"), file.bytes);
 
@@ -121,7 +121,7 @@ TEST_F(VolumeRestore, TargetsThatCannotBeMade) {
   EXPECT_EQ(Restore(), ZorErrorFileOpen);
 }
 
-// First there is no medium, then each wrong one is offered once, then the right one.
+// First there is no medium, then each wrong one once, then the right one.
 TEST_F(VolumeRestore, AsksAgainAndSaysWhy) {
   MakeTree(folder, "source", {{"a", 300}});
   volumes.SetIdentity("mine", "", "");
@@ -150,7 +150,7 @@ TEST_F(VolumeRestore, AsksAgainAndSaysWhy) {
   EXPECT_EQ(Differences(), "");
 }
 
-// Lengths that no volume can have are refused before anything is allocated or shown.
+// Impossible lengths are refused before anything is allocated or passed to a hook.
 TEST_F(VolumeRestore, RefusesImpossibleAreaLengths) {
   constexpr std::uint32_t kHuge = 0x7FFFFFFF;
   constexpr std::uint32_t kNegative = 0xFFFFFFFF;
@@ -200,8 +200,8 @@ TEST_F(VolumeRestore, AVolumeThatShrinksWhileItIsReadIsDamage) {
   EXPECT_EQ(folder.ReadFile("target/a").size(), 65'536U);
 }
 
-// Nothing that a damaged byte says may crash, loop or write outside the target.  Run it under the
-// sanitizers.
+// No damaged byte may cause a crash, an endless loop or a write outside the target.  Most useful
+// with the sanitizers.
 TEST_F(VolumeRestore, SurvivesDamageToEveryByteAndEveryCut) {
   MakeTree(folder, "source", {{"a.txt", 30}, {"empty", 0}, {"sub/b", 100}});
   for (const int version : {100, 101}) {

@@ -1,4 +1,4 @@
-// RunTest.cpp - the course of a run: what OnAbort is told and when, and every way a run can end.
+// RunTest.cpp - the course of a run: the calls of OnAbort, and every way in which a run can end.
 #include <sys/stat.h>
 
 #include <functional>
@@ -30,13 +30,13 @@ class VolumeRun : public VolumeTest {
   std::uintmax_t VolumeBytes() const {
     return std::filesystem::file_size(folder.Path(VolumeName(1)));
   }
-  // Two files: the first takes two slices, and the second goes on on a second volume.
+  // Two files: the first takes two slices, and the second continues on a second volume.
   void MakeTwoFiles() { MakeTree(folder, "source", {{"a", 65'540}, {"b", 100}}); }
   static constexpr unsigned long kTwoVolumes = kHeader + kHead + 65'540 + kHead + 60;
 };
 
-// Backup opens the file before it asks for the volume, Restore finds the file on it.  Then both say
-// the same until they come to the empty file, of which Restore alone copies a slice of no bytes.
+// Backup opens the file before it asks for the volume, Restore finds the file on it.  Then both
+// report the same until the empty file, for which only Restore copies a slice of 0 bytes.
 TEST_F(VolumeRun, BackupAndRestoreReportEveryStep) {
   MakeTwoFiles();
   folder.WriteFile("source/c", "");
@@ -86,7 +86,7 @@ TEST_F(VolumeRun, NothingSelectedEndsWithoutAnyCall) {
   EXPECT_FALSE(folder.Exists("set"));
 }
 
-// Whichever call says stop: it is the last but phase 5, which sees no error yet, and every file is
+// Whichever call stops the run, only phase 5 follows it, which sees no error yet, and every file is
 // closed.
 TEST_F(VolumeRun, CanBeStoppedAtEveryCall) {
   MakeTwoFiles();
@@ -133,7 +133,7 @@ TEST_F(VolumeRun, WhatAHookThrowsEndsTheRunWithItsError) {
     At(phase, [] { throw std::bad_alloc(); });
     EXPECT_EQ(Restore(), ZorErrorFileFailure);
   }
-  At(3, [] { throw 7; });  // not the library's: it comes out, after phase 5
+  At(3, [] { throw 7; });  // not the library's: rethrown after phase 5
   EXPECT_THROW(Restore(), int);
   EXPECT_EQ(volumes.reports.back().phase, ZorMultiVolume::PhaseEnd);
   EXPECT_EQ(volumes.GetError(), ZorErrorCanceled);
@@ -182,7 +182,7 @@ TEST_F(VolumeRun, AFlushThatFailsAtTheEndOfAVolumeEndsTheBackup) {
 
 TEST_F(VolumeRun, ASourceThatFailsEndsTheBackup) {
   constexpr std::uintmax_t kFirstFile = kHeader + kHead + 10;
-  // What happens to the second of two files, and when.
+  // A fault of the second of two files, and its phase.
   const struct {
     const char* what;
     ZorMultiVolume::Phase phase;

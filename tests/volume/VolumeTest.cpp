@@ -10,7 +10,7 @@ namespace kozor::test {
 
 namespace {
 
-// Every write to a volume waits for the medium; in memory the suite takes seconds.
+// Every write to a volume is flushed; in memory the suite takes seconds.
 class InMemory : public ::testing::Environment {
  public:
   void SetUp() override {

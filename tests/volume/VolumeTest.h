@@ -1,5 +1,6 @@
 // VolumeTest.h - the vocabulary of the tests of backup sets: an object whose hooks follow a script
-// and note what they are told, and a folder with a tree to store, its volumes, and what came back.
+// and record their arguments, and a folder with a tree to store, its volumes, and the restored
+// tree.
 #pragma once
 
 #include <gmock/gmock.h>
@@ -41,16 +42,16 @@ class ScriptedVolumes : public ZorMultiVolume {
   std::function<CString(int)> nameVolume;
   std::function<unsigned long(const char*)> space;
 
-  // The notes.
+  // The recorded calls.
   std::vector<Report> reports;
-  std::vector<std::string> identity;  // what OnCheckVolume was shown
+  std::vector<std::string> identity;  // the arguments of OnCheckVolume
 
   int Check(const char* path) { return CheckVolume(path); }
   unsigned long DefaultSpace(const char* path) { return ZorMultiVolume::OnQueryDiskSpace(path); }
   void SetIdentity(const std::string& id, const std::string& label, const std::string& text);
 
  protected:
-  // Without a script a run stops when a volume is asked for again, so that no test waits for ever.
+  // Without a script a run stops if a volume is asked for again, so that no test waits forever.
   int OnAbort(const ONABORTPARAM& param) override;
   int OnCheckVolume(int kind, const unsigned char* data, int length) override;
   CString OnMakeFileName(const char* destination, const char* name) override {
@@ -65,12 +66,12 @@ class ScriptedVolumes : public ZorMultiVolume {
   }
 };
 
-// Files are stored from "source" and come back in "target"; the volumes are "set/1", "set/2"...
+// Files are stored from "source" and restored to "target"; the volumes are "set/1", "set/2"...
 class VolumeTest : public ::testing::Test {
  protected:
   VolumeTest();
 
-  // Stores what the mask selects; a volume takes so many bytes, or as many as the object says.
+  // Stores what the mask selects; a volume takes this many bytes, or as many as the object returns.
   ZorError Backup(unsigned long volumeBytes = 0xFFFFFFFF, const std::string& mask = "*.*");
   ZorError BackupToMedia(const std::string& mask = "*.*");
   ZorError Restore() { return Restore(folder.Lib("target").c_str()); }
@@ -81,18 +82,18 @@ class VolumeTest : public ::testing::Test {
   static std::string VolumeName(int number) { return "set/" + std::to_string(number); }
   std::vector<Bytes> ReadVolumes() const;
   void WriteVolume(int number, const Bytes& bytes) { folder.WriteFile(VolumeName(number), bytes); }
-  // What differs between source and target; empty when nothing does.
+  // The differences between source and target; empty if there are none.
   std::string Differences() const;
 
   TestFolder folder;
   ScriptedVolumes volumes;
 
  private:
-  // What became of a run with this result.  Its last report was that of its end.
+  // The outcome of a run with this result.  Its last report must be that of its end.
   ZorError ErrorOf(int result) const;
 };
 
-// A set as a slow and obvious writer lays it out, to compare with.
+// The reference: a set as written by a slow and obvious writer.
 struct StoredFile {
   std::string name;
   Bytes bytes;

@@ -21,7 +21,7 @@ class StoppableArchive : public ZorArchive {
  public:
   int calls = 0;
   int stopAt = -1;  // the number of the call that answers 1, from 0
-  std::function<CString(const std::string& name)> makeName;  // in the place of the default
+  std::function<CString(const std::string& name)> makeName;  // replaces the default
   std::vector<std::string> membersDone;                      // names reported at their end
 
  protected:

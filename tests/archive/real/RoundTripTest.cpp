@@ -1,13 +1,13 @@
-// RoundTripTest.cpp - trees go into an archive and come back, in both code pages; and what remains
-// when that is stopped at any report.
+// RoundTripTest.cpp - packs and extracts trees, in both code pages, and stops the operation at
+// every report.
 #include "real/RealArchive.h"
 #include "tests/support/CodePageScope.h"
 
 namespace kozor::test {
 namespace {
 
-// A tree of the sizes and names that go wrong: nothing, one byte, the limits of a window, blanks, a
-// leading '-' and '@', characters with the trail byte 0x5C (U+8868, U+30BD).
+// A tree of critical sizes and names: empty, one byte, window sizes, blanks, a leading '-' and '@',
+// characters with the trail byte 0x5C (U+8868, U+30BD).
 class ArchiveRoundTrip : public ArchiveReal, public testing::WithParamInterface<unsigned int> {
  protected:
   ArchiveRoundTrip() {
@@ -59,7 +59,7 @@ TEST_P(ArchiveRoundTrip, GivesTheSameTreeWithDirectoriesByCompressDir) {
   EXPECT_THAT(Members(), testing::UnorderedElementsAreArray(before));
 }
 
-// Into an archive that stands in the base directory goes everything but the archive.
+// An archive in the base directory receives everything but itself.
 TEST_F(ArchiveReal, AnArchiveInItsBaseDirectoryTakesEveryOtherFile) {
   MakeTree(folder, "base", {{"a.txt", 10}, {"m", 70'000}, {"sub/z", 30}});
   folder.WriteFile("work/keep", "");
@@ -85,8 +85,8 @@ class ArchiveCancel : public ArchiveReal {
     MakeTree(folder, "src", {{"a.txt", 100}, {"big", 600'000}, {"sub/c", 1}, {"e", 0}});
   }
 
-  // Stops an operation at each of its reports in turn and looks at what that leaves.  The last
-  // report can't stop anything.
+  // Stops an operation at each of its reports in turn and checks what remains.  The last report
+  // can't stop anything.
   static void StopEverywhere(const std::function<int(StoppableArchive&)>& operation,
                              const std::function<void(const StoppableArchive&)>& look) {
     StoppableArchive whole;
@@ -102,7 +102,7 @@ class ArchiveCancel : public ArchiveReal {
     }
   }
 
-  // Every file that comes out of the archive is whole, and the old one is among them.
+  // Every file in the archive is complete, and the old one is among them.
   void ExpectWholeMembers() {
     std::filesystem::remove_all(folder.Path("out"));
     ASSERT_EQ(Extract(), 1);
@@ -120,7 +120,7 @@ TEST_F(ArchiveCancel, LeavesWholeMembersWhereverAddingIsStopped) {
   ASSERT_EQ(archive.Compress(Selection(Lib("old"), {"*.*"}), path.c_str(), 0, 0), 1);
   const Bytes before = folder.ReadFile("a.lzh");
   folder.WriteFile("work/keep", "");
-  // File by file, and with a work directory all at once.
+  // File by file, and all at once with a work directory.
   for (const std::string& work : {std::string(), Lib("work")}) {
     SCOPED_TRACE(work);
     const auto add = [&](StoppableArchive& stoppable) {

@@ -10,8 +10,8 @@ class ArchiveScale : public ArchiveReal {
  protected:
   using Steps = std::vector<std::function<int()>>;
 
-  // Ten times the files may cost each step twenty times as much, and a second.  A square would be a
-  // hundred.
+  // With ten times the files each step may take twenty times as long, plus a second.  Quadratic
+  // growth would give a hundred times.
   void ExpectProportion(int files, const Steps& steps) {
     const std::vector<double> few = Costs(files, steps);
     const std::vector<double> many = Costs(10 * files, steps);
@@ -29,7 +29,7 @@ class ArchiveScale : public ArchiveReal {
   };
 
  private:
-  // The processor seconds of each step.  Other programs on the machine don't count.
+  // The CPU seconds of each step, independent of other programs.
   std::vector<double> Costs(int files, const Steps& steps) {
     for (const char* name : {"src", "out"}) std::filesystem::remove_all(folder.Path(name));
     for (int i = 0; i < files; ++i) {

@@ -1,4 +1,4 @@
-// Recording.h - what a test and the recording archiver share: a script and a log.
+// Recording.h - the script and the log that a test shares with the recording archiver.
 #pragma once
 
 #include <cstdint>
@@ -15,7 +15,7 @@ struct ScriptedMember {
   std::uint16_t date = 0x2E45;
   std::uint16_t time = 0x6000;
   int attribute = 0x20;
-  std::int32_t stamp = 1'000'000'000;  // what the memory call tells, seconds since 1970
+  std::int32_t stamp = 1'000'000'000;  // result of the memory call, seconds since 1970
 };
 
 // One call of the archiver's callback.
@@ -34,14 +34,14 @@ struct Recording {
   int archivesThatOpen = 1'000'000;
   int checkResult = 1;
   std::vector<ScriptedMember> members;
-  // Played in each call that works on an archive, until the callback answers 0, or all of them.
+  // Replayed in each call that works on an archive, until the callback returns 0.
   std::vector<ScriptedReport> reports;
   bool heedsAnswers = true;
   // Runs in each such call, before the reports.
   std::function<void()> during;
-  // Runs when the callback is taken back.
+  // Runs when the callback is removed.
   std::function<void()> whenReleased;
-  // What such calls return; behind the last entry 0.  A call that was stopped returns 0x8020.
+  // The results of such calls; 0 after the last entry.  A stopped call returns 0x8020.
   std::vector<int> results;
 
   // Log: a line for each call, in which `hide` is written as "#".
@@ -60,5 +60,5 @@ struct Recording {
 
 }  // namespace kozor::test
 
-// Exported by the module; the state of a module that has been loaded anew is empty.
+// Exported by the module; the state is empty when the module is loaded again.
 extern "C" kozor::test::Recording* RecordingOfArchiver();

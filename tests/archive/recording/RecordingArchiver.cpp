@@ -1,6 +1,7 @@
-// RecordingArchiver.cpp - an archiver that works on nothing: it logs its calls and plays a script.
+// RecordingArchiver.cpp - a mock archiver: logs its calls and replays a script.
 //
-// It knows the records by the offsets of the interface and includes nothing of the library.
+// It accesses the records by the offsets of the interface and includes none of the library's
+// headers.
 #include <algorithm>
 #include <array>
 #include <cstring>
