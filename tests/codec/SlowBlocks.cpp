@@ -26,7 +26,7 @@ unsigned At(const Lengths& lengths, std::size_t at) {
   return at < lengths.size() ? lengths[at] : 0;
 }
 
-// The number of zeros in front of the next length that is none.
+// The number of zeros before the next length that isn't 0.
 unsigned ZerosAt(const Lengths& lengths, std::size_t at) {
   unsigned zeros = 0;
   while (at + zeros < lengths.size() && lengths[at + zeros] == 0) ++zeros;
@@ -70,7 +70,7 @@ class SlowBlocks : public SlowTwin {
     itemsBegin = in.BitsRead();
   }
 
-  // Lengths to write, without zeros at the end; none for a single symbol.
+  // Lengths to write, without trailing zeros; none for a single symbol.
   Lengths Wish(std::size_t symbols) {
     if (!in.isComposing || in.Below(6) == 0) return {};
     Lengths lengths = RandomSelection(in, symbols, 16);
@@ -78,7 +78,7 @@ class SlowBlocks : public SlowTwin {
     return lengths;
   }
 
-  // A code of the symbols that those lengths need, and of all that stand for zeros.
+  // A code of the symbols for those lengths and of all symbols for zeros.
   Lengths TreeWish(const Lengths& items) {
     if (!in.isComposing) return {};
     std::set<unsigned> symbols{0, 1, 2};
@@ -90,7 +90,7 @@ class SlowBlocks : public SlowTwin {
     return lengths;
   }
 
-  // Reads the count of the lengths that follow.  A count of 0 is for a code of a single symbol.
+  // Reads the count of the lengths that follow.  0 means a code of a single symbol.
   unsigned Count(SlowCode& code, const Lengths& wish, unsigned width, unsigned symbols) {
     const unsigned count = in.Number(width, wish.size());
     Require(count <= symbols);
@@ -138,7 +138,7 @@ class SlowBlocks : public SlowTwin {
     Require(itemCode.IsUsable());
   }
 
-  // Reads one length, or a run of zeros; one that is written is cut anywhere.
+  // Reads one length, or a run of zeros; a run to write is split at random.
   void ReadItemLengths(Lengths& lengths, const Lengths& wish) {
     const std::size_t at = lengths.size();
     const unsigned zeros = ZerosAt(wish, at);

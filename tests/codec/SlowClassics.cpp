@@ -1,5 +1,5 @@
-// SlowClassics.cpp - the slow decoders of the methods with a tree that adapts, Lh1 and Lh2, and of
-// their sibling Lh3.
+// SlowClassics.cpp - the slow decoders of Lh1 and Lh2, which have adaptive trees, and of the
+// related Lh3.
 #include <algorithm>
 #include <optional>
 
@@ -8,17 +8,18 @@
 namespace kozor::codec {
 namespace {
 
-// Nodes in order of falling weight, as an adaptive code has them.
+// The nodes of an adaptive code in the order of descending weight.
 class SlowTree {
  public:
-  // Of a fixed number of symbols.
+  // A tree with a fixed number of symbols.
   explicit SlowTree(unsigned symbols) : nodes(2 * symbols - 1) {
     for (unsigned s = 0; s < symbols; ++s) nodes[2 * symbols - 2 - s] = {1, kLeaf, s};
     for (std::size_t b = symbols - 1; b-- > 0;) {
       nodes[b] = {nodes[2 * b + 2].weight + nodes[2 * b + 1].weight, 2 * b + 2, 0};
     }
   }
-  // One that grows: it has symbol 0 alone, and its weight is counted apart from the root's.
+  // A growing tree: it starts with symbol 0, and its total is counted separately from the root's
+  // weight.
   SlowTree() : nodes{{1, kLeaf, 0}}, total(0) {}
 
   void Add(unsigned symbol) {
@@ -52,14 +53,14 @@ class SlowTree {
   }
 
  private:
-  static constexpr std::size_t kLeaf = 0;  // the root is nobody's child
+  static constexpr std::size_t kLeaf = 0;  // the root is never a child
   struct Node {
     unsigned weight;
-    std::size_t child0;  // the other one stands before it
+    std::size_t child0;  // the other child precedes it
     unsigned symbol;
   };
 
-  // Halves the weights of the leaves and puts them together anew, the lightest first.
+  // Halves the weights of the leaves and rebuilds the tree, the lightest first.
   void Rebuild() {
     std::vector<Node> leaves;
     for (const Node& node : nodes) {

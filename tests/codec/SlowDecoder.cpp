@@ -68,8 +68,8 @@ unsigned SlowCode::Decode(SlowStream& in, std::optional<unsigned> wish) const {
   }
 }
 
-// Splits leaves of a growing tree.  A lopsided one grows at its newest leaf, and so becomes as deep
-// as it may.
+// Splits leaves of a growing tree.  A lopsided tree splits its newest leaf and so becomes as deep
+// as allowed.
 std::vector<unsigned> RandomLengths(SlowStream& in, std::size_t count, unsigned most) {
   std::vector<unsigned> leaves{0};
   const bool isLopsided = in.Below(3) == 0;

@@ -19,15 +19,15 @@ using Bytes = std::vector<std::uint8_t>;
 struct SlowResult {
   Status status = Status::Ok;
   Bytes bytes;                           // what was unpacked
-  std::vector<std::string> brokenRules;  // of those for writers; of use only if all went well
+  std::vector<std::string> brokenRules;  // rules for writers; valid only after success
 };
 
 // Unpacks `size` bytes.  Methods: all but the stored ones.
 SlowResult SlowDecode(Method method, std::span<const std::uint8_t> packed, std::size_t size);
 
-// A packed member of `size` bytes that is valid but unlike what any sensible writer makes: random
-// codes, from a single symbol to all of them, with items that use every symbol, and matches that
-// reach anywhere, before the beginning too where the method allows it.
+// A valid packed member of `size` bytes that no sensible writer would produce: random codes, from a
+// single symbol to all of them, with items that use every symbol, and matches at any distance, even
+// before the beginning if the method allows it.
 Bytes RandomMember(Method method, unsigned seed, std::size_t size);
 
 }  // namespace kozor::codec

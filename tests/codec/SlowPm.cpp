@@ -59,7 +59,7 @@ class SlowPm1 : public SlowPm {
  private:
   using Codes = std::map<std::string, char>;  // the class of a literal by its code
 
-  // From "class:code" for each code.
+  // Parses "class:code" for each code.
   static Codes CodesOf(unsigned number) {
     // clang-format off
     constexpr const char* kTable[] = {
@@ -117,7 +117,8 @@ class SlowPm1 : public SlowPm {
     return x == 62 ? in.Number(5) + 85 : in.Number(7) + 117;
   }
 
-  // Writes only what has offsets: the ranges of 64 and more are no choice right at their beginning.
+  // Writes only ranges that have offsets: those of 64 and more can't be used before enough data
+  // exists.
   unsigned Range(std::size_t p) {
     if (in.Number(1) == 0) {
       if (p >= 576 && in.Number(1, p > 576 ? in.Below(2) : 0) == 1) return 4;
@@ -135,7 +136,7 @@ class SlowPm1 : public SlowPm {
     const unsigned length = range < 2 ? 2 : CopyLength();
     constexpr unsigned kBase[] = {0, 64, 0, 64, 576, 2624};
     constexpr unsigned kMostBits[] = {6, 8, 6, 9, 11, 13};
-    unsigned bits = std::min(kMostBits[range], 8U);  // as many as reach back to the beginning
+    unsigned bits = std::min(kMostBits[range], 8U);  // enough to reach back to the beginning
     while (bits < kMostBits[range] && p >= kBase[range] + (1U << bits)) ++bits;
     const auto room =
         static_cast<unsigned>(std::max<std::size_t>(p, kBase[range] + 1) - kBase[range]);

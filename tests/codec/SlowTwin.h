@@ -1,8 +1,8 @@
-// SlowTwin.h - what the slow decoders of the methods are made of.
+// SlowTwin.h - common parts of the slow decoders.
 //
-// Each is written down as its method is described: numbers come out of a stream in order.  A stream
-// that composes makes the numbers up as they are asked for, and so a decoder writes a random
-// member.
+// Each decoder follows the description of its method: it reads numbers from a stream in order.  A
+// composing stream invents the numbers instead and writes them, so that the decoder produces a
+// random member.
 #pragma once
 
 #include <cstddef>
@@ -23,7 +23,7 @@ struct SlowFailure {
   Status status;
 };
 
-void Require(bool good);  // else the data are damaged
+void Require(bool good);  // if not good, the data is damaged
 
 class SlowStream {
  public:
@@ -33,15 +33,15 @@ class SlowStream {
   const bool isComposing = false;
 
   unsigned Number(unsigned bits);
-  // The value is written when composing, and means nothing otherwise.
+  // The value is written when composing and ignored otherwise.
   unsigned Number(unsigned bits, std::size_t wish);
   unsigned Below(std::size_t limit) { return static_cast<unsigned>(random() % limit); }
 
   std::size_t BitsRead() const { return bitsRead; }
   bool IsPastEnd() const { return !isComposing && bitsRead > packed.size() * 8; }
-  // Zeros stand after the data, but only so many that no decoder runs on for ever.
+  // Zeros follow the data, but only a limited number, so that no decoder runs forever.
   void RequireInput() const;
-  // Whether nothing is left but zero bits of the last byte.
+  // Whether only zero bits of the last byte are left.
   bool IsAtEnd();
   const Bytes& Written() const { return written.Bytes(); }
 
@@ -55,19 +55,19 @@ class SlowStream {
 // A canonical code.
 class SlowCode {
  public:
-  // Of a single symbol, which takes no bits.
+  // A code of a single symbol, which takes no bits.
   void SetSingle(unsigned symbol) { symbols = {{{0, 0}, symbol}}; }
   // A complete code, or one without symbols.
   void SetLengths(const std::vector<unsigned>& lengths);
   bool IsUsable() const { return !symbols.empty(); }
-  // Composing, it takes the symbol wished for, or any, each as often as the others.
+  // When composing, writes the symbol wanted, or a random one with equal probability.
   unsigned Decode(SlowStream& in, std::optional<unsigned> wish = std::nullopt) const;
 
  private:
   std::map<std::pair<unsigned, unsigned>, unsigned> symbols;  // by length and code
 };
 
-// The lengths of a random complete code of `count` symbols, none above `most`; fewer symbols where
+// The lengths of a random complete code of `count` symbols, at most `most` bits; fewer symbols if
 // the code is full.
 std::vector<unsigned> RandomLengths(SlowStream& in, std::size_t count, unsigned most);
 // Such lengths for some of the symbols, at least two, and 0 for the others.
@@ -83,7 +83,7 @@ class SlowTwin {
  protected:
   virtual void Begin() {}
   virtual void Step() = 0;  // one item
-  virtual void End() {}     // looks for broken rules
+  virtual void End() {}     // checks the rules for writers
 
   bool IsFull() const { return bytes.size() == limit; }
   void Put(std::size_t byte);

@@ -38,14 +38,14 @@ class EngineAtomicity : public EngineTest {
  protected:
   using Change = std::function<int()>;
 
-  // Runs `work` in a child process, which ends with its result.
+  // Runs `work` in a child process, which exits with its result.
   static pid_t Start(const Change& work) {
     const pid_t child = fork();
     if (child == 0) _exit(work() == 0 ? 0 : 1);
     return child;
   }
 
-  // Whether the process came to its end, and to a good one.
+  // Whether the process ended, and with success.
   static bool IsDone(pid_t child) {
     int status = 0;
     waitpid(child, &status, 0);
@@ -148,7 +148,7 @@ TEST_F(EngineAtomicity, TwoProcessesLoseNoUpdate) {
   const int pairs = given != nullptr ? std::atoi(given) : 300;
   ASSERT_EQ(Compress("x.lzh", "rewritten", {}), 0);
   const auto nameOf = [](int i) { return "appended" + std::to_string(i); };
-  // Repeats each change while the other process has the archive.
+  // Repeats each change while the other process has the archive open.
   const auto start = [&](const std::function<int(int)>& change) {
     return Start([&, change] {
       for (int i = 0; i < pairs;) {
