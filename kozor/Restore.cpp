@@ -103,7 +103,7 @@ class RestoreVolumes : public Volumes {
   Delivery& delivery;
   std::array<std::string, 3> areas;                    // of the volume checked last
   std::optional<std::array<std::string, 3>> setAreas;  // of the first volume accepted
-  std::string workName;                                // of the file at hand
+  std::string workName;                                // of the current file
   std::uint64_t made = 0;
 };
 

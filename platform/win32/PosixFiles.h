@@ -79,8 +79,8 @@ ZOR_PLATFORM_API int WINAPI DeleteFileA(LPCSTR name);
 
 // Renames a file or directory atomically.  `flags`: MOVEFILE_REPLACE_EXISTING,
 // MOVEFILE_WRITE_THROUGH (returns after the change has reached the medium).  ERROR_NOT_SAME_DEVICE
-// between file systems: nothing is ever copied.
-// Differs: the new name matches an existing file only exactly (KzSetCaseBlindCreation).
+// between file systems: nothing is ever copied.  Differs: the new name matches an existing file
+// only exactly (KzSetCaseBlindCreation).  A replaced file passes on its host owner and permissions.
 ZOR_PLATFORM_API int WINAPI MoveFileExA(LPCSTR existingName, LPCSTR newName, DWORD flags);
 
 ZOR_PLATFORM_API int WINAPI CreateDirectoryA(LPCSTR name, LPSECURITY_ATTRIBUTES security);
