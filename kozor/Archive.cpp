@@ -33,8 +33,8 @@ int Archive::OnAbort(const ONABORTPARAM& param) {
   return StopSignal();
 }
 
-// What the archiver's handle of an archive keeps: the module loaded and the file open, so that it
-// needn't be found, opened and locked for each member.  A best effort: reading works without it.
+// Holds a handle of the archiver, which keeps the module loaded and the file open, so that they
+// aren't looked up, opened and locked for each member.  Best effort: reading works without it.
 class MemberReader::KeptOpen {
  public:
   explicit KeptOpen(const std::string& archive) : module(LoadLibraryA("UNLHA32.DLL")) {

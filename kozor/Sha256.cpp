@@ -1,6 +1,6 @@
 // Sha256.cpp - see Sha256.h.
 //
-// Where the processor has instructions for it, they do the work: five times as fast.
+// Uses the processor's SHA instructions if available, which are five times as fast.
 #include "Sha256.h"
 
 #include <algorithm>
@@ -90,8 +90,8 @@ void Sha256::AddBlocks(State& state, std::span<const unsigned char> blocks) {
 
 #ifdef KOZOR_SHA_INSTRUCTIONS
 
-// The processor's instructions do two rounds at a time and want the state as two words of four: a
-// b e f and c d g h, from the highest place to the lowest.
+// The instructions do two rounds at a time.  They take the state as two vectors of four words: a b
+// e f and c d g h, from the highest lane to the lowest.
 KOZOR_SHA_INSTRUCTIONS void Sha256::AddBlocksByInstruction(State& state,
                                                            std::span<const unsigned char> blocks) {
   const auto load = [](const void* from) KOZOR_SHA_INSTRUCTIONS {

@@ -52,11 +52,11 @@ class Archiver {
   std::uint32_t CompressFromMemory(std::string_view text, const MemoryMember& memory,
                                    const ProgressListener& listener);
 
-  // Opens an archive for searches.  It stays open with the result, and so needn't be opened again
-  // for its members.
+  // Opens an archive for searches.  It stays open as long as the result, so reading its members
+  // doesn't open it again.
   container::ReadArchive Open(const std::string& archive) { return indexes.Open(archive); }
 
-  // From the begin to the end of an operation of many calls, the archive that they read stays open.
+  // An operation of several calls: between them, the archive read last stays open.
   void BeginOperation() { indexes.KeepOpen(true); }
   void EndOperation() { indexes.KeepOpen(false); }
 
