@@ -1,4 +1,5 @@
 // Add.cpp - kozor add: files, a directory or standard input into an archive.
+#include <algorithm>
 #include <array>
 #include <fstream>
 #include <sstream>
@@ -10,8 +11,10 @@
 #include "Commands.h"
 #include "Console.h"
 #include "Failure.h"
+#include "FoldersAndLinks.h"
 #include "Host.h"
 #include "Output.h"
+#include "Packing.h"
 #include "Selection.h"
 #include "WorkFolder.h"
 
@@ -35,14 +38,17 @@ a mask with * and ? in its last part, which is looked for in all folders below
 ("quote it", or the shell takes it first).  It is taken from BASE on, and files
 are stored by their names relative to BASE.  Files that don't lie below BASE are
 stored by their names from the root directory on, without the leading slash:
-/usr/include/stdio.h as usr/include/stdio.h.  Links are followed.
+/usr/include/stdio.h as usr/include/stdio.h.
+
+Links are stored as links, folders with their permissions and times, and files
+with their permissions (--no-unix is for programs that don't know of those).
 
 A file that can't be stored (a name with \ : * ? " < > |, no permission, 4 GiB
 or more, not a plain file) is named on standard error and left out, and the exit
 code is 1.
 )";
 
-constexpr std::array<Option, 12> kOptions = {{
+constexpr std::array<Option, 12> kOwnOptions = {{
     {"-C", "BASE", "take names from this directory on; the current one if\nabsent"},
     {"--exclude", "MASK", "leave out files and folders of this name; may be\nrepeated"},
     {"--new", "",
@@ -53,7 +59,7 @@ constexpr std::array<Option, 12> kOptions = {{
      "it such a name is an error and nothing is added"},
     {"--sfx", "",
      "make a self-extracting program of the archive as well,\n"
-     "beside it: a.run of a.lzh (on Linux for x86-64;\na.run --help)"},
+     "beside it: a.run of a.lzh (on Linux for x86-64;\na.run --help); implies --no-unix"},
     {"--work-dir", "DIR", "put temporaries into DIR and not beside the archive"},
     {"--dir", "DIRECTORY",
      "put the tree below DIRECTORY in, empty folders\n"
@@ -68,18 +74,21 @@ constexpr std::array<Option, 12> kOptions = {{
     {"--null", "", "the names in FILE end in zero bytes"},
     {"--dry-run", "", "print the names of what would be added, and do nothing"},
 }};
+constexpr auto kOptions = Join(kOwnOptions, kPackingOptions);
 
 // Complains of each selected file whose name the archive holds already.
 bool HasClashes(const std::vector<FileGroup>& groups, const Output& output,
-                const std::string& name) {
+                const std::string& archiveName) {
   if (!Exists(HostPath(output.Path()))) return false;
   std::unordered_set<std::string> members;
-  for (const Member& member : ReadMembers(output.Path(), name)) members.insert(member.name);
+  for (const Member& member : ReadMembers(output.Path(), archiveName)) members.insert(member.name);
   const int before = Complaints();
   for (const FileGroup& group : groups) {
-    for (const std::string& file : group.names) {
-      if (!members.contains(file)) continue;
-      Complain(VisibleLibraryName(file) + ": the archive holds a file of that name already");
+    for (const auto* names : {&group.names, &group.links}) {
+      for (const std::string& name : *names) {
+        if (!members.contains(name)) continue;
+        Complain(VisibleLibraryName(name) + ": the archive holds a file of that name already");
+      }
     }
   }
   return Complaints() > before;
@@ -95,13 +104,21 @@ void RequireRoomForProgram(fs::path archive) {
                 ": a file that is no self-extracting archive is in the program's place");
 }
 
+bool Overwrites(const Arguments& arguments) {
+  return arguments.Has("--overwrite") || arguments.Has("--update") || arguments.Has("--dir");
+}
+
 void Prepare(Archive& archive, const Arguments& arguments, const Output& output) {
   archive.SetWorkDirectory(output.WorkDirectory().c_str());
-  archive.SetOverwriteMode(arguments.Has("--overwrite") || arguments.Has("--update") ? 1 : 0);
+  archive.SetOverwriteMode(Overwrites(arguments) ? 1 : 0);
 }
 
 // The words of the line, and the names that a file holds.
 std::vector<std::string> WhatToAdd(const Arguments& arguments) {
+  if (arguments.Has("--dir")) {
+    arguments.AllowOperands(1);
+    return {"."};
+  }
   std::vector<std::string> words = arguments.OperandsFrom(1);
   if (!arguments.Has("--files-from")) {
     arguments.Operand(1, "what to add");
@@ -125,7 +142,7 @@ std::vector<std::string> WhatToAdd(const Arguments& arguments) {
   return words;
 }
 
-// Which files an archive holds in their present state already.
+// Which files an archive holds in their present state already; a folder that it has at all.
 class UpToDate {
  public:
   UpToDate(const std::string& archive, const std::string& name) {
@@ -143,17 +160,30 @@ class UpToDate {
 
 std::vector<FileGroup> SelectFiles(const Arguments& arguments, const std::string& name,
                                    const fs::path& archive) {
-  SelectionRequest request = {.base = arguments.Value("-C", "."),
+  const fs::path directory = arguments.Value("--dir");
+  if (!directory.empty() && !fs::is_directory(directory)) {
+    throw Failure(Visible(directory.string()) + ": no such directory");
+  }
+  const bool keepsFacts = KeepsUnixFacts(arguments);
+  SelectionRequest request = {.base = arguments.Value("--dir", arguments.Value("-C", ".")),
                               .words = WhatToAdd(arguments),
                               .excludes = arguments.Values("--exclude"),
-                              .isOwnFile = [&](const fs::path& path) { return path == archive; }};
+                              .isOwnFile = [&](const fs::path& path) { return path == archive; },
+                              .links = keepsFacts ? LinkRule::Kept : LinkRule::Followed,
+                              .takesFolders = keepsFacts || arguments.Has("--dir")};
   if (arguments.Has("--update")) request.isUpToDate = UpToDate(LibraryPath(archive), name);
-  return Select(request);
+  std::vector<FileGroup> groups = Select(request);
+  if (!request.takesFolders) {
+    for (FileGroup& group : groups) group.folders.clear();
+  }
+  return groups;
 }
 
 void PrintNames(const std::vector<FileGroup>& groups) {
   for (const FileGroup& group : groups) {
+    for (const std::string& name : group.folders) PrintLine(VisibleLibraryName(name + '\\'));
     for (const std::string& name : group.names) PrintLine(VisibleLibraryName(name));
+    for (const std::string& name : group.links) PrintLine(VisibleLibraryName(name));
   }
 }
 
@@ -173,13 +203,14 @@ void AddFiles(const Arguments& arguments, const std::string& name) {
   }
 
   Output output(name, arguments.Has("--new"), arguments.Value("--work-dir"));
-  const bool overwrites = arguments.Has("--overwrite") || arguments.Has("--update");
   const auto refuseClashes = [&] {
-    if (overwrites || arguments.Has("--new")) return;
+    if (Overwrites(arguments) || arguments.Has("--new")) return;
     if (HasClashes(groups, output, name)) throw Failure("nothing was added (see --overwrite)");
   };
-  // The library looks for clashes itself, but in one run only.
-  if (finds.size() > 1) refuseClashes();
+  // The library looks for clashes itself, but in one run only, and not at links.
+  const bool hasLinks = std::any_of(groups.begin(), groups.end(),
+                                    [](const FileGroup& group) { return !group.links.empty(); });
+  if (finds.size() > 1 || hasLinks) refuseClashes();
   Archive archive(bytes);
   Prepare(archive, arguments, output);
   for (std::size_t i = 0; i < finds.size(); ++i) {
@@ -191,20 +222,7 @@ void AddFiles(const Arguments& arguments, const std::string& name) {
     archive.SetOverwriteMode(1);
   }
   archive.RequireAll(files);
-  output.Commit();
-}
-
-void AddDirectory(const Arguments& arguments, const std::string& name) {
-  arguments.AllowOperands(1);
-  const std::string directory = arguments.Value("--dir");
-  if (!fs::is_directory(directory)) throw Failure(Visible(directory) + ": no such directory");
-  if (!IsWholeTreeStorable(directory)) throw Failure("nothing was added");
-  Output output(name, arguments.Has("--new"), arguments.Value("--work-dir"));
-  Archive archive;
-  Prepare(archive, arguments, output);
-  archive.Require(
-      archive.CompressDir(LibraryPath(directory).c_str(), output.Path().c_str(), output.Append()),
-      name);
+  for (const FileGroup& group : groups) AddFoldersAndLinks(group, output, name);
   output.Commit();
 }
 
@@ -222,19 +240,19 @@ void AddStandardInput(const Arguments& arguments, const std::string& name) {
 }
 
 void AddTo(const Arguments& arguments, const std::string& name) {
-  if (arguments.Has("--dir")) return AddDirectory(arguments, name);
   if (arguments.Has("--stdin")) return AddStandardInput(arguments, name);
   AddFiles(arguments, name);
 }
 
 void Add(const Arguments& arguments) {
-  arguments.Exclude(
-      "--dir", {"--sfx", "--stdin", "--exclude", "-C", "--update", "--files-from", "--dry-run"});
-  arguments.Exclude("--stdin",
-                    {"--sfx", "--exclude", "-C", "--update", "--files-from", "--dry-run"});
+  arguments.Exclude("--dir", {"--stdin", "-C", "--files-from"});
+  arguments.Exclude("--sfx", {"--unix"});
+  arguments.Exclude("--stdin", {"--sfx", "--exclude", "-C", "--update", "--files-from", "--dry-run",
+                                "--unix", "--no-unix"});
   if (arguments.Has("--null") && !arguments.Has("--files-from")) {
     throw UsageError("--null goes with --files-from");
   }
+  SetUpPacking(arguments);
   const std::string& name = arguments.Operand(0, "the archive");
   if (name != "-") return AddTo(arguments, name);
   if (arguments.Has("--sfx")) throw UsageError("--sfx makes a file beside the archive, not -");

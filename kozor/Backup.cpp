@@ -90,8 +90,7 @@ class BackupVolumes : public Volumes {
     }
     for (const std::string& name : group.links) {
       const fs::path link = base / HostName(name);
-      std::error_code ignored;
-      catalogue.links.push_back({name, fs::read_symlink(link, ignored).string(), LinkTime(link)});
+      catalogue.links.push_back({name, LinkTarget(link), LinkTime(link)});
     }
     program::WriteCatalogue(catalogue, CataloguePath(volumeName));
   }
@@ -273,12 +272,12 @@ void Backup(const Arguments& arguments) {
   const int format = ReadFormat(arguments.Value("--format", "101"));
   const Areas areas = ReadAreas(arguments, format);
   const unsigned long maxVolumeBytes = ReadSize(arguments.Value("--volume-size"));
-  const FileGroup group =
-      SelectForSet({.base = arguments.Value("-C", "."),
-                    .words = arguments.OperandsFrom(1),
-                    .excludes = arguments.Values("--exclude"),
-                    .isOwnFile = [&](const fs::path& path) { return IsOwnFile(name, path); },
-                    .notesLinks = !arguments.Has("--no-catalogue")});
+  const FileGroup group = SelectForSet(
+      {.base = arguments.Value("-C", "."),
+       .words = arguments.OperandsFrom(1),
+       .excludes = arguments.Values("--exclude"),
+       .isOwnFile = [&](const fs::path& path) { return IsOwnFile(name, path); },
+       .links = arguments.Has("--no-catalogue") ? LinkRule::Followed : LinkRule::Noted});
   std::vector<ZorFind> finds = group.Finds();
   std::optional<LinkTree> links;
   if (finds.size() > 1) finds[0] = links.emplace(group).Find();

@@ -29,30 +29,19 @@ namespace {
 
 constexpr unsigned int kUtf8 = 65001;
 
-// The header stores a link's name and target as one path, "name|target", split at its last
-// separator like any other.
-void ReadLink(container::NameFields fields, Member& member) {
-  std::string whole = fields.directory.value_or("");
-  if (!whole.empty() && !whole.ends_with('\xFF')) whole += '\xFF';
-  whole += fields.file.value_or(fields.base);
-  const std::size_t bar = whole.find('|');
-  if (bar == std::string::npos) {
-    member.kind = MemberKind::Nameless;
-    return;
-  }
-  std::string target = whole.substr(bar + 1);
+// Where a link leads.  Paths that aren't text of the recorded code page, or else UTF-8, are taken
+// for code page 932.
+std::string LinkTargetIn(container::NameFields fields) {
+  std::string target = container::TakeLinkTarget(fields);
   std::replace(target.begin(), target.end(), '\xFF', '/');
-  std::u16string ignored;
-  const bool isUtf8 = container::DecodeText(container::kUtf8, target, ignored);
-  bool altered = false;
-  member.linkTarget =
-      isUtf8 ? target
-             : container::EncodeTextLossy(
-                   container::kUtf8,
-                   container::DecodeTextLossy(container::kShiftJis, target, altered), altered);
-  fields.directory.reset();
-  fields.file = whole.substr(0, bar);
-  member.name = container::DecodeName(fields, false, kUtf8).text;
+  const unsigned int page =
+      fields.codePage == container::kShiftJis ? container::kShiftJis : container::kUtf8;
+  std::u16string text;
+  bool ignored = false;
+  if (!container::DecodeText(page, target, text)) {
+    text = container::DecodeTextLossy(container::kShiftJis, target, ignored);
+  }
+  return container::EncodeTextLossy(kUtf8, text, ignored);
 }
 
 Member Describe(const container::Member& known, const container::MemberHeader& header) {
@@ -71,7 +60,7 @@ Member Describe(const container::Member& known, const container::MemberHeader& h
       known.originalBytes > codec::MostUnpackedBytes(*known.unpacking, known.packedBytes);
   if (header.IsLink()) {
     member.kind = MemberKind::Link;
-    ReadLink(header.name, member);
+    member.linkTarget = LinkTargetIn(header.name);
   } else if (header.IsDirectoryMethod()) {
     member.kind = MemberKind::Folder;
   }

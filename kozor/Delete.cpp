@@ -25,11 +25,18 @@ is removed.
 std::vector<std::string> MasksFor(const std::string& word,
                                   const std::vector<const Member*>& meant) {
   std::string name = MemberName(word);
-  if (HasWildcards(word)) return {name};
-  if (name.ends_with('\\')) name.pop_back();
   std::vector<std::string> masks;
+  for (const Member* member : meant) {
+    if (member->kind == MemberKind::Link) masks.push_back(member->name);
+  }
+  if (HasWildcards(word)) {
+    masks.insert(masks.begin(), name);
+    return masks;
+  }
+  if (name.ends_with('\\')) name.pop_back();
   bool hasFilesBelow = false;
   for (const Member* member : meant) {
+    if (member->kind == MemberKind::Link) continue;
     const std::size_t separator = member->kind == MemberKind::Folder ? 1 : 0;
     const bool isMeantItself = member->name.size() == name.size() + separator;
     if (isMeantItself) masks.push_back(member->name);

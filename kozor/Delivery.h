@@ -34,7 +34,8 @@ inline constexpr std::array<Option, 7> kDeliveryOptions = {{
     {"--force", "", "replace existing files without a question"},
     {"--keep-existing", "", "leave existing files as they are"},
     {"--keep-newer", "", "replace existing files, but not newer ones"},
-    {"--allow-outside", "", "go through links in DIRECTORY that lead out of it"},
+    {"--allow-outside", "",
+     "make links that lead out of DIRECTORY, and go through\nthose that are there"},
     {"--absolute-names", "", "take names that begin at the root as they are"},
 }};
 // The same in words, for their help.

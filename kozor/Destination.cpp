@@ -285,7 +285,7 @@ void Destination::PrepareLink(const std::string& workName, const Place& place,
                               const fs::path& target, std::uint64_t lastWrite) {
   if (links == Links::StayInside && MayLeadOut(place.folder, target)) {
     throw FileFailure("refused: the link to " + Visible(target.string()) +
-                      " leads out of the destination");
+                      " leads out of the destination (--allow-outside makes it)");
   }
   if (symlinkat(target.c_str(), Work().Directory(), workName.c_str()) != 0) FailBySystem();
   const timespec time = HostTime(lastWrite);

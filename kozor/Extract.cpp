@@ -22,9 +22,16 @@ ARCHIVE "-" is standard input.
 
 )";
 
+constexpr std::array<Option, 1> kOwnOptions = {{
+    {"--keep-setid", "",
+     "bring out set-uid, set-gid and sticky bits, too: they\nlet others act with your rights"},
+}};
+constexpr auto kOptions = Join(kDeliveryOptions, kOwnOptions);
+
 class Extraction {
  public:
-  Extraction(Delivery& target, MemberReader& source) : delivery(target), reader(source) {}
+  Extraction(Delivery& target, MemberReader& source, unsigned int modeBits)
+      : delivery(target), reader(source), permissions(modeBits) {}
 
   // Complains about members that can't be extracted.
   void Run(const std::vector<const Member*>& members) {
@@ -65,7 +72,7 @@ class Extraction {
     try {
       NewFile file(work, workName, member.size);
       reader.Unpack(member, file.Contents());
-      file.Finish(member.unixMode & kPermissions, member.lastWrite);
+      file.Finish(member.unixMode & permissions, member.lastWrite);
       SetAttribute(work.LibraryPathOf(workName), member.attribute);
       delivery.Deliver(item, workName);
     } catch (...) {
@@ -91,16 +98,14 @@ class Extraction {
       }
     }
     for (auto folder = folders.rbegin(); folder != folders.rend(); ++folder) {
-      delivery.FinishFolder((*folder)->name, (*folder)->unixMode & kPermissions,
+      delivery.FinishFolder((*folder)->name, (*folder)->unixMode & permissions,
                             (*folder)->lastWrite);
     }
   }
 
-  // Set-uid, set-gid and sticky bits are never extracted.
-  static constexpr unsigned int kPermissions = 0777;
-
   Delivery& delivery;
   MemberReader& reader;
+  const unsigned int permissions;  // the bits of a mode that come out
   std::vector<const Member*> folders;
   std::vector<const Member*> links;
   std::uint64_t made = 0;
@@ -114,12 +119,12 @@ void Extract(const Arguments& arguments) {
              archive.Name());
   Delivery delivery(AbsolutePath(arguments.Value("-d", ".")), rules);
   MemberReader reader(archive.Path(), archive.Name(), TotalBytes(members));
-  Extraction(delivery, reader).Run(members);
+  Extraction(delivery, reader, arguments.Has("--keep-setid") ? 07777 : 0777).Run(members);
 }
 
 }  // namespace
 
 const Command kExtractCommand = {"extract", "bring members of an archive out into files", kHelp,
-                                 kDeliveryOptions, Extract};
+                                 kOptions, Extract};
 
 }  // namespace kozor::program

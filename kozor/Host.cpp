@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
+#include <cstdlib>
 
 #include "Failure.h"
 #include "platform/classlib/ClassLib.h"
@@ -99,6 +100,14 @@ void FlushFilesAtClose() {
   KzSetFlushAtClose(1);
 }
 
+void FollowLinks(bool on) {
+  KzSetSearchFollowsLinks(on ? 1 : 0);
+}
+
+void SetEnvironment(const char* name, const std::string& value) {
+  setenv(name, value.c_str(), 1);
+}
+
 int StopSignal() {
   return stopSignal;
 }
@@ -178,6 +187,16 @@ FileState Inspect(const fs::path& path) {
     state.problem = ReadingProblem(path);
   }
   return state;
+}
+
+bool IsLink(const fs::path& path) {
+  std::error_code ignored;
+  return fs::is_symlink(path, ignored);
+}
+
+std::string LinkTarget(const fs::path& path) {
+  std::error_code ignored;
+  return fs::read_symlink(path, ignored).string();
 }
 
 std::int64_t LinkTime(const fs::path& path) {

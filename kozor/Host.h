@@ -16,6 +16,13 @@ void FlushFilesAtClose();
 // that end a program only make StopSignal non-zero.
 void SetUpHost();
 
+// Whether searches of the library go through links, as they do at first, or find the links
+// themselves.
+void FollowLinks(bool on);
+
+// Sets a variable of this process's environment.
+void SetEnvironment(const char* name, const std::string& value);
+
 // The number of the signal that asked the program to stop, 0 for none.
 int StopSignal();
 // Throws Interrupted once a signal has come.
@@ -48,6 +55,9 @@ struct FileState {
   unsigned int mode = 0;    // permission bits
 };
 FileState Inspect(const std::filesystem::path& path);
+// Whether a link itself stands at `path`, and where it leads.
+bool IsLink(const std::filesystem::path& path);
+std::string LinkTarget(const std::filesystem::path& path);
 // The last write of a link itself, or of what else stands at `path`.
 std::int64_t LinkTime(const std::filesystem::path& path);
 

@@ -34,6 +34,7 @@ struct Search {
   std::string directory;  // library path
   std::string mask;
   bool recursive;
+  bool meansDirectory = false;  // the word is the directory's own name
 };
 
 // "C:\" for the root, else without a backslash at the end; the part of a name to cut off has one.
@@ -42,13 +43,14 @@ std::string WithBackslash(std::string path) {
   return path;
 }
 
-Search ReadWord(const fs::path& base, const std::string& word) {
+Search ReadWord(const fs::path& base, const std::string& word, LinkRule links) {
   const fs::path path = AbsolutePath(base / word);
   if (!word.empty() && Exists(path)) {
-    const FileState state = Inspect(path);
+    const bool isKeptLink = links == LinkRule::Kept && !word.ends_with('/') && IsLink(path);
+    const FileState state = isKeptLink ? FileState() : Inspect(path);
     if (!state.problem.empty()) throw Failure(Visible(word) + ": " + state.problem);
     const std::string libraryPath = LibraryPath(path);
-    if (state.isDirectory) return {libraryPath, "*.*", true};
+    if (state.isDirectory) return {libraryPath, "*.*", true, true};
     const text::Path pieces(libraryPath);
     return {std::string(pieces.Folder()), std::string(pieces.FileName()), false};
   }
@@ -104,12 +106,13 @@ class Collector {
   std::size_t Add(const Search& search) {
     constexpr unsigned int kAll = 0x37;
     const std::vector<std::string> paths = Find(search, kAll);
+    if (search.meansDirectory) TakeDirectoryItself(search.directory);
     for (const std::string& path : paths) Take(path);
     if (search.recursive && search.mask != "*.*") CheckDirectories(search);
     const std::string folder = WithBackslash(search.directory).substr(prefix.size());
     group.wholeMask = searches++ == 0 && search.recursive ? folder + search.mask : "";
     StopIfAsked();
-    return paths.size();
+    return paths.size() + (search.meansDirectory && request.takesFolders ? 1 : 0);
   }
 
   std::size_t LeftOut() const { return leftOut; }
@@ -132,14 +135,15 @@ class Collector {
     if (IsUnnameable(path)) return LeaveOutUnnameable(path);
     const fs::path host = HostPathOf(path);
     const FileState state = Inspect(host);
-    const bool isLink = request.notesLinks && state.isLink;
+    const bool isLink = request.links != LinkRule::Followed && state.isLink;
+    if (isLink && request.links == LinkRule::Kept) return TakeLink(path, name);
     if (isLink) group.links.push_back(name);
     if (isLink && !fs::exists(host)) {
       ++leftOut;
     } else if (!state.problem.empty()) {
       LeaveOut(path, state.problem);
     } else if (state.isDirectory) {
-      if (!isLink) group.folders.push_back(name);
+      if (!isLink) TakeFolder(name);
     } else if (request.isOwnFile && request.isOwnFile(host)) {
       ++leftOut;
     } else if (state.size > kMaxFileBytes) {
@@ -164,6 +168,37 @@ class Collector {
       lastHostFolder = HostPath(lastFolder);
     }
     return lastHostFolder / HostName(std::string(pieces.FileName()));
+  }
+
+  // Once more than the mask finds, which doesn't select the files then.
+  void TakeLink(const std::string& path, const std::string& name) {
+    ++leftOut;
+    const fs::path host = HostPathOf(path);
+    if (name.size() > kMaxNameBytes) return LeaveOut(path, "the name is too long");
+    FileState state;
+    state.time = LinkTime(host);
+    if (request.isUpToDate && request.isUpToDate(name, state)) {
+      ++upToDate;
+    } else if (LinkTarget(host).find_first_of("\\:*?\"<>|") != std::string::npos) {
+      LeaveOut(path, "the link's target holds a character that can't be stored");
+    } else {
+      group.links.push_back(name);
+    }
+  }
+
+  // A directory that a word names, and the base directory contains.
+  void TakeDirectoryItself(const std::string& directory) {
+    if (directory.size() <= prefix.size()) return;
+    const std::string name = directory.substr(prefix.size());
+    if (!excludes.Means(name) && seen.insert(name).second) TakeFolder(name);
+  }
+
+  void TakeFolder(const std::string& name) {
+    if (request.isUpToDate && request.isUpToDate(name + '\\', {})) {
+      ++upToDate;
+    } else {
+      group.folders.push_back(name);
+    }
   }
 
   // The files in a directory that can't be read aren't found by any mask; complains of those
@@ -214,6 +249,15 @@ class Collector {
   std::size_t searches = 0;
 };
 
+// While an object lives, searches treat links as a request wants it.
+class LinkManner {
+ public:
+  explicit LinkManner(LinkRule links) { FollowLinks(links != LinkRule::Kept); }
+  ~LinkManner() { FollowLinks(true); }
+  LinkManner(const LinkManner&) = delete;
+  LinkManner& operator=(const LinkManner&) = delete;
+};
+
 void RefuseCommonNames(const FileGroup& first, const FileGroup& second) {
   const std::unordered_set<std::string> names(first.names.begin(), first.names.end());
   for (const std::string& name : second.names) {
@@ -244,31 +288,25 @@ std::vector<ZorFind> FileGroup::Finds() const {
 }
 
 std::vector<FileGroup> Select(const SelectionRequest& request) {
+  const LinkManner manner(request.links);
   const MaskList excludes(request.excludes);
   Collector below(request, excludes, LibraryPath(request.base));
   Collector elsewhere(request, excludes, "C:\\");
   for (const std::string& word : request.words) {
-    const Search search = ReadWord(request.base, word);
+    const Search search = ReadWord(request.base, word, request.links);
     Collector& collector = below.Covers(search) ? below : elsewhere;
     if (collector.Add(search) == 0) throw Failure(Visible(word) + ": nothing found");
   }
   std::vector<FileGroup> groups;
   for (Collector* collector : {&below, &elsewhere}) {
     FileGroup group = collector->Finish();
-    if (!group.names.empty()) groups.push_back(std::move(group));
+    if (request.takesFolders ? !group.IsEmpty() : !group.names.empty())
+      groups.push_back(std::move(group));
   }
   const bool nothingNew = below.UpToDate() + elsewhere.UpToDate() > 0;
   if (groups.empty() && !nothingNew) throw Failure("there is nothing to store");
   if (groups.size() == 2) RefuseCommonNames(groups[0], groups[1]);
   return groups;
-}
-
-bool IsWholeTreeStorable(const fs::path& directory) {
-  const SelectionRequest request;
-  const MaskList noExcludes({});
-  Collector collector(request, noExcludes, LibraryPath(directory));
-  collector.Add({LibraryPath(directory), "*.*", true});
-  return collector.LeftOut() == 0;
 }
 
 }  // namespace kozor::program

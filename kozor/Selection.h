@@ -24,15 +24,21 @@ struct FileGroup {
   std::vector<std::string> names;   // library names of the files, in the order found
   std::vector<unsigned int> modes;  // permission bits of the files, in the same order
   std::uint64_t bytes = 0;          // of all files
-  // Where the request asks for links: directories, and links to files and directories or to
-  // nothing.
+  // Directories without a separator at their end; links, unless they are just followed.
   std::vector<std::string> folders;
   std::vector<std::string> links;
+  bool IsEmpty() const { return names.empty() && folders.empty() && links.empty(); }
   // A mask that, with all folders below, selects exactly these files; empty when there is none.
   std::string wholeMask;
 
   // Selections that together are the group.  More than one only where names differ in case alone.
   std::vector<ZorFind> Finds() const;
+};
+
+enum class LinkRule {
+  Followed,  // what a link leads to is selected; a link to nothing is complained of
+  Noted,     // the same, and the link is listed, too
+  Kept,      // the link itself is listed, and what it leads to isn't looked at
 };
 
 struct SelectionRequest {
@@ -41,9 +47,9 @@ struct SelectionRequest {
   std::vector<std::string> excludes;
   // Files that are the run's own and left out without a word; host paths.
   std::function<bool(const std::filesystem::path&)> isOwnFile;
-  // Whether links are noted as such, besides what they lead to; one that leads nowhere isn't
-  // complained of then.
-  bool notesLinks = false;
+  LinkRule links = LinkRule::Followed;
+  // Whether a group of nothing but folders and links is one.
+  bool takesFolders = false;
   // Files that needn't be stored, by their names in the group and their state; null for none.
   std::function<bool(const std::string&, const FileState&)> isUpToDate = nullptr;
 };
@@ -53,8 +59,5 @@ struct SelectionRequest {
 // nothing, when nothing is left (but for files that needn't be stored), and when two files would
 // get one name; complains about every file that can't be stored.
 std::vector<FileGroup> Select(const SelectionRequest& request);
-
-// Complains of everything below `directory` that can't be stored; true when there is nothing.
-bool IsWholeTreeStorable(const std::filesystem::path& directory);
 
 }  // namespace kozor::program

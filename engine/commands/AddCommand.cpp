@@ -1,5 +1,6 @@
 // AddCommand.cpp - the command `a`: adds files from disk.
 #include <algorithm>
+#include <optional>
 #include <utility>
 
 #include "engine/commands/ArchiveChange.h"
@@ -27,23 +28,37 @@ void OpenSource(const Source& source, File::Mode mode, File& file) {
 void PlanReplacements(ArchiveChange& change, std::vector<Source>& sources) {
   if (change.Index().Members().empty()) return;
   std::erase_if(sources, [&](const Source& source) {
+    const bool isDirectory = source.kind == SourceKind::Directory;
+    const std::string nameOfLink = source.name.substr(0, source.name.size() - isDirectory);
+    if (const auto link = change.LinkReplacedBy(nameOfLink)) change.Remove(*link);
     const auto replaced = change.ReplacedBy(source.name);
     if (!replaced) return false;
-    if (!source.isDirectory) change.Remove(*replaced);
-    return source.isDirectory;
+    if (!isDirectory) change.Remove(*replaced);
+    return isDirectory;
   });
 }
 
 NewMember DescribeSource(const Source& source, const container::FileFacts& facts,
-                         const container::ArchiveIndex& index) {
+                         unsigned int workingPage) {
   NewMember member;
-  member.name = container::EncodeName(source.name, index.WorkingPage());
+  member.name = container::EncodeName(source.name, workingPage);
   member.utcTime = facts.stamp.lastWrite;
   member.attribute = static_cast<std::uint16_t>(facts.attributes & kFileAttributes);
-  if (source.isDirectory) {
+  if (source.kind == SourceKind::Directory) {
     member.method = container::kDirectoryMethod;
     member.attribute |= kDirectoryAttribute;
   }
+  return member;
+}
+
+NewMember DescribeLink(const Source& source, unsigned int workingPage) {
+  const std::optional<container::Link> link = container::ReadLink(source.path);
+  if (!link) throw Failure(SourceFailureCode());
+  NewMember member;
+  member.name = container::EncodeName(source.name + '|' + link->target, workingPage);
+  member.method = container::kDirectoryMethod;
+  member.utcTime = link->lastWrite;
+  member.unixFacts = link->unixFacts;
   return member;
 }
 
@@ -58,31 +73,35 @@ void Archiver::Add(const CommandLine& line, const ProgressListener& listener) {
 
   Progress progress(listener);
   change.Apply([&](container::ArchiveUpdate& update) {
-    // Directory headers are held back until the next file.  Old members are copied after the first
-    // file has been reported as begun, so that the copying can be stopped too.
-    std::vector<std::uint8_t> directories;
+    // Headers of directories and links are held back until the next file.  Old members are copied
+    // after the first file has been reported as begun, so that the copying can be stopped too.
+    std::vector<std::uint8_t> waiting;
     bool isCopied = false;
     const auto copyAndWrite = [&](std::span<const std::uint8_t> headers,
                                   const container::CopyProgress& told) {
       if (!std::exchange(isCopied, true)) update.CopyKept(told);
       if (!headers.empty()) update.Output().Write(headers);
     };
+    const unsigned int page = change.Index().WorkingPage();
     MemberPacker packer(line.packing, update, progress, segmentPacker);
+    const auto letWait = [&](const NewMember& member) {
+      const auto header = container::BuildHeader(member);
+      waiting.insert(waiting.end(), header.begin(), header.end());
+    };
     const auto add = [&](const Source& source) {
+      if (source.kind == SourceKind::Link) return letWait(DescribeLink(source, page));
+      const bool isDirectory = source.kind == SourceKind::Directory;
       File file;
-      OpenSource(source, source.isDirectory ? File::Mode::Facts : File::Mode::Read, file);
+      OpenSource(source, isDirectory ? File::Mode::Facts : File::Mode::Read, file);
       const container::FileFacts facts = file.Facts();
-      NewMember member = DescribeSource(source, facts, change.Index());
-      if (source.isDirectory) {
-        const auto header = container::BuildHeader(member);
-        directories.insert(directories.end(), header.begin(), header.end());
-        return;
-      }
+      NewMember member = DescribeSource(source, facts, page);
+      if (line.packing.keepsUnixFacts) member.unixFacts = file.FactsOfUnix();
+      if (isDirectory) return letWait(member);
       // The source has become the archive since it was selected.  Packing it would never end.
       if (change.IsArchiveItself(facts.stamp)) throw Failure(ResultCode::FileNotOpened);
       packer.Add(
           std::move(member), std::make_unique<FileInput>(std::move(file)), facts.stamp.size,
-          [&, &added = source, size = facts.stamp.size, before = std::exchange(directories, {})] {
+          [&, &added = source, size = facts.stamp.size, before = std::exchange(waiting, {})] {
             progress.Begin(added.name, size);
             copyAndWrite(before, [&](std::uint64_t) { progress.Report(0); });
           });
@@ -94,7 +113,7 @@ void Archiver::Add(const CommandLine& line, const ProgressListener& listener) {
       throw;
     }
     packer.Finish();
-    copyAndWrite(directories, {});
+    copyAndWrite(waiting, {});
   });
 }
 

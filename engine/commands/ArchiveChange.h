@@ -27,6 +27,10 @@ class ArchiveChange {
   // The member that a new one of this name replaces: one of exactly the same name or, where
   // creating ignores case, one whose name differs only in case.
   std::optional<std::size_t> ReplacedBy(const std::string& name) const;
+  // A link of exactly this name, which a new member takes the place of as well.
+  std::optional<std::size_t> LinkReplacedBy(const std::string& name) const {
+    return Index().FindLink(name);
+  }
 
   // By position in the index.
   void Remove(std::size_t position) { removed[position] = true; }

@@ -62,6 +62,7 @@ void ApplyPackSwitch(std::string_view word, PackSettings& packing) {
   if (word == "-o6") packing.method = NewMethod::Lh6;
   if (word == "-o7") packing.method = NewMethod::Lh7;
   if (word == "-z1") packing.method = NewMethod::Stored;
+  if (word == "-unix") packing.keepsUnixFacts = true;
   if (word.starts_with("-ol")) {
     const auto level = NumberIn(word.substr(3), codec::kFastestLevel, codec::kSmallestLevel);
     if (level) packing.level = static_cast<int>(*level);

@@ -20,6 +20,7 @@ struct PackSettings {
   NewMethod method = NewMethod::Lh5;  // -o1, -o5, -o6, -o7, -z1
   int level = codec::kDefaultLevel;   // -ol1 to -ol9
   unsigned threads = 0;               // -j<n>; 0: as many as there are processors
+  bool keepsUnixFacts = false;        // -unix
 };
 
 struct Operand {

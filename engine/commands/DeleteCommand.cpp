@@ -14,8 +14,8 @@ using container::Failure;
 using container::MemberSearch;
 using container::ResultCode;
 
-// Selects by one word: the member of that name, a directory with or without its '\', or all matches
-// of a mask.
+// Selects by one word: the member of that name, a directory with or without its '\', a link, or all
+// matches of a mask, which no link is.
 void SelectByWord(const std::string& word, ArchiveChange& change) {
   const container::ArchiveIndex& index = change.Index();
   if (word.find_first_of("*?") != std::string::npos) {
@@ -26,6 +26,7 @@ void SelectByWord(const std::string& word, ArchiveChange& change) {
   }
   auto position = index.Find(word);
   if (!position) position = index.Find(word + '\\');
+  if (!position) position = index.FindLink(word);
   if (position) change.Remove(*position);
 }
 

@@ -110,8 +110,10 @@ class ArchiveItself {
 
 class Selection {
  public:
-  Selection(const std::string& archive, unsigned int codePage)
-      : workingPage(codePage), archiveItself(archive, codePage) {}
+  Selection(const CommandLine& line, unsigned int codePage)
+      : workingPage(codePage),
+        keepsUnixFacts(line.packing.keepsUnixFacts),
+        archiveItself(line.archive, codePage) {}
 
   void AddName(const std::string& base, const std::string& name) {
     if (text::HasWildCards(name)) throw Failure(ResultCode::FileNotOpened);
@@ -122,7 +124,11 @@ class Selection {
       if (code == ResultCode::NotFound && archiveItself.WasAt(path)) return;
       throw Failure(code);
     }
-    if (IsDirectory(facts.dwFileAttributes)) throw Failure(ResultCode::UnknownKind);
+    if (IsKeptLink(facts.dwFileAttributes)) return AddLink(name, path);
+    if (IsDirectory(facts.dwFileAttributes)) {
+      if (!PathOf(name).IsFolder()) throw Failure(ResultCode::UnknownKind);
+      return AddDirectory(name, path);
+    }
     AddFile(name, path, SizeOf(facts));
   }
 
@@ -147,8 +153,10 @@ class Selection {
     walked.push_back(stamp);
     DirectorySearch(directory + '*').ForEach([&](const WIN32_FIND_DATAA& entry) {
       const std::string name = below + entry.cFileName;
-      if (IsDirectory(entry.dwFileAttributes)) {
-        sources.push_back({top + name, StoredName(name) + '\\', true});
+      if (IsKeptLink(entry.dwFileAttributes)) {
+        AddLink(name, top + name);
+      } else if (IsDirectory(entry.dwFileAttributes)) {
+        AddDirectory(name, top + name);
         AddTree(top, name + '\\');
       } else {
         AddFile(name, top + name, SizeOf(entry));
@@ -170,11 +178,23 @@ class Selection {
     return name;
   }
 
+  bool IsKeptLink(DWORD attributes) const {
+    return keepsUnixFacts && (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
+  }
+
+  void AddLink(const std::string& given, const std::string& path) {
+    sources.push_back({path, StoredName(given), SourceKind::Link});
+  }
+
+  void AddDirectory(const std::string& given, const std::string& path) {
+    sources.push_back({path, StoredName(given) + '\\', SourceKind::Directory});
+  }
+
   void AddFile(const std::string& given, const std::string& path, std::uint64_t size) {
     std::string name = StoredName(given);
     if (archiveItself.Is(path, size)) return;
     if (size > kMaxMemberBytes) throw Failure(ResultCode::UnknownKind);
-    sources.push_back({path, std::move(name), false});
+    sources.push_back({path, std::move(name), SourceKind::File});
   }
 
   // Names that differ only in case; they may refer to one file.
@@ -184,6 +204,7 @@ class Selection {
 
     // Returns false for a file already entered.
     bool Enter(const Source& source) {
+      if (source.kind == SourceKind::Link) return names.insert(source.name).second;
       const FileStamp stamp = StampOf(source.path);
       if (!files.emplace(stamp.volume, stamp.identity).second) return false;
       if (!names.insert(source.name).second) throw Failure(ResultCode::SameName);
@@ -213,6 +234,7 @@ class Selection {
   }
 
   const unsigned int workingPage;
+  const bool keepsUnixFacts;
   const ArchiveItself archiveItself;
   std::vector<Source> sources;
   std::vector<FileStamp> walked;  // directories from the top of a tree to the current one
@@ -275,7 +297,7 @@ std::vector<Source> SelectSources(const CommandLine& line) {
   std::vector<Operand> words = line.operands;
   std::erase_if(words, [](const Operand& word) { return word.text.empty(); });
   if (words.empty()) throw Failure(ResultCode::NoFileName);
-  Selection selection(line.archive, GetACP());
+  Selection selection(line, GetACP());
   if (line.isDirectoryMode) {
     SelectTrees(words, selection);
   } else {

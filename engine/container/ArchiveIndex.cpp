@@ -156,8 +156,10 @@ void ArchiveIndex::ApplyGuessedPage() {
   unnamed.shrink_to_fit();
 }
 
-void ArchiveIndex::NameMember(std::size_t position, const NameFields& fields) {
+void ArchiveIndex::NameMember(std::size_t position, NameFields fields) {
   Member& member = members[position];
+  const bool isLink = member.kind == MemberKind::Unlisted;
+  if (isLink && TakeLinkTarget(fields).empty()) return;
   ShownName name = DecodeName(fields, member.kind == MemberKind::Directory, workingPage);
   if (name.text.empty()) member.kind = MemberKind::Unlisted;
   member.name = std::move(name.text);
@@ -176,7 +178,10 @@ void ArchiveIndex::NameMember(std::size_t position, const NameFields& fields) {
 
 void ArchiveIndex::EnterName(std::size_t position) {
   const Member& member = members[position];
-  if (member.kind == MemberKind::Unlisted) return;
+  if (member.kind == MemberKind::Unlisted) {
+    if (!member.name.empty()) linksByName.insert_or_assign(member.name, position);
+    return;
+  }
   byName.insert_or_assign(member.name, position);
   byKey.try_emplace(member.key, position);
 }
@@ -195,6 +200,12 @@ void ArchiveIndex::MakeNameUnique(std::size_t position) {
 std::optional<std::size_t> ArchiveIndex::FindExactly(std::string_view name) const {
   const auto found = byName.find(NormalizeName(name, workingPage));
   if (found == byName.end()) return std::nullopt;
+  return found->second;
+}
+
+std::optional<std::size_t> ArchiveIndex::FindLink(std::string_view name) const {
+  const auto found = linksByName.find(NormalizeName(name, workingPage));
+  if (found == linksByName.end()) return std::nullopt;
   return found->second;
 }
 

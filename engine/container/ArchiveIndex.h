@@ -66,6 +66,8 @@ class ArchiveIndex {
   // directory ends in '\'.
   std::optional<std::size_t> Find(std::string_view name) const;
   std::optional<std::size_t> FindExactly(std::string_view name) const;
+  // The last symbolic link of exactly this name; FindExactly and Find know of none.
+  std::optional<std::size_t> FindLink(std::string_view name) const;
 
   // Reads members that have been appended at the old end mark.
   void ReadOn(ByteSource& source);
@@ -91,7 +93,7 @@ class ArchiveIndex {
   void AddMember(const MemberHeader& header, Member member);
   void AddDamagedMember(const MemberHeader& header, Member member, ResultCode fault);
   void ApplyGuessedPage();
-  void NameMember(std::size_t position, const NameFields& fields);
+  void NameMember(std::size_t position, NameFields fields);
   void EnterName(std::size_t position);
   void MakeNameUnique(std::size_t position);
 
@@ -102,6 +104,7 @@ class ArchiveIndex {
   std::deque<Member> members;        // elements don't move: the tables refer to their names
   std::unordered_map<std::string_view, std::size_t> byName;
   std::unordered_map<std::u16string_view, std::size_t> byKey;
+  std::unordered_map<std::string_view, std::size_t> linksByName;
   std::uint64_t prefixBytes = 0;
   std::uint64_t endOffset = 0;
   bool hasEndMark = false;

@@ -51,6 +51,10 @@ FileStamp StampOf(const BY_HANDLE_FILE_INFORMATION& information) {
           .lastWrite = Ticks(information.ftLastWriteTime)};
 }
 
+UnixFacts ToUnixFacts(const KzUnixFacts& facts) {
+  return {static_cast<std::uint16_t>(facts.mode), facts.user, facts.group};
+}
+
 }  // namespace
 
 ResultCode WriteFailureCode() {
@@ -114,6 +118,22 @@ FileFacts File::Facts() const {
   BY_HANDLE_FILE_INFORMATION information;
   if (!GetFileInformationByHandle(handle, &information)) throw Failure(ResultCode::CannotRead);
   return {.stamp = StampOf(information), .attributes = information.dwFileAttributes};
+}
+
+std::optional<UnixFacts> File::FactsOfUnix() const {
+  KzUnixFacts facts;
+  if (!KzGetUnixFacts(handle, &facts)) return std::nullopt;
+  return ToUnixFacts(facts);
+}
+
+std::optional<Link> ReadLink(const std::string& path) {
+  Link link;
+  KzUnixFacts facts;
+  FILETIME lastWrite;
+  if (!KzReadLink(path.c_str(), &facts, &lastWrite, link.target)) return std::nullopt;
+  link.unixFacts = ToUnixFacts(facts);
+  link.lastWrite = Ticks(lastWrite);
+  return link;
 }
 
 std::optional<FileStamp> FindStamp(const std::string& path) {

@@ -29,6 +29,13 @@ struct FileFacts {
   std::uint32_t attributes = 0;  // FILE_ATTRIBUTE_*
 };
 
+// Whose a file is, and who may do what with it.
+struct UnixFacts {
+  std::uint16_t mode = 0;  // file type included
+  std::uint32_t user = 0;
+  std::uint32_t group = 0;
+};
+
 class File {
  public:
   enum class Mode {
@@ -57,6 +64,8 @@ class File {
   // These throw ResultCode::CannotRead.
   std::uint64_t Size() const;
   FileFacts Facts() const;
+  // None where the host has no such facts.
+  std::optional<UnixFacts> FactsOfUnix() const;
   // The path with all links resolved.
   std::string FinalPath() const;
   // Returns the number of bytes read, less than asked for only at the end of the file.
@@ -76,6 +85,15 @@ class File {
 
 // The stamp of the file or directory at a path, without opening it; none if it doesn't exist.
 std::optional<FileStamp> FindStamp(const std::string& path);
+
+// A symbolic link itself.
+struct Link {
+  std::string target;  // the path that it holds
+  UnixFacts unixFacts;
+  std::uint64_t lastWrite = 0;  // 100 ns since 1601
+};
+// None on failure; GetLastError tells why.
+std::optional<Link> ReadLink(const std::string& path);
 
 // Reads a file through a buffer whose size adapts: large pieces for sequential reading, small ones
 // when the reader skips packed data.

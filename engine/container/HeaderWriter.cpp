@@ -17,7 +17,9 @@ namespace {
 constexpr std::size_t kMaxExtensionBytes = 4096;
 constexpr std::size_t kExtensionOverhead = 3;  // id and size of the next header
 constexpr std::uint16_t kPlainAttribute = 0x20;
-constexpr std::uint8_t kOsWindows = 'W';  // readers don't change the case of names under this id
+// Readers don't change the case of names under these ids.
+constexpr std::uint8_t kOsWindows = 'W';
+constexpr std::uint8_t kOsUnix = 'U';
 
 // Appends extension headers and links each one from its predecessor.
 class ChainWriter {
@@ -53,6 +55,14 @@ class ChainWriter {
     Add(0x41, payload);
   }
 
+  void AddUnixFacts(const UnixFacts& facts) {
+    constexpr std::uint32_t kMostId = 0xFFFF;
+    AddNumber(0x50, facts.mode, 2);
+    if (facts.user <= kMostId && facts.group <= kMostId) {
+      AddNumber(0x51, facts.user << 16 | facts.group, 4);
+    }
+  }
+
  private:
   std::vector<std::uint8_t>& bytes;
 };
@@ -78,7 +88,7 @@ std::vector<std::uint8_t> BuildBase(const NewMember& member) {
   bytes.push_back(0x20);
   bytes.push_back(2);
   AppendNumber(bytes, member.crc, 2);
-  bytes.push_back(kOsWindows);
+  bytes.push_back(member.unixFacts ? kOsUnix : kOsWindows);
   AppendNumber(bytes, 0, 2);
   return bytes;
 }
@@ -96,6 +106,7 @@ std::vector<std::uint8_t> BuildHeader(const NewMember& member) {
   if (hasAttribute) chain.AddNumber(0x40, member.attribute, 2);
   const bool hasFileTime = !FitsBaseSeconds(member.utcTime);
   if (hasFileTime) chain.AddFileTime(member.utcTime);
+  if (member.unixFacts) chain.AddUnixFacts(*member.unixFacts);
   if (member.name.codePage != 0) chain.AddNumber(0x46, member.name.codePage, 4);
 
   // A low byte of zero would be an end mark.  A redundant extension changes the size.

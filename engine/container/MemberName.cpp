@@ -144,6 +144,20 @@ std::u16string CleanPath(std::u16string_view path, bool& altered) {
   return clean;
 }
 
+// Leaves what stands in front of the bar in `file` and returns what stands behind it.
+template <typename Text>
+Text CutTarget(std::optional<Text>& directory, Text& file, typename Text::value_type separator,
+               typename Text::value_type bar) {
+  Text whole = directory.value_or(Text());
+  if (!whole.empty() && !whole.ends_with(separator)) whole += separator;
+  whole += file;
+  const std::size_t cut = whole.find(bar);
+  if (cut == Text::npos) return {};
+  directory.reset();
+  file = whole.substr(0, cut);
+  return whole.substr(cut + 1);
+}
+
 }  // namespace
 
 ShownName DecodeName(const NameFields& fields, bool isDirectory, unsigned int workingPage) {
@@ -199,6 +213,15 @@ std::string NormalizeName(std::string_view text, unsigned int workingPage) {
 std::u16string KeyOf(std::string_view name, unsigned int workingPage) {
   bool ignored = false;
   return FoldCase(DecodeTextLossy(workingPage, name, ignored));
+}
+
+std::string TakeLinkTarget(NameFields& fields) {
+  if (!fields.file) fields.file = fields.base;
+  std::string target = CutTarget(fields.directory, *fields.file, kSeparatorByte, '|');
+  if (fields.unicodeFile) {
+    CutTarget(fields.unicodeDirectory, *fields.unicodeFile, kSeparatorUnit, u'|');
+  }
+  return target;
 }
 
 StoredName EncodeName(std::string_view name, unsigned int workingPage) {

@@ -35,6 +35,12 @@ std::string MarkName(std::string_view name, std::size_t number, unsigned int wor
 // Without either, the bytes are code page 932, or UTF-8 if they are valid UTF-8 but not valid 932.
 ShownName DecodeName(const NameFields& fields, bool isDirectory, unsigned int workingPage);
 
+// Of a symbolic link: leaves the link's own name in the fields and returns the path that it holds,
+// as it is encoded, with 0xFF between components.  Empty when the fields are no link's.
+//
+// The two stand in a header as one path, "name|target", cut at its last separator as any other.
+std::string TakeLinkTarget(NameFields& fields);
+
 // The stored name of `path`, which is in the working code page.  Its root ("C:", "\\server\share")
 // is removed, so the name of a rooted path begins with '\'; '/' counts as '\'.  Empty if nothing is
 // left, or if it holds a character forbidden in file names.
@@ -48,12 +54,12 @@ std::u16string KeyOf(std::string_view name, unsigned int workingPage);
 // A name in the form of header fields.
 struct StoredName {
   std::string directory;       // each component is followed by 0xFF; may be empty
-  std::string file;            // empty for a directory
+  std::string file;            // empty if a name ends in '\'
   std::uint32_t codePage = 0;  // 0 for ASCII, which needn't be recorded
 };
 
-// Encodes a name from StoredNameOf, or a directory's with a trailing '\': in code page 932 if
-// possible, else in UTF-8.
+// Encodes a name from StoredNameOf, a directory's with a trailing '\', or a link's with its target
+// ("name|target"): in code page 932 if possible, else in UTF-8.
 StoredName EncodeName(std::string_view name, unsigned int workingPage);
 
 }  // namespace kozor::container

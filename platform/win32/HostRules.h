@@ -1,8 +1,17 @@
 // HostRules.h - differences between hosts that no Win32 call hides.
 #pragma once
 
+#include <string>
+
 #include "platform/Export.h"
 #include "platform/win32/Win32.h"
+
+// What UNIX keeps of a file and Win32 has no place for.
+struct KzUnixFacts {
+  unsigned int mode;  // permission bits and file type
+  unsigned int user;
+  unsigned int group;
+};
 
 #if defined(_WIN32)
 
@@ -29,6 +38,15 @@ inline int KzLookAtFile(const char* path, BY_HANDLE_FILE_INFORMATION* facts) {
   const BOOL done = GetFileInformationByHandle(file, facts);
   CloseHandle(file);
   return done;
+}
+
+inline int KzGetUnixFacts(HANDLE /*file*/, KzUnixFacts* /*facts*/) {
+  return 0;
+}
+
+inline int KzReadLink(const char* /*path*/, KzUnixFacts* /*facts*/, FILETIME* /*lastWrite*/,
+                      std::string& /*target*/) {
+  return 0;
 }
 
 // Windows doesn't replace or remove an open file, so it is closed first.
@@ -63,6 +81,16 @@ ZOR_PLATFORM_API unsigned int KzNameCodePage();
 // Does the work of CreateFileA and GetFileInformationByHandle in one look-up of the name; the
 // attributes aren't filled in.  Returns 1, or 0 with GetLastError as from CreateFileA.
 ZOR_PLATFORM_API int KzLookAtFile(const char* path, BY_HANDLE_FILE_INFORMATION* facts);
+
+// Of an open file or directory.  Returns 1; 0 where the system has no such facts, or with
+// GetLastError.
+ZOR_PLATFORM_API int KzGetUnixFacts(HANDLE file, KzUnixFacts* facts);
+
+// Of a symbolic link itself, with the path that it holds, as a library path.  Returns 1; 0 for what
+// is no link and where the system has none; with GetLastError ERROR_NO_UNICODE_TRANSLATION when the
+// library can't express that path.
+ZOR_PLATFORM_API int KzReadLink(const char* path, KzUnixFacts* facts, FILETIME* lastWrite,
+                                std::string& target);
 
 // Replace or remove the file `target` (`path`) while the caller still has it open, denying writers.
 // A process that opened the old file just before can detect the change by comparing the file

@@ -38,6 +38,32 @@ TEST_F(EngineAdd, FirstRunMakesTheArchiveSecondAppendsInPlaceThirdReplaces) {
   EXPECT_THAT(Temporaries(), IsEmpty());
 }
 
+TEST_F(EngineAdd, KeepsUnixFactsOnlyWhenToldTo) {
+  std::filesystem::create_symlink("a.txt", folder.Path("src/link"));
+  std::filesystem::create_directory_symlink("sub", folder.Path("src/dir"));
+  std::filesystem::create_symlink("nowhere", folder.Path("src/dangling"));
+  EXPECT_EQ(Add("x.lzh", "src", {"dangling"}), 0x800F);
+  ASSERT_EQ(Add("x.lzh", "src", {"a.txt", "link"}), 0);
+  EXPECT_THAT(Names("x.lzh"), ElementsAre("a.txt", "link"));
+  ExpectMember("link", "src/a.txt");
+
+  // A link takes the place of a file and of a link; it can be deleted, but is not shown.
+  const std::string names = Quoted("src\\") + " a.txt link dir dangling sub\\";
+  const std::string line = "a -unix -j1" + Quoted("x.lzh") + names;
+  ASSERT_EQ(engine.Command(nullptr, line.c_str(), nullptr, 0), 0);
+  const std::uintmax_t bytes = std::filesystem::file_size(folder.Path("x.lzh"));
+  ASSERT_EQ(engine.Command(nullptr, line.c_str(), nullptr, 0), 0);
+  EXPECT_EQ(std::filesystem::file_size(folder.Path("x.lzh")), bytes);
+  EXPECT_THAT(Names("x.lzh"), ElementsAre("a.txt"));
+  EXPECT_NE(Extract("x.lzh", "link").code, 0);
+  EXPECT_EQ(Delete("x.lzh", {"dir"}), 0);
+  EXPECT_EQ(Delete("x.lzh", {"dir"}), 0x800F);
+  folder.WriteFile("src/now", "a file");
+  std::filesystem::rename(folder.Path("src/now"), folder.Path("src/link"));
+  ASSERT_EQ(Add("x.lzh", "src", {"link"}), 0);
+  ExpectMember("link", "src/link");
+}
+
 TEST_F(EngineAdd, FullNamesLoseTheirRoot) {
   const std::string line = "a" + Quoted("x.lzh") + Quoted("src/a.txt");
   ASSERT_EQ(Command(line), 0);

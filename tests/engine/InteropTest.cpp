@@ -73,6 +73,25 @@ INSTANTIATE_TEST_SUITE_P(All, EngineReaders, testing::ValuesIn(kReaders), [](con
   return std::string("By") + reader.param.program;
 });
 
+TEST_F(EngineInterop, ModesLinksAndFoldersAreRestoredByOthers) {
+  const CommandResult made = RunCommand(
+      "cd " + ShellPath("src") +
+      " && chmod 751 README && chmod 600 one && mkdir -m 700 hollow && "
+      "ln -s README link && ln -s ../../one sub/deep/up && ln -s nowhere/at/all dangling");
+  ASSERT_EQ(made.status, 0) << made.output;
+  ASSERT_EQ(Add("x.lzh", "src", {}, "-w0 -d1 -unix"), 0);
+  const std::string list = " && find . -mindepth 1 -printf '%P %y %m %l\n' | sort";
+  const std::string expected = RunCommand("cd " + ShellPath("src") + list).output;
+  for (const std::string command : {"lhasa xq ../x.lzh", "bsdtar -xf ../x.lzh"}) {
+    if (!HaveProgram(command.substr(0, command.find(' ')))) continue;
+    std::filesystem::remove_all(folder.Path("out"));
+    std::filesystem::create_directories(folder.Path("out"));
+    EXPECT_EQ(RunCommand("umask 022; cd " + ShellPath("out") + " && " + command + list).output,
+              expected)
+        << command;
+  }
+}
+
 TEST_F(EngineInterop, RecordedCodePageIsHonoured) {
   if (!HaveProgram("bsdtar")) GTEST_SKIP() << "bsdtar is not installed";
   ASSERT_EQ(Compress("x.lzh", "\x95\x5C\\\x8A\xBF\x8E\x9A.txt", TextBytes(10)), 0);

@@ -41,11 +41,13 @@ TEST_F(KozorAdd, TakesTheFilesThatTheWordsMean) {
       {{"tree/a.txt"}, {"tree/a.txt"}},
       {{"-C", "tree", "*.txt"}, {"a.txt", "sub/a.txt", "sub/deep/c.txt"}},
       {{"-C", "tree", "sub/*.txt"}, {"sub/a.txt", "sub/deep/c.txt"}},
-      {{"-C", "tree", "sub/"}, {"sub/a.txt", "sub/deep/c.txt"}},
-      {{"-C", "tree", "sub", "*.txt", "a.txt"}, {"a.txt", "sub/a.txt", "sub/deep/c.txt"}},
+      {{"-C", "tree", "sub/"}, {"sub/a.txt", "sub/deep/c.txt", "sub/deep/", "sub/"}},
+      {{"-C", "tree", "--no-unix", "sub", "*.txt", "a.txt"},
+       {"a.txt", "sub/a.txt", "sub/deep/c.txt"}},
       {{"-C", "tree/sub", "../sub/./a.txt"}, {"a.txt"}},
-      {{"-C", "tree", ".", "--exclude", "*.TXT"}, {"b.c"}},
-      {{"-C", "tree", ".", "--exclude=deep", "--exclude", "sub/a.txt"}, {"a.txt", "b.c"}},
+      {{"-C", "tree", ".", "--exclude", "*.TXT", "--exclude", "sub"}, {"b.c"}},
+      {{"-C", "tree", ".", "--exclude=deep", "--exclude", "sub/a.txt"}, {"a.txt", "b.c", "sub/"}},
+      {{"--dir", "tree", "--no-unix", "--exclude", "*.txt"}, {"b.c", "sub/deep/", "sub/"}},
   };
   for (const Row& row : rows) {
     Words words = {"add", "--new", "a.lzh"};
@@ -80,8 +82,8 @@ TEST_F(KozorAdd, NeverPutsTheArchiveIntoItself) {
   MustRun({"add", "tree/a.lzh", "-C", "tree", "."});
   MustRun({"add", "--overwrite", "tree/a.lzh", "-C", "tree", "."});
   MustRun({"add", "--new", "tree/a.lzh", "-C", "tree", "."});
-  EXPECT_THAT(Members("tree/a.lzh"),
-              UnorderedElementsAre("a.txt", "b.c", "sub/a.txt", "sub/deep/c.txt"));
+  EXPECT_THAT(Members("tree/a.lzh"), UnorderedElementsAre("a.txt", "b.c", "sub/a.txt",
+                                                          "sub/deep/c.txt", "sub/deep/", "sub/"));
 }
 
 TEST_F(KozorAdd, RefusesNamesThatTheArchiveHoldsUnlessToldTo) {
@@ -120,15 +122,16 @@ TEST_F(KozorAdd, NamesEveryFileThatHasToBeLeftOut) {
   ASSERT_EQ(mkfifo(folder.Path("tree/pipe.txt").c_str(), 0600), 0);
   fs::create_symlink("nowhere", folder.Path("tree/link.txt"));
   for (const char* word : {".", "*.txt"}) {
-    EXPECT_THAT(MustFail({"add", "--new", "a.lzh", "-C", "tree", word}),
+    EXPECT_THAT(MustFail({"add", "--new", "--no-unix", "a.lzh", "-C", "tree", word}),
                 AllOf(HasSubstr("tree/what?.txt: left out"), HasSubstr("tree/what|.txt: left out"),
                       HasSubstr("tree/sub/a:b: left out"),
                       HasSubstr("tree/pipe.txt: left out: neither a file nor a directory"),
                       HasSubstr("tree/link.txt: left out: a link that leads nowhere")));
     EXPECT_THAT(Members("a.lzh"), testing::IsSupersetOf({"a.txt", "sub/a.txt", "sub/deep/c.txt"}));
   }
-  EXPECT_THAT(MustFail({"add", "b.lzh", "--dir", "tree"}), HasSubstr("tree/what?.txt: left out"));
-  EXPECT_FALSE(folder.Exists("b.lzh"));
+  EXPECT_THAT(MustFail({"add", "b.lzh", "--dir", "tree"}),
+              AllOf(HasSubstr("tree/what?.txt: left out"), Not(HasSubstr("link.txt"))));
+  EXPECT_THAT(Members("b.lzh"), testing::IsSupersetOf({"a.txt", "sub/deep/c.txt"}));
 }
 
 TEST_F(KozorAdd, NamesFilesWithoutPermission) {
@@ -140,6 +143,68 @@ TEST_F(KozorAdd, NamesFilesWithoutPermission) {
   EXPECT_THAT(said, AllOf(HasSubstr("tree/b.c: left out: no permission"),
                           HasSubstr("tree/sub: left out: no permission")));
   EXPECT_THAT(Members("a.lzh"), ElementsAre("a.txt"));
+}
+
+TEST_F(KozorAdd, KeepsModesLinksAndEmptyFoldersSoThatATreeComesBackIdentical) {
+  fs::create_directories(folder.Path("tree/empty/日本"));
+  fs::create_directories(folder.Path("tree/閉じた"));
+  folder.WriteFile("tree/閉じた/Readme", "1");
+  folder.WriteFile("tree/閉じた/README", "2");
+  const CommandResult made = Shell(
+      "cd tree && chmod 751 a.txt && chmod 440 b.c && ln -s nowhere dangling && "
+      "ln -s ../a.txt sub/up && ln -s sub to-folder && ln -s 閉じた/Readme 日本語 && "
+      "ln -s sub/ slash && touch -hd @1000000000 dangling && chmod 500 閉じた && "
+      "touch -d @1100000000 empty sub");
+  ASSERT_EQ(made.status, 0) << made.output;
+  MustRun({"add", "a.lzh", "-C", "tree", "."});
+  MustRun({"extract", "a.lzh", "-d", "out"});
+  const CommandResult differences = Shell(
+      "diff -r --no-dereference tree out; for t in tree out; do "
+      "(cd $t; find . -mindepth 1 -printf '%P %y %m %s %Ts %l\n' | sort > ../$t.list); done; "
+      "diff tree.list out.list; chmod 700 tree/閉じた out/閉じた");
+  EXPECT_EQ(differences.output, "");
+
+  fs::remove_all(folder.Path("out"));
+  MustRun({"add", "--dir", "tree", "a.lzh"});  // nothing doubles
+  EXPECT_EQ(Members("a.lzh").size(), 17U);
+  fs::remove(folder.Path("tree/dangling"));
+  folder.WriteFile("tree/dangling", "a file now");
+  EXPECT_THAT(MustFail({"add", "a.lzh", "-C", "tree", "to-folder"}),
+              HasSubstr("to-folder: the archive holds a file of that name"));
+  MustRun({"add", "--overwrite", "a.lzh", "-C", "tree", "dangling"});
+  MustRun({"delete", "a.lzh", "sub/", "slash"});
+  MustRun({"extract", "a.lzh", "-d", "out"});
+  EXPECT_EQ(Shell("cat out/dangling; ls -A out").output,
+            "a file nowa.txt\nb.c\ndangling\nempty\nto-folder\n日本語\n閉じた\n");
+}
+
+TEST_F(KozorAdd, BringsSetIdBitsBackOnlyWhenAskedTo) {
+  ASSERT_EQ(Shell("chmod 4755 tree/a.txt && chmod 2755 tree/sub").status, 0);
+  MustRun({"add", "a.lzh", "-C", "tree", "a.txt", "sub"});
+  MustRun({"extract", "a.lzh", "-d", "out"});
+  MustRun({"extract", "a.lzh", "-d", "asked", "--keep-setid"});
+  EXPECT_EQ(Shell("stat -c %a out/a.txt out/sub asked/a.txt asked/sub").output,
+            "755\n755\n4755\n2755\n");
+}
+
+TEST_F(KozorAdd, PacksByMethodAndLevelOnThreads) {
+  for (const std::string method : {"lh0", "lh1", "lh5", "lh6", "lh7"}) {
+    MustRun({"add", "--new", "a.lzh", "-C", "tree", "sub/a.txt", "--method", method, "-j", "2"});
+    EXPECT_THAT(Kozor({"list", "-l", "a.lzh"}).output, HasSubstr("-" + method + "-"));
+  }
+  EXPECT_EQ(Shell("KOZOR_ARCHIVER='-o6 -ol2' $KOZOR add b.lzh -C tree sub/a.txt --level 9 && "
+                  "$KOZOR list -l b.lzh | grep -c lh6")
+                .output,
+            "1\n");
+  MustRun({"add", "fast.lzh", "-C", "tree", ".", "--level", "1"});
+  MustRun({"add", "small.lzh", "-C", "tree", ".", "--level", "9", "-j2"});
+  EXPECT_LT(fs::file_size(folder.Path("small.lzh")), fs::file_size(folder.Path("fast.lzh")));
+  EXPECT_EQ(Kozor({"add", "x.lzh", "tree", "--method", "lh1", "--level", "3"}).status, 2);
+  EXPECT_EQ(Kozor({"add", "x.lzh", "tree", "--method", "zip"}).status, 2);
+  EXPECT_EQ(Kozor({"add", "x.lzh", "tree", "--level", "10"}).status, 2);
+  EXPECT_THAT(Shell("KOZOR_ARCHIVER='-o5 -fast' $KOZOR add x.lzh tree").output,
+              HasSubstr("KOZOR_ARCHIVER: the archiver knows no switch -fast"));
+  EXPECT_FALSE(folder.Exists("x.lzh"));
 }
 
 TEST_F(KozorAdd, DoesNothingWhenAWordMeansNothing) {
@@ -174,7 +239,7 @@ TEST_F(KozorAdd, AddsWhatIsNewOrListedOrOnlySaysSo) {
   folder.WriteFile("tree/b.c", "newer");
   folder.SetTime("tree/b.c", 2'000'000'000);
   const Words update = {"add", "--update", "--dry-run", "a.lzh", "-C", "tree", "."};
-  EXPECT_EQ(Kozor(update).output, "b.c\nsub/a.txt\nsub/deep/c.txt\n");
+  EXPECT_EQ(Kozor(update).output, "sub/\nsub/deep/\nb.c\nsub/a.txt\nsub/deep/c.txt\n");
   MustRun({"add", "--update", "a.lzh", "-C", "tree", "."});
   EXPECT_EQ(Extracted("a.lzh"), "");
   EXPECT_EQ(Shell("find tree -type f -print0 | $KOZOR add b.lzh --null --files-from -").status, 0);

@@ -1,13 +1,18 @@
-// FileInformation.cpp - metadata of open files, attributes by name, and KzMakeProgram.
+// FileInformation.cpp - metadata of open files and links, attributes by name, and KzMakeProgram.
 #include <sys/sysmacros.h>
+#include <unistd.h>
 
+#include <algorithm>
+#include <array>
 #include <cerrno>
+#include <climits>
 #include <optional>
 
 #include "platform/base/Clock.h"
 #include "platform/win32/HostRules.h"
 #include "platform/win32/posix/Attributes.h"
 #include "platform/win32/posix/File.h"
+#include "platform/win32/posix/HostNames.h"
 #include "platform/win32/posix/LookUp.h"
 #include "platform/win32/posix/SystemCalls.h"
 
@@ -48,6 +53,21 @@ bool ReadNamed(LPCSTR name, Found& found, DWORD& attributes) {
   if (!FindNamed(name, found)) return false;
   attributes = AttributesOf(found.metadata, found.HostName(), found.host.c_str());
   return true;
+}
+
+// A path of the host, which doesn't have to mean anything, in the library's characters; false where
+// it has others.
+bool ToLibraryTarget(std::string_view host, std::string& target) {
+  target.clear();
+  for (;;) {
+    const std::size_t end = std::min(host.find('/'), host.size());
+    std::string name;
+    if (!ToLibraryName(host.substr(0, end), name)) return false;
+    target += name;
+    if (end == host.size()) return true;
+    target += '\\';
+    host.remove_prefix(end + 1);
+  }
 }
 
 }  // namespace
@@ -115,6 +135,31 @@ BOOL WINAPI SetFileAttributesA(LPCSTR name, DWORD attributes) {
   const bool directory = (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
   if (directory && !found.metadata.IsDirectory()) return Fail(ERROR_INVALID_PARAMETER);
   return StoreAttributes(found.host.c_str(), found.metadata, attributes) ? TRUE : FailErrno();
+}
+
+int KzGetUnixFacts(HANDLE handle, KzUnixFacts* facts) {
+  const auto file = FindObject<File>(handle);
+  struct stat info {};
+  if (!file) return 0;
+  if (::fstat(file->Descriptor(), &info) != 0) return FailErrno();
+  *facts = {info.st_mode, info.st_uid, info.st_gid};
+  return 1;
+}
+
+int KzReadLink(const char* path, KzUnixFacts* facts, FILETIME* lastWrite, std::string& target) {
+  Found found;
+  struct stat info {};
+  if (!FindNamed(path, found)) return 0;
+  if (!found.metadata.link) return Fail(ERROR_INVALID_PARAMETER);
+  std::array<char, PATH_MAX> text{};
+  const ssize_t bytes = ::readlink(found.host.c_str(), text.data(), text.size());
+  if (bytes < 0 || ::lstat(found.host.c_str(), &info) != 0) return FailErrno();
+  if (!ToLibraryTarget({text.data(), static_cast<std::size_t>(bytes)}, target)) {
+    return Fail(ERROR_NO_UNICODE_TRANSLATION);
+  }
+  *facts = {info.st_mode, info.st_uid, info.st_gid};
+  *lastWrite = ToFileTime(info.st_mtim);
+  return 1;
 }
 
 int KzMakeProgram(const char* path, const char* like) {

@@ -6,12 +6,14 @@
 #include <fcntl.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <cstring>
 #include <optional>
 #include <vector>
 
 #include "platform/text/WildCard.h"
+#include "platform/win32/PosixAdmin.h"
 #include "platform/win32/posix/Attributes.h"
 #include "platform/win32/posix/HandleTable.h"
 #include "platform/win32/posix/HostNames.h"
@@ -22,6 +24,17 @@ namespace {
 
 using namespace kozor::posix;
 using kozor::text::WildCard;
+
+std::atomic<bool> followsLinks{true};
+
+// What a search tells of an entry.
+Metadata Told(Metadata metadata) {
+  if (metadata.link && !followsLinks) {
+    metadata.mode = S_IFLNK;
+    metadata.dangling = true;
+  }
+  return metadata;
+}
 
 struct Entry {
   std::string hostName;
@@ -108,6 +121,7 @@ class Search : public Object {
     Metadata metadata;
     DWORD attributes = 0;
     if (ReadMetadata(::dirfd(directory), entry.hostName.c_str(), metadata)) {
+      metadata = Told(metadata);
       attributes = AttributesOf(metadata, entry.hostName, (host + entry.hostName).c_str());
     } else if (errno == ENOENT) {
       return false;
@@ -140,7 +154,8 @@ std::shared_ptr<Search> FindOne(LibraryPath& path, WIN32_FIND_DATAA& data) {
   if (!found.exists) return Refuse(found.error);
   std::string libraryName;
   ToLibraryName(found.HostName(), libraryName);
-  FillData(data, found.metadata, AttributesOf(found.metadata, found.HostName(), found.host.c_str()),
+  const Metadata metadata = Told(found.metadata);
+  FillData(data, metadata, AttributesOf(metadata, found.HostName(), found.host.c_str()),
            libraryName);
   return std::make_shared<Search>();
 }
@@ -179,6 +194,10 @@ std::shared_ptr<Search> FindMatching(const LibraryPath& path, FINDEX_SEARCH_OPS 
 }
 
 }  // namespace
+
+int KzSetSearchFollowsLinks(int on) {
+  return followsLinks.exchange(on != 0) ? 1 : 0;
+}
 
 HANDLE WINAPI FindFirstFileA(LPCSTR name, LPWIN32_FIND_DATAA data) {
   return FindFirstFileExA(name, FindExInfoStandard, data, FindExSearchNameMatch, nullptr, 0);
