@@ -19,9 +19,11 @@
 #include "engine/container/FirstHeader.h"
 #include "engine/container/MemberName.h"
 #include "engine/container/MemberWalker.h"
+#include "engine/container/NamePages.h"
 #include "engine/container/Text.h"
 #include "platform/base/Clock.h"
 #include "platform/text/Case.h"
+#include "platform/win32/HostRules.h"
 
 namespace kozor::program {
 
@@ -32,14 +34,22 @@ constexpr unsigned int kUtf8 = 65001;
 // Where a link leads.  Paths that aren't text of the recorded code page, or else UTF-8, are taken
 // for code page 932.
 std::string LinkTargetIn(container::NameFields fields) {
-  std::string target = container::TakeLinkTarget(fields);
-  std::replace(target.begin(), target.end(), '\xFF', '/');
-  const unsigned int page =
-      fields.codePage == container::kShiftJis ? container::kShiftJis : container::kUtf8;
+  container::NameFields target = {.file = container::TakeLinkTarget(fields),
+                                  .codePage = fields.codePage};
+  const unsigned int page = target.codePage != 0 ? target.codePage : KzNameCodePage();
+  if (page != 0) container::ApplyPage(page, target);
   std::u16string text;
   bool ignored = false;
-  if (!container::DecodeText(page, target, text)) {
-    text = container::DecodeTextLossy(container::kShiftJis, target, ignored);
+  if (target.unicodeFile) {
+    text = *target.unicodeFile;
+    std::replace(text.begin(), text.end(), u'\xFFFF', u'/');
+    return container::EncodeTextLossy(kUtf8, text, ignored);
+  }
+  std::string bytes = *target.file;
+  std::replace(bytes.begin(), bytes.end(), '\xFF', '/');
+  const bool isShiftJis = target.codePage == container::kShiftJis;
+  if (!container::DecodeText(isShiftJis ? container::kShiftJis : container::kUtf8, bytes, text)) {
+    text = container::DecodeTextLossy(container::kShiftJis, bytes, ignored);
   }
   return container::EncodeTextLossy(kUtf8, text, ignored);
 }
@@ -173,7 +183,7 @@ std::vector<Member> ReadMembers(const std::string& archive, const std::string& n
   }
   try {
     container::BufferedFile source(file);
-    const container::ArchiveIndex index(source, kUtf8);
+    const container::ArchiveIndex index(source, kUtf8, KzNameCodePage());
     std::vector<Member> members;
     members.reserve(index.Members().size());
     for (const container::Member& known : index.Members()) {
@@ -191,6 +201,16 @@ std::vector<Member> ReadMembers(const std::string& archive, const std::string& n
       throw Failure(Visible(name) + ": a volume of a backup set (see kozor info)");
     }
     throw Failure(Visible(name) + ": " + std::string(ErrorText(error)));
+  }
+}
+
+void ChooseNamePage(const Arguments& arguments) {
+  if (!arguments.Has("--name-page")) return;
+  const int page = arguments.Number("--name-page", 1, 65535, 0);
+  if (!ChooseNamePage(static_cast<unsigned int>(page))) {
+    throw UsageError("--name-page: not a known code page: " + std::to_string(page) +
+                     " (932, 65001, 437, 850, 852, 866, 936, 949, 950, 1250 to 1252, 10000, 28591, "
+                     "51932)");
   }
 }
 

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "Arguments.h"
 #include "Mask.h"
 #include "WorkFolder.h"
 
@@ -61,6 +62,15 @@ class SourceArchive {
   std::vector<Member> members;
   std::optional<TemporaryFolder> copy;
 };
+
+// The option of every command that reads an archive by names.
+inline constexpr Option kNamePageOption = {
+    "--name-page", "PAGE",
+    "code page of names in archives that don't record it:\n932, 65001 (UTF-8), 51932 (EUC), 437, "
+    "850, 866, 1252\n"
+    "and others; guessed if absent"};
+// Throws UsageError for a page that isn't known.  For a call before the archive is read.
+void ChooseNamePage(const Arguments& arguments);
 
 // The members that a word of the command line selects, in the archive's order.
 //

@@ -11,7 +11,7 @@ namespace kozor::program {
 namespace {
 
 constexpr std::string_view kHelp =
-    R"(Usage: kozor delete ARCHIVE MASK...
+    R"(Usage: kozor delete [OPTION...] ARCHIVE MASK...
 
 Deletes members from an LZH archive.  A MASK is a member's complete name, a
 folder with a slash behind it, which stands for everything below it, or a name
@@ -19,6 +19,8 @@ with * and ? in its last part, which is looked for in all folders below.  When a
 MASK means nothing, nothing is deleted.  An archive that has lost its last member
 is removed.
 )";
+
+constexpr std::array<Option, 1> kOptions = {kNamePageOption};
 
 // The masks for the archiver: a mask unchanged, a member's own name, or everything below a folder
 // and then the folder.
@@ -47,6 +49,7 @@ std::vector<std::string> MasksFor(const std::string& word,
 }
 
 void Delete(const Arguments& arguments) {
+  ChooseNamePage(arguments);
   const std::string& name = arguments.Operand(0, "the archive");
   arguments.Operand(1, "what to delete");
   const std::string path = LibraryPath(name);
@@ -74,6 +77,7 @@ void Delete(const Arguments& arguments) {
 
 }  // namespace
 
-const Command kDeleteCommand = {"delete", "delete members from an archive", kHelp, {}, Delete};
+const Command kDeleteCommand = {"delete", "delete members from an archive", kHelp, kOptions,
+                                Delete};
 
 }  // namespace kozor::program

@@ -22,9 +22,10 @@ ARCHIVE "-" is standard input.
 
 )";
 
-constexpr std::array<Option, 1> kOwnOptions = {{
+constexpr std::array<Option, 2> kOwnOptions = {{
     {"--keep-setid", "",
      "bring out set-uid, set-gid and sticky bits, too: they\nlet others act with your rights"},
+    kNamePageOption,
 }};
 constexpr auto kOptions = Join(kDeliveryOptions, kOwnOptions);
 
@@ -113,6 +114,7 @@ class Extraction {
 
 void Extract(const Arguments& arguments) {
   const DeliveryRules rules = ReadDeliveryRules(arguments);
+  ChooseNamePage(arguments);
   const SourceArchive archive(arguments.Operand(0, "the archive"));
   const std::vector<const Member*> members =
       Choose(archive.Members(), arguments.OperandsFrom(1), MaskList(arguments.Values("--exclude")),

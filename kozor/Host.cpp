@@ -104,6 +104,10 @@ void FollowLinks(bool on) {
   KzSetSearchFollowsLinks(on ? 1 : 0);
 }
 
+bool ChooseNamePage(unsigned int page) {
+  return KzSetNameCodePage(page) != 0;
+}
+
 void SetEnvironment(const char* name, const std::string& value) {
   setenv(name, value.c_str(), 1);
 }

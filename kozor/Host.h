@@ -20,6 +20,9 @@ void SetUpHost();
 // themselves.
 void FollowLinks(bool on);
 
+// The code page of names in archives that don't record theirs; false for one that isn't known.
+bool ChooseNamePage(unsigned int page);
+
 // Sets a variable of this process's environment.
 void SetEnvironment(const char* name, const std::string& value);
 

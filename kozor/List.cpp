@@ -22,12 +22,13 @@ names appear as \xNN.  A folder's name ends in a slash; a link's is followed by
 where it leads.  A MASK selects as in "kozor extract".
 )";
 
-constexpr std::array<Option, 5> kOptions = {{
+constexpr std::array<Option, 6> kOptions = {{
     {"-l,--long", "", "show method, header level, packed size, ratio and\nchecksum as well"},
     {"--json", "", "print one JSON object with everything that is known"},
     {"--names", "", "print nothing but names, one on a line"},
     {"--null", "", "end each name of --names by a zero byte"},
     {"--exclude", "MASK", "leave out members and folders of this name; may be\nrepeated"},
+    kNamePageOption,
 }};
 
 std::string HostStyle(std::string name) {
@@ -111,6 +112,7 @@ void List(const Arguments& arguments) {
   const std::string& name = arguments.Operand(0, "the archive");
   arguments.Exclude("--json", {"--names", "--long"});
   arguments.Exclude("--names", {"--long"});
+  ChooseNamePage(arguments);
   const SourceArchive archive(name);
   const std::vector<const Member*> members = Choose(archive.Members(), arguments.OperandsFrom(1),
                                                     MaskList(arguments.Values("--exclude")), name);

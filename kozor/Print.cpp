@@ -26,14 +26,16 @@ their checksums.  Names each one that is damaged; the exit code is 1 then.  A MA
 selects as in "kozor extract"; without one everything is tested.
 )";
 
-constexpr std::array<Option, 1> kOptions = {{
+constexpr std::array<Option, 2> kOptions = {{
     {"--exclude", "MASK", "leave out members and folders of this name; may be\nrepeated"},
+    kNamePageOption,
 }};
 
 // Unpacks the chosen members one by one and passes each to `whole` after its checksum has been
 // verified.
 template <typename Whole>
 std::size_t UnpackEach(const Arguments& arguments, Whole whole) {
+  ChooseNamePage(arguments);
   const SourceArchive archive(arguments.Operand(0, "the archive"));
   const std::vector<const Member*> members =
       Choose(archive.Members(), arguments.OperandsFrom(1), MaskList(arguments.Values("--exclude")),

@@ -241,6 +241,17 @@ TEST_F(KozorExtract, ListsSizesTimesAttributesAndNames) {
             "6 bytes in 2 files\n");
 }
 
+TEST_F(KozorExtract, TakesNamesForTheCodePageThatItIsTold) {
+  folder.WriteFile("a.lzh", RawArchive({Member("caf\x82.txt", "12345")}));  // page 850
+  EXPECT_THAT(Kozor({"list", "--names", "--name-page", "850", "a.lzh"}).output, "café.txt\n");
+  EXPECT_EQ(Kozor({"print", "--name-page", "850", "a.lzh", "café.txt"}).output, "12345");
+  EXPECT_EQ(Kozor({"list", "--name-page", "851", "a.lzh"}).status, 2);
+  MustRun({"extract", "--name-page", "850", "a.lzh", "-d", "out"});
+  EXPECT_TRUE(folder.Exists("out/café.txt"));
+  MustRun({"delete", "--name-page", "850", "a.lzh", "café.txt"});
+  EXPECT_FALSE(folder.Exists("a.lzh"));
+}
+
 TEST_F(KozorExtract, DeletesWhatIsNamedAndNothingElse) {
   MakeArchive();
   const Bytes before = folder.ReadFile("a.lzh");
