@@ -26,9 +26,9 @@ namespace {
 
 constexpr std::string_view kHelp =
     R"(Usage: kozor add [OPTION...] ARCHIVE [-C BASE] MASK-OR-PATH...
-       kozor add [OPTION...] --dir DIRECTORY ARCHIVE
-       kozor add [OPTION...] --stdin NAME ARCHIVE
-       kozor add [OPTION...] --files-from FILE ARCHIVE
+  or:  kozor add [OPTION...] --dir DIRECTORY ARCHIVE
+  or:  kozor add [OPTION...] --stdin NAME ARCHIVE
+  or:  kozor add [OPTION...] --files-from FILE ARCHIVE
 
 Puts files into an LZH archive, which is made if it doesn't exist.  ARCHIVE "-"
 makes a new one on standard output.

@@ -8,6 +8,7 @@
 #include <new>
 
 #include "Commands.h"
+#include "Completion.h"
 #include "Console.h"
 #include "Failure.h"
 #include "Host.h"
@@ -30,6 +31,7 @@ Commands:
 
 constexpr std::string_view kHelpEnd = R"(
 "kozor COMMAND --help" tells more.  Options may stand anywhere in front of "--".
+"kozor completion SHELL" prints what bash, zsh or fish completes command lines by.
 
 Exit codes: 0 everything done, 1 something failed or was left out, 2 the command
 line makes no sense, 130 stopped by Ctrl-C.
@@ -90,6 +92,10 @@ void Run(std::vector<std::string> words) {
   words.erase(words.begin());
   if (name == "--version") return PrintLine("kozor " KOZOR_VERSION);
   if (name == "--help" || name == "-h" || (name == "help" && words.empty())) return PrintHelp();
+  if (name == "completion") {
+    if (words.size() != 1) throw UsageError("completion takes one word: bash, zsh or fish");
+    return PrintText(CompletionScript(words.front(), kCommands));
+  }
   if (name == "help") return PrintHelp(FindCommand(words.front()));
   const Command& command = FindCommand(name);
   const auto end = std::find(words.begin(), words.end(), "--");

@@ -43,7 +43,7 @@ need_packages() {
 
 # Installs what a build needs.
 need_build_tools() {
-  need_packages cmake ninja-build g++ libcli11-dev nlohmann-json3-dev
+  need_packages cmake ninja-build g++ libcli11-dev nlohmann-json3-dev help2man
 }
 
 # Installs what building and running the tests needs: the test framework, and other programs that

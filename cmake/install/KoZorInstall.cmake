@@ -30,6 +30,17 @@ endif()
 
 if(TARGET kozor)
   install(TARGETS kozor RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT program)
+  if(NOT CMAKE_CROSSCOMPILING)
+    set(generated ${PROJECT_BINARY_DIR}/kozor/generated)
+    install(DIRECTORY ${generated}/ DESTINATION ${CMAKE_INSTALL_MANDIR}/man1
+      COMPONENT program FILES_MATCHING PATTERN "*.1")
+    install(FILES ${generated}/kozor.bash RENAME kozor
+      DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT program)
+    install(FILES ${generated}/kozor.zsh RENAME _kozor
+      DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions COMPONENT program)
+    install(FILES ${generated}/kozor.fish
+      DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d COMPONENT program)
+  endif()
 endif()
 
 install(EXPORT KoZorTargets NAMESPACE KoZor:: DESTINATION ${package} COMPONENT development)
