@@ -23,8 +23,8 @@ struct NewMember {
   std::optional<UnixFacts> unixFacts = {};  // ids are written when both fit into 16 bits
 };
 
-// Returns the header's bytes.  Their number depends only on name, attribute, time and UNIX facts, so
-// a header can be written first and overwritten when the packed size is known.  Throws
+// Returns the header's bytes.  Their number depends only on name, attribute, time and UNIX facts,
+// so a header can be written first and overwritten when the packed size is known.  Throws
 // ResultCode::NameTooLong if a directory or file name takes more than 4093 bytes.
 std::vector<std::uint8_t> BuildHeader(const NewMember& member);
 
