@@ -76,7 +76,7 @@ constexpr std::array<Option, 12> kOwnOptions = {{
 }};
 constexpr auto kOptions = Join(kOwnOptions, kPackingOptions);
 
-// Complains of each selected file whose name the archive holds already.
+// Reports each selected file whose name is already in the archive.
 bool HasClashes(const std::vector<FileGroup>& groups, const Output& output,
                 const std::string& archiveName) {
   if (!Exists(HostPath(output.Path()))) return false;
@@ -94,7 +94,7 @@ bool HasClashes(const std::vector<FileGroup>& groups, const Output& output,
   return Complaints() > before;
 }
 
-// The self-extracting program replaces an older one, but no other file.
+// The self-extracting program may replace an older one, but no other file.
 void RequireRoomForProgram(fs::path archive) {
   const fs::path program = archive.replace_extension(".run");
   if (!Exists(program)) return;
@@ -113,7 +113,7 @@ void Prepare(Archive& archive, const Arguments& arguments, const Output& output)
   archive.SetOverwriteMode(Overwrites(arguments) ? 1 : 0);
 }
 
-// The words of the line, and the names that a file holds.
+// The operands, and the names in the file of --files-from.
 std::vector<std::string> WhatToAdd(const Arguments& arguments) {
   if (arguments.Has("--dir")) {
     arguments.AllowOperands(1);
@@ -142,7 +142,8 @@ std::vector<std::string> WhatToAdd(const Arguments& arguments) {
   return words;
 }
 
-// Which files an archive holds in their present state already; a folder that it has at all.
+// Decides which files an archive already holds in their present state.  A folder counts if the
+// archive has it at all.
 class UpToDate {
  public:
   UpToDate(const std::string& archive, const std::string& name) {
@@ -207,7 +208,7 @@ void AddFiles(const Arguments& arguments, const std::string& name) {
     if (Overwrites(arguments) || arguments.Has("--new")) return;
     if (HasClashes(groups, output, name)) throw Failure("nothing was added (see --overwrite)");
   };
-  // The library looks for clashes itself, but in one run only, and not at links.
+  // The library detects clashes itself, but only within one run, and not with links.
   const bool hasLinks = std::any_of(groups.begin(), groups.end(),
                                     [](const FileGroup& group) { return !group.links.empty(); });
   if (finds.size() > 1 || hasLinks) refuseClashes();

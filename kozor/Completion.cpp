@@ -1,7 +1,7 @@
 // Completion.cpp - see Completion.h.
 //
-// Words that begin with a hyphen are completed to options of the command at hand, the first word to
-// a command, and all others to names of files, as shells do on their own.
+// The first word is completed to a command, words that begin with a hyphen to options of that
+// command, and all others to file names by the shell.
 #include "Completion.h"
 
 #include <algorithm>
@@ -15,7 +15,8 @@ namespace kozor::program {
 
 namespace {
 
-// What an option's value can be, by what its help calls it.  Others can't be guessed.
+// The possible values of an option, found by the value's name in the help.  Other values aren't
+// completed.
 struct ValueWords {
   std::string_view value;
   std::string_view words;  // empty for paths

@@ -1,4 +1,4 @@
-// Completion.h - what shells need to complete command lines of this program, made of the same
+// Completion.h - scripts with which shells complete the program's command lines, made from the same
 // tables as the help.
 #pragma once
 

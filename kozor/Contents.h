@@ -63,13 +63,13 @@ class SourceArchive {
   std::optional<TemporaryFolder> copy;
 };
 
-// The option of every command that reads an archive by names.
+// An option of every command that reads the names in an archive.
 inline constexpr Option kNamePageOption = {
     "--name-page", "PAGE",
     "code page of names in archives that don't record it:\n932, 65001 (UTF-8), 51932 (EUC), 437, "
     "850, 866, 1252\n"
     "and others; guessed if absent"};
-// Throws UsageError for a page that isn't known.  For a call before the archive is read.
+// Call it before reading the archive.  Throws UsageError for an unknown page.
 void ChooseNamePage(const Arguments& arguments);
 
 // The members that a word of the command line selects, in the archive's order.

@@ -106,7 +106,7 @@ class Extraction {
 
   Delivery& delivery;
   MemberReader& reader;
-  const unsigned int permissions;  // the bits of a mode that come out
+  const unsigned int permissions;  // the bits of a mode that are extracted
   std::vector<const Member*> folders;
   std::vector<const Member*> links;
   std::uint64_t made = 0;

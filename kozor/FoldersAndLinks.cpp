@@ -38,8 +38,8 @@ int RunArchiver(const std::string& line) {
 
 void AddFoldersAndLinks(const FileGroup& group, const Output& output, const std::string& name) {
   if (group.folders.empty() && group.links.empty()) return;
-  // What lies in a folder comes before it: readers that extract one member after the other set a
-  // folder's mode and time when nothing more goes into it.
+  // The contents of a folder come before the folder: then programs that extract members in order
+  // set a folder's mode and time last.
   std::vector<std::string> folders = group.folders;
   std::sort(folders.begin(), folders.end(), std::greater());
   const TemporaryFolder temporary;
@@ -56,7 +56,7 @@ void AddFoldersAndLinks(const FileGroup& group, const Output& output, const std:
                   group.base + separator + "\" \"@" + LibraryPath(list) + '"');
   StopIfAsked();
   if (code == 0) return;
-  const auto error = static_cast<ZorError>(code - 0x8000);  // as the library numbers them
+  const auto error = static_cast<ZorError>(code - 0x8000);  // the library's numbering
   throw Failure(Visible(name) + ": folders and links: " + std::string(ErrorText(error)));
 }
 

@@ -1,7 +1,7 @@
-// FoldersAndLinks.h - puts into an archive what the library's interface has no room for.
+// FoldersAndLinks.h - adds folders and links to an archive, which the library's interface can't.
 //
-// The library adds files.  Folders and links go to the archiver in a line of the program's own,
-// after the files.
+// The library adds only files.  After them the program passes folders and links to the archiver in
+// a command line of its own.
 #pragma once
 
 #include <string>

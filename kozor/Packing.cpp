@@ -36,7 +36,7 @@ const Method& FindMethod(const std::string& name) {
   throw UsageError("--method: lh0, lh1, lh5, lh6 or lh7, not " + Visible(name));
 }
 
-// What the user has set, every word of which the archiver knows.
+// The switches that the user has set.  Throws Failure if the archiver doesn't know one.
 std::string OwnSwitches() {
   const char* const value = std::getenv(kVariable);
   if (value == nullptr) return "";

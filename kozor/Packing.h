@@ -1,5 +1,4 @@
-// Packing.h - how new members are packed: the options that say so, and how the archiver learns of
-// them.
+// Packing.h - options for packing new members, and passing them to the archiver.
 #pragma once
 
 #include <array>
@@ -19,12 +18,13 @@ inline constexpr std::array<Option, 5> kPackingOptions = {{
     {"--no-unix", "", "keep none of them: store what links lead to, and\nfolders with --dir only"},
 }};
 
-// Whether permission bits, links and folders are to be kept.
+// Whether permission bits, links and folders are stored.
 bool KeepsUnixFacts(const Arguments& arguments);
 
-// Tells the archiver, by the environment variable from which it reads default switches.  What the
-// user has put there stays in force where no option contradicts it.  Throws UsageError for options
-// that make no sense, and Failure for a word in that variable which the archiver doesn't know.
+// Passes the options to the archiver in the environment variable for default switches.  Switches
+// that the user has set there stay valid unless an option overrides them.  Throws UsageError for
+// options that contradict each other, and Failure if the archiver doesn't know a switch in that
+// variable.
 void SetUpPacking(const Arguments& arguments);
 
 }  // namespace kozor::program
