@@ -31,8 +31,8 @@ namespace {
 
 constexpr unsigned int kUtf8 = 65001;
 
-// Where a link leads.  Paths that aren't text of the recorded code page, or else UTF-8, are taken
-// for code page 932.
+// The target of a link.  A path that isn't valid in the recorded code page, or else in UTF-8, is
+// read as code page 932.
 std::string LinkTargetIn(container::NameFields fields) {
   container::NameFields target = {.file = container::TakeLinkTarget(fields),
                                   .codePage = fields.codePage};

@@ -1,5 +1,5 @@
-# Makes the manual pages of the program and of each of its commands from its own help.  Run at build
-# time with KOZOR (the program), HELP2MAN and FOLDER.
+# Generates the manual pages of the program and of each of its commands from its help.  Runs at
+# build time with KOZOR (the program), HELP2MAN and FOLDER.
 function(make_page page purpose help)
   execute_process(COMMAND ${HELP2MAN} --no-info --section=1 --manual=KoZor --source=KoZor
     --name=${purpose} --help-option=${help} --output=${FOLDER}/${page}.1 ${KOZOR}
@@ -7,7 +7,7 @@ function(make_page page purpose help)
   if(NOT result EQUAL 0)
     message(FATAL_ERROR "${page}: ${output}")
   endif()
-  # The pages of commands are named after the program at first.
+  # help2man names every page after the program; use the command's name instead.
   file(READ ${FOLDER}/${page}.1 text)
   string(TOUPPER ${page} title)
   string(REGEX REPLACE "\n\\.TH KOZOR " "\n.TH ${title} " text "${text}")

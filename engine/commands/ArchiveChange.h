@@ -27,7 +27,7 @@ class ArchiveChange {
   // The member that a new one of this name replaces: one of exactly the same name or, where
   // creating ignores case, one whose name differs only in case.
   std::optional<std::size_t> ReplacedBy(const std::string& name) const;
-  // A link of exactly this name, which a new member takes the place of as well.
+  // A link of exactly this name; a new member replaces it, too.
   std::optional<std::size_t> LinkReplacedBy(const std::string& name) const {
     return Index().FindLink(name);
   }

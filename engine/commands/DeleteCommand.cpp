@@ -14,8 +14,8 @@ using container::Failure;
 using container::MemberSearch;
 using container::ResultCode;
 
-// Selects by one word: the member of that name, a directory with or without its '\', a link, or all
-// matches of a mask, which no link is.
+// Selects the members for one word: the member of that name, a directory with or without its '\', a
+// link, or all matches of a mask.  Masks don't match links.
 void SelectByWord(const std::string& word, ArchiveChange& change) {
   const container::ArchiveIndex& index = change.Index();
   if (word.find_first_of("*?") != std::string::npos) {

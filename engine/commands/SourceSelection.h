@@ -13,7 +13,7 @@ namespace kozor::commands {
 enum class SourceKind {
   File,
   Directory,
-  Link,  // itself, not what it leads to: with -unix
+  Link,  // the link itself, not its target; with -unix
 };
 
 struct Source {
@@ -25,7 +25,7 @@ struct Source {
 // Selects sources in the order of the command line.  A file named twice is returned once, the
 // archive itself never, whether its file still exists or not.  So the result may be empty.
 //
-// A name that ends in a separator means that directory itself, and nothing in it.
+// A name that ends in a separator means only that directory, without its contents.
 //
 // Text in quotes, or in a response file, is a name: one with a wild-card can't be opened.  Searches
 // return such names for files that the code page can't express.

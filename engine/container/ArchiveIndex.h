@@ -66,7 +66,7 @@ class ArchiveIndex {
   // directory ends in '\'.
   std::optional<std::size_t> Find(std::string_view name) const;
   std::optional<std::size_t> FindExactly(std::string_view name) const;
-  // The last symbolic link of exactly this name; FindExactly and Find know of none.
+  // The last symbolic link of exactly this name.  FindExactly and Find ignore links.
   std::optional<std::size_t> FindLink(std::string_view name) const;
 
   // Reads members that have been appended at the old end mark.

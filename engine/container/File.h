@@ -29,7 +29,7 @@ struct FileFacts {
   std::uint32_t attributes = 0;  // FILE_ATTRIBUTE_*
 };
 
-// Whose a file is, and who may do what with it.
+// Owner, group and permissions of a file.
 struct UnixFacts {
   std::uint16_t mode = 0;  // file type included
   std::uint32_t user = 0;
@@ -64,7 +64,7 @@ class File {
   // These throw ResultCode::CannotRead.
   std::uint64_t Size() const;
   FileFacts Facts() const;
-  // None where the host has no such facts.
+  // Empty if the host has none.
   std::optional<UnixFacts> FactsOfUnix() const;
   // The path with all links resolved.
   std::string FinalPath() const;
@@ -88,11 +88,11 @@ std::optional<FileStamp> FindStamp(const std::string& path);
 
 // A symbolic link itself.
 struct Link {
-  std::string target;  // the path that it holds
+  std::string target;  // the path in the link
   UnixFacts unixFacts;
   std::uint64_t lastWrite = 0;  // 100 ns since 1601
 };
-// None on failure; GetLastError tells why.
+// Empty on failure; GetLastError has the reason.
 std::optional<Link> ReadLink(const std::string& path);
 
 // Reads a file through a buffer whose size adapts: large pieces for sequential reading, small ones

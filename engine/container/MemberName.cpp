@@ -144,7 +144,7 @@ std::u16string CleanPath(std::u16string_view path, bool& altered) {
   return clean;
 }
 
-// Leaves what stands in front of the bar in `file` and returns what stands behind it.
+// Leaves the part before the bar in `file` and returns the part after it.
 template <typename Text>
 Text CutTarget(std::optional<Text>& directory, Text& file, typename Text::value_type separator,
                typename Text::value_type bar) {

@@ -35,10 +35,11 @@ std::string MarkName(std::string_view name, std::size_t number, unsigned int wor
 // Without either, the bytes are code page 932, or UTF-8 if they are valid UTF-8 but not valid 932.
 ShownName DecodeName(const NameFields& fields, bool isDirectory, unsigned int workingPage);
 
-// Of a symbolic link: leaves the link's own name in the fields and returns the path that it holds,
-// as it is encoded, with 0xFF between components.  Empty when the fields are no link's.
+// Removes the target of a symbolic link from the fields, leaving the link's name, and returns it,
+// still encoded, with 0xFF between components.  Empty if the fields aren't those of a link.
 //
-// The two stand in a header as one path, "name|target", cut at its last separator as any other.
+// A header stores both as one path, "name|target", which is split at its last separator like any
+// other.
 std::string TakeLinkTarget(NameFields& fields);
 
 // The stored name of `path`, which is in the working code page.  Its root ("C:", "\\server\share")

@@ -6,7 +6,7 @@
 #include "platform/Export.h"
 #include "platform/win32/Win32.h"
 
-// What UNIX keeps of a file and Win32 has no place for.
+// UNIX metadata of a file for which Win32 has no equivalent.
 struct KzUnixFacts {
   unsigned int mode;  // permission bits and file type
   unsigned int user;
@@ -82,13 +82,13 @@ ZOR_PLATFORM_API unsigned int KzNameCodePage();
 // attributes aren't filled in.  Returns 1, or 0 with GetLastError as from CreateFileA.
 ZOR_PLATFORM_API int KzLookAtFile(const char* path, BY_HANDLE_FILE_INFORMATION* facts);
 
-// Of an open file or directory.  Returns 1; 0 where the system has no such facts, or with
-// GetLastError.
+// Returns 1 and the metadata of an open file or directory.  Returns 0 if the system has none, or on
+// failure, with GetLastError.
 ZOR_PLATFORM_API int KzGetUnixFacts(HANDLE file, KzUnixFacts* facts);
 
-// Of a symbolic link itself, with the path that it holds, as a library path.  Returns 1; 0 for what
-// is no link and where the system has none; with GetLastError ERROR_NO_UNICODE_TRANSLATION when the
-// library can't express that path.
+// Returns 1, the metadata of a symbolic link itself, and its target as a library path.  Returns 0
+// if it isn't a link or the system has none, with GetLastError; ERROR_NO_UNICODE_TRANSLATION if the
+// library can't express the target.
 ZOR_PLATFORM_API int KzReadLink(const char* path, KzUnixFacts* facts, FILETIME* lastWrite,
                                 std::string& target);
 

@@ -37,8 +37,8 @@ ZOR_PLATFORM_API int KzSetCaseSensitive(int on);
 // case, as on Windows.  Returns the old value.
 ZOR_PLATFORM_API int KzSetCaseBlindCreation(int on);
 
-// Non-zero, the default: a search tells of what a link leads to.  Zero: of the link itself, which
-// is no directory then, so that no walk goes through it.  Returns the old value.
+// Non-zero, the default: searches report a link's target.  Zero: they report the link itself, which
+// isn't a directory, so that no walk follows it.  Returns the old value.
 ZOR_PLATFORM_API int KzSetSearchFollowsLinks(int on);
 
 // When data is flushed to the medium.  Zero, the default: in FlushFileBuffers.  Non-zero: once,

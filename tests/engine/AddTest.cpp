@@ -47,7 +47,7 @@ TEST_F(EngineAdd, KeepsUnixFactsOnlyWhenToldTo) {
   EXPECT_THAT(Names("x.lzh"), ElementsAre("a.txt", "link"));
   ExpectMember("link", "src/a.txt");
 
-  // A link takes the place of a file and of a link; it can be deleted, but is not shown.
+  // A link replaces a file or another link.  It can be deleted, but isn't listed.
   const std::string names = Quoted("src\\") + " a.txt link dir dangling sub\\";
   const std::string line = "a -unix -j1" + Quoted("x.lzh") + names;
   ASSERT_EQ(engine.Command(nullptr, line.c_str(), nullptr, 0), 0);

@@ -27,7 +27,7 @@ function(check_run_paths)
   endforeach()
 endfunction()
 
-# Each command has its manual page, and the shells take the completions.
+# Each command has a manual page, and the shells accept the completion scripts.
 function(check_program_texts share)
   execute_process(COMMAND ${WORK}/installed/bin/kozor --help OUTPUT_VARIABLE help)
   string(REGEX MATCHALL "\n  [a-z]+  " commands "${help}")

@@ -55,8 +55,8 @@ bool ReadNamed(LPCSTR name, Found& found, DWORD& attributes) {
   return true;
 }
 
-// A path of the host, which doesn't have to mean anything, in the library's characters; false where
-// it has others.
+// Converts a path of the host, which needn't exist, to the library's characters.  Returns false if
+// it contains others.
 bool ToLibraryTarget(std::string_view host, std::string& target) {
   target.clear();
   for (;;) {

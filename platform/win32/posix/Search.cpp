@@ -27,7 +27,7 @@ using kozor::text::WildCard;
 
 std::atomic<bool> followsLinks{true};
 
-// What a search tells of an entry.
+// The metadata that a search reports for an entry.
 Metadata Told(Metadata metadata) {
   if (metadata.link && !followsLinks) {
     metadata.mode = S_IFLNK;
