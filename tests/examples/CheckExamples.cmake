@@ -32,7 +32,7 @@ file(WRITE ${WORK}/tree/a.txt "first")
 file(WRITE ${WORK}/tree/sub/b.txt "second")
 file(WRITE ${WORK}/tree/sub/a.txt "third")
 
-run(quickstart tree q.lzh ${library}back)
+run(quickstart tree ${library}q.lzh ${library}back)
 expect_content(back/sub/b.txt "second")
 run(list_members q.lzh)
 expect_output("5  a.txt")

@@ -89,17 +89,6 @@ TEST_F(KozorUsage, FailsWhenItsOutputIsntTaken) {
   EXPECT_THAT(result.output, HasSubstr("standard output"));
 }
 
-TEST_F(KozorUsage, QuickstartBringsAFolderBack) {
-  MakeTree(folder, "tree", {{"a.txt", 100}, {"sub/b.txt", 5000}});
-  const auto quickstart = [&](const std::string& source) {
-    return RunCommand(Quoted(QUICKSTART_PROGRAM) + " " + Quoted(folder.Lib(source)) + " " +
-                      Quoted(folder.Lib("a.lzh")) + " " + Quoted(folder.Lib("out")));
-  };
-  EXPECT_EQ(quickstart("tree").status, 0);
-  EXPECT_EQ(CompareTrees(folder.Path("tree"), folder.Path("out")), "");
-  EXPECT_EQ(quickstart("missing").output, "error 32, see ZorError.h\n");
-}
-
 class KozorSignals : public KozorProgram {
  protected:
   // Starts a command, sends `signal` as soon as `ready` is true, and returns the exit status.
