@@ -54,7 +54,9 @@ function(kozor_own_code target)
   endif()
   if(KOZOR_SANITIZE)
     target_compile_options(${target} PRIVATE -fsanitize=${KOZOR_SANITIZE}
-      -fno-sanitize-recover=all -fno-omit-frame-pointer)
+      -fno-sanitize-recover=all -fno-omit-frame-pointer
+      # The library and the archiver each declare the types of the binding for themselves.
+      $<$<CXX_COMPILER_ID:Clang>:-fno-sanitize=function>)
     target_link_options(${target} PRIVATE -fsanitize=${KOZOR_SANITIZE})
   endif()
 endfunction()

@@ -1,12 +1,17 @@
-// ArchiveFuzz.cpp - any bytes as an archive, through the entry points of the loaded module: listed
-// members can be extracted or give a code, and after a member is added or deleted the others are
-// still listed, with the same bytes.
+// ArchiveFuzz.cpp - any bytes as an archive, met through the entry points of the loaded module and
+// through the library: what is listed can be extracted or gets a code, what is listed before a
+// member is added or deleted is listed after it with the same bytes, what is extracted to files is
+// what is extracted to memory, and nothing is written outside of the destination.
 //
-// Input: mode of the search (1 byte), search text (to a zero), archive.
+// Input: mode of the search (bit 0) and how to change the archive (bits 1 and 2; 1 byte), search
+// text (to a zero), archive.
+#include <algorithm>
+#include <compare>
 #include <cstring>
 #include <map>
 #include <vector>
 
+#include "ZorArchive.h"
 #include "engine/api/Unlha32.h"
 #include "fuzz/Fuzz.h"
 
@@ -43,10 +48,12 @@ struct Module {
   decltype(&UnlhaCompressMem) compressMem;
 };
 
+constexpr std::size_t kMostMembers = 50;
+
 struct Contents {
   int code = 0;
-  std::vector<std::uint8_t> bytes;
-  bool operator==(const Contents&) const = default;
+  std::string bytes;
+  auto operator<=>(const Contents&) const = default;
 };
 
 const ScratchFolder& Folder() {
@@ -82,9 +89,9 @@ Contents Extract(const std::string& name, std::size_t most) {
   contents.bytes.resize(most);
   std::uint32_t written = 0;
   const std::string line = "\"" + Archive() + "\" \"" + name + "\"";
-  contents.code =
-      Archiver().extractMem(nullptr, line.c_str(), contents.bytes.data(),
-                            static_cast<std::uint32_t>(most), nullptr, nullptr, &written);
+  contents.code = Archiver().extractMem(
+      nullptr, line.c_str(), reinterpret_cast<std::uint8_t*>(contents.bytes.data()),
+      static_cast<std::uint32_t>(most), nullptr, nullptr, &written);
   Require(written <= most);
   contents.bytes.resize(written);
   return contents;
@@ -96,25 +103,90 @@ std::map<std::string, Contents> ExtractAll() {
   std::map<std::string, Contents> members;
   for (const UnlhaMemberRecord& record : Search("*.*", 0x801202)) {
     const std::string name = record.name;
-    if (name.find('"') != std::string::npos || members.size() > 50) continue;
+    if (name.find('"') != std::string::npos || members.size() > kMostMembers) continue;
     members[name] = Extract(name, std::min<std::size_t>(record.size, kMostBytes));
   }
   return members;
+}
+
+// What members hold, in an order of its own.
+std::vector<Contents> Sorted(const std::map<std::string, Contents>& members) {
+  std::vector<Contents> contents;
+  for (const auto& member : members) contents.push_back(member.second);
+  std::ranges::sort(contents);
+  return contents;
+}
+
+// Every other listed member goes.  The rest stays, though names that are told apart by their place
+// in the archive change.
+void DeleteSome(std::map<std::string, Contents>& members) {
+  std::string line = "d -w0 \"" + Archive() + "\"";
+  std::map<std::string, Contents> kept;
+  for (auto member = members.begin(); member != members.end(); ++member) {
+    kept.insert(*member);
+    if (++member == members.end()) break;
+    line += " \"" + member->first + "\"";
+  }
+  if (kept.size() == members.size() || members.size() > kMostMembers) return;
+  if (Archiver().command(nullptr, line.c_str(), nullptr, 0) != 0) return;
+  members = ExtractAll();
+  Require(Sorted(members) == Sorted(kept));
+}
+
+// Names that begin at the root lose it.
+class Extractor : public ZorArchive {
+ public:
+  std::vector<std::pair<std::string, std::string>> targets;  // member, path
+  std::size_t done = 0;
+
+ protected:
+  int OnAbort(const ONABORTPARAM& param) override {
+    if (param.phase == PhaseFileEnd) ++done;
+    return 0;
+  }
+  CString OnMakeFileName(const char* directory, const char* name) override {
+    CString target = ZorArchive::OnMakeFileName(directory, name + std::strspn(name, "\\"));
+    targets.emplace_back(name, static_cast<const char*>(target));
+    return target;
+  }
+};
+
+void ExtractToFiles(const std::map<std::string, Contents>& members) {
+  std::filesystem::create_directory(Folder().Path("target"));
+  Extractor extractor;
+  extractor.Extract(Archive().c_str(), Folder().LibraryPath("target\\").c_str(), nullptr);
+  std::map<std::string, std::string> last;  // by path: what came there last
+  for (std::size_t i = 0; i < extractor.targets.size(); ++i) {
+    last[extractor.targets[i].second] = i < extractor.done ? extractor.targets[i].first : "";
+  }
+  for (const auto& [path, name] : last) {
+    const auto member = members.find(name);
+    if (name.empty() || member == members.end() || member->second.code != 0) continue;
+    CFile file;
+    Require(file.Open(path.c_str(), CFile::modeRead) != 0);
+    std::string bytes(static_cast<std::size_t>(file.GetLength()), 0);
+    Require(file.Read(bytes.data(), static_cast<unsigned>(bytes.size())) == bytes.size());
+    Require(bytes == member->second.bytes);
+  }
+  Folder().RequireOnly({"x.lzh", "target"});
+  Folder().Remove("target");
 }
 
 }  // namespace
 
 void TestInput(Input input) {
   constexpr char kAdded[] = "kozor fuzz.new";
-  const std::uint32_t mode = input.Byte() % 2 == 0 ? 0x801202 : 0x801102;
+  const unsigned mode = input.Byte();
   const std::string text = input.Text();
   Folder().Write("x.lzh", input.Rest());
-  Search(text, mode);
+  Search(text, mode % 2 == 0 ? 0x801202 : 0x801102);
 
   std::map<std::string, Contents> before = ExtractAll();
+  if (mode % 8 < 2) ExtractToFiles(before);
+  if (mode % 8 >= 6) DeleteSome(before);
   const std::string name = "\"" + Archive() + "\" \"" + kAdded + "\"";
   const std::uint8_t data[] = {'n', 'e', 'w'};
-  const int added = Archiver().compressMem(nullptr, ("-w0 " + name).c_str(), data, sizeof data,
+  const int added = Archiver().compressMem(nullptr, ("-z1 -w0 " + name).c_str(), data, sizeof data,
                                            nullptr, nullptr, nullptr);
   std::map<std::string, Contents> after = ExtractAll();
   if (added == 0) {
@@ -123,10 +195,12 @@ void TestInput(Input input) {
     after.erase(kAdded);
     before.erase(kAdded);
     Require(after == before);
-    Require(Archiver().command(nullptr, ("d -w0 " + name).c_str(), nullptr, 0) == 0);
+    const int deleted = Archiver().command(nullptr, ("d -w0 " + name).c_str(), nullptr, 0);
     after = ExtractAll();
+    Require(after.erase(kAdded) == (deleted == 0 ? 0 : 1));
   }
   Require(after == before);
+  Folder().RequireOnly({"x.lzh"});
 }
 
 }  // namespace kozor::fuzz

@@ -6,8 +6,11 @@
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
+#include <initializer_list>
+#include <source_location>
 #include <span>
 #include <string>
+#include <string_view>
 
 namespace kozor::fuzz {
 
@@ -44,8 +47,8 @@ class Input {
   std::span<const std::uint8_t> left;
 };
 
-// A finding.
-void Require(bool condition);
+// A finding, told by its place, unless the condition holds.
+void Require(bool condition, const std::source_location& place = std::source_location::current());
 
 // A folder that is empty at the start of a run and removed with the process; on drive C: under the
 // same path.
@@ -58,6 +61,10 @@ class ScratchFolder {
   // The library path, "C:\tmp\...".
   std::string LibraryPath(const std::string& name) const;
   void Write(const std::string& name, std::span<const std::uint8_t> bytes) const;
+  std::string Read(const std::string& name) const;
+  void Remove(const std::string& name) const;  // a file or a tree
+  // That nothing else stands in the folder itself.
+  void RequireOnly(std::initializer_list<std::string_view> names) const;
 
  private:
   std::filesystem::path root;

@@ -1,19 +1,24 @@
-// FuzzMain.cpp - a fuzz target as a program: for libFuzzer if so configured, else for the files, or
-// folders of files, on its command line.
+// FuzzMain.cpp - a fuzz target as a program: for libFuzzer where the build asks for it, else over
+// the files, or folders of files, that its command line names.
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
 #include <vector>
 
+#include "fuzz/Bounds.h"
 #include "fuzz/Fuzz.h"
+#include "fuzz/Mutation.h"
 
 namespace fs = std::filesystem;
 
 namespace kozor::fuzz {
 
-void Require(bool condition) {
-  if (!condition) std::abort();
+void Require(bool condition, const std::source_location& place) {
+  if (condition) return;
+  std::fprintf(stderr, "%s:%u: a finding\n", place.file_name(), place.line());
+  std::abort();
 }
 
 ScratchFolder::ScratchFolder() {
@@ -38,6 +43,28 @@ void ScratchFolder::Write(const std::string& name, std::span<const std::uint8_t>
   file.write(reinterpret_cast<const char*>(bytes.data()),
              static_cast<std::streamsize>(bytes.size()));
   Require(file.good());
+  file.close();
+  // What was written just now may be written again within one tick of the clock, so nobody may keep
+  // what he has read of it.  Here each state has a time of its own, long ago.
+  static auto time = fs::file_time_type::clock::now() - std::chrono::years(1);
+  fs::last_write_time(Path(name), time += std::chrono::seconds(1));
+}
+
+std::string ScratchFolder::Read(const std::string& name) const {
+  std::ifstream file(Path(name), std::ios::binary);
+  Require(file.good());
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+void ScratchFolder::Remove(const std::string& name) const {
+  fs::remove_all(Path(name));
+}
+
+void ScratchFolder::RequireOnly(std::initializer_list<std::string_view> names) const {
+  for (const auto& entry : fs::directory_iterator(root)) {
+    const std::string name = entry.path().filename().string();
+    Require(std::ranges::find(names, name) != names.end());
+  }
 }
 
 }  // namespace kozor::fuzz
@@ -45,41 +72,118 @@ void ScratchFolder::Write(const std::string& name, std::span<const std::uint8_t>
 #ifdef KOZOR_LIBFUZZER
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  kozor::fuzz::TestInput(kozor::fuzz::Input({data, size}));
+  kozor::fuzz::RunWithinBounds({data, size});
   return 0;
 }
+
+#ifdef KOZOR_MUTATOR
+
+namespace {
+
+std::size_t Give(const kozor::fuzz::Bytes& mutated, std::uint8_t* target, std::size_t room) {
+  const std::size_t bytes = std::min(mutated.size(), room);
+  std::copy_n(mutated.begin(), bytes, target);
+  return bytes;
+}
+
+}  // namespace
+
+extern "C" std::size_t LLVMFuzzerMutate(std::uint8_t* data, std::size_t size, std::size_t room);
+
+// Now and then blindly, as other targets' inputs are changed.
+extern "C" std::size_t LLVMFuzzerCustomMutator(std::uint8_t* data, std::size_t size,
+                                               std::size_t room, unsigned seed) {
+  kozor::fuzz::Dice dice(seed);
+  if (dice.OneIn(8)) return LLVMFuzzerMutate(data, size, room);
+  return Give(kozor::fuzz::Mutate({data, size}, dice), data, room);
+}
+
+extern "C" std::size_t LLVMFuzzerCustomCrossOver(const std::uint8_t* one, std::size_t oneSize,
+                                                 const std::uint8_t* other, std::size_t otherSize,
+                                                 std::uint8_t* target, std::size_t room,
+                                                 unsigned seed) {
+  kozor::fuzz::Dice dice(seed);
+  return Give(kozor::fuzz::CrossOver({one, oneSize}, {other, otherSize}, dice), target, room);
+}
+
+#endif
 
 #else
 
 namespace {
 
-void RunFile(const fs::path& path) {
+using kozor::fuzz::Bytes;
+
+Bytes ReadInput(const fs::path& path) {
   std::ifstream file(path, std::ios::binary);
   const std::vector<char> chars{std::istreambuf_iterator<char>(file), {}};
-  const std::vector<std::uint8_t> bytes(chars.begin(), chars.end());
-  std::printf("%s\n", path.string().c_str());
-  std::fflush(stdout);
-  kozor::fuzz::TestInput(kozor::fuzz::Input(bytes));
+  return {chars.begin(), chars.end()};
 }
+
+std::vector<fs::path> InputsIn(const fs::path& path) {
+  if (!fs::is_directory(path)) return {path};
+  std::vector<fs::path> inputs;
+  for (const auto& entry : fs::recursive_directory_iterator(path)) {
+    if (entry.is_regular_file()) inputs.push_back(entry.path());
+  }
+  return inputs;
+}
+
+#ifdef KOZOR_MUTATOR
+
+// Runs inputs that are changed again and again, and now and then crossed, for so many times.  The
+// one under way stands in the file "mutated-input" here, for the case that it ends the program.
+void RunMutations(const std::vector<Bytes>& seeds, unsigned long count, unsigned seed) {
+  kozor::fuzz::Dice dice(seed);
+  for (unsigned long i = 0; i < count;) {
+    Bytes input = dice.OneOf(seeds);
+    for (std::size_t left = dice.Below(8) + 1; left != 0 && i < count; --left, ++i) {
+      input = dice.OneIn(6) ? CrossOver(input, dice.OneOf(seeds), dice) : Mutate(input, dice);
+      input.resize(std::min<std::size_t>(input.size(), 8192));
+      std::ofstream("mutated-input", std::ios::binary)
+          .write(reinterpret_cast<const char*>(input.data()),
+                 static_cast<std::streamsize>(input.size()));
+      kozor::fuzz::RunWithinBounds(input);
+      if (i % 10000 == 9999) std::printf("%lu mutations\n", i + 1), std::fflush(stdout);
+    }
+  }
+  fs::remove("mutated-input");
+  std::printf("%lu mutations\n", count);
+}
+
+#else
+
+void RunMutations(const std::vector<Bytes>&, unsigned long, unsigned) {
+  std::puts("no mutator");
+}
+
+#endif
 
 }  // namespace
 
+// Inputs, and folders of them; then, if wanted, -mutations=COUNT and -seed=NUMBER.
 int main(int argc, char** argv) {
-  std::size_t runs = 0;
-  for (int i = 1; i < argc; ++i) {
-    if (!fs::is_directory(argv[i])) {
-      RunFile(argv[i]);
-      ++runs;
-      continue;
-    }
-    for (const auto& entry : fs::recursive_directory_iterator(argv[i])) {
-      if (!entry.is_regular_file()) continue;
-      RunFile(entry.path());
-      ++runs;
+  std::vector<Bytes> inputs;
+  unsigned long mutations = 0;
+  unsigned seed = 1;
+  for (const std::string argument : std::span(argv, static_cast<std::size_t>(argc)).subspan(1)) {
+    if (argument.starts_with("-mutations=")) {
+      mutations = std::stoul(argument.substr(11));
+    } else if (argument.starts_with("-seed=")) {
+      seed = static_cast<unsigned>(std::stoul(argument.substr(6)));
+    } else {
+      for (const fs::path& path : InputsIn(argument)) {
+        std::printf("%s\n", path.string().c_str());
+        std::fflush(stdout);
+        inputs.push_back(ReadInput(path));
+        kozor::fuzz::RunWithinBounds(inputs.back());
+      }
     }
   }
-  std::printf("%zu inputs\n", runs);
-  return runs != 0 ? 0 : 1;
+  std::printf("%zu inputs\n", inputs.size());
+  if (inputs.empty()) return 1;
+  if (mutations != 0) RunMutations(inputs, mutations, seed);
+  return 0;
 }
 
 #endif

@@ -29,7 +29,7 @@ LAYERS = {
     "examples": "include platform/win32",
     "bench": "include engine/codec tests/codec tests/support",
     "fuzz": "include engine/api engine/codec engine/commands engine/container engine/sfx "
-            "platform/classlib platform/text platform/win32 tests/codec",
+            "platform/base platform/classlib platform/text platform/win32 tests/codec volume",
     "tests/support": "platform/win32 platform/win32/posix",
     "tests/platform": "platform/text platform/win32 platform/win32/posix tests/support",
     "tests/classlib": "platform/classlib platform/win32 tests/support",

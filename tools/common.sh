@@ -70,7 +70,7 @@ build() {
   shift
   say "Building ($preset)"
   quietly "build/$preset/configure.log" cmake --preset "$preset" "$@"
-  quietly "build/$preset/build.log" cmake --build "build/$preset"
+  quietly "build/$preset/build.log" cmake --build --preset "$preset"
 }
 
 # run_tests PRESET: runs all tests of a build and prints a summary: failures, and skipped tests with
