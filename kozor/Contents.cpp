@@ -62,7 +62,7 @@ Member Describe(const container::Member& known, const container::MemberHeader& h
   member.size = known.originalBytes;
   member.packedBytes = known.packedBytes;
   member.crc = known.crc;
-  member.lastWrite = known.utcTime;
+  member.lastWrite = known.lastWrite.Utc();
   member.attribute = static_cast<std::uint8_t>(known.attribute);
   member.unixMode = header.unixMode;
   member.overclaims =
@@ -172,7 +172,8 @@ void RequireUnpackable(const Member& member) {
   }
 }
 
-std::vector<Member> ReadMembers(const std::string& archive, const std::string& name) {
+std::vector<Member> ReadMembers(const std::string& archive, const std::string& name,
+                                bool* hasEndMark) {
   const FileState state = Inspect(HostPath(archive));
   if (!Exists(HostPath(archive))) throw Failure(Visible(name) + ": no such archive");
   if (state.isDirectory) throw Failure(Visible(name) + ": a directory, not an archive");
@@ -193,6 +194,7 @@ std::vector<Member> ReadMembers(const std::string& archive, const std::string& n
       members.back().damaged = index.Damage() && known.fault;
     }
     MarkSuperseded(members);
+    if (hasEndMark != nullptr) *hasEndMark = index.HasEndMark();
     return members;
   } catch (const container::Failure& failure) {
     // The library's numbers are the archiver's minus 0x8000.
@@ -221,7 +223,7 @@ SourceArchive::SourceArchive(std::string givenName) : name(std::move(givenName))
   } else {
     path = LibraryPath(name);
   }
-  members = ReadMembers(path, name);
+  members = ReadMembers(path, name, &hasEndMark);
   const auto damaged = std::count_if(members.begin(), members.end(),
                                      [](const Member& member) { return member.damaged; });
   if (damaged == 0) return;

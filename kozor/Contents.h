@@ -40,7 +40,8 @@ void RequireUnpackable(const Member& member);
 
 // Reads all headers.  `archive` is a library path, `name` its name for messages.  Throws Failure if
 // it can't be read, isn't an archive, or is entirely damaged.
-std::vector<Member> ReadMembers(const std::string& archive, const std::string& name);
+std::vector<Member> ReadMembers(const std::string& archive, const std::string& name,
+                                bool* hasEndMark = nullptr);
 
 // An archive to read, as the user names it.
 //
@@ -53,6 +54,8 @@ class SourceArchive {
   const std::string& Path() const { return path; }  // the library's
   const std::string& Name() const { return name; }
   const std::vector<Member>& Members() const { return members; }
+  // Without one, members may have been cut off.
+  bool HasEndMark() const { return hasEndMark; }
 
  private:
   std::filesystem::path CopyPath();
@@ -60,6 +63,7 @@ class SourceArchive {
   const std::string name;
   std::string path;
   std::vector<Member> members;
+  bool hasEndMark = false;
   std::optional<TemporaryFolder> copy;
 };
 

@@ -22,8 +22,9 @@ constexpr std::string_view kTestHelp =
     R"(Usage: kozor test [OPTION...] ARCHIVE [MASK...]
 
 Unpacks members of an LZH archive without writing them anywhere, and compares
-their checksums.  Names each one that is damaged; the exit code is 1 then.  A MASK
-selects as in "kozor extract"; without one everything is tested.
+their checksums.  Names each one that is damaged, and tells when the archive has
+no end mark, as if it had been cut between two members; the exit code is 1 then.
+A MASK selects as in "kozor extract"; without one everything is tested.
 )";
 
 constexpr std::array<Option, 2> kOptions = {{
@@ -31,12 +32,15 @@ constexpr std::array<Option, 2> kOptions = {{
     kNamePageOption,
 }};
 
+SourceArchive OpenArchive(const Arguments& arguments) {
+  ChooseNamePage(arguments);
+  return SourceArchive(arguments.Operand(0, "the archive"));
+}
+
 // Unpacks the chosen members one by one and passes each to `whole` after its checksum has been
 // verified.
 template <typename Whole>
-std::size_t UnpackEach(const Arguments& arguments, Whole whole) {
-  ChooseNamePage(arguments);
-  const SourceArchive archive(arguments.Operand(0, "the archive"));
+std::size_t UnpackEach(const SourceArchive& archive, const Arguments& arguments, Whole whole) {
   const std::vector<const Member*> members =
       Choose(archive.Members(), arguments.OperandsFrom(1), MaskList(arguments.Values("--exclude")),
              archive.Name());
@@ -62,21 +66,26 @@ std::size_t UnpackEach(const Arguments& arguments, Whole whole) {
 
 void Print(const Arguments& arguments) {
   arguments.Operand(1, "the member");
-  UnpackEach(arguments, [](const Member&, std::span<unsigned char> contents) {
+  const SourceArchive archive = OpenArchive(arguments);
+  UnpackEach(archive, arguments, [](const Member&, std::span<unsigned char> contents) {
     HideProgress();
     WriteStandardOutput(contents.data(), contents.size());
   });
 }
 
 void Test(const Arguments& arguments) {
+  const SourceArchive archive = OpenArchive(arguments);
   const std::size_t good =
-      UnpackEach(arguments, [](const Member& member, std::span<unsigned char>) {
+      UnpackEach(archive, arguments, [](const Member& member, std::span<unsigned char>) {
         Mention(VisibleLibraryName(member.name) + ": OK");
       });
   const int bad = Complaints();
   HideProgress();
   PrintLine(std::to_string(good) + (good == 1 ? " file" : " files") + " OK" +
             (bad > 0 ? ", " + std::to_string(bad) + " not" : ""));
+  if (!archive.HasEndMark()) {
+    Complain(Visible(archive.Name()) + ": no end mark; members after the last one may be lost");
+  }
 }
 
 }  // namespace

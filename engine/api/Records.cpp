@@ -39,8 +39,9 @@ void FillMemberRecord(const container::Member& member, UnlhaMemberRecord& record
   // Callers reserve that many bytes.  A damaged member delivers none.
   const std::uint64_t size = member.fault ? 0 : member.originalBytes;
   record.size = static_cast<std::uint32_t>(std::min<std::uint64_t>(size, kMaxSize));
-  record.date = member.localTime.date;
-  record.time = member.localTime.time;
+  const DosTime time = member.lastWrite.Local();
+  record.date = time.date;
+  record.time = time.time;
   PutName(member.name, record.name, sizeof(record.name) - 1, sizeof(record.name));
 }
 

@@ -35,10 +35,10 @@ void SelectOlderOnes(ArchiveChange& change) {
   const auto& members = change.Index().Members();
   std::unordered_set<std::string_view> names;
   for (std::size_t i = 0; i < members.size(); ++i) {
-    if (change.IsRemoved(i)) names.insert(members[i].name);
+    if (change.IsRemoved(i)) names.insert(members.NameAt(i));
   }
   for (std::size_t i = 0; i < members.size(); ++i) {
-    if (names.contains(members[i].name)) change.Remove(i);
+    if (names.contains(members.NameAt(i))) change.Remove(i);
   }
   if (names.empty()) throw Failure(ResultCode::NotFound);
 }

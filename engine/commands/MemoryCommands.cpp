@@ -24,7 +24,7 @@ bool IsStored(codec::Method method) {
 
 std::int32_t UnixTimeOf(const Member& member) {
   return static_cast<std::int32_t>(std::clamp<std::int64_t>(
-      UnixOfFileTime(member.utcTime), 0, std::numeric_limits<std::int32_t>::max()));
+      UnixOfFileTime(member.lastWrite.Utc()), 0, std::numeric_limits<std::int32_t>::max()));
 }
 
 // Extracts one member into a buffer, which may be smaller.
@@ -38,14 +38,44 @@ class Extraction {
   void Run(std::uint32_t& written) {
     const auto method = member.unpacking;
     if (!method) throw Failure(ResultCode::MethodNotSupported);
-    if (IsStored(*method)) {
-      ReadStored(written);
-    } else if (!target.empty()) {
-      Unpack(*method, written);
-    }
+    const auto other = OtherSchemeOf(*method);
+    const bool isWhole = target.size() == member.originalBytes;
+    if (!other || !isWhole || !member.crc) return Deliver(*method, written);
+    // Where neither is right, the member is what its header says.
+    if (!Delivers(*method, written) && !Delivers(*other, written)) Deliver(*method, written);
   }
 
  private:
+  // Two schemes share the id of lh7, and the signs in the header that tell them apart are weak.
+  static std::optional<codec::Method> OtherSchemeOf(codec::Method method) {
+    if (method == codec::Method::Lh7) return codec::Method::Lk7;
+    if (method == codec::Method::Lk7) return codec::Method::Lh7;
+    return std::nullopt;
+  }
+
+  bool Delivers(codec::Method method, std::uint32_t& written) {
+    try {
+      Deliver(method, written);
+    } catch (const Failure& thrown) {
+      const bool isWrongScheme =
+          thrown.code == ResultCode::PackedDataDamaged || thrown.code == ResultCode::CrcMismatch;
+      if (!isWrongScheme) throw;
+      return false;
+    }
+    return true;
+  }
+
+  void Deliver(codec::Method method, std::uint32_t& written) {
+    written = 0;
+    if (IsStored(method)) {
+      ReadStored(written);
+    } else if (!target.empty()) {
+      Unpack(method, written);
+    }
+    if (target.size() < member.originalBytes) throw Failure(ResultCode::NotEnoughMemory);
+    if (member.crc && codec::Crc16(target) != *member.crc) throw Failure(ResultCode::CrcMismatch);
+  }
+
   void ReadStored(std::uint32_t& written) {
     const auto available =
         static_cast<std::size_t>(std::min<std::uint64_t>(target.size(), member.packedBytes));
@@ -114,10 +144,10 @@ void Archiver::ExtractToMemory(std::string_view text, std::span<std::uint8_t> bu
   const std::string& name = line.operands.front().text;
   const auto [file, index] = indexes.Open(line.archive);
   const auto position = index->Find(name);
-  if (!position || index->Members()[*position].kind != container::MemberKind::File) {
+  if (!position || index->Members().KindAt(*position) != container::MemberKind::File) {
     throw Failure(ResultCode::NotFound);
   }
-  const Member& member = index->Members()[*position];
+  const Member member = index->Members()[*position];
   if (member.fault) throw Failure(*member.fault);
   result.unixTime = UnixTimeOf(member);
   result.attribute = member.attribute;
@@ -127,8 +157,6 @@ void Archiver::ExtractToMemory(std::string_view text, std::span<std::uint8_t> bu
   Progress progress(listener);
   progress.Begin(member.name, member.originalBytes);
   Extraction(*file, member, target, progress).Run(result.written);
-  if (target.size() < member.originalBytes) throw Failure(ResultCode::NotEnoughMemory);
-  if (member.crc && codec::Crc16(target) != *member.crc) throw Failure(ResultCode::CrcMismatch);
   progress.End(member.originalBytes);
 }
 

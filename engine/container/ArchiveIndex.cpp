@@ -2,6 +2,8 @@
 #include "engine/container/ArchiveIndex.h"
 
 #include <algorithm>
+#include <functional>
+#include <unordered_map>
 #include <utility>
 
 #include "engine/container/Failure.h"
@@ -9,6 +11,7 @@
 #include "engine/container/MemberName.h"
 #include "engine/container/MemberWalker.h"
 #include "engine/container/NamePages.h"
+#include "engine/container/Text.h"
 
 namespace kozor::container {
 namespace {
@@ -29,16 +32,6 @@ std::uint16_t AttributeOf(const MemberHeader& header) {
   return attribute;
 }
 
-void SetTimes(const MemberHeader& header, Member& member) {
-  if (header.utcTime != 0) {
-    member.utcTime = header.utcTime;
-    member.localTime = DosOfFileTime(header.utcTime);
-  } else {
-    member.localTime = ValidDosTime({header.dosDate, header.dosTime});
-    member.utcTime = FileTimeOfDos(member.localTime);
-  }
-}
-
 Member Describe(const MemberHeader& header, std::uint64_t offset) {
   Member member;
   member.kind = KindOf(header);
@@ -50,9 +43,43 @@ Member Describe(const MemberHeader& header, std::uint64_t offset) {
   member.originalBytes = header.originalBytes;
   member.crc = header.crc;
   member.attribute = AttributeOf(header);
-  if (header.ClaimsTooMuch()) member.fault = ResultCode::PackedDataDamaged;
-  SetTimes(header, member);
+  if (header.ClaimsTooMuch()) {
+    member.fault =
+        member.unpacking ? ResultCode::PackedDataDamaged : ResultCode::MethodNotSupported;
+  }
+  member.lastWrite = header.utcTime != 0 ? LastWrite(header.utcTime)
+                                         : LastWrite(DosTime{header.dosDate, header.dosTime});
   return member;
+}
+
+// Tells names apart that look the same when they are shown.  It depends on nothing else in the
+// archive, so that a member keeps its mark when others come and go.
+std::uint32_t SumOf(const NameFields& fields) {
+  std::uint32_t sum = 2166136261;  // FNV-1a
+  const auto add = [&sum](const auto& text) {
+    for (const auto unit : text) sum = (sum ^ static_cast<std::uint32_t>(unit)) * 16777619;
+    sum = (sum ^ 0x100) * 16777619;
+  };
+  add(fields.base);
+  if (fields.file) add(*fields.file);
+  if (fields.directory) add(*fields.directory);
+  if (fields.unicodeFile) add(*fields.unicodeFile);
+  if (fields.unicodeDirectory) add(*fields.unicodeDirectory);
+  return sum;
+}
+
+constexpr std::uint32_t kMarks = 100'000;
+
+std::size_t KeyHash(std::u16string_view key) {
+  return std::hash<std::u16string_view>()(key);
+}
+
+std::size_t NameHash(std::string_view name) {
+  return std::hash<std::string_view>()(name);
+}
+
+std::optional<std::size_t> PositionOrNone(std::uint32_t found) {
+  return found == PositionTable::kNone ? std::nullopt : std::optional<std::size_t>(found);
 }
 
 }  // namespace
@@ -68,33 +95,50 @@ ArchiveIndex::ArchiveIndex(ByteSource& source, unsigned int codePage, unsigned i
   if (damage && !isAnyWhole) throw Failure(*damage);
 }
 
-ArchiveIndex::ArchiveIndex(const ArchiveIndex& other)
-    : workingPage(other.workingPage),
-      namePage(other.namePage),
-      members(other.members),
-      prefixBytes(other.prefixBytes),
-      endOffset(other.endOffset),
-      hasEndMark(other.hasEndMark),
-      damage(other.damage) {
-  for (std::size_t position = 0; position < members.size(); ++position) EnterName(position);
-}
-
 void ArchiveIndex::ReadOn(ByteSource& source) {
-  Walk(source);
-  ApplyGuessedPage();
-  for (const std::size_t position : altered) {
-    MakeNameUnique(position);
-    EnterName(position);
+  // Most archives are in code page 932.  Where all names together say otherwise the headers are
+  // read once more, since names of a million members are too many to be kept meanwhile.
+  const Start start = {endOffset, members.size(), damage};
+  unsigned int page = namePage != 0 ? namePage : kShiftJis;
+  for (;;) {
+    PageGuess guess;
+    Walk(source, page, guess);
+    const unsigned int best = guess.IsEmpty() ? page : guess.Best();
+    if (namePage != 0 || best == page) break;
+    page = best;
+    endOffset = start.offset;
+    damage = start.damage;
+    members.Cut(start.members);
+    altered.clear();
+  }
+  const auto keyHashAt = [this](std::uint32_t position) { return KeyHashAt(position); };
+  firstByKey.Reserve(members.size(), keyHashAt);
+  std::size_t nextAltered = 0;
+  for (std::size_t position = start.members; position < members.size(); ++position) {
+    const bool isAltered =
+        nextAltered < altered.size() && altered[nextAltered].position == position;
+    if (isAltered) {
+      ++nextAltered;
+    } else {
+      EnterName(static_cast<std::uint32_t>(position));
+    }
+  }
+  std::unordered_map<std::uint32_t, std::size_t> uses;
+  for (const Altered& member : altered) {
+    MakeNameUnique(member, uses[member.mark]);
+    EnterName(member.position);
   }
   altered.clear();
+  altered.shrink_to_fit();
 }
 
-// Adds the members after the end offset.
-void ArchiveIndex::Walk(ByteSource& source) {
+void ArchiveIndex::Walk(ByteSource& source, unsigned int page, PageGuess& guess) {
   for (;;) {
     MemberWalker walker(source, endOffset);
     MemberHeader header;
-    while (walker.Next(header)) AddMember(header, Describe(header, walker.HeaderOffset()));
+    while (walker.Next(header)) {
+      AddMember(header, Describe(header, walker.HeaderOffset()), page, guess);
+    }
     endOffset = walker.NextOffset();
     hasEndMark = walker.HasEndMark();
     // An end mark before the first member is a header whose first byte has been lost.
@@ -113,107 +157,109 @@ void ArchiveIndex::Walk(ByteSource& source) {
   }
 }
 
-void ArchiveIndex::AddMember(const MemberHeader& header, Member member) {
-  const std::size_t position = members.size();
-  members.push_back(std::move(member));
-  if (!NeedsPage(header.name)) {
-    NameFields name = header.name;
-    if (name.codePage != 0) ApplyPage(name.codePage, name);
-    NameMember(position, name);
-  } else if (namePage != 0) {
-    NameFields name = header.name;
-    ApplyPage(namePage, name);
-    NameMember(position, name);
-  } else {
-    unnamed.push_back({position, header.name});
+void ArchiveIndex::AddMember(const MemberHeader& header, Member member, unsigned int page,
+                             PageGuess& guess) {
+  NameFields name = header.name;
+  if (NeedsPage(name)) {
+    if (namePage == 0) guess.Add(name);
+    if (page != 0) ApplyPage(page, name);
+  } else if (name.codePage != 0) {
+    ApplyPage(name.codePage, name);
   }
+  const bool isLink = member.kind == MemberKind::Unlisted;
+  if (isLink && TakeLinkTarget(name).empty()) return members.Append(member);
+  ShownName shown = DecodeName(name, member.kind == MemberKind::Directory, workingPage);
+  if (shown.text.empty()) member.kind = MemberKind::Unlisted;
+  member.name = std::move(shown.text);
+  AppendNamed(std::move(member), header.name, shown.altered);
 }
 
-// It is listed as a file, whatever it was, by as much of its name as can be read.
+// Whatever it was, it is listed as a file, and by its name as far as that can be read.
 void ArchiveIndex::AddDamagedMember(const MemberHeader& header, Member member, ResultCode fault) {
   member.kind = MemberKind::File;
   member.fault = fault;
-  members.push_back(std::move(member));
-  ShownName name = DecodeName(header.name, false, workingPage);
-  Member& added = members.back();
-  added.name = name.text.empty() ? "damaged" : std::move(name.text);
-  if (added.name.size() > kMaxShownBytes) {
-    added.name = MarkName(added.name, members.size(), workingPage);
-  }
-  added.key = KeyOf(added.name, workingPage);
-  altered.push_back(members.size() - 1);
+  member.name = DecodeName(header.name, false, workingPage).text;
+  if (member.name.empty()) member.name = "damaged";
+  AppendNamed(std::move(member), header.name, true);
 }
 
-void ArchiveIndex::ApplyGuessedPage() {
-  PageGuess guess;
-  for (const Unnamed& member : unnamed) guess.Add(member.name);
-  const unsigned int page = guess.Best();
-  for (Unnamed& member : unnamed) {
-    if (page != 0) ApplyPage(page, member.name);
-    NameMember(member.position, member.name);
+void ArchiveIndex::AppendNamed(Member member, const NameFields& fields, bool isAltered) {
+  const bool isLong = member.name.size() > kMaxShownBytes;
+  if (isAltered || isLong) {
+    const std::uint32_t mark = SumOf(fields) % kMarks;
+    if (isLong) member.name = MarkName(member.name, mark, workingPage);
+    altered.push_back({static_cast<std::uint32_t>(members.size()), mark});
   }
-  unnamed.clear();
-  unnamed.shrink_to_fit();
+  members.Append(member);
 }
 
-void ArchiveIndex::NameMember(std::size_t position, NameFields fields) {
-  Member& member = members[position];
-  const bool isLink = member.kind == MemberKind::Unlisted;
-  if (isLink && TakeLinkTarget(fields).empty()) return;
-  ShownName name = DecodeName(fields, member.kind == MemberKind::Directory, workingPage);
-  if (name.text.empty()) member.kind = MemberKind::Unlisted;
-  member.name = std::move(name.text);
-  member.key = std::move(name.key);
-  if (member.name.size() > kMaxShownBytes) {
-    member.name = MarkName(member.name, position + 1, workingPage);
-    member.key = KeyOf(member.name, workingPage);
-    name.altered = true;
-  }
-  if (name.altered) {
-    altered.push_back(position);
-  } else {
-    EnterName(position);
-  }
+std::size_t ArchiveIndex::KeyHashAt(std::uint32_t position) const {
+  return KeyHash(KeyOf(members.NameAt(position), workingPage));
 }
 
-void ArchiveIndex::EnterName(std::size_t position) {
-  const Member& member = members[position];
-  if (member.kind == MemberKind::Unlisted) {
-    if (!member.name.empty()) linksByName.insert_or_assign(member.name, position);
+void ArchiveIndex::EnterName(std::uint32_t position) {
+  const std::string_view name = members.NameAt(position);
+  const auto hasName = [&](std::uint32_t at) { return members.NameAt(at) == name; };
+  const auto nameHashAt = [this](std::uint32_t at) { return NameHash(members.NameAt(at)); };
+  if (members.KindAt(position) == MemberKind::Unlisted) {
+    if (!name.empty()) linksByName.Put(NameHash(name), position, hasName, nameHashAt);
     return;
   }
-  byName.insert_or_assign(member.name, position);
-  byKey.try_emplace(member.key, position);
+  const std::u16string key = KeyOf(name, workingPage);
+  const auto hasKey = [&](std::uint32_t at) {
+    return KeyOf(members.NameAt(at), workingPage) == key;
+  };
+  const std::size_t hash = KeyHash(key);
+  if (firstByKey.Find(hash, hasKey) == PositionTable::kNone) {
+    firstByKey.Put(hash, position, hasKey, [this](std::uint32_t at) { return KeyHashAt(at); });
+  } else {
+    lastByName.Put(NameHash(name), position, hasName, nameHashAt);
+  }
 }
 
-// Names that differ only in characters that can't be shown would hide each other.  The later one
-// gets its position in the archive as a suffix: "__.txt", "__.txt~2".
-void ArchiveIndex::MakeNameUnique(std::size_t position) {
-  Member& member = members[position];
-  if (member.kind != MemberKind::File) return;
-  for (std::size_t number = position + 1; byKey.contains(member.key); number += members.size()) {
-    member.name = MarkName(member.name, number, workingPage);
-    member.key = KeyOf(member.name, workingPage);
-  }
+bool ArchiveIndex::HasKey(std::string_view name) const {
+  const std::u16string key = KeyOf(name, workingPage);
+  const auto hasKey = [&](std::uint32_t at) {
+    return KeyOf(members.NameAt(at), workingPage) == key;
+  };
+  return firstByKey.Find(KeyHash(key), hasKey) != PositionTable::kNone;
+}
+
+// Names that differ only in what cannot be shown would hide each other.  The later one gets a mark:
+// "__.txt", "__.txt~40517"; `uses` counts those that would have got this mark.
+void ArchiveIndex::MakeNameUnique(const Altered& member, std::size_t& uses) {
+  if (members.KindAt(member.position) != MemberKind::File) return;
+  const std::string name(members.NameAt(member.position));
+  if (!HasKey(name)) return;
+  std::string marked;
+  do {
+    marked = MarkName(name, member.mark + kMarks * uses++, workingPage);
+  } while (HasKey(marked));
+  members.Rename(member.position, marked);
 }
 
 std::optional<std::size_t> ArchiveIndex::FindExactly(std::string_view name) const {
-  const auto found = byName.find(NormalizeName(name, workingPage));
-  if (found == byName.end()) return std::nullopt;
-  return found->second;
+  const std::string wanted = NormalizeName(name, workingPage);
+  const auto hasName = [&](std::uint32_t at) { return members.NameAt(at) == wanted; };
+  std::uint32_t found = lastByName.Find(NameHash(wanted), hasName);
+  if (found == PositionTable::kNone) {
+    found = firstByKey.Find(KeyHash(KeyOf(wanted, workingPage)), hasName);
+  }
+  return PositionOrNone(found);
 }
 
 std::optional<std::size_t> ArchiveIndex::FindLink(std::string_view name) const {
-  const auto found = linksByName.find(NormalizeName(name, workingPage));
-  if (found == linksByName.end()) return std::nullopt;
-  return found->second;
+  const std::string wanted = NormalizeName(name, workingPage);
+  return PositionOrNone(linksByName.Find(
+      NameHash(wanted), [&](std::uint32_t at) { return members.NameAt(at) == wanted; }));
 }
 
 std::optional<std::size_t> ArchiveIndex::Find(std::string_view name) const {
   if (const auto exact = FindExactly(name)) return exact;
-  const auto found = byKey.find(KeyOf(NormalizeName(name, workingPage), workingPage));
-  if (found == byKey.end()) return std::nullopt;
-  return found->second;
+  const std::u16string key = KeyOf(NormalizeName(name, workingPage), workingPage);
+  return PositionOrNone(firstByKey.Find(KeyHash(key), [&](std::uint32_t at) {
+    return KeyOf(members.NameAt(at), workingPage) == key;
+  }));
 }
 
 }  // namespace kozor::container

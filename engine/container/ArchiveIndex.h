@@ -2,47 +2,16 @@
 #pragma once
 
 #include <cstdint>
-#include <deque>
 #include <optional>
-#include <string>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
 #include "engine/container/ByteSource.h"
-#include "engine/container/Failure.h"
-#include "engine/container/MemberHeader.h"
-#include "engine/container/MemberTime.h"
+#include "engine/container/MemberTable.h"
+#include "engine/container/NamePages.h"
+#include "engine/container/PositionTable.h"
 
 namespace kozor::container {
-
-enum class MemberKind {
-  File,
-  Directory,
-  Unlisted,  // a symbolic link, or a member with an empty name: kept, but never shown
-};
-
-struct Member {
-  MemberKind kind = MemberKind::File;
-  MethodId method{};
-  std::optional<codec::Method> unpacking = {};  // empty if there is no decoder
-  std::string name;    // as it is shown (MemberName.h); a directory's ends in '\'
-  std::u16string key;  // the name with case folded
-
-  std::uint64_t offset = 0;  // of the header in the file
-  std::uint32_t headerBytes = 0;
-  std::uint64_t packedBytes = 0;
-  std::uint64_t originalBytes = 0;
-  std::optional<std::uint16_t> crc;
-  std::optional<ResultCode> fault;  // why the data can't be unpacked, if known
-
-  std::uint64_t utcTime = 0;    // last write, 100 ns since 1601
-  DosTime localTime;            // the same in local time
-  std::uint16_t attribute = 0;  // DOS bits
-
-  std::uint64_t DataOffset() const { return offset + headerBytes; }
-  std::uint64_t EndOffset() const { return DataOffset() + packedBytes; }
-};
 
 // Members in the order of the archive.  Positions stay valid when members are appended.
 class ArchiveIndex {
@@ -56,10 +25,8 @@ class ArchiveIndex {
   // silently.  Throws ResultCode::NotAnArchive, or one of the header codes if everything is
   // damaged.
   ArchiveIndex(ByteSource& source, unsigned int codePage, unsigned int pageOfNames = 0);
-  ArchiveIndex(const ArchiveIndex& other);
-  ArchiveIndex& operator=(const ArchiveIndex&) = delete;
 
-  const std::deque<Member>& Members() const { return members; }
+  const MemberTable& Members() const { return members; }
 
   // The position of the member of exactly this name, else of the first whose name differs only in
   // case.  '/' counts as '\'.  Of several members of one name the last is found.  The name of a
@@ -83,28 +50,34 @@ class ArchiveIndex {
   bool HasEndMark() const { return hasEndMark; }
 
  private:
-  // A member whose name isn't decoded yet.
-  struct Unnamed {
-    std::size_t position;
-    NameFields name;
+  // A member whose shown name says less than its header: other names may look the same.
+  struct Altered {
+    std::uint32_t position;
+    std::uint32_t mark;  // made of the name in the header
+  };
+  // Where a reading begins that may have to be done again.
+  struct Start {
+    std::uint64_t offset;
+    std::size_t members;
+    std::optional<ResultCode> damage;
   };
 
-  void Walk(ByteSource& source);
-  void AddMember(const MemberHeader& header, Member member);
+  void Walk(ByteSource& source, unsigned int page, PageGuess& guess);
+  void AddMember(const MemberHeader& header, Member member, unsigned int page, PageGuess& guess);
   void AddDamagedMember(const MemberHeader& header, Member member, ResultCode fault);
-  void ApplyGuessedPage();
-  void NameMember(std::size_t position, NameFields fields);
-  void EnterName(std::size_t position);
-  void MakeNameUnique(std::size_t position);
+  void AppendNamed(Member member, const NameFields& fields, bool isAltered);
+  void EnterName(std::uint32_t position);
+  void MakeNameUnique(const Altered& member, std::size_t& uses);
+  bool HasKey(std::string_view name) const;
+  std::size_t KeyHashAt(std::uint32_t position) const;
 
   unsigned int workingPage;
   unsigned int namePage = 0;
-  std::vector<Unnamed> unnamed;      // while reading: waiting for the guessed code page
-  std::vector<std::size_t> altered;  // while reading: entered after unaltered names
-  std::deque<Member> members;        // elements don't move: the tables refer to their names
-  std::unordered_map<std::string_view, std::size_t> byName;
-  std::unordered_map<std::u16string_view, std::size_t> byKey;
-  std::unordered_map<std::string_view, std::size_t> linksByName;
+  std::vector<Altered> altered;  // while reading: entered after unaltered names
+  MemberTable members;
+  PositionTable firstByKey;  // the first member of each name without case
+  PositionTable linksByName;
+  PositionTable lastByName;  // the last one of each exact name that isn't the only one of its key
   std::uint64_t prefixBytes = 0;
   std::uint64_t endOffset = 0;
   bool hasEndMark = false;

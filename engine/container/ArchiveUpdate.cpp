@@ -25,8 +25,8 @@ std::vector<Range> KeptRanges(const ArchiveIndex& index, const std::vector<bool>
   std::vector<Range> ranges;
   if (index.PrefixBytes() != 0) ranges.push_back({0, index.PrefixBytes()});
   for (std::size_t position = 0; position < index.Members().size(); ++position) {
-    const Member& member = index.Members()[position];
     if (removed[position]) continue;
+    const Member member = index.Members()[position];
     if (!ranges.empty() && ranges.back().end == member.offset) {
       ranges.back().end = member.EndOffset();
     } else {
@@ -67,10 +67,10 @@ class WithFirstByte : public ByteSource {
 };
 
 // Reads the headers from `begin` on.  They must lead to the end mark as the last byte, and the
-// first header must still be found at the same offset.
+// first header must still be found at the same offset: a member may have a method that is passed
+// over where an archive begins.
 void CheckReadable(ByteSource& source, const ArchiveIndex& old, std::uint64_t begin) {
-  const bool hasPrefix = old.PrefixBytes() != 0;
-  const bool isFound = !hasPrefix || FindFirstHeader(source) == old.PrefixBytes();
+  const bool isFound = FindFirstHeader(source) == old.PrefixBytes();
   MemberWalker walker(source, begin);
   MemberHeader header;
   while (walker.Next(header)) {

@@ -227,8 +227,11 @@ std::optional<codec::Method> MemberHeader::UnpackingMethod() const {
 }
 
 bool MemberHeader::ClaimsTooMuch() const {
+  constexpr std::uint64_t kPlausibleYield = 1024;  // of a method that nobody knows
+  if (IsDirectoryMethod()) return false;
   const auto unpacking = UnpackingMethod();
-  return unpacking && originalBytes > codec::MostUnpackedBytes(*unpacking, packedBytes);
+  return originalBytes > (unpacking ? codec::MostUnpackedBytes(*unpacking, packedBytes)
+                                    : kPlausibleYield * packedBytes);
 }
 
 bool IsArchiveMethod(const MethodId& method) {

@@ -45,27 +45,29 @@ MemberSearch::MemberSearch(const ArchiveIndex& searched, std::string_view text, 
 
 std::optional<std::size_t> MemberSearch::FindWholeName(std::string_view name) const {
   const auto found = index.Find(name);
-  return found && IsOfKind(index.Members()[*found]) ? found : std::nullopt;
+  return found && IsOfKind(index.Members().KindAt(*found)) ? found : std::nullopt;
 }
 
-bool MemberSearch::IsOfKind(const Member& member) const {
-  return member.kind == MemberKind::File ||
-         (member.kind == MemberKind::Directory && kinds == Kinds::FilesAndDirectories);
+bool MemberSearch::IsOfKind(MemberKind kind) const {
+  return kind == MemberKind::File ||
+         (kind == MemberKind::Directory && kinds == Kinds::FilesAndDirectories);
 }
 
 std::optional<std::size_t> MemberSearch::Next() {
   if (isWholeName) return std::exchange(wholeName, std::nullopt);
   while (next < index.Members().size()) {
     const std::size_t position = next++;
-    if (Matches(index.Members()[position])) return position;
+    if (Matches(position)) return position;
   }
   return std::nullopt;
 }
 
-bool MemberSearch::Matches(const Member& member) const {
-  if (!IsOfKind(member)) return false;
-  std::u16string_view key = member.key;
-  if (member.kind == MemberKind::Directory) key.remove_suffix(1);
+bool MemberSearch::Matches(std::size_t position) const {
+  const MemberKind kind = index.Members().KindAt(position);
+  if (!IsOfKind(kind)) return false;
+  const std::u16string whole = KeyOf(index.Members().NameAt(position), index.WorkingPage());
+  std::u16string_view key = whole;
+  if (kind == MemberKind::Directory) key.remove_suffix(1);
   const KeyPath path(key);
   const bool isThere =
       depth == Depth::AndBelow ? path.Folder().starts_with(directory) : path.Folder() == directory;

@@ -29,8 +29,8 @@ class MemberSearch {
 
  private:
   std::optional<std::size_t> FindWholeName(std::string_view name) const;
-  bool IsOfKind(const Member& member) const;
-  bool Matches(const Member& member) const;
+  bool IsOfKind(MemberKind kind) const;
+  bool Matches(std::size_t position) const;
 
   const ArchiveIndex& index;
   const Depth depth;

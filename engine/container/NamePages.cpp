@@ -86,6 +86,7 @@ void ApplyPage(unsigned int page, NameFields& name) {
 }
 
 void PageGuess::Add(const NameFields& name) {
+  isEmpty = false;
   VisitBytes(name, [&](const std::string& bytes) {
     mayBeShiftJis = mayBeShiftJis && IsValidIn(kShiftJis, bytes);
     mayBeUtf8 = mayBeUtf8 && IsValidIn(kUtf8, bytes);

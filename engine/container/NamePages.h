@@ -19,11 +19,13 @@ void ApplyPage(unsigned int page, NameFields& name);
 class PageGuess {
  public:
   void Add(const NameFields& name);
+  bool IsEmpty() const { return isEmpty; }
   // The first of 932, UTF-8 and EUC-JP in which all names are valid.  0 if there is none; each name
   // is then decoded on its own.
   unsigned int Best() const;
 
  private:
+  bool isEmpty = true;
   bool mayBeShiftJis = true;
   bool mayBeUtf8 = true;
   bool mayBeEuc = true;

@@ -1,6 +1,8 @@
 // MemoryTest.cpp - unpacking to and packing from memory: sizes, times, buffers.
 #include <ctime>
 
+#include "engine/codec/Codec.h"
+#include "engine/container/ByteSource.h"
 #include "tests/engine/EngineFixture.h"
 #include "tests/engine/RawArchive.h"
 
@@ -100,6 +102,22 @@ TEST_F(EngineMemory, NamesAreStoredWithoutRootAndRefusedWhenTheyCannotBe) {
   EXPECT_EQ(Compress("x.lzh", std::string(534, 'n'), {}), 0x8026);
   ASSERT_EQ(Compress("x.lzh", std::string(533, 'n'), ToBytes("long")), 0);
   EXPECT_EQ(Extract("x.lzh", std::string(533, 'n')).bytes, ToBytes("long"));
+}
+
+// One match of 12 initial spaces by the other scheme; by the usual one 11, and then a zero byte.
+TEST_F(EngineMemory, BothSchemesOfLh7AreTried) {
+  Bytes archive = RawArchive({{.name = "a",
+                               .contents = {"\x00\x01\x00\x00\x10\x80\x00\x80", 8},
+                               .method = "-lh7-",
+                               .hasHeaderCrc = false}});
+  const Bytes spaces(12, ' ');
+  container::WriteNumber(&archive[11], spaces.size(), 4);
+  container::WriteNumber(&archive[21], codec::Crc16(spaces), 2);
+  folder.WriteFile("x.lzh", archive);
+  EXPECT_EQ(Extract("x.lzh", "a").code, 0);
+  EXPECT_EQ(Extract("x.lzh", "a").bytes, spaces);
+  folder.Damage("x.lzh", 21, 1);
+  EXPECT_EQ(Extract("x.lzh", "a").code, 0x8014);  // as the usual scheme has it
 }
 
 TEST_F(EngineMemory, MembersThatCannotBeDelivered) {

@@ -197,6 +197,14 @@ TEST_F(KozorExtract, GoesOnAfterAnyNumberOfBadMembers) {
   EXPECT_THAT(MustFail({"test", "a.lzh"}), HasSubstr("1 file OK, 150 not"));
 }
 
+TEST_F(KozorExtract, TestTellsOfAMissingEndMark) {
+  Bytes archive = RawArchive({Member("a", "1"), Member("b", "2")});
+  archive.pop_back();
+  folder.WriteFile("a.lzh", archive);
+  EXPECT_THAT(MustFail({"test", "a.lzh"}),
+              AllOf(HasSubstr("2 files OK"), HasSubstr("no end mark")));
+}
+
 // A UNIX mode in the little-endian form of headers.
 RawExtension Mode(unsigned int mode) {
   return {0x50, {static_cast<char>(mode), static_cast<char>(mode >> 8)}};

@@ -1,0 +1,171 @@
+// MemberTable.cpp - see MemberTable.h.
+//
+// A record: kind and signs (1 byte), fault (1), method to unpack by (1), method id (5), attribute
+// (1), CRC (2), and as numbers of several bytes the length of the name, offset, size of the header,
+// packed and original size, time; then the name.
+#include "engine/container/MemberTable.h"
+
+#include <algorithm>
+
+namespace kozor::container {
+namespace {
+
+constexpr std::size_t kBlockBytes = 64 << 10;
+constexpr std::size_t kMaxBlocks = 64 << 10;  // so that a place has 32 bits
+constexpr std::size_t kFixedBytes = 11;
+constexpr std::size_t kMaxNumberBytes = 10;
+constexpr std::size_t kMaxNumbers = 6;
+
+// In the first byte, above the two bits of the kind.
+constexpr unsigned kKindBits = 0x03;
+constexpr unsigned kHasCrc = 0x04;
+constexpr unsigned kIsUtc = 0x08;
+constexpr unsigned kIsWholeSeconds = 0x10;
+
+class RecordWriter {
+ public:
+  explicit RecordWriter(std::vector<std::uint8_t>& target) : bytes(target) {}
+
+  void Byte(std::uint64_t value) { bytes.push_back(static_cast<std::uint8_t>(value)); }
+  void Number(std::uint64_t value) {
+    for (; value >= 0x80; value >>= 7) Byte(value | 0x80);
+    Byte(value);
+  }
+
+ private:
+  std::vector<std::uint8_t>& bytes;
+};
+
+class RecordReader {
+ public:
+  explicit RecordReader(const std::uint8_t* record) : next(record) {}
+
+  std::uint8_t Byte() { return *next++; }
+  std::uint64_t Number() {
+    std::uint64_t value = 0;
+    for (unsigned shift = 0;; shift += 7) {
+      const std::uint64_t byte = Byte();
+      value |= (byte & 0x7F) << shift;
+      if (byte < 0x80) return value;
+    }
+  }
+  std::string_view Text(std::size_t length) const {
+    return {reinterpret_cast<const char*>(next), length};
+  }
+
+ private:
+  const std::uint8_t* next;
+};
+
+// The time as a number; `signs` gets its clock and unit.
+std::uint64_t TimeNumber(const LastWrite& time, unsigned& signs) {
+  if (!time.IsUtc()) {
+    const DosTime words = time.Local();
+    return std::uint64_t{words.date} << 16 | words.time;
+  }
+  const std::uint64_t ticks = time.Utc();
+  signs |= kIsUtc;
+  if (ticks % kTicksPerSecond != 0) return ticks;
+  signs |= kIsWholeSeconds;
+  return ticks / kTicksPerSecond;
+}
+
+LastWrite TimeOf(std::uint64_t number, unsigned signs) {
+  if ((signs & kIsWholeSeconds) != 0) return LastWrite(number * kTicksPerSecond);
+  if ((signs & kIsUtc) != 0) return LastWrite(number);
+  DosTime words;
+  words.date = static_cast<std::uint16_t>(number >> 16);
+  words.time = static_cast<std::uint16_t>(number);
+  return LastWrite(words);
+}
+
+}  // namespace
+
+const std::uint8_t* MemberTable::RecordAt(std::size_t position) const {
+  const std::uint32_t place = places[position];
+  return &blocks[place / kBlockBytes][place % kBlockBytes];
+}
+
+MemberKind MemberTable::KindAt(std::size_t position) const {
+  return static_cast<MemberKind>(*RecordAt(position) & kKindBits);
+}
+
+Member MemberTable::operator[](std::size_t position) const {
+  RecordReader record(RecordAt(position));
+  Member member;
+  const unsigned signs = record.Byte();
+  member.kind = static_cast<MemberKind>(signs & kKindBits);
+  if (const unsigned fault = record.Byte()) member.fault = static_cast<ResultCode>(0x8000 | fault);
+  if (const unsigned method = record.Byte()) {
+    member.unpacking = static_cast<codec::Method>(method - 1);
+  }
+  for (char& letter : member.method) letter = static_cast<char>(record.Byte());
+  member.attribute = record.Byte();
+  const unsigned low = record.Byte();
+  const unsigned high = record.Byte();
+  if ((signs & kHasCrc) != 0) member.crc = static_cast<std::uint16_t>(high << 8 | low);
+  const auto nameBytes = static_cast<std::size_t>(record.Number());
+  member.offset = record.Number();
+  member.headerBytes = static_cast<std::uint32_t>(record.Number());
+  member.packedBytes = record.Number();
+  member.originalBytes = record.Number();
+  member.lastWrite = TimeOf(record.Number(), signs);
+  member.name = record.Text(nameBytes);
+  return member;
+}
+
+std::string_view MemberTable::NameAt(std::size_t position) const {
+  RecordReader record(RecordAt(position) + kFixedBytes);
+  const auto nameBytes = static_cast<std::size_t>(record.Number());
+  for (std::size_t i = 1; i < kMaxNumbers; ++i) record.Number();
+  return record.Text(nameBytes);
+}
+
+std::uint32_t MemberTable::Store(const Member& member) {
+  const std::size_t most = kFixedBytes + kMaxNumbers * kMaxNumberBytes + member.name.size();
+  if (blocks.empty() || blocks.back().size() + most > kBlockBytes) {
+    if (blocks.size() == kMaxBlocks || most > kBlockBytes) {
+      throw Failure(ResultCode::NotEnoughMemory);
+    }
+    blocks.emplace_back().reserve(kBlockBytes);
+  }
+  std::vector<std::uint8_t>& block = blocks.back();
+  const std::size_t place = (blocks.size() - 1) * kBlockBytes + block.size();
+  RecordWriter record(block);
+  unsigned signs = static_cast<unsigned>(member.kind) | (member.crc ? kHasCrc : 0);
+  const std::uint64_t time = TimeNumber(member.lastWrite, signs);
+  record.Byte(signs);
+  record.Byte(member.fault ? static_cast<unsigned>(*member.fault) & 0xFF : 0);
+  record.Byte(member.unpacking ? static_cast<unsigned>(*member.unpacking) + 1 : 0);
+  for (const char letter : member.method) record.Byte(static_cast<unsigned char>(letter));
+  record.Byte(member.attribute);
+  record.Byte(member.crc.value_or(0));
+  record.Byte(member.crc.value_or(0) >> 8);
+  record.Number(member.name.size());
+  for (const std::uint64_t number : {member.offset, std::uint64_t{member.headerBytes},
+                                     member.packedBytes, member.originalBytes, time}) {
+    record.Number(number);
+  }
+  block.insert(block.end(), member.name.begin(), member.name.end());
+  return static_cast<std::uint32_t>(place);
+}
+
+void MemberTable::Append(const Member& member) {
+  places.push_back(Store(member));
+}
+
+void MemberTable::Rename(std::size_t position, std::string_view name) {
+  Member member = (*this)[position];
+  member.name = name;
+  places[position] = Store(member);
+}
+
+void MemberTable::Cut(std::size_t count) {
+  if (count >= size()) return;
+  const std::uint32_t place = places[count];
+  places.resize(count);
+  blocks.resize(place / kBlockBytes + 1);
+  blocks.back().resize(place % kBlockBytes);
+}
+
+}  // namespace kozor::container

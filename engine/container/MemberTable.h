@@ -1,0 +1,65 @@
+// MemberTable.h - the members of an archive in little room.
+//
+// An archive may have millions of members, most of them empty.  A member takes some 25 bytes and
+// its name: numbers stand in as many bytes as they need, seven bits in each, and names beside them.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <iterator>
+#include <string_view>
+#include <vector>
+
+#include "engine/container/Member.h"
+
+namespace kozor::container {
+
+class MemberTable {
+ public:
+  std::size_t size() const { return places.size(); }
+  bool empty() const { return places.empty(); }
+
+  Member operator[](std::size_t position) const;
+  // The same without the rest.  A name stays where it is until it is changed.
+  MemberKind KindAt(std::size_t position) const;
+  std::string_view NameAt(std::size_t position) const;
+
+  // Throws ResultCode::NotEnoughMemory beyond 4 GiB.
+  void Append(const Member& member);
+  void Rename(std::size_t position, std::string_view name);
+  // Only the first `count` members stay.
+  void Cut(std::size_t count);
+
+  // Elements are made as they are looked at.
+  class Iterator {
+   public:
+    using iterator_category = std::input_iterator_tag;
+    using value_type = Member;
+    using difference_type = std::ptrdiff_t;
+    using pointer = const Member*;
+    using reference = Member;
+
+    Iterator(const MemberTable& all, std::size_t first) : table(&all), position(first) {}
+    Member operator*() const { return (*table)[position]; }
+    Iterator& operator++() {
+      ++position;
+      return *this;
+    }
+    bool operator==(const Iterator&) const = default;
+
+   private:
+    const MemberTable* table;
+    std::size_t position;
+  };
+  Iterator begin() const { return {*this, 0}; }
+  Iterator end() const { return {*this, size()}; }
+
+ private:
+  const std::uint8_t* RecordAt(std::size_t position) const;
+  std::uint32_t Store(const Member& member);
+
+  std::vector<std::uint32_t> places;              // of the records in the blocks, end to end
+  std::vector<std::vector<std::uint8_t>> blocks;  // a record doesn't go over a block's end
+};
+
+}  // namespace kozor::container
