@@ -44,30 +44,43 @@ void RequireLevel(int level) {
   if (level < kFastestLevel || level > kSmallestLevel) throw std::invalid_argument("no such level");
 }
 
-// Levels from kFastestLevel on.  Each takes about 1.2 to 1.5 times as long as the one before; the
-// first of the near-optimal levels takes about three times as long.
-constexpr std::array<LazyEffort, 6> kLazyLevels{{{{4, 16}, {0, 16}, 0, 16},
-                                                 {{6, 24}, {4, 24}, 1, 16},
-                                                 {{10, 32}, {6, 32}, 1, 24},
-                                                 {{16, 48}, {8, 48}, 1, 32},
-                                                 {{32, 64}, {16, 64}, 1, 32},
-                                                 {{128, 192}, {64, 192}, 2, 128}}};
-// A single pass packs best if the costs are updated in small steps.
-constexpr std::array<OptimalEffort, 3> kOptimalLevels{
-    {{{16, 48}, 1, 32 << 10}, {{40, 128}, 2, 64 << 10}, {{120, 256}, 3, 128 << 10}}};
-static_assert(kLazyLevels.size() + kOptimalLevels.size() == kSmallestLevel);
+// The efforts of the levels from kFastestLevel on: first those of the lazy parser, then those of
+// the near-optimal one.  A single pass of that packs best if the costs are updated in small steps.
+struct Levels {
+  std::array<LazyEffort, 6> lazy;
+  std::array<OptimalEffort, 3> optimal;
+};
+// Up to 8 KiB there is little to find, and it is found soon.
+constexpr Levels kSmallWindowLevels{
+    {{{{4, 16}, {0, 16}, 0, 16},
+      {{6, 24}, {4, 24}, 1, 16},
+      {{10, 32}, {6, 32}, 1, 24},
+      {{16, 48}, {8, 48}, 1, 32},
+      {{24, 48}, {12, 48}, 1, 32},
+      {{128, 192}, {64, 192}, 2, 128}}},
+    {{{{16, 48}, 1, 32 << 10}, {{40, 128}, 2, 64 << 10}, {{120, 256}, 3, 128 << 10}}}};
+constexpr Levels kLargeWindowLevels{
+    {{{{4, 16}, {0, 16}, 0, 16},
+      {{6, 24}, {4, 24}, 1, 16},
+      {{10, 32}, {6, 32}, 1, 24},
+      {{24, 64}, {12, 64}, 1, 32},
+      {{48, 96}, {16, 64}, 1, 32},
+      {{128, 192}, {64, 192}, 2, 128}}},
+    {{{{16, 48}, 1, 32 << 10}, {{40, 128}, 1, 32 << 10}, {{80, 192}, 2, 64 << 10}}}};
+static_assert(kSmallWindowLevels.lazy.size() + kSmallWindowLevels.optimal.size() == kSmallestLevel);
 
 std::unique_ptr<Parser> MakeParser(int level, std::size_t windowBytes) {
+  constexpr std::size_t kSmallWindow = 8192;
+  const Levels& levels = windowBytes <= kSmallWindow ? kSmallWindowLevels : kLargeWindowLevels;
   const auto index = static_cast<std::size_t>(level - kFastestLevel);
-  if (index < kLazyLevels.size()) return MakeLazyParser(kLazyLevels[index], windowBytes);
-  return MakeOptimalParser(kOptimalLevels[index - kLazyLevels.size()], windowBytes);
+  if (index < levels.lazy.size()) return MakeLazyParser(levels.lazy[index], windowBytes);
+  return MakeOptimalParser(levels.optimal[index - levels.lazy.size()], windowBytes);
 }
 
 // Small stretches allow better block boundaries.  At the fast levels the saving isn't worth the
 // time.
-constexpr int kCoarseLevel = 3;
 std::size_t StretchItems(int level) {
-  return level <= kCoarseLevel ? 2048 : level <= kDefaultLevel ? 1024 : 512;
+  return level <= kDefaultLevel ? 2048 : 512;
 }
 
 }  // namespace
