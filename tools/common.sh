@@ -51,6 +51,8 @@ need_build_tools() {
 need_test_tools() {
   need_build_tools
   need_packages libgtest-dev libgmock-dev pkg-config attr lhasa 7zip libarchive-tools jlha-utils
+  # Headers that define names of ours, too.
+  need_packages libncurses-dev libjpeg-dev libglib2.0-dev unixodbc-dev x11proto-dev
 }
 
 # quietly LOG COMMAND...: runs a command and shows its output only if it fails.

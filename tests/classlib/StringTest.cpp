@@ -11,6 +11,9 @@
 #include "tests/support/CodePageScope.h"
 
 std::string WhatTheirsSay();  // GuestOther.cpp
+// GuestNames.h and our headers, whichever comes first.
+bool TheirsComing_first();
+bool TheirsComing_last();
 
 namespace {
 
@@ -26,6 +29,13 @@ TEST(ClassLibString, IsAnotherClassThanOneOfTheSameNameInAnotherFile) {
   EXPECT_FALSE(CFile().IsOpen());
   EXPECT_EQ(WhatTheirsSay(), "CString CFile CObject");
 }
+
+#if !defined(_WIN32)
+TEST(ClassLibString, StandsBesideAProgramsOwnNamesInOneFile) {
+  EXPECT_TRUE(TheirsComing_first());
+  EXPECT_TRUE(TheirsComing_last());
+}
+#endif
 
 TEST(ClassLibString, CopiesShareTheirTextUntilOneChanges) {
   CString first = "text";
