@@ -12,6 +12,7 @@
 #include "Failure.h"
 #include "Host.h"
 #include "Mask.h"
+#include "Salvage.h"
 #include "Volumes.h"
 #include "ZorFileServices.h"
 #include "platform/base/Clock.h"
@@ -44,7 +45,7 @@ constexpr auto kOptions =
     Join(kDeliveryOptions,
          std::array<Option, 1>{{{"--continue", "",
                                  "where a volume is missing, restore the files of the\n"
-                                 "others (needs the catalogue)"}}});
+                                 "others, as far as that can be told without it"}}});
 
 class RestoreVolumes : public Volumes {
  public:
@@ -226,7 +227,7 @@ class CatalogueRestore {
       progress.Running(file.bytes - contents.size(), file.name);
       StopIfAsked();
     }
-    if (sum.Finish() != file.sha256) {
+    if (!file.sha256.empty() && sum.Finish() != file.sha256) {
       throw FileFailure(kChanged + std::to_string(file.volume) + " or after it");
     }
   }
@@ -298,13 +299,15 @@ void Restore(const Arguments& arguments) {
   const MaskList excludes(arguments.Values("--exclude"));
   Delivery delivery(AbsolutePath(arguments.Value("-d", ".")), rules);
   const bool goesOn = arguments.Has("--continue");
-  if (const std::optional<Catalogue> catalogue = UsableCatalogue(name)) {
+  std::optional<Catalogue> catalogue = UsableCatalogue(name);
+  if (!catalogue && goesOn && name.IsPattern()) catalogue = SalvageCatalogue(name);
+  if (catalogue) {
     const auto wanted = [&](const std::string& file) {
       return (masks.Empty() || masks.Means(file)) && !excludes.Means(file);
     };
     CatalogueRestore(*catalogue, name, delivery, rules.links).Run(wanted, goesOn);
   } else {
-    if (goesOn) Remark("there is no catalogue to go by: --continue is of no use");
+    if (goesOn) Remark("--continue needs the catalogue, or a VOLUME with #; it is of no use here");
     RestoreVolumes volumes(name, masks, excludes, delivery);
     // OnMakeFileName decides where each file goes, but the library requires a directory.
     volumes.Require(volumes.Restore(nullptr, "C:\\"));

@@ -56,20 +56,25 @@ VolumeReader::VolumeReader(const std::filesystem::path& volumePath) : path(volum
 
 std::optional<VolumeRecord> VolumeReader::Next() {
   if (at >= end) return std::nullopt;
+  VolumeRecord record = RecordAt(at);
+  at = record.offset + record.size;
+  return record;
+}
+
+VolumeRecord VolumeReader::RecordAt(std::uint64_t offset) {
   ZorFileRecord raw{};
-  const std::string head = ReadText(at, kRecordFixedBytes);
+  const std::string head = ReadText(offset, kRecordFixedBytes);
   std::memcpy(&raw, head.data(), head.size());
   const std::uint32_t nameBytes = ZorNameBytes(raw.nameWord);
   if (nameBytes > kNameAreaBytes) throw Failure(Visible(path.string()) + ": damaged");
-  const std::string name = ReadText(at + kRecordFixedBytes, nameBytes);
+  const std::string name = ReadText(offset + kRecordFixedBytes, nameBytes);
   std::memcpy(raw.name, name.data(), name.size());
   VolumeRecord record;
   record.name = static_cast<const char*>(ZorRecordName(raw));
   record.size = raw.fileBytes;
   record.time = raw.timeStamp;
   record.attribute = raw.attribute;
-  record.offset = at + kRecordFixedBytes + nameBytes;
-  at = record.offset + record.size;
+  record.offset = offset + kRecordFixedBytes + nameBytes;
   return record;
 }
 

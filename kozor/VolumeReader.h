@@ -49,6 +49,8 @@ class VolumeReader {
   void Skip(std::uint64_t bytes) { at += bytes; }
   // The next record that begins on the volume; nothing after the last one.
   std::optional<VolumeRecord> Next();
+  // The record whose head stands at this place.
+  VolumeRecord RecordAt(std::uint64_t offset);
   // The bytes of the last file that continue on later volumes.
   std::uint64_t BytesCarriedOver() const { return at > end ? at - end : 0; }
 

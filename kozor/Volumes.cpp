@@ -2,6 +2,7 @@
 #include "Volumes.h"
 
 #include <algorithm>
+#include <charconv>
 
 #include "Console.h"
 #include "Failure.h"
@@ -10,6 +11,13 @@
 namespace kozor::program {
 
 namespace fs = std::filesystem;
+
+namespace {
+
+// More than anyone has; a larger number in a name is no volume's.
+constexpr int kMostVolumes = 65'535;
+
+}  // namespace
 
 std::string ReasonText(int volumeResult) {
   switch (volumeResult) {
@@ -53,6 +61,19 @@ bool VolumeName::Means(const fs::path& path) const {
   const std::string number =
       file.substr(before.size(), file.size() - before.size() - behind.size());
   return number.find_first_not_of("0123456789") == std::string::npos;
+}
+
+int VolumeName::LastNumber() const {
+  int last = 0;
+  std::error_code ignored;
+  for (const fs::directory_entry& entry : fs::directory_iterator(directory, ignored)) {
+    if (!Means(entry.path())) continue;
+    const std::string file = entry.path().filename().string();
+    int number = 0;
+    std::from_chars(file.data() + before.size(), file.data() + file.size() - behind.size(), number);
+    last = std::max(last, std::min(number, kMostVolumes));
+  }
+  return last;
 }
 
 void Volumes::Require(int succeeded) const {

@@ -21,6 +21,8 @@ class VolumeName {
   std::filesystem::path Path(int volumeNumber) const;
   // Whether `path` is one of these volumes.
   bool Means(const std::filesystem::path& path) const;
+  // The highest number of a volume that is there; 0 when none is.
+  int LastNumber() const;
   const std::string& Word() const { return word; }
 
  private:

@@ -115,6 +115,28 @@ TEST_F(KozorVolumes, ShowWithTheirCatalogueWhatHasChangedOrIsLost) {
   EXPECT_THAT(folder.List("out"), ElementsAre("z"));
 }
 
+TEST_F(KozorVolumes, WithoutACatalogueGoOnAfterAMissingOne) {
+  BackUp({"--volume-size", "50K", "--no-catalogue"}, "set-#.vol");
+  fs::remove(folder.Path("set-2.vol"));
+  EXPECT_THAT(MustFail({"restore", "--continue", "set-#.vol", "-d", "out"}),
+              AllOf(HasSubstr("set-2.vol"), HasSubstr("big.bin: lost with")));
+  EXPECT_EQ(Shell("rm tree/big.bin; diff -r tree out").output, "");
+  fs::remove(folder.Path("set-1.vol"));
+  fs::remove_all(folder.Path("out"));
+  EXPECT_THAT(MustFail({"restore", "--continue", "set-#.vol", "-d", "out"}),
+              HasSubstr("of the set are lost with the missing volumes; their names are not known"));
+  EXPECT_EQ(Shell("cmp tree/z out/z").output, "");
+
+  // A stored volume's records aren't taken for the set's.
+  ASSERT_EQ(Shell("mkdir nested && { head -c 60000 /dev/zero; cat set-3.vol; } > nested/b").status,
+            0);
+  MustRun({"backup", "--volume-size", "40000", "--no-catalogue", "n-#.vol", "-C", "nested", "."});
+  fs::remove(folder.Path("n-1.vol"));
+  EXPECT_THAT(MustFail({"restore", "--continue", "n-#.vol", "-d", "none"}),
+              HasSubstr("n-2.vol: no file on it can be told for certain"));
+  EXPECT_FALSE(folder.Exists("none/z"));
+}
+
 TEST_F(KozorVolumes, OfAnotherSetAreRefused) {
   BackUp({"--volume-size", "100000"}, "set-#.vol");
   BackUp({"--volume-size", "100000"}, "other-#.vol");
