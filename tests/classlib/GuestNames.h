@@ -1,5 +1,5 @@
-// GuestNames.h - what a program may define beside ours in the same source file, in either order: the
-// usual aliases as far as they agree, and any names in a namespace of its own.
+// GuestNames.h - what a program may define beside ours in the same source file, in either order:
+// the usual aliases as far as they agree, and any names in a namespace of its own.
 #pragma once
 
 #include <string>
