@@ -4,11 +4,11 @@
 #include <algorithm>
 #include <array>
 #include <cctype>
-#include <ctime>
 
 #include "Console.h"
 #include "Failure.h"
 #include "Host.h"
+#include "Listing.h"
 
 namespace kozor::program {
 
@@ -35,13 +35,6 @@ void RequireSound(const std::string& name) {
   if (control || name.find_first_of("\"*/:<>?|") != std::string::npos) {
     throw FileFailure("refused: no file can have this name (kozor print shows the contents)");
   }
-}
-
-std::string TimeText(std::int64_t seconds) {
-  const std::time_t time = seconds;
-  std::array<char, 32> text{};
-  std::strftime(text.data(), text.size(), "%Y-%m-%d %H:%M:%S", std::localtime(&time));
-  return text.data();
 }
 
 }  // namespace

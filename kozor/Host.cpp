@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
+#include <ctime>
 
 #include "Failure.h"
 #include "platform/classlib/ClassLib.h"
@@ -206,6 +207,12 @@ std::string LinkTarget(const fs::path& path) {
 std::int64_t LinkTime(const fs::path& path) {
   struct stat info {};
   return lstat(path.c_str(), &info) == 0 ? info.st_mtim.tv_sec : 0;
+}
+
+// std::localtime looks each time whether the system's time zone has changed.
+bool LocalTime(std::int64_t secondsSince1970, std::tm& local) {
+  const std::time_t time = secondsSince1970;
+  return localtime_r(&time, &local) != nullptr;
 }
 
 std::string PathOnOwnDrive(const fs::path& path) {

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <ctime>
 #include <filesystem>
 #include <string>
 
@@ -63,6 +64,9 @@ bool IsLink(const std::filesystem::path& path);
 std::string LinkTarget(const std::filesystem::path& path);
 // The last write of a link itself, or of what else stands at `path`.
 std::int64_t LinkTime(const std::filesystem::path& path);
+
+// A moment in the local calendar and zone; false if it has no such date.
+bool LocalTime(std::int64_t secondsSince1970, std::tm& local);
 
 // Maps the file system that holds `path`, or would hold it, to a drive of its own, and returns the
 // library's path of `path` on that drive.  Asking for the room on it then asks the right disk.  The

@@ -5,16 +5,16 @@
 #include <array>
 #include <ctime>
 
+#include "Host.h"
 #include "platform/classlib/ClassLib.h"
 
 namespace kozor::program {
 
 std::string TimeText(std::int64_t secondsSince1970) {
-  const std::time_t time = secondsSince1970;
-  const std::tm* const local = std::localtime(&time);
+  std::tm local{};
   std::array<char, 32> text{};
-  if (local == nullptr ||
-      std::strftime(text.data(), text.size(), "%Y-%m-%d %H:%M:%S", local) == 0) {
+  if (!LocalTime(secondsSince1970, local) ||
+      std::strftime(text.data(), text.size(), "%Y-%m-%d %H:%M:%S", &local) == 0) {
     return "-------------------";
   }
   return text.data();

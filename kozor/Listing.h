@@ -1,4 +1,4 @@
-// Listing.h - formats the lines of kozor list and kozor info.
+// Listing.h - formats times, and the lines of kozor list and kozor info.
 #pragma once
 
 #include <cstdint>
