@@ -21,10 +21,10 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::size_t kHeadBytes = sizeof(ZorFileRecord);
-// Where a stored file is a volume itself, its records look like the set's.
+// If a stored file is itself a volume, its records look like those of the set.
 constexpr std::string_view kVolumeMark = "Morlig Filer Library Version ";
 
-// Whether the bytes can be the head of a record, of which the volume has so many.
+// Whether the bytes may begin with the head of a record.
 bool MayBeHead(std::span<const unsigned char> bytes) {
   constexpr unsigned kAttributes = 0xA7;
   if (bytes.size() < kRecordFixedBytes + 2) return false;
@@ -49,7 +49,7 @@ class RecordFinder {
   RecordFinder(VolumeReader& wholeVolume, VolumeReader* nextVolume)
       : volume(wholeVolume), next(nextVolume) {}
 
-  // Where the first record stands that can be proven.
+  // The position of the first record that can be proven.
   std::optional<std::uint64_t> Find() {
     constexpr std::size_t kBlockBytes = 1 << 20;
     std::vector<unsigned char> block(kBlockBytes + kHeadBytes);
@@ -69,7 +69,7 @@ class RecordFinder {
   }
 
  private:
-  // Whether heads follow one another from here up to the end.  No place is looked at twice.
+  // Whether heads follow one another from here to the end.  Checks each position only once.
   bool Leads(std::uint64_t at) {
     for (int heads = 0;; ++heads) {
       if (at == volume.Size()) return true;
@@ -95,7 +95,7 @@ class RecordFinder {
     if (!MayBeHead(head)) return std::nullopt;
     const VolumeRecord record = reader.RecordAt(at);
     const std::uint64_t end = record.offset + record.size;
-    // A head stands on a volume only with a part of its data.
+    // Unless the file is empty, some of its data follows the head on the same volume.
     if (record.size > 0 && record.offset >= reader.Size()) return std::nullopt;
     return end;
   }

@@ -1,5 +1,4 @@
-// Salvage.h - what the volumes that are left tell of a backup set when others are missing and there
-// is no catalogue.
+// Salvage.h - finds the files of a backup set when volumes are missing and there is no catalogue.
 #pragma once
 
 #include "Catalogue.h"
@@ -7,11 +6,11 @@
 
 namespace kozor::program {
 
-// The files that begin on the volumes at hand, without checksums.  A volume after a missing one
-// begins in the middle of a file of which nothing is known; on it the first record counts that can
-// be proven: from it on heads in sound form follow one another up to the end of the volume, or into
-// the next one.  Complains of each volume that is missing or on which nothing can be proven, and of
-// the number of files that are lost without a name.  Throws Failure when there is no volume at all.
+// Returns the files that begin on the existing volumes, without checksums.  A volume after a
+// missing one begins in the middle of an unknown file.  There, reading starts at the first record
+// that can be proven: valid heads follow one another from it to the end of the volume, or into the
+// next one.  Reports each volume that is missing or on which nothing can be proven, and the number
+// of files that are lost without a name.  Throws Failure if there is no volume at all.
 Catalogue SalvageCatalogue(const VolumeName& name);
 
 }  // namespace kozor::program

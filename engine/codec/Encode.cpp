@@ -50,7 +50,7 @@ struct Levels {
   std::array<LazyEffort, 6> lazy;
   std::array<OptimalEffort, 3> optimal;
 };
-// Up to 8 KiB there is little to find, and it is found soon.
+// Windows of up to 8 KiB hold few matches, which are found early.
 constexpr Levels kSmallWindowLevels{
     {{{{4, 16}, {0, 16}, 0, 16},
       {{6, 24}, {4, 24}, 1, 16},

@@ -174,8 +174,9 @@ void OptimalParser::CollectMatches(std::size_t begin, std::size_t end) {
 
 // Settles the positions from `begin` to `end`; those after them must be settled already.
 //
-// A way is one number: its cost, then the match, so the least number is the cheapest way.  A test
-// for each length would be guessed wrong so often that it took longer than all the rest.
+// A way is a single number: its cost, then the match, so the least number is the cheapest way.  A
+// branch for each length would be mispredicted so often that it would take longer than all the
+// rest.
 void OptimalParser::ChooseItems(std::span<const std::uint8_t> bytes, std::size_t begin,
                                 std::size_t end, const CostModel& model) {
   using Way = std::uint64_t;  // cost (32 bits), offset (16), length (16); of a literal 0, 0

@@ -41,12 +41,12 @@ class Extraction {
     const auto other = OtherSchemeOf(*method);
     const bool isWhole = target.size() == member.originalBytes;
     if (!other || !isWhole || !member.crc) return Deliver(*method, written);
-    // Where neither is right, the member is what its header says.
+    // If neither fits, the header decides.
     if (!Delivers(*method, written) && !Delivers(*other, written)) Deliver(*method, written);
   }
 
  private:
-  // Two schemes share the id of lh7, and the signs in the header that tell them apart are weak.
+  // Two methods share the id of lh7, and the header has only weak signs of which one it is.
   static std::optional<codec::Method> OtherSchemeOf(codec::Method method) {
     if (method == codec::Method::Lh7) return codec::Method::Lk7;
     if (method == codec::Method::Lk7) return codec::Method::Lh7;

@@ -52,8 +52,8 @@ Member Describe(const MemberHeader& header, std::uint64_t offset) {
   return member;
 }
 
-// Tells names apart that look the same when they are shown.  It depends on nothing else in the
-// archive, so that a member keeps its mark when others come and go.
+// Distinguishes names that look the same when shown.  It depends on nothing else in the archive, so
+// that a member keeps its mark when others are added or deleted.
 std::uint32_t SumOf(const NameFields& fields) {
   std::uint32_t sum = 2166136261;  // FNV-1a
   const auto add = [&sum](const auto& text) {
@@ -96,8 +96,8 @@ ArchiveIndex::ArchiveIndex(ByteSource& source, unsigned int codePage, unsigned i
 }
 
 void ArchiveIndex::ReadOn(ByteSource& source) {
-  // Most archives are in code page 932.  Where all names together say otherwise the headers are
-  // read once more, since names of a million members are too many to be kept meanwhile.
+  // Most archives are in code page 932.  If all names together indicate another, the headers are
+  // read again, because keeping the raw names of a million members would take too much memory.
   const Start start = {endOffset, members.size(), damage};
   unsigned int page = namePage != 0 ? namePage : kShiftJis;
   for (;;) {
@@ -174,7 +174,7 @@ void ArchiveIndex::AddMember(const MemberHeader& header, Member member, unsigned
   AppendNamed(std::move(member), header.name, shown.altered);
 }
 
-// Whatever it was, it is listed as a file, and by its name as far as that can be read.
+// Whatever its kind, it is listed as a file, with as much of its name as can be read.
 void ArchiveIndex::AddDamagedMember(const MemberHeader& header, Member member, ResultCode fault) {
   member.kind = MemberKind::File;
   member.fault = fault;
@@ -225,8 +225,8 @@ bool ArchiveIndex::HasKey(std::string_view name) const {
   return firstByKey.Find(KeyHash(key), hasKey) != PositionTable::kNone;
 }
 
-// Names that differ only in what cannot be shown would hide each other.  The later one gets a mark:
-// "__.txt", "__.txt~40517"; `uses` counts those that would have got this mark.
+// Names that differ only in characters that can't be shown would hide each other.  The later one
+// gets a mark: "__.txt", "__.txt~40517"; `uses` counts those that would have got this mark.
 void ArchiveIndex::MakeNameUnique(const Altered& member, std::size_t& uses) {
   if (members.KindAt(member.position) != MemberKind::File) return;
   const std::string name(members.NameAt(member.position));

@@ -50,12 +50,12 @@ class ArchiveIndex {
   bool HasEndMark() const { return hasEndMark; }
 
  private:
-  // A member whose shown name says less than its header: other names may look the same.
+  // A member whose name isn't shown completely, so that other names may look the same.
   struct Altered {
     std::uint32_t position;
     std::uint32_t mark;  // made of the name in the header
   };
-  // Where a reading begins that may have to be done again.
+  // The start of a pass that may have to be repeated.
   struct Start {
     std::uint64_t offset;
     std::size_t members;
@@ -77,7 +77,7 @@ class ArchiveIndex {
   MemberTable members;
   PositionTable firstByKey;  // the first member of each name without case
   PositionTable linksByName;
-  PositionTable lastByName;  // the last one of each exact name that isn't the only one of its key
+  PositionTable lastByName;  // the last one of each exact name, if several names share its key
   std::uint64_t prefixBytes = 0;
   std::uint64_t endOffset = 0;
   bool hasEndMark = false;

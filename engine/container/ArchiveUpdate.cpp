@@ -67,8 +67,8 @@ class WithFirstByte : public ByteSource {
 };
 
 // Reads the headers from `begin` on.  They must lead to the end mark as the last byte, and the
-// first header must still be found at the same offset: a member may have a method that is passed
-// over where an archive begins.
+// first header must still be found at the same offset: a member may have a method that the search
+// for the first header skips.
 void CheckReadable(ByteSource& source, const ArchiveIndex& old, std::uint64_t begin) {
   const bool isFound = FindFirstHeader(source) == old.PrefixBytes();
   MemberWalker walker(source, begin);

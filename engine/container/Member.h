@@ -1,4 +1,4 @@
-// Member.h - one member of an archive as the index knows it.
+// Member.h - one member of an archive in the index.
 #pragma once
 
 #include <cstdint>
@@ -14,11 +14,11 @@ namespace kozor::container {
 enum class MemberKind : std::uint8_t {
   File,
   Directory,
-  Unlisted,  // a symbolic link, or a member whose name says nothing: kept, but never shown
+  Unlisted,  // a symbolic link, or a member without a usable name: kept, but never shown
 };
 
-// When a member was last written, as its header tells it: in UTC, or in DOS words of local time.
-// The other clock is worked out when it is asked for.
+// The last-write time in a member's header: UTC, or DOS words of local time.  The other form is
+// computed on request.
 class LastWrite {
  public:
   LastWrite() = default;
@@ -38,7 +38,7 @@ class LastWrite {
 struct Member {
   MemberKind kind = MemberKind::File;
   MethodId method{};
-  std::optional<codec::Method> unpacking = {};  // empty when there is no decoder for it
+  std::optional<codec::Method> unpacking = {};  // empty if there is no decoder for it
   std::string name;  // as it is shown (MemberName.h); a directory's ends in '\'
 
   std::uint64_t offset = 0;  // of the header in the file
@@ -46,7 +46,7 @@ struct Member {
   std::uint64_t packedBytes = 0;
   std::uint64_t originalBytes = 0;
   std::optional<std::uint16_t> crc;
-  std::optional<ResultCode> fault;  // why the data cannot be delivered, if that is known already
+  std::optional<ResultCode> fault;  // why the data can't be extracted, if already known
 
   LastWrite lastWrite;
   std::uint16_t attribute = 0;  // DOS bits

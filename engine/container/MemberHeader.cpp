@@ -227,7 +227,7 @@ std::optional<codec::Method> MemberHeader::UnpackingMethod() const {
 }
 
 bool MemberHeader::ClaimsTooMuch() const {
-  constexpr std::uint64_t kPlausibleYield = 1024;  // of a method that nobody knows
+  constexpr std::uint64_t kPlausibleYield = 1024;  // of an unknown method
   if (IsDirectoryMethod()) return false;
   const auto unpacking = UnpackingMethod();
   return originalBytes > (unpacking ? codec::MostUnpackedBytes(*unpacking, packedBytes)

@@ -1,8 +1,8 @@
 // MemberTable.cpp - see MemberTable.h.
 //
-// A record: kind and signs (1 byte), fault (1), method to unpack by (1), method id (5), attribute
-// (1), CRC (2), and as numbers of several bytes the length of the name, offset, size of the header,
-// packed and original size, time; then the name.
+// A record: kind and flags (1 byte), fault (1), method to unpack by (1), method id (5), attribute
+// (1), CRC (2); as variable-length numbers the length of the name, offset, header size, packed and
+// original size, and time; then the name.
 #include "engine/container/MemberTable.h"
 
 #include <algorithm>
@@ -16,7 +16,7 @@ constexpr std::size_t kFixedBytes = 11;
 constexpr std::size_t kMaxNumberBytes = 10;
 constexpr std::size_t kMaxNumbers = 6;
 
-// In the first byte, above the two bits of the kind.
+// Flags in the first byte, above the two bits of the kind.
 constexpr unsigned kKindBits = 0x03;
 constexpr unsigned kHasCrc = 0x04;
 constexpr unsigned kIsUtc = 0x08;
@@ -57,7 +57,7 @@ class RecordReader {
   const std::uint8_t* next;
 };
 
-// The time as a number; `signs` gets its clock and unit.
+// Returns the time as a number; `signs` receives the flags for its clock and unit.
 std::uint64_t TimeNumber(const LastWrite& time, unsigned& signs) {
   if (!time.IsUtc()) {
     const DosTime words = time.Local();

@@ -1,7 +1,7 @@
-// MemberTable.h - the members of an archive in little room.
+// MemberTable.h - a compact table of the members of an archive.
 //
-// An archive may have millions of members, most of them empty.  A member takes some 25 bytes and
-// its name: numbers stand in as many bytes as they need, seven bits in each, and names beside them.
+// An archive may have millions of members, most of them empty.  A member takes about 25 bytes and
+// its name.  Numbers have a variable length, with seven bits in each byte.
 #pragma once
 
 #include <cstddef>
@@ -27,7 +27,7 @@ class MemberTable {
   // Throws ResultCode::NotEnoughMemory beyond 4 GiB.
   void Append(const Member& member);
   void Rename(std::size_t position, std::string_view name);
-  // Only the first `count` members stay.
+  // Removes all but the first `count` members.
   void Cut(std::size_t count);
 
   // Elements are made as they are looked at.
@@ -58,8 +58,8 @@ class MemberTable {
   const std::uint8_t* RecordAt(std::size_t position) const;
   std::uint32_t Store(const Member& member);
 
-  std::vector<std::uint32_t> places;              // of the records in the blocks, end to end
-  std::vector<std::vector<std::uint8_t>> blocks;  // a record doesn't go over a block's end
+  std::vector<std::uint32_t> places;              // positions of the records in all blocks together
+  std::vector<std::vector<std::uint8_t>> blocks;  // no record crosses the end of a block
 };
 
 }  // namespace kozor::container

@@ -1,5 +1,5 @@
-// PositionTable.h - finds positions by a hash of what stands there: five bytes a place, and nothing
-// of what stands there itself.
+// PositionTable.h - finds positions by a hash of the data there.  It takes five bytes per slot and
+// stores none of that data.
 //
 // Callers compare (`isWanted(position)`) and hash (`hashAt(position)`).
 #pragma once
@@ -15,13 +15,13 @@ class PositionTable {
  public:
   static constexpr std::uint32_t kNone = 0xFFFFFFFF;
 
-  // kNone when there is none.
+  // kNone if there is none.
   template <typename IsWanted>
   std::uint32_t Find(std::size_t hash, IsWanted isWanted) const {
     return slots.empty() ? kNone : slots[SlotOf(hash, isWanted)];
   }
 
-  // Puts `position` in the place of the one that is wanted, or in a new one.
+  // Replaces the wanted position by `position`, or adds it.
   template <typename IsWanted, typename HashAt>
   void Put(std::size_t hash, std::uint32_t position, IsWanted isWanted, HashAt hashAt) {
     if ((count + 1) * 4 > slots.size() * 3) Grow(hashAt);
@@ -31,7 +31,7 @@ class PositionTable {
     tags[slot] = TagOf(hash);
   }
 
-  // Makes room for so many at once.
+  // Reserves slots for this many positions.
   template <typename HashAt>
   void Reserve(std::size_t positions, HashAt hashAt) {
     while (positions * 4 > slots.size() * 3) Grow(hashAt);
@@ -40,7 +40,7 @@ class PositionTable {
  private:
   static std::uint8_t TagOf(std::size_t hash) { return static_cast<std::uint8_t>(hash >> 24); }
 
-  // The slot of the wanted position, or the free one where it would go.
+  // The slot of the wanted position, or the free slot for it.
   template <typename IsWanted>
   std::size_t SlotOf(std::size_t hash, IsWanted isWanted) const {
     const std::size_t mask = slots.size() - 1;
@@ -67,7 +67,7 @@ class PositionTable {
   }
 
   std::vector<std::uint32_t> slots;  // a power of two
-  std::vector<std::uint8_t> tags;    // of the hashes, so that few are compared in vain
+  std::vector<std::uint8_t> tags;    // part of each hash, to avoid needless comparisons
   std::size_t count = 0;
 };
 
