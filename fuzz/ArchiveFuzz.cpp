@@ -109,7 +109,7 @@ std::map<std::string, Contents> ExtractAll() {
   return members;
 }
 
-// What members hold, in an order of its own.
+// The sorted contents of members.
 std::vector<Contents> Sorted(const std::map<std::string, Contents>& members) {
   std::vector<Contents> contents;
   for (const auto& member : members) contents.push_back(member.second);
@@ -117,8 +117,8 @@ std::vector<Contents> Sorted(const std::map<std::string, Contents>& members) {
   return contents;
 }
 
-// Every other listed member goes.  The rest stays, though names that are told apart by their place
-// in the archive change.
+// Deletes every other listed member.  The rest stays, though names that are distinguished by their
+// position in the archive change.
 void DeleteSome(std::map<std::string, Contents>& members) {
   std::string line = "d -w0 \"" + Archive() + "\"";
   std::map<std::string, Contents> kept;
@@ -133,7 +133,7 @@ void DeleteSome(std::map<std::string, Contents>& members) {
   Require(Sorted(members) == Sorted(kept));
 }
 
-// Names that begin at the root lose it.
+// Absolute names lose their root.
 class Extractor : public ZorArchive {
  public:
   std::vector<std::pair<std::string, std::string>> targets;  // member, path

@@ -23,7 +23,7 @@ void AppendText(Bytes& bytes, std::string_view text) {
   bytes.insert(bytes.end(), text.begin(), text.end());
 }
 
-// `bytes` is a header that has been read without a complaint.
+// `bytes` is a valid header.
 void TakeChain(ByteSpan bytes, std::size_t begin, ModelMember& member) {
   const std::size_t width = member.level == 3 ? 4 : 2;
   while (const std::size_t size = Number(bytes, begin - width, width)) {

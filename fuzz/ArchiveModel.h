@@ -1,4 +1,4 @@
-// ArchiveModel.h - an archive taken apart, to be changed and put together again.
+// ArchiveModel.h - an archive split into fields, to be changed and reassembled.
 #pragma once
 
 #include <string>
@@ -12,11 +12,11 @@ struct Extension {
   std::string payload;
 };
 
-// Sizes and sums come out right, but for what is added to them here.
+// Sizes and checksums are computed; the errors given here are added to them.
 struct ModelMember {
   unsigned level = 2;
   std::string method = "-lh0-";
-  std::uint32_t packedLie = 0;  // claimed less true
+  std::uint32_t packedLie = 0;  // claimed minus true size
   std::uint32_t originalBytes = 0;
   std::uint32_t time = 0x4B3D3B00;
   std::uint8_t attribute = 0x20;
@@ -36,7 +36,7 @@ struct ArchiveModel {
   Bytes tail = {0};  // from the end mark on
 };
 
-// What does not read as a member ends up in the prefix or the tail.
+// Bytes that aren't a readable member go to the prefix or the tail.
 ArchiveModel TakeApart(std::span<const std::uint8_t> archive);
 Bytes PutTogether(const ArchiveModel& model);
 

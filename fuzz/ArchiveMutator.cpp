@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::size_t kMostMembers = 40;
 
-// Where the archive begins in an input.
+// The position of the archive in an input.
 std::size_t PreambleBytes(std::span<const std::uint8_t> input) {
   if (input.empty()) return 0;
   const auto end = std::find(input.begin() + 1, input.end(), 0);
@@ -220,7 +220,7 @@ void ChangeFrame(ArchiveModel& model, Dice& dice) {
     case 2:
       dice.Disturb(dice.OneIn(2) ? model.tail : model.prefix);
       break;
-    default: {  // a second archive behind the first one
+    default: {  // a second archive after the first one
       const Bytes again = PutTogether(model);
       model.tail.insert(model.tail.end(), again.begin(), again.end());
     }

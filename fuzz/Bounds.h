@@ -1,4 +1,4 @@
-// Bounds.h - runs an input and looks at what it costs.
+// Bounds.h - runs an input and checks its cost.
 #pragma once
 
 #include <cstdint>
@@ -6,8 +6,8 @@
 
 namespace kozor::fuzz {
 
-// Runs the target.  A finding is also more than 64 MiB of memory at one time, which the address
-// sanitizer counts, or more than 10 s of processor time.
+// Runs the target.  Also reports more than 64 MiB of memory at one time, as counted by the address
+// sanitizer, or more than 10 s of processor time.
 void RunWithinBounds(std::span<const std::uint8_t> input);
 
 }  // namespace kozor::fuzz

@@ -47,7 +47,7 @@ class Input {
   std::span<const std::uint8_t> left;
 };
 
-// A finding, told by its place, unless the condition holds.
+// Reports a finding with its source position unless the condition is true.
 void Require(bool condition, const std::source_location& place = std::source_location::current());
 
 // A folder that is empty at the start of a run and removed with the process; on drive C: under the
@@ -63,7 +63,7 @@ class ScratchFolder {
   void Write(const std::string& name, std::span<const std::uint8_t> bytes) const;
   std::string Read(const std::string& name) const;
   void Remove(const std::string& name) const;  // a file or a tree
-  // That nothing else stands in the folder itself.
+  // Requires that the folder itself contains nothing else.
   void RequireOnly(std::initializer_list<std::string_view> names) const;
 
  private:

@@ -44,8 +44,8 @@ void ScratchFolder::Write(const std::string& name, std::span<const std::uint8_t>
              static_cast<std::streamsize>(bytes.size()));
   Require(file.good());
   file.close();
-  // What was written just now may be written again within one tick of the clock, so nobody may keep
-  // what he has read of it.  Here each state has a time of its own, long ago.
+  // A file written just now may change again within one clock tick, so it can't be cached.  Here
+  // each state gets its own time in the past.
   static auto time = fs::file_time_type::clock::now() - std::chrono::years(1);
   fs::last_write_time(Path(name), time += std::chrono::seconds(1));
 }
@@ -131,8 +131,8 @@ std::vector<fs::path> InputsIn(const fs::path& path) {
 
 #ifdef KOZOR_MUTATOR
 
-// Runs inputs that are changed again and again, and now and then crossed, for so many times.  The
-// one under way stands in the file "mutated-input" here, for the case that it ends the program.
+// Runs this many inputs, each changed several times and sometimes crossed.  The current one is kept
+// in the file "mutated-input", in case it ends the program.
 void RunMutations(const std::vector<Bytes>& seeds, unsigned long count, unsigned seed) {
   kozor::fuzz::Dice dice(seed);
   for (unsigned long i = 0; i < count;) {

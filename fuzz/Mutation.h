@@ -1,5 +1,5 @@
-// Mutation.h - what mutators of structured inputs share: they change an input field by field, and
-// mend sizes and sums round the change, so that parsers come past their first test.
+// Mutation.h - common parts of mutators for structured inputs.  They change an input field by field
+// and correct sizes and checksums, so that parsers get past their first check.
 #pragma once
 
 #include <cstdint>
@@ -28,9 +28,9 @@ class Dice {
     return std::data(list)[Below(std::size(list))];
   }
 
-  // A number near the limits that fields have, or near the present one.
+  // A number near the limits of fields, or near the current value.
   std::uint32_t Number(std::uint32_t present);
-  // Changes, adds or takes away a few bytes.
+  // Changes, adds or removes a few bytes.
   template <typename Sequence>
   void Disturb(Sequence& bytes);
 

@@ -24,7 +24,7 @@ using Text = std::string;
 class Volumes : public ZorMultiVolume {
  public:
   void Check(const char* path) { CheckVolume(path); }
-  // The bytes of the files that have come to their end, in their order.
+  // The contents of completed files, in order.
   std::vector<Text> files;
 
  protected:
@@ -46,7 +46,7 @@ class Volumes : public ZorMultiVolume {
   static Text Target(std::size_t number) { return "target/" + std::to_string(number); }
 };
 
-// The payload of a volume that is to have this number; false when it has none.
+// The payload of the volume with this number; false if it has none.
 bool SlowPayload(std::span<const std::uint8_t> volume, std::int32_t number, std::int32_t& count,
                  Text& payload) {
   ZorVolumeHeader header;
@@ -66,7 +66,7 @@ bool SlowPayload(std::span<const std::uint8_t> volume, std::int32_t number, std:
   return true;
 }
 
-// The files of a set as docs/volume-format.md has them.
+// The files of a set according to docs/volume-format.md.
 std::vector<Text> SlowRestore(std::span<const std::uint8_t> one,
                               std::span<const std::uint8_t> two) {
   std::vector<Text> files;

@@ -14,7 +14,7 @@ namespace {
 struct Record {
   std::uint8_t attribute = 0x20;
   std::uint32_t time = 0x4B3D3B00;
-  std::uint32_t dataLie = 0;  // claimed bytes less true ones
+  std::uint32_t dataLie = 0;  // claimed minus true number of bytes
   std::uint32_t nameWordLie = 0;
   bool isWide = false;
   std::string name = "a.txt";
@@ -35,7 +35,7 @@ struct Set {
   Volume first;
   Volume second;
   std::vector<Record> records = {};
-  Bytes rest = {};      // of the stream, where it reads as no record
+  Bytes rest = {};      // of the stream, if it isn't a record
   std::size_t cut = 0;  // of the stream: what the first volume takes
 };
 

@@ -1,5 +1,5 @@
-# Run by cpack on the staged files.  In their places of a distribution libraries need no run path, and
-# manual pages are packed.
+# Run by cpack on the staged files.  In a distribution, libraries need no run path and manual pages
+# are compressed.
 file(GLOB_RECURSE files ${CPACK_TEMPORARY_DIRECTORY}/*)
 foreach(file ${files})
   if(IS_SYMLINK ${file})

@@ -1,9 +1,9 @@
-# What `cpack` makes of the install rules: Debian packages of the library, its development files and the
-# program, and a tar archive of everything.  tools/package runs and checks it.
+# Sets up `cpack`: it makes Debian packages of the library, its development files and the program,
+# and a tar archive of everything.  tools/package runs it and checks the result.
 set(soversion ${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR})
 set(library_package libkozor${soversion})
 
-# What Debian wants in each package beside the files themselves.
+# What Debian requires in each package besides the files themselves.
 set(texts ${PROJECT_BINARY_DIR}/package)
 string(TIMESTAMP date "%a, %d %b %Y %H:%M:%S +0000" UTC)
 set(maintainer "The KoZor authors <kozor@kozor.invalid>")
@@ -37,7 +37,7 @@ set(CPACK_STRIP_FILES ON)
 set(CPACK_COMPONENTS_ALL library development program)
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ
   GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
-# Run paths go, and manual pages are packed.
+# Removes run paths and compresses manual pages.
 set(CPACK_PRE_BUILD_SCRIPTS ${CMAKE_CURRENT_LIST_DIR}/FinishStaging.cmake)
 
 set(CPACK_DEB_COMPONENT_INSTALL ON)
