@@ -7,6 +7,7 @@ namespace kozor::container {
 namespace {
 
 constexpr std::size_t kMaxTableEntries = 256;       // of a program's sections or segments
+constexpr std::uint32_t kMzMagic = 0x5A4D;          // "MZ"
 constexpr std::uint32_t kElfMagic = 0x46'4C'45'7F;  // 0x7F, "ELF"
 
 // The end of the image of a Windows program.
@@ -55,11 +56,12 @@ std::uint64_t EndOfElf64(ByteSource& source) {
 }  // namespace
 
 std::uint64_t EndOfProgram(ByteSource& source) {
-  const ByteSpan magic = source.At(0, 4);
-  if (magic.size() < 4) return 0;
+  const ByteSpan start = source.At(0, 4);
+  if (start.size() < 4) return 0;
+  const std::uint32_t magic = ReadU32(start, 0);
   std::uint64_t end = 0;
-  if (magic[0] == 'M' && magic[1] == 'Z') end = EndOfMz(source);
-  if (ReadU32(magic, 0) == kElfMagic) end = EndOfElf64(source);
+  if ((magic & 0xFFFF) == kMzMagic) end = EndOfMz(source);
+  if (magic == kElfMagic) end = EndOfElf64(source);
   return end < source.Size() ? end : 0;
 }
 
