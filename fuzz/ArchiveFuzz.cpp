@@ -155,9 +155,14 @@ void ExtractToFiles(const std::map<std::string, Contents>& members) {
   std::filesystem::create_directory(Folder().Path("target"));
   Extractor extractor;
   extractor.Extract(Archive().c_str(), Folder().LibraryPath("target\\").c_str(), nullptr);
-  std::map<std::string, std::string> last;  // by path: what came there last
+  // By path: what came there last.  Folders whose names differ in case alone are one.
+  std::map<std::string, std::string> last;
   for (std::size_t i = 0; i < extractor.targets.size(); ++i) {
-    last[extractor.targets[i].second] = i < extractor.done ? extractor.targets[i].first : "";
+    std::string path = extractor.targets[i].second;
+    for (char& letter : path) {
+      if (letter >= 'A' && letter <= 'Z') letter = static_cast<char>(letter + ('a' - 'A'));
+    }
+    last[path] = i < extractor.done ? extractor.targets[i].first : "";
   }
   for (const auto& [path, name] : last) {
     const auto member = members.find(name);
