@@ -85,7 +85,9 @@ class InPlaceAppend : public ArchiveUpdate {
   explicit InPlaceAppend(OpenArchive& changed)
       : archive(changed),
         endMark(changed.index->EndOffset()),
-        output(changed.file, endMark, MemberOutput::FirstByte::KeptBack) {}
+        output(changed.file, endMark, MemberOutput::FirstByte::KeptBack) {
+    TemporaryArchive::RemoveLeftovers(FolderOf(changed.path));
+  }
 
   ~InPlaceAppend() override {
     if (!isCommitted) TakeBack();
@@ -107,12 +109,13 @@ class InPlaceAppend : public ArchiveUpdate {
   }
 
  private:
-  // Restores the end mark first, so that nothing after it counts.
+  // Restores the end mark first, and on the medium, so that nothing after it counts.
   void TakeBack() noexcept {
     try {
       archive.file.WriteAt(endMark, kEndMark);
+      archive.file.Flush();
       archive.file.SetSize(endMark + 1);
-    } catch (const Failure&) {  // the bytes left over follow the end mark
+    } catch (const std::exception&) {  // the bytes left over follow the end mark
     }
   }
 

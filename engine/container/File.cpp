@@ -157,6 +157,7 @@ bool File::Seek(std::uint64_t offset) {
   if (offset == position) return true;
   LARGE_INTEGER distance;
   distance.QuadPart = static_cast<LONGLONG>(offset);
+  position = kUnknown;
   if (!SetFilePointerEx(handle, distance, nullptr, FILE_BEGIN)) return false;
   position = offset;
   return true;
@@ -169,6 +170,7 @@ std::size_t File::ReadAt(std::uint64_t offset, std::span<std::uint8_t> buffer) {
     const auto wanted = static_cast<DWORD>(std::min(buffer.size() - done, kMaxTransfer));
     DWORD read = 0;
     if (!ReadFile(handle, buffer.data() + done, wanted, &read, nullptr)) {
+      position = kUnknown;
       throw Failure(ResultCode::CannotRead);
     }
     done += read;
@@ -185,7 +187,10 @@ void File::WriteAt(std::uint64_t offset, ByteSpan bytes) {
     DWORD written = 0;
     const bool done = WriteFile(handle, bytes.data(), wanted, &written, nullptr) != 0;
     position += written;
-    if (!done || written != wanted) throw Failure(WriteFailureCode());
+    if (!done || written != wanted) {
+      position = kUnknown;
+      throw Failure(WriteFailureCode());
+    }
     bytes = bytes.subspan(written);
   }
 }

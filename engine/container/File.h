@@ -79,8 +79,10 @@ class File {
  private:
   bool Seek(std::uint64_t offset);
 
+  static constexpr std::uint64_t kUnknown = ~std::uint64_t{0};
+
   void* handle = nullptr;      // a HANDLE
-  std::uint64_t position = 0;  // of the file pointer
+  std::uint64_t position = 0;  // of the file pointer; kUnknown after a failure, which may move it
 };
 
 // The stamp of the file or directory at a path, without opening it; none if it doesn't exist.

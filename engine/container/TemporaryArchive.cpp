@@ -19,20 +19,6 @@ std::string NameSuffix(unsigned int number) {
   return {kDigits[number / (36 * 36) % 36], kDigits[number / 36 % 36], kDigits[number % 36]};
 }
 
-// Best-effort removal of temporaries that no run has open.
-void RemoveLeftovers(const std::string& directory) {
-  WIN32_FIND_DATAA entry;
-  HANDLE find = FindFirstFileA((directory + "lhtmp\?\?\?.lzh").c_str(), &entry);
-  if (find == INVALID_HANDLE_VALUE) return;
-  do {
-    if ((entry.dwFileAttributes & FILE_ATTRIBUTE_TEMPORARY) == 0) continue;
-    const std::string path = directory + entry.cFileName;
-    File file;
-    if (file.Open(path, File::Mode::Alone)) file.Remove(path);
-  } while (FindNextFileA(find, &entry));
-  FindClose(find);
-}
-
 }  // namespace
 
 void CopyBytes(File& from, std::uint64_t begin, std::uint64_t end,
@@ -48,6 +34,19 @@ void CopyBytes(File& from, std::uint64_t begin, std::uint64_t end,
     begin += wanted;
     if (progress) progress(wanted);
   }
+}
+
+void TemporaryArchive::RemoveLeftovers(const std::string& directory) {
+  WIN32_FIND_DATAA entry;
+  HANDLE find = FindFirstFileA((directory + "lhtmp\?\?\?.lzh").c_str(), &entry);
+  if (find == INVALID_HANDLE_VALUE) return;
+  do {
+    if ((entry.dwFileAttributes & FILE_ATTRIBUTE_TEMPORARY) == 0) continue;
+    const std::string leftover = directory + entry.cFileName;
+    File opened;
+    if (opened.Open(leftover, File::Mode::Alone)) opened.Remove(leftover);
+  } while (FindNextFileA(find, &entry));
+  FindClose(find);
 }
 
 TemporaryArchive::TemporaryArchive(const std::string& directory) {

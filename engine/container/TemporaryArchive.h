@@ -21,6 +21,9 @@ void CopyBytes(File& from, std::uint64_t begin, std::uint64_t end,
 // that nobody has open was left by a killed run.
 class TemporaryArchive {
  public:
+  // Best-effort removal of temporaries in a directory that no run has open.
+  static void RemoveLeftovers(const std::string& directory);
+
   // Creates an empty file in the directory, whose path is empty or ends in a separator, and removes
   // what killed runs have left there.  Throws ResultCode::TemporaryNotOpened.
   explicit TemporaryArchive(const std::string& directory);

@@ -183,6 +183,8 @@ TEST_F(EngineAtomicity, TemporariesOfOthersStay) {
   ASSERT_EQ(Compress("x.lzh", "new", {}), 0);
   EXPECT_THAT(Temporaries(), ElementsAre("lhtmp001.lzh", "lhtmp003.lzh"));
   CloseHandle(atWork);
+  ASSERT_EQ(Compress("x.lzh", "appended", {}), 0);
+  EXPECT_THAT(Temporaries(), ElementsAre("lhtmp001.lzh"));
 }
 
 TEST_F(EngineAtomicity, ArchiveInUseIsNotChanged) {
