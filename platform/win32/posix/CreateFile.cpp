@@ -115,10 +115,40 @@ bool TruncateExisting(const Request& request, const Found& found, const File& fi
          FailErrno();
 }
 
+std::shared_ptr<File> TakeOver(int descriptor, const Found& found, DWORD access) {
+  try {
+    return std::make_shared<File>(descriptor, std::string(found.HostName()), access);
+  } catch (...) {
+    ::close(descriptor);
+    throw;
+  }
+}
+
+// Removes a file again that was made by a call that fails after all.
+class Creation {
+ public:
+  Creation() = default;
+  ~Creation() { Undo(); }
+  Creation(const Creation&) = delete;
+  Creation& operator=(const Creation&) = delete;
+
+  void Begin(const std::string& path) { host = path; }
+  void Keep() { host.clear(); }
+  void Undo() {
+    const int cause = errno;
+    if (!host.empty()) Calls().unlink(host.c_str());
+    errno = cause;
+    host.clear();
+  }
+
+ private:
+  std::string host;
+};
+
 std::shared_ptr<File> OpenExisting(const Request& request, const Found& found) {
   const int descriptor = OpenDescriptor(request, found);
   if (descriptor < 0) return Refuse(ErrorFromErrno(errno));
-  auto file = std::make_shared<File>(descriptor, std::string(found.HostName()), request.access);
+  auto file = TakeOver(descriptor, found, request.access);
   Metadata metadata;
   if (!IsStillUsable(descriptor, found, metadata)) return nullptr;
   if (metadata.IsRegular() &&
@@ -131,22 +161,27 @@ std::shared_ptr<File> OpenExisting(const Request& request, const Found& found) {
 
 // Null, with `raced` set, if another process made the file meanwhile and it may be opened instead.
 std::shared_ptr<File> CreateNew(const Request& request, const LibraryPath& path, const Found& found,
-                                bool& raced) {
+                                Creation& creation, bool& raced) {
   if (path.trailingSeparator) return Refuse(ERROR_INVALID_NAME);
   const bool readOnly = (request.flags & FILE_ATTRIBUTE_READONLY) != 0;
   DirectoryChange change(found.host);
+  creation.Begin(found.host);
   const int descriptor =
       Calls().open(found.host.c_str(), O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | kOpenFlags,
                    readOnly ? kNewReadOnlyMode : kNewFileMode);
   if (descriptor < 0) {
+    creation.Keep();
     raced = errno == EEXIST && request.disposition != CREATE_NEW;
     return Refuse(errno == EEXIST ? ERROR_FILE_EXISTS : ErrorFromErrno(errno));
   }
+  auto file = TakeOver(descriptor, found, request.access);
   change.Added();
-  auto file = std::make_shared<File>(descriptor, std::string(found.HostName()), request.access);
   Metadata metadata;
   if (!ReadMetadata(descriptor, metadata)) return Refuse(ErrorFromErrno(errno));
-  if (!file->Hold().Take(descriptor, metadata.id, {request.access, request.share})) return nullptr;
+  if (!file->Hold().Take(descriptor, metadata.id, {request.access, request.share})) {
+    creation.Keep();  // someone else has it by now
+    return nullptr;
+  }
   const DWORD asked = request.AskedAttributes();
   if (asked != 0 && !ResetAttributes(found.host.c_str(), metadata, asked)) {
     return Refuse(ErrorFromErrno(errno));
@@ -155,7 +190,7 @@ std::shared_ptr<File> CreateNew(const Request& request, const LibraryPath& path,
 }
 
 // Tries again if the file appears or disappears between the look-up and the opening.
-std::shared_ptr<File> Open(const Request& request, const LibraryPath& path) {
+std::shared_ptr<File> Open(const Request& request, const LibraryPath& path, Creation& creation) {
   constexpr int kTries = 10;
   for (int i = 0; i < kTries; ++i) {
     const Found found = LookUp(path, request.Creates() ? Purpose::Create : Purpose::Find);
@@ -168,7 +203,7 @@ std::shared_ptr<File> Open(const Request& request, const LibraryPath& path) {
     }
     if (found.error != ERROR_FILE_NOT_FOUND || !request.Creates()) return Refuse(found.error);
     bool raced = false;
-    auto file = CreateNew(request, path, found, raced);
+    auto file = CreateNew(request, path, found, creation, raced);
     if (file) SetLastError(ERROR_SUCCESS);
     if (file || !raced) return file;
   }
@@ -186,8 +221,12 @@ HANDLE WINAPI CreateFileA(LPCSTR name, DWORD access, DWORD share, LPSECURITY_ATT
   }
   const std::optional<LibraryPath> path = ParsePath(name);
   if (!path) return INVALID_HANDLE_VALUE;
-  std::shared_ptr<File> file = Open(request, *path);
-  return file ? AddHandle(std::move(file)) : INVALID_HANDLE_VALUE;
+  Creation creation;
+  std::shared_ptr<File> file = Open(request, *path, creation);
+  if (!file) return INVALID_HANDLE_VALUE;
+  const HANDLE handle = AddHandle(std::move(file));
+  creation.Keep();
+  return handle;
 }
 
 BOOL WINAPI CloseHandle(HANDLE handle) {

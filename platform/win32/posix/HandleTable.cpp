@@ -26,8 +26,9 @@ class Table {
   HANDLE Add(std::shared_ptr<Object> object) {
     const std::lock_guard guard(lock);
     if (free.empty()) {
-      free.push_back(slots.size());
+      free.reserve(slots.size() + 1);  // so that closing never needs memory
       slots.emplace_back();
+      free.push_back(slots.size() - 1);
     }
     const std::size_t index = free.back();
     free.pop_back();

@@ -142,12 +142,15 @@ bool Rename(const std::string& from, const std::string& to, bool replaces) {
 
 // Copies owner, group and permissions of the replaced file: a private archive must not become
 // public by being rewritten.  If the owner can't be changed, only the owner's permission bits are
-// kept.
-void TakeOverAccess(const std::string& from, const std::string& to) {
+// kept.  False with errno set; where all files have the same bits there is nothing to do.
+bool TakeOverAccess(const std::string& from, const std::string& to) {
   struct stat old {};
-  if (::stat(to.c_str(), &old) != 0 || !S_ISREG(old.st_mode)) return;
+  struct stat own {};
+  if (::stat(to.c_str(), &old) != 0 || ::stat(from.c_str(), &own) != 0) return false;
+  if (!S_ISREG(old.st_mode)) return true;
   const bool sameOwner = ::chown(from.c_str(), old.st_uid, old.st_gid) == 0;
-  ::chmod(from.c_str(), old.st_mode & (sameOwner ? 0777U : 0700U));
+  const mode_t mode = old.st_mode & (sameOwner ? 0777U : 0700U);
+  return (own.st_mode & 0777U) == mode || ::chmod(from.c_str(), mode) == 0;
 }
 
 bool Perform(const Move& move) {
@@ -160,7 +163,7 @@ bool Perform(const Move& move) {
   DirectoryChange added(move.newHost);
   DirectoryChange removed(from);
   const bool replaces = move.target.exists && !move.respelled;
-  if (replaces) TakeOverAccess(from, move.newHost);
+  if (replaces && !TakeOverAccess(from, move.newHost)) return false;
   if (!Rename(from, move.newHost, replaces)) return false;
   added.Added();
   removed.Removed();
@@ -185,10 +188,10 @@ BOOL MoveName(LPCSTR existingName, LPCSTR newName, DWORD flags, const File* held
   return !sync || SyncMove(move) ? TRUE : FailErrno();
 }
 
-BOOL DeleteName(LPCSTR name, const File* held) {
+bool DeleteName(LPCSTR name, const File* held) {
   std::optional<LibraryPath> path;
   Found found;
-  if (!ParseAndLookUp(name, path, found)) return FALSE;
+  if (!ParseAndLookUp(name, path, found)) return false;
   if (found.metadata.IsDirectory()) return Fail(ERROR_ACCESS_DENIED);
   // For a link, only the link itself matters.
   if (!found.metadata.link) {
@@ -198,7 +201,24 @@ BOOL DeleteName(LPCSTR name, const File* held) {
                                              IsDeleteDenied(found.host.c_str(), found.metadata.id);
     if (inUse) return Fail(ERROR_SHARING_VIOLATION);
   }
-  return Unlink(found.host) ? TRUE : FailErrno();
+  return Unlink(found.host) || FailErrno();
+}
+
+bool RemoveEmptyDirectory(LPCSTR name) {
+  std::optional<LibraryPath> path;
+  Found found;
+  if (!ParseAndLookUp(name, path, found)) return false;
+  if (path->IsRoot()) return Fail(ERROR_ACCESS_DENIED);
+  if (!found.metadata.IsDirectory()) return Fail(ERROR_DIRECTORY);
+  if (found.metadata.link) return Unlink(found.host) || FailErrno();
+  if (IsReadOnly(found)) return Fail(ERROR_ACCESS_DENIED);
+  DirectoryChange change(found.host);
+  // Some hosts say "exists" for a directory that isn't empty.
+  if (Calls().rmdir(found.host.c_str()) != 0) {
+    return errno == EEXIST ? Fail(ERROR_DIR_NOT_EMPTY) : FailErrno();
+  }
+  change.Removed();
+  return true;
 }
 
 // Calls `change` with the file of a handle, and closes the handle on success.
@@ -214,11 +234,12 @@ int WhileHeld(HANDLE* held, Change change) {
 }  // namespace
 
 BOOL WINAPI DeleteFileA(LPCSTR name) {
-  return DeleteName(name, nullptr);
+  return WithoutThrowing([&] { return DeleteName(name, nullptr); });
 }
 
 int KzDeleteHeld(const char* path, HANDLE* held) {
-  return WhileHeld(held, [&](const File* file) { return DeleteName(path, file); });
+  return WithoutThrowing(
+      [&] { return WhileHeld(held, [&](const File* file) { return DeleteName(path, file); }); });
 }
 
 BOOL WINAPI CreateDirectoryA(LPCSTR name, LPSECURITY_ATTRIBUTES security) {
@@ -237,20 +258,7 @@ BOOL WINAPI CreateDirectoryA(LPCSTR name, LPSECURITY_ATTRIBUTES security) {
 }
 
 BOOL WINAPI RemoveDirectoryA(LPCSTR name) {
-  std::optional<LibraryPath> path;
-  Found found;
-  if (!ParseAndLookUp(name, path, found)) return FALSE;
-  if (path->IsRoot()) return Fail(ERROR_ACCESS_DENIED);
-  if (!found.metadata.IsDirectory()) return Fail(ERROR_DIRECTORY);
-  if (found.metadata.link) return Unlink(found.host) ? TRUE : FailErrno();
-  if (IsReadOnly(found)) return Fail(ERROR_ACCESS_DENIED);
-  DirectoryChange change(found.host);
-  // Some hosts report EEXIST for a directory that isn't empty.
-  if (Calls().rmdir(found.host.c_str()) != 0) {
-    return errno == EEXIST ? Fail(ERROR_DIR_NOT_EMPTY) : FailErrno();
-  }
-  change.Removed();
-  return TRUE;
+  return WithoutThrowing([&] { return RemoveEmptyDirectory(name); });
 }
 
 BOOL WINAPI MoveFileExA(LPCSTR existingName, LPCSTR newName, DWORD flags) {

@@ -109,8 +109,13 @@ struct flock LockOf(const LockRange& range, short type) {
 bool LockClaims(int file, unsigned claims) {
   const off_t place = kLockBase + kLockStep * static_cast<off_t>(claims);
   struct flock lock = LockOf({place, place + 1}, F_RDLCK);
-  // EAGAIN: another program has locked the whole file exclusively.
-  return ::fcntl(file, F_OFD_SETLK, &lock) == 0 || errno != EAGAIN;
+  int result = 0;
+  do {
+    result = ::fcntl(file, F_OFD_SETLK, &lock);
+  } while (result != 0 && errno == EINTR);
+  // EAGAIN: another program has locked the whole file exclusively.  Other failures come from
+  // file systems without locks.
+  return result == 0 || errno != EAGAIN;
 }
 
 // Whether another open file holds one of these claims.  Only single-byte locks count, not wider

@@ -7,6 +7,7 @@
 #include <sys/types.h>
 
 #include <cstddef>
+#include <new>
 
 #include "platform/Export.h"
 #include "platform/win32/PosixFiles.h"
@@ -50,5 +51,15 @@ DWORD ErrorFromErrno(int number);
 BOOL Fail(DWORD error);
 // The same with the Win32 number for the current errno.
 BOOL FailErrno();
+
+// Does what may be done while an object is destroyed: for lack of memory it fails like other calls.
+template <typename Work>
+BOOL WithoutThrowing(Work work) noexcept {
+  try {
+    return work();
+  } catch (const std::bad_alloc&) {
+    return Fail(ERROR_NOT_ENOUGH_MEMORY);
+  }
+}
 
 }  // namespace kozor::posix
