@@ -95,8 +95,8 @@ bool HasClashes(const std::vector<FileGroup>& groups, const Output& output,
 }
 
 // The self-extracting program may replace an older one, but no other file.
-void RequireRoomForProgram(fs::path archive) {
-  const fs::path program = archive.replace_extension(".run");
+void RequireRoomForProgram(const fs::path& archive) {
+  const fs::path program = ProgramOf(archive);
   if (!Exists(program)) return;
   ZorArchive object;
   if (object.IsEnabled() && object.IsArchive(LibraryPath(program).c_str())) return;

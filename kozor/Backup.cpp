@@ -81,16 +81,24 @@ class BackupVolumes : public Volumes {
     const fs::path base = HostPath(group.base);
     std::unordered_map<std::string_view, unsigned int> modes;
     for (std::size_t i = 0; i < group.names.size(); ++i) modes[group.names[i]] = group.modes[i];
-    for (CatalogueFile& file : catalogue.files) file.mode = modes[file.name];
+    for (CatalogueFile& file : catalogue.files) {
+      file.mode = modes[file.name];
+      if (file.time == 0) CheckTimeless(base, file.name);
+    }
     const std::set<std::string, std::less<>> links(group.links.begin(), group.links.end());
     for (const std::string& name : group.folders) {
       if (LiesBelowAny(links, name)) continue;  // restored by way of the link
-      const FileState state = Inspect(base / HostName(name));
+      const FileState state = LookAgain(base, name);
       catalogue.folders.push_back({name, state.time, state.mode});
     }
     for (const std::string& name : group.links) {
-      const fs::path link = base / HostName(name);
-      catalogue.links.push_back({name, LinkTarget(link), LinkTime(link)});
+      try {
+        const LinkState link = InspectLink(base / HostName(name));
+        catalogue.links.push_back({name, link.target, link.time});
+      } catch (const FileFailure& failure) {
+        Complain(VisibleLibraryName(name) +
+                 ": the link is not in the catalogue: " + failure.what());
+      }
     }
     program::WriteCatalogue(catalogue, CataloguePath(volumeName));
   }
@@ -151,6 +159,23 @@ class BackupVolumes : public Volumes {
   }
 
  private:
+  static FileState LookAgain(const fs::path& base, const std::string& name) {
+    FileState state = Inspect(base / HostName(name));
+    if (!state.problem.empty()) {
+      Complain(VisibleLibraryName(name) +
+               ": its permission bits are not in the catalogue: " + state.problem);
+    }
+    return state;
+  }
+
+  // Files of 1970 and of times that the format has no room for are stored with the time 0.
+  static void CheckTimeless(const fs::path& base, const std::string& name) {
+    const FileState state = Inspect(base / HostName(name));
+    if (state.time > 0 && state.time <= kLatestTime) {
+      Complain(VisibleLibraryName(name) + ": stored without its time, which can't be read");
+    }
+  }
+
   void ScanUpTo(int number) {
     if (!hasCatalogue) return;
     while (static_cast<int>(scanner.Result().volumes.size()) < number) {
@@ -160,6 +185,8 @@ class BackupVolumes : public Volumes {
     }
   }
 
+  // Later times are stored as 0, by the format.
+  static constexpr std::int64_t kLatestTime = 0x7FFFFFFF;
   // Space for the checksum file of a volume.
   static constexpr unsigned long kChecksumRoom = 16 << 10;
   static constexpr const char* kNoVolume = "a file that is no volume is in its place";

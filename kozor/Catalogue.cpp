@@ -195,7 +195,8 @@ void WriteChecksum(const CatalogueVolume& volume, const fs::path& volumePath) {
 
 std::optional<Catalogue> ReadCatalogue(const fs::path& path) {
   std::ifstream file(path, std::ios::binary);
-  if (!file) return std::nullopt;
+  if (!file && !Exists(path)) return std::nullopt;
+  if (!file) throw Failure(Visible(path.string()) + ": can't read");
   try {
     const Json json = Json::parse(file);
     if (json.at("kozor-catalogue") != kFormat) {

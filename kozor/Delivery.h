@@ -63,6 +63,8 @@ class Delivery {
   // made.
   bool Wants(const Item& item) { return Wants(item, Destination::FinalLink::IsFollowed); }
   WorkFolder& Work() { return destination.Work(); }
+  // Bytes of free room where Work() is.
+  std::uint64_t FreeBytes() { return destination.FreeBytes(); }
   // Gives the file its place, unless a different one is there and stays: then it is removed.
   void Deliver(const Item& item, const std::string& workName);
 

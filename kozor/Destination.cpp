@@ -130,7 +130,8 @@ std::optional<Occupant> LookAt(const Place& place) {
                   .isLink = S_ISLNK(state.st_mode),
                   .isReadOnly = S_ISREG(state.st_mode) && (state.st_mode & 0222) == 0,
                   .size = static_cast<std::uint64_t>(state.st_size),
-                  .time = state.st_mtim.tv_sec};
+                  .time = state.st_mtim.tv_sec,
+                  .nanoseconds = state.st_mtim.tv_nsec};
 }
 
 Destination::Destination(fs::path directory, Links linksRule)
@@ -235,6 +236,13 @@ Place Destination::Find(const fs::path& path, FinalLink finalLink) {
 WorkFolder& Destination::Work() {
   if (!work) work.emplace(Root());
   return *work;
+}
+
+std::uint64_t Destination::FreeBytes() {
+  std::error_code error;
+  Root();
+  const fs::space_info space = fs::space(root, error);
+  return error ? 0 : space.available;
 }
 
 bool Destination::MoveIn(const std::string& workName, const Place& place, Existing existing) {

@@ -24,6 +24,7 @@ struct Occupant {
   bool isReadOnly = false;
   std::uint64_t size = 0;
   std::int64_t time = 0;  // last write, seconds since 1970
+  long nanoseconds = 0;   // of that time, beyond its second
 };
 
 // Where a file is to stand: a name in an open directory.  Good until the next call of Find,
@@ -48,6 +49,8 @@ class Destination {
 
   // The folder for files on their way here; made when it is asked for first.
   WorkFolder& Work();
+  // Bytes of free room there.
+  std::uint64_t FreeBytes();
 
   // Moves a finished file from the work folder to its place.  False, with the file where it was,
   // when something stands there and isn't to be replaced.

@@ -177,7 +177,9 @@ FileState Inspect(const fs::path& path) {
   const bool isThere = lstat(path.c_str(), &info) == 0;
   state.isLink = isThere && S_ISLNK(info.st_mode);
   if (!isThere || (state.isLink && stat(path.c_str(), &info) != 0)) {
-    state.problem = isThere ? "a link that leads nowhere" : "no such file";
+    state.problem = errno != ENOENT ? SystemErrorText(errno)
+                    : isThere       ? "a link that leads nowhere"
+                                    : "no such file";
     return state;
   }
   state.isDirectory = S_ISDIR(info.st_mode);
@@ -199,14 +201,13 @@ bool IsLink(const fs::path& path) {
   return fs::is_symlink(path, ignored);
 }
 
-std::string LinkTarget(const fs::path& path) {
-  std::error_code ignored;
-  return fs::read_symlink(path, ignored).string();
-}
-
-std::int64_t LinkTime(const fs::path& path) {
+LinkState InspectLink(const fs::path& path) {
   struct stat info {};
-  return lstat(path.c_str(), &info) == 0 ? info.st_mtim.tv_sec : 0;
+  if (lstat(path.c_str(), &info) != 0) throw FileFailure(SystemErrorText(errno));
+  std::error_code error;
+  const fs::path target = fs::read_symlink(path, error);
+  if (error) throw FileFailure(SystemErrorText(error.value()));
+  return {target.string(), info.st_mtim.tv_sec};
 }
 
 // std::localtime looks each time whether the system's time zone has changed.

@@ -59,11 +59,14 @@ struct FileState {
   unsigned int mode = 0;    // permission bits
 };
 FileState Inspect(const std::filesystem::path& path);
-// Whether a link itself stands at `path`, and where it leads.
+// Whether a link itself stands at `path`.
 bool IsLink(const std::filesystem::path& path);
-std::string LinkTarget(const std::filesystem::path& path);
-// The last write of a link itself, or of what else stands at `path`.
-std::int64_t LinkTime(const std::filesystem::path& path);
+// A link itself.  Throws FileFailure when it can't be read.
+struct LinkState {
+  std::string target;
+  std::int64_t time = 0;  // last write, seconds since 1970
+};
+LinkState InspectLink(const std::filesystem::path& path);
 
 // A moment in the local calendar and zone; false if it has no such date.
 bool LocalTime(std::int64_t secondsSince1970, std::tm& local);

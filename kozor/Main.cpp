@@ -4,6 +4,8 @@
 // stopped by signal n (130 for Ctrl-C).
 #include <algorithm>
 #include <array>
+#include <cstdio>
+#include <cstdlib>
 #include <exception>
 #include <new>
 
@@ -109,9 +111,10 @@ void Run(std::vector<std::string> words) {
 }
 
 // Runs the command line and turns every outcome into an exit code.
-int RunToExitCode(const std::vector<std::string>& words) {
+int RunToExitCode(int argc, char** argv) {
   try {
-    Run(words);
+    SetUpHost();
+    Run({argv + 1, argv + argc});
     HideProgress();
     FinishStandardOutput();
     return Complaints() > 0 ? kExitFailure : 0;
@@ -133,11 +136,23 @@ int RunToExitCode(const std::vector<std::string>& words) {
   return kExitFailure;
 }
 
+// Memory that is wanted where nothing may be thrown, as in the destructors of some libraries.
+[[noreturn]] void EndWithoutMemory() {
+  try {
+    if (std::current_exception()) throw;
+  } catch (const std::bad_alloc&) {
+    std::fputs("kozor: not enough memory\n", stderr);
+    std::_Exit(kExitFailure);
+  } catch (...) {
+  }
+  std::abort();
+}
+
 }  // namespace
 
 }  // namespace kozor::program
 
 int main(int argc, char** argv) {
-  kozor::program::SetUpHost();
-  return kozor::program::RunToExitCode({argv + 1, argv + argc});
+  std::set_terminate(kozor::program::EndWithoutMemory);
+  return kozor::program::RunToExitCode(argc, argv);
 }

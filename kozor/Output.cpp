@@ -63,9 +63,13 @@ void Output::MakeOwnDirectory() {
 
 void Output::Commit() {
   if (staging.empty()) return;
-  for (const fs::directory_entry& file : fs::directory_iterator(staging)) {
-    fs::rename(file.path(), archive.parent_path() / file.path().filename());
-  }
+  const fs::path made = staging / archive.filename();
+  if (Exists(ProgramOf(made))) fs::rename(ProgramOf(made), ProgramOf(archive));
+  fs::rename(made, archive);
+}
+
+fs::path ProgramOf(fs::path archive) {
+  return archive.replace_extension(".run");
 }
 
 }  // namespace kozor::program

@@ -9,6 +9,9 @@
 
 namespace kozor::program {
 
+// The self-extracting program that is made of an archive stands beside it.
+std::filesystem::path ProgramOf(std::filesystem::path archive);
+
 // An archive to write, and the work directory for it.
 //
 // Unless the user names a work directory, the run makes its own beside the archive, so that

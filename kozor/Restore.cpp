@@ -1,6 +1,7 @@
 // Restore.cpp - kozor restore: restores the files of a backup set.
 #include <algorithm>
 #include <array>
+#include <deque>
 #include <map>
 #include <optional>
 #include <unordered_set>
@@ -62,7 +63,12 @@ class RestoreVolumes : public Volumes {
     }
     const bool restored = param.fileName != nullptr && *param.fileName != '\0';
     if (param.phase == PhaseFileEnd && restored) Deliver();
-    return Volumes::OnAbort(param);
+    const int stop = Volumes::OnAbort(param);
+    const bool isInFile = param.phase == PhaseVolume && param.bytesDone < param.bytesTotal;
+    if (param.phase == PhaseVolume && stop == 0) {
+      NoteSizes(param.volume + 1, isInFile ? param.bytesTotal - param.bytesDone : 0);
+    }
+    return stop;
   }
 
   int OnCheckVolume(int kind, const unsigned char* data, int length) override {
@@ -74,11 +80,17 @@ class RestoreVolumes : public Volumes {
   // Every file is first written to the work folder.
   CString OnMakeFileName(const char* /*destination*/, const char* name) override {
     currentName = name;
+    std::optional<std::uint32_t> size;
+    if (!sizes.empty()) {
+      size = sizes.front();
+      sizes.pop_front();
+    }
     if (!masks.Empty() && !masks.Means(name)) return "";
     if (excludes.Means(name)) return "";
     try {
       delivery.Begin(name);
       workName = std::to_string(++made);
+      if (size) RequireRoom(*size);
       return delivery.Work().LibraryPathOf(workName).c_str();
     } catch (const FileFailure& failure) {
       Complain(VisibleLibraryName(currentName) + ": " + failure.what());
@@ -87,12 +99,38 @@ class RestoreVolumes : public Volumes {
   }
 
  private:
+  // The library ends a run when the disk is full.  So where the files that begin on a volume may
+  // need more room than there is, the last one going on for up to 4 GiB, their sizes are read
+  // first, and those that find none are left out one by one.
+  void NoteSizes(int number, std::uint32_t bytesOfLast) {
+    constexpr std::size_t kMostSizes = 1 << 20;
+    constexpr std::uint64_t kMostBytes = 0xFFFFFFFF;
+    sizes.clear();
+    try {
+      VolumeReader volume(volumeName.Path(number));
+      if (volume.Size() + kMostBytes <= delivery.FreeBytes()) return;
+      volume.Skip(bytesOfLast);
+      while (const std::optional<VolumeRecord> record = volume.Next()) {
+        if (sizes.size() == kMostSizes) return sizes.clear();
+        sizes.push_back(record->size);
+      }
+    } catch (const Failure&) {  // the library will say what is wrong with the volume
+    }
+  }
+
+  void RequireRoom(std::uint32_t size) {
+    const MappedFile reserved(delivery.Work(), workName, size);
+    delivery.Work().Remove(workName);
+  }
+
   void Deliver() {
     WorkFolder& work = delivery.Work();
     try {
       const std::optional<Occupant> file = LookAt({work.Directory(), workName, {}});
       if (!file) throw FileFailure("the file has vanished");
       delivery.Deliver({currentName, file->size, file->time}, workName);
+      // A set keeps whole seconds.
+      if (file->nanoseconds != 0) throw FileFailure("restored, but its time can't be set");
     } catch (const FileFailure& failure) {
       Complain(VisibleLibraryName(currentName) + ": " + failure.what());
       work.Remove(workName);
@@ -104,7 +142,8 @@ class RestoreVolumes : public Volumes {
   Delivery& delivery;
   std::array<std::string, 3> areas;                    // of the volume checked last
   std::optional<std::array<std::string, 3>> setAreas;  // of the first volume accepted
-  std::string workName;                                // of the current file
+  std::deque<std::uint32_t> sizes;  // of the volume's next files, if they may not all find room
+  std::string workName;             // of the current file
   std::uint64_t made = 0;
 };
 

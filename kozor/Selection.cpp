@@ -68,8 +68,8 @@ Search ReadWord(const fs::path& base, const std::string& word, LinkRule links) {
 }
 
 // Everything that the search finds, as complete library paths.  A search with the one mask drops
-// nothing.
-std::vector<std::string> Find(const Search& search, unsigned int attributes) {
+// nothing.  `isWhole` tells whether every folder could be read to its end.
+std::vector<std::string> Find(const Search& search, unsigned int attributes, bool& isWhole) {
   ZorFind find;
   find.SetCurrentDirectoryA(search.directory.c_str());
   find.SetSubDirectory(search.recursive ? 1 : 0);
@@ -77,6 +77,7 @@ std::vector<std::string> Find(const Search& search, unsigned int attributes) {
   find.AddTail(search.mask.c_str());
   ZorFileList list;
   find.Find(list, 1);
+  isWhole = GetLastError() == NO_ERROR;
   std::vector<std::string> names;
   names.reserve(static_cast<std::size_t>(list.GetCount()));
   for (POSITION at = list.GetHeadPosition(); at != nullptr;) {
@@ -105,10 +106,17 @@ class Collector {
   // Returns how many files and directories the search found.
   std::size_t Add(const Search& search) {
     constexpr unsigned int kAll = 0x37;
-    const std::vector<std::string> paths = Find(search, kAll);
+    bool isWhole = false;
+    const int complaints = Complaints();
+    const std::vector<std::string> paths = Find(search, kAll, isWhole);
     if (search.meansDirectory) TakeDirectoryItself(search.directory);
     for (const std::string& path : paths) Take(path);
     if (search.recursive && search.mask != "*.*") CheckDirectories(search);
+    if (!isWhole && Complaints() == complaints) {
+      ++leftOut;
+      Complain(VisibleLibraryName(search.directory.substr(2)) +
+               ": files were left out: a folder can't be read to its end");
+    }
     const std::string folder = WithBackslash(search.directory).substr(prefix.size());
     group.wholeMask = searches++ == 0 && search.recursive ? folder + search.mask : "";
     StopIfAsked();
@@ -173,13 +181,18 @@ class Collector {
   // Once more than the mask finds, which doesn't select the files then.
   void TakeLink(const std::string& path, const std::string& name) {
     ++leftOut;
-    const fs::path host = HostPathOf(path);
     if (name.size() > kMaxNameBytes) return LeaveOut(path, "the name is too long");
+    LinkState link;
+    try {
+      link = InspectLink(HostPathOf(path));
+    } catch (const FileFailure& failure) {
+      return LeaveOut(path, failure.what());
+    }
     FileState state;
-    state.time = LinkTime(host);
+    state.time = link.time;
     if (request.isUpToDate && request.isUpToDate(name, state)) {
       ++upToDate;
-    } else if (LinkTarget(host).find_first_of("\\:*?\"<>|") != std::string::npos) {
+    } else if (link.target.find_first_of("\\:*?\"<>|") != std::string::npos) {
       LeaveOut(path, "the link's target holds a character that can't be stored");
     } else {
       group.links.push_back(name);
@@ -204,7 +217,8 @@ class Collector {
   // The files in a directory that can't be read aren't found by any mask; complains of those
   // directories, of which other masks than "*.*" tell nothing.
   void CheckDirectories(const Search& search) {
-    for (const std::string& path : Find({search.directory, "*.*", true}, 0x10)) {
+    bool ignored = false;  // a folder that can't be read is named below
+    for (const std::string& path : Find({search.directory, "*.*", true}, 0x10, ignored)) {
       const std::string name = path.substr(prefix.size());
       if (seen.contains(name) || excludes.Means(name)) continue;
       if (IsUnnameable(path)) {

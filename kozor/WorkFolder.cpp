@@ -136,7 +136,10 @@ bool WorkFolder::TryToMake() {
 }
 
 WorkFolder::~WorkFolder() {
-  Empty(directory.Number());
+  try {
+    Empty(directory.Number());
+  } catch (const std::exception&) {  // no memory: the next run removes it
+  }
   unlinkat(parent.Number(), name.c_str(), AT_REMOVEDIR);
 }
 
