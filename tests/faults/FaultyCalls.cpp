@@ -1,17 +1,19 @@
 // FaultyCalls.cpp - a library to preload into a program: counts calls of the C library that reach
 // the system or allocate memory, makes one of them fail, and can record writes.
 //
-//   KOZOR_CALLS=FILE   writes a line for each call, "name", in their order
+//   KOZOR_CALLS=FILE   writes a line for each call, its name, in their order, and at the end how
+//                      many allocations there were
 //   KOZOR_FAULT=N:E    call number N, from 1, fails with errno E; with E = 0 a read or a write is
-//   cut
-//                      to half of its bytes instead
+//                      cut to half of its bytes instead
 //   KOZOR_ALLOC=N      allocation number N fails
 //   KOZOR_DISK=FILE    records each change of a file, for PowerLossTest.cpp
 //
-// Thread-safe.  The numbers are repeatable only if the order of the program's calls is.
+// Counting begins and ends with the program's main function.  Thread-safe.  The numbers are
+// repeatable only if the order of the program's calls is.
 #include <dirent.h>
 #include <dlfcn.h>
 #include <fcntl.h>
+#include <pthread.h>
 #include <sys/file.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
@@ -39,7 +41,10 @@ void* __libc_realloc(void* block, std::size_t bytes);
 
 namespace {
 
-bool armed = false;  // false until the program's own code runs
+using Main = int (*)(int, char**, char**);
+
+Main programMain = nullptr;
+bool armed = false;
 long failingCall = 0;
 int failingError = 0;
 long failingAllocation = 0;
@@ -56,7 +61,11 @@ int OpenLog(const char* variable) {
   return static_cast<int>(syscall(SYS_fcntl, file, F_DUPFD_CLOEXEC, 900));
 }
 
-__attribute__((constructor)) void Arm() {
+void Put(int log, const void* bytes, std::size_t count) {
+  if (log >= 0) syscall(SYS_write, log, bytes, count);
+}
+
+int ArmedMain(int argc, char** argv, char** environment) {
   if (const char* const fault = std::getenv("KOZOR_FAULT")) {
     std::sscanf(fault, "%ld:%d", &failingCall, &failingError);
   }
@@ -64,10 +73,14 @@ __attribute__((constructor)) void Arm() {
   callLog = OpenLog("KOZOR_CALLS");
   diskLog = OpenLog("KOZOR_DISK");
   armed = true;
+  const int status = programMain(argc, argv, environment);
+  armed = false;
+  return status;
 }
 
-void Put(int log, const void* bytes, std::size_t count) {
-  if (log >= 0) syscall(SYS_write, log, bytes, count);
+__attribute__((destructor)) void LogAllocations() {
+  const std::string line = "allocations " + std::to_string(allocations) + "\n";
+  Put(callLog, line.data(), line.size());
 }
 
 // Counts a call; true if it is the one to fail.
@@ -83,7 +96,7 @@ bool IsNext(const char* name) {
 }
 
 bool Fails(const char* name) {
-  if (!IsNext(name)) return false;
+  if (!IsNext(name) || failingError == 0) return false;
   errno = failingError;
   return true;
 }
@@ -153,6 +166,13 @@ int OpenAt(int directory, const char* path, int flags, mode_t mode) {
 
 #define KOZOR_EXPORT extern "C" __attribute__((visibility("default")))
 
+KOZOR_EXPORT int __libc_start_main(Main main, int argc, char** argv, void (*init)(), void (*fini)(),
+                                   void (*end)(), void* stack) {
+  programMain = main;
+  const auto real = Next<decltype(&__libc_start_main)>("__libc_start_main");
+  return real(ArmedMain, argc, argv, init, fini, end, stack);
+}
+
 // A call that only fails or is passed on.
 #define KOZOR_CALL(Result, failure, name, parameters, arguments) \
   KOZOR_EXPORT Result name parameters {                          \
@@ -166,6 +186,7 @@ KOZOR_CALL(void*, MAP_FAILED, mmap, (void* a, std::size_t n, int p, int f, int d
 KOZOR_CALL(int, -1, fallocate, (int d, int m, off_t o, off_t n), (d, m, o, n))
 KOZOR_CALL(int, -1, statx, (int d, const char* p, int f, unsigned m, struct statx* s),
            (d, p, f, m, s))
+KOZOR_CALL(int, -1, access, (const char* p, int m), (p, m))
 KOZOR_CALL(int, -1, stat, (const char* p, struct stat* s), (p, s))
 KOZOR_CALL(int, -1, lstat, (const char* p, struct stat* s), (p, s))
 KOZOR_CALL(int, -1, fstat, (int d, struct stat* s), (d, s))
@@ -190,11 +211,17 @@ KOZOR_CALL(int, -1, setxattr, (const char* p, const char* n, const void* v, std:
            (p, n, v, s, f))
 KOZOR_CALL(int, -1, fsetxattr, (int d, const char* n, const void* v, std::size_t s, int f),
            (d, n, v, s, f))
+KOZOR_CALL(int, -1, removexattr, (const char* p, const char* n), (p, n))
 KOZOR_CALL(ssize_t, -1, readlink, (const char* p, char* b, std::size_t n), (p, b, n))
+KOZOR_CALL(ssize_t, -1, readlinkat, (int d, const char* p, char* b, std::size_t n), (d, p, b, n))
 KOZOR_CALL(char*, nullptr, realpath, (const char* p, char* r), (p, r))
 KOZOR_CALL(DIR*, nullptr, opendir, (const char* p), (p))
 KOZOR_CALL(DIR*, nullptr, fdopendir, (int d), (d))
 KOZOR_CALL(struct dirent*, nullptr, readdir, (DIR * d), (d))
+// These give the number of the error as their result.
+KOZOR_CALL(int, failingError, posix_fallocate, (int d, off_t o, off_t n), (d, o, n))
+KOZOR_CALL(int, failingError, pthread_create,
+           (pthread_t * t, const pthread_attr_t* a, void* (*f)(void*), void* x), (t, a, f, x))
 
 // Reads and writes, which may be cut short.
 KOZOR_EXPORT ssize_t read(int file, void* bytes, std::size_t count) {
@@ -304,7 +331,7 @@ KOZOR_EXPORT int rmdir(const char* path) {
 
 // Memory.  The C++ library's operator new calls malloc.
 static bool AllocationFails() {
-  if (!armed || failingAllocation == 0 || ++allocations != failingAllocation) return false;
+  if (!armed || ++allocations != failingAllocation) return false;
   errno = ENOMEM;
   return true;
 }
