@@ -144,7 +144,10 @@ class Walker {
   bool MayFollow(const CString& link) {
     if (!walk.followLinks) return false;
     const std::optional<DirectoryIdentity> target = IdentityOf(link);
-    if (!target) return false;
+    if (!target) {
+      NoteError(NO_ERROR);
+      return false;
+    }
     return std::none_of(levels.begin(), levels.end(), [&](Level& level) {
       if (!std::exchange(level.identityKnown, true)) level.identity = IdentityOf(level.directory);
       return level.identity == target;

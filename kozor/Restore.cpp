@@ -90,7 +90,7 @@ class RestoreVolumes : public Volumes {
     try {
       delivery.Begin(name);
       workName = std::to_string(++made);
-      if (size) RequireRoom(*size);
+      if (size) delivery.Work().RequireRoom(*size);
       return delivery.Work().LibraryPathOf(workName).c_str();
     } catch (const FileFailure& failure) {
       Complain(VisibleLibraryName(currentName) + ": " + failure.what());
@@ -116,11 +116,6 @@ class RestoreVolumes : public Volumes {
       }
     } catch (const Failure&) {  // the library will say what is wrong with the volume
     }
-  }
-
-  void RequireRoom(std::uint32_t size) {
-    const MappedFile reserved(delivery.Work(), workName, size);
-    delivery.Work().Remove(workName);
   }
 
   void Deliver() {

@@ -146,7 +146,8 @@ class Collector {
     const bool isLink = request.links != LinkRule::Followed && state.isLink;
     if (isLink && request.links == LinkRule::Kept) return TakeLink(path, name);
     if (isLink) group.links.push_back(name);
-    if (isLink && !fs::exists(host)) {
+    std::error_code unknown;
+    if (isLink && !fs::exists(host, unknown) && !unknown) {
       ++leftOut;
     } else if (!state.problem.empty()) {
       LeaveOut(path, state.problem);

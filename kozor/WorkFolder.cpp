@@ -84,6 +84,15 @@ void RemoveLeftovers(int parent) {
   }
 }
 
+// Reserves the blocks of an empty file.
+void Reserve(const Descriptor& file, std::uint64_t bytes) {
+  int error = 0;
+  do {
+    error = bytes == 0 ? 0 : posix_fallocate(file.Number(), 0, static_cast<off_t>(bytes));
+  } while (error == EINTR);
+  if (error != 0) throw FileFailure(SystemErrorText(error));
+}
+
 }  // namespace
 
 timespec HostTime(std::uint64_t fileTime) {
@@ -147,6 +156,15 @@ std::string WorkFolder::LibraryPathOf(const std::string& file) const {
   return LibraryPath("/proc/self/fd/" + std::to_string(directory.Number()) + "/" + file);
 }
 
+void WorkFolder::RequireRoom(std::uint64_t bytes) const {
+  constexpr const char* kName = "room";
+  const Descriptor file(
+      openat(directory.Number(), kName, O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
+  if (!file.IsOpen()) throw FileFailure(SystemErrorText(errno));
+  Remove(kName);
+  Reserve(file, bytes);
+}
+
 void WorkFolder::Remove(const std::string& file) const {
   unlinkat(directory.Number(), file.c_str(), 0);
 }
@@ -173,11 +191,7 @@ NewFile::NewFile(const WorkFolder& folder, const std::string& name, std::uint64_
 }
 
 void NewFile::Map(std::size_t bytes) {
-  int error = 0;
-  do {
-    error = posix_fallocate(file.Number(), 0, static_cast<off_t>(bytes));
-  } while (error == EINTR);
-  if (error != 0) throw FileFailure(SystemErrorText(error));
+  Reserve(file, bytes);
   void* const address = mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_SHARED, file.Number(), 0);
   if (address == MAP_FAILED) throw FileFailure(SystemErrorText(errno));
   contents = {static_cast<unsigned char*>(address), bytes};

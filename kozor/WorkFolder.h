@@ -61,6 +61,8 @@ class WorkFolder {
   // The library path of a file in it.  It goes by the open folder (/proc), so that nobody can lead
   // it elsewhere by exchanging a directory above.
   std::string LibraryPathOf(const std::string& file) const;
+  // Throws FileFailure when a file of so many bytes finds no room in it.
+  void RequireRoom(std::uint64_t bytes) const;
   // Removes a file from it, if it is there.
   void Remove(const std::string& file) const;
 

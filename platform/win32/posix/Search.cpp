@@ -120,11 +120,15 @@ class Search : public Object {
   bool Describe(const Entry& entry, WIN32_FIND_DATAA& data) {
     Metadata metadata;
     DWORD attributes = 0;
-    if (ReadMetadata(::dirfd(directory), entry.hostName.c_str(), metadata)) {
+    const bool isKnown = ReadMetadata(::dirfd(directory), entry.hostName.c_str(), metadata);
+    if (!isKnown && errno == ENOENT) return false;
+    // What a link leads to may be a directory, which nobody will look into now.
+    const bool leadsNowhere = errno == ENOENT || errno == ENOTDIR || errno == ELOOP;
+    const bool isUnread = isKnown ? metadata.dangling && !leadsNowhere : entry.type == DT_LNK;
+    if (isUnread) readError = ErrorFromErrno(errno);
+    if (isKnown) {
       metadata = Told(metadata);
       attributes = AttributesOf(metadata, entry.hostName, (host + entry.hostName).c_str());
-    } else if (errno == ENOENT) {
-      return false;
     } else {
       // The directory may be read but not searched: the entry's name is all that is known.
       metadata.mode = entry.type == DT_DIR ? S_IFDIR : S_IFREG;
