@@ -11,6 +11,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <ctime>
+#include <new>
 
 #include "Failure.h"
 #include "platform/classlib/ClassLib.h"
@@ -110,7 +111,7 @@ bool ChooseNamePage(unsigned int page) {
 }
 
 void SetEnvironment(const char* name, const std::string& value) {
-  setenv(name, value.c_str(), 1);
+  if (setenv(name, value.c_str(), 1) != 0) throw std::bad_alloc();
 }
 
 int StopSignal() {

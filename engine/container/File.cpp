@@ -122,8 +122,9 @@ FileFacts File::Facts() const {
 
 std::optional<UnixFacts> File::FactsOfUnix() const {
   KzUnixFacts facts;
-  if (!KzGetUnixFacts(handle, &facts)) return std::nullopt;
-  return ToUnixFacts(facts);
+  if (KzGetUnixFacts(handle, &facts)) return ToUnixFacts(facts);
+  if (GetLastError() != ERROR_NOT_SUPPORTED) throw Failure(ResultCode::CannotRead);
+  return std::nullopt;
 }
 
 std::optional<Link> ReadLink(const std::string& path) {

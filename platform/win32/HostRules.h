@@ -41,6 +41,7 @@ inline int KzLookAtFile(const char* path, BY_HANDLE_FILE_INFORMATION* facts) {
 }
 
 inline int KzGetUnixFacts(HANDLE /*file*/, KzUnixFacts* /*facts*/) {
+  SetLastError(ERROR_NOT_SUPPORTED);
   return 0;
 }
 

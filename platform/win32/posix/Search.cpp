@@ -125,7 +125,7 @@ class Search : public Object {
     // What a link leads to may be a directory, which nobody will look into now.
     const bool leadsNowhere = errno == ENOENT || errno == ENOTDIR || errno == ELOOP;
     const bool isUnread = isKnown ? metadata.dangling && !leadsNowhere : entry.type == DT_LNK;
-    if (isUnread) readError = ErrorFromErrno(errno);
+    if (isUnread && followsLinks) readError = ErrorFromErrno(errno);
     if (isKnown) {
       metadata = Told(metadata);
       attributes = AttributesOf(metadata, entry.hostName, (host + entry.hostName).c_str());
