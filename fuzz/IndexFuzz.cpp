@@ -18,7 +18,7 @@ void CheckMembers(const ArchiveIndex& index, std::uint64_t fileBytes) {
   for (const Member& member : index.Members()) {
     Require(member.offset >= end);
     end = member.EndOffset();
-    Require(member.headerBytes > 0 && end <= fileBytes);
+    Require((member.headerBytes > 0 || member.fault) && end <= fileBytes);
   }
   Require(index.EndOffset() == end);
 }
