@@ -7,7 +7,6 @@
 #include <cstdint>
 #include <filesystem>
 #include <initializer_list>
-#include <source_location>
 #include <span>
 #include <string>
 #include <string_view>
@@ -48,7 +47,7 @@ class Input {
 };
 
 // Reports a finding with its source position unless the condition is true.
-void Require(bool condition, const std::source_location& place = std::source_location::current());
+void Require(bool condition, const char* file = __builtin_FILE(), int line = __builtin_LINE());
 
 // A folder that is empty at the start of a run and removed with the process; on drive C: under the
 // same path.

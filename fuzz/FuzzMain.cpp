@@ -15,9 +15,9 @@ namespace fs = std::filesystem;
 
 namespace kozor::fuzz {
 
-void Require(bool condition, const std::source_location& place) {
+void Require(bool condition, const char* file, int line) {
   if (condition) return;
-  std::fprintf(stderr, "%s:%u: a finding\n", place.file_name(), place.line());
+  std::fprintf(stderr, "%s:%d: a finding\n", file, line);
   std::abort();
 }
 
