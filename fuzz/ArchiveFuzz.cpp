@@ -159,7 +159,8 @@ void ExtractToFiles(const std::map<std::string, Contents>& members) {
   std::map<std::string, std::string> last;
   for (std::size_t i = 0; i < extractor.targets.size(); ++i) {
     std::string path = extractor.targets[i].second;
-    for (char& letter : path) {
+    const std::size_t folderBytes = path.rfind('\\') + 1;
+    for (char& letter : std::span(path).first(folderBytes)) {
       if (letter >= 'A' && letter <= 'Z') letter = static_cast<char>(letter + ('a' - 'A'));
     }
     last[path] = i < extractor.done ? extractor.targets[i].first : "";
