@@ -155,21 +155,22 @@ void ExtractToFiles(const std::map<std::string, Contents>& members) {
   std::filesystem::create_directory(Folder().Path("target"));
   Extractor extractor;
   extractor.Extract(Archive().c_str(), Folder().LibraryPath("target\\").c_str(), nullptr);
-  // By path: what came there last.  Folders whose names differ in case alone are one.
-  std::map<std::string, std::string> last;
+  // By path: what came there last, and the path as it was given.  Folders whose names differ in
+  // case alone are one.
+  std::map<std::string, std::pair<std::string, std::string>> last;
   for (std::size_t i = 0; i < extractor.targets.size(); ++i) {
-    std::string path = extractor.targets[i].second;
-    const std::size_t folderBytes = path.rfind('\\') + 1;
-    for (char& letter : std::span(path).first(folderBytes)) {
+    const auto& [name, path] = extractor.targets[i];
+    std::string key = path;
+    for (char& letter : std::span(key).first(key.rfind('\\') + 1)) {
       if (letter >= 'A' && letter <= 'Z') letter = static_cast<char>(letter + ('a' - 'A'));
     }
-    last[path] = i < extractor.done ? extractor.targets[i].first : "";
+    last[key] = {i < extractor.done ? name : "", path};
   }
-  for (const auto& [path, name] : last) {
-    const auto member = members.find(name);
-    if (name.empty() || member == members.end() || member->second.code != 0) continue;
+  for (const auto& [key, came] : last) {
+    const auto member = members.find(came.first);
+    if (came.first.empty() || member == members.end() || member->second.code != 0) continue;
     CFile file;
-    Require(file.Open(path.c_str(), CFile::modeRead) != 0);
+    Require(file.Open(came.second.c_str(), CFile::modeRead) != 0);
     std::string bytes(static_cast<std::size_t>(file.GetLength()), 0);
     Require(file.Read(bytes.data(), static_cast<unsigned>(bytes.size())) == bytes.size());
     Require(bytes == member->second.bytes);
