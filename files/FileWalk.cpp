@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "files/Path.h"
+#include "platform/win32/HostRules.h"
 
 namespace {
 
@@ -117,7 +118,7 @@ class Walker {
     const SearchHandle search(handle);
     do {
       if (!IsDots(found.cFileName)) action(Entry{found.cFileName, found.dwFileAttributes});
-    } while (FindNextFileA(handle, &found));
+    } while (KzFindNextFile(handle, &found));
     NoteError(ERROR_NO_MORE_FILES);
   }
 

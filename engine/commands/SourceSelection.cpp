@@ -14,6 +14,7 @@
 #include "engine/container/MemberName.h"
 #include "engine/container/Path.h"
 #include "platform/text/WildCard.h"
+#include "platform/win32/HostRules.h"
 #include "platform/win32/Win32.h"
 
 namespace kozor::commands {
@@ -49,7 +50,7 @@ class DirectorySearch {
     do {
       const std::string_view name = entry.cFileName;
       if (name != "." && name != "..") take(entry);
-    } while (FindNextFileA(find, &entry));
+    } while (KzFindNextFile(find, &entry));
     if (GetLastError() != ERROR_NO_MORE_FILES) throw Failure(ResultCode::CannotRead);
     return true;
   }

@@ -5,6 +5,7 @@
 
 #include "engine/container/Failure.h"
 #include "engine/container/Path.h"
+#include "platform/win32/HostRules.h"
 #include "platform/win32/Win32.h"
 
 namespace kozor::container {
@@ -45,7 +46,7 @@ void TemporaryArchive::RemoveLeftovers(const std::string& directory) {
     const std::string leftover = directory + entry.cFileName;
     File opened;
     if (opened.Open(leftover, File::Mode::Alone)) opened.Remove(leftover);
-  } while (FindNextFileA(find, &entry));
+  } while (KzFindNextFile(find, &entry));
   FindClose(find);
 }
 

@@ -3,6 +3,8 @@
 
 #include <cstring>
 
+#include "platform/win32/HostRules.h"
+
 namespace {
 
 // The part of a path before its last name.
@@ -34,7 +36,7 @@ int CFileFind::FindFile(const char* name, DWORD /*unused*/) {
 int CFileFind::FindNextFileA() {
   if (!hasNext) return 0;
   current = next;
-  hasNext = ::FindNextFileA(search, &next) != 0;
+  hasNext = KzFindNextFile(search, &next) != 0;
   return hasNext;
 }
 

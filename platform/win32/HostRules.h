@@ -15,6 +15,9 @@ struct KzUnixFacts {
 
 #if defined(_WIN32)
 
+#include "platform/win32/windows/ActivePage.h"
+#include "platform/win32/windows/Calls.h"
+
 // A program has this suffix; on POSIX it needs mode bits as well.
 constexpr char kProgramSuffix[] = ".exe";
 
@@ -26,8 +29,12 @@ inline int KzCreatesExactly() {
   return 0;
 }
 
+inline int KzFindNextFile(HANDLE find, WIN32_FIND_DATAA* data) {
+  return kozor::windows::FindNextFileA(find, data);
+}
+
 inline unsigned int KzNameCodePage() {
-  return 0;
+  return kozor::windows::NamePage();
 }
 
 inline int KzLookAtFile(const char* path, BY_HANDLE_FILE_INFORMATION* facts) {
@@ -75,6 +82,12 @@ ZOR_PLATFORM_API int KzMakeProgram(const char* path, const char* like);
 // Non-zero if names that differ only in case are different files when creating
 // (KzSetCaseBlindCreation).
 ZOR_PLATFORM_API int KzCreatesExactly();
+
+// FindNextFileA.  It has a name of its own because Windows renames the member functions of classes
+// that are called like its calls.
+inline int KzFindNextFile(HANDLE find, WIN32_FIND_DATAA* data) {
+  return FindNextFileA(find, data);
+}
 
 // The code page set by KzSetNameCodePage.
 ZOR_PLATFORM_API unsigned int KzNameCodePage();

@@ -11,21 +11,12 @@
 #include <string>
 
 #include "platform/Export.h"
+#include "platform/win32/CodePages.h"
 
 // Maps a share, "\\server\share" in any case, to a host directory; null unmaps it.  Returns 1, or 0
 // with GetLastError ERROR_BAD_NETPATH (not a share name), ERROR_INVALID_PARAMETER (empty host path)
 // or ERROR_BAD_NET_NAME (not mapped).
 ZOR_PLATFORM_API int KzMapShare(const char* share, const char* hostDirectory);
-
-// Sets the active code page: 932 (the default) or 65001.  Returns 1, or 0 with
-// ERROR_INVALID_PARAMETER for any other.  Existing path strings aren't converted.
-ZOR_PLATFORM_API int KzSetActiveCodePage(unsigned int codePage);
-
-// The code page of names in archives that don't record theirs: 932, 65001, 437, 850, 852, 866, 936,
-// 949, 950, 1250 to 1252, 10000, 28591 or 51932.  With 0, the default, it is guessed once per
-// archive.  A name that isn't valid in the page is read as with 0.  Returns 1, or 0 with
-// ERROR_INVALID_PARAMETER for any other.
-ZOR_PLATFORM_API int KzSetNameCodePage(unsigned int codePage);
 
 // Non-zero: a file is found by its exact name only, as in a case-sensitive directory on Windows.
 // Zero, the default: by its exact name, else by one that differs only in case.  Wild-cards ignore

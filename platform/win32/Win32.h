@@ -21,6 +21,10 @@
 #include <time.h>
 #include <windows.h>
 
+#if defined(KOZOR_OWN_NAMES)
+#include "platform/win32/windows/Redirect.h"
+#endif
+
 #else
 
 #include "platform/win32/PosixFiles.h"

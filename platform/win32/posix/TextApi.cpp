@@ -3,12 +3,12 @@
 #include <string>
 #include <string_view>
 
-#include "platform/text/Case.h"
 #include "platform/text/CodePage.h"
 #include "platform/text/ForeignPage.h"
 #include "platform/win32/HostRules.h"
 #include "platform/win32/PosixAdmin.h"
 #include "platform/win32/PosixText.h"
+#include "platform/win32/TextCompare.h"
 #include "platform/win32/posix/HostNames.h"
 #include "platform/win32/posix/SystemCalls.h"
 
@@ -19,31 +19,8 @@ using namespace kozor::text;
 
 std::atomic<unsigned> namePage{0};
 
-struct Character {
-  unsigned value;     // lead * 256 + trail for two bytes
-  std::size_t bytes;  // 1 or 2; 1 at the terminator
-};
-
-// The first character of a text; may be its terminator.
-Character FirstCharacter(const unsigned char* text) {
-  if (IsLeadByte(text[0]) && text[1] != 0) return {text[0] * 256U + text[1], 2};
-  return {text[0], 1};
-}
-
-int Sign(unsigned a, unsigned b) {
-  return a < b ? -1 : a > b ? 1 : 0;
-}
-
-int CompareText(const unsigned char* a, const unsigned char* b, bool foldCase) {
-  for (;;) {
-    const Character left = FirstCharacter(a);
-    const Character right = FirstCharacter(b);
-    const unsigned leftValue = foldCase ? _mbctolower(left.value) : left.value;
-    const unsigned rightValue = foldCase ? _mbctolower(right.value) : right.value;
-    if (leftValue != rightValue || leftValue == 0) return Sign(leftValue, rightValue);
-    a += left.bytes;
-    b += right.bytes;
-  }
+kozor::TextCompare Comparison() {
+  return kozor::TextCompare(IsLeadByte(0x82));
 }
 
 // Copies the converted text to the caller, as both calls do: a capacity of 0 queries the size.
@@ -97,7 +74,7 @@ BOOL WINAPI IsDBCSLeadByte(BYTE byte) {
 
 LPSTR WINAPI CharNextA(LPCSTR text) {
   const auto* const bytes = reinterpret_cast<const unsigned char*>(text);
-  if (*bytes != 0) text += FirstCharacter(bytes).bytes;
+  if (*bytes != 0) text += Comparison().First(bytes).bytes;
   return const_cast<LPSTR>(text);
 }
 
@@ -111,29 +88,19 @@ LPSTR WINAPI CharPrevA(LPCSTR start, LPCSTR current) {
 }
 
 unsigned int _mbctolower(unsigned int character) {
-  // Two-byte characters exist only in a code page with lead bytes.
-  return character < 0x100 || IsLeadByte(0x82) ? ToLowerLatin932(character) : character;
+  return Comparison().Lower(character);
 }
 
 int _mbscmp(const unsigned char* a, const unsigned char* b) {
-  return CompareText(a, b, false);
+  return Comparison().Compare(a, b, false);
 }
 
 int _mbsicmp(const unsigned char* a, const unsigned char* b) {
-  return CompareText(a, b, true);
+  return Comparison().Compare(a, b, true);
 }
 
 int _mbsnbcmp(const unsigned char* a, const unsigned char* b, std::size_t bytes) {
-  // A character split by the limit is compared by its first byte.
-  for (std::size_t done = 0; done < bytes;) {
-    Character left = FirstCharacter(a + done);
-    Character right = FirstCharacter(b + done);
-    if (left.bytes > bytes - done) left = {a[done], 1};
-    if (right.bytes > bytes - done) right = {b[done], 1};
-    if (left.value != right.value || left.value == 0) return Sign(left.value, right.value);
-    done += left.bytes;
-  }
-  return 0;
+  return Comparison().CompareBytes(a, b, bytes);
 }
 
 int WINAPI MultiByteToWideChar(UINT codePage, DWORD flags, LPCCH text, int bytes, LPWSTR wide,
