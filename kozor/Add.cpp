@@ -130,7 +130,7 @@ std::vector<std::string> WhatToAdd(const Arguments& arguments) {
     const std::vector<unsigned char> input = ReadStandardInput();
     text.assign(input.begin(), input.end());
   } else {
-    std::ifstream file(list, std::ios::binary);
+    std::ifstream file(FromUtf8(list), std::ios::binary);
     text.assign(std::istreambuf_iterator<char>(file), {});
     if (!file) throw Failure(Visible(list) + ": the list of names can't be read");
   }
@@ -161,17 +161,18 @@ class UpToDate {
 
 std::vector<FileGroup> SelectFiles(const Arguments& arguments, const std::string& name,
                                    const fs::path& archive) {
-  const fs::path directory = arguments.Value("--dir");
+  const fs::path directory = FromUtf8(arguments.Value("--dir"));
   if (!directory.empty() && !fs::is_directory(directory)) {
     throw Failure(Visible(directory.string()) + ": no such directory");
   }
   const bool keepsFacts = KeepsUnixFacts(arguments);
-  SelectionRequest request = {.base = arguments.Value("--dir", arguments.Value("-C", ".")),
-                              .words = WhatToAdd(arguments),
-                              .excludes = arguments.Values("--exclude"),
-                              .isOwnFile = [&](const fs::path& path) { return path == archive; },
-                              .links = keepsFacts ? LinkRule::Kept : LinkRule::Followed,
-                              .takesFolders = keepsFacts || arguments.Has("--dir")};
+  SelectionRequest request = {
+      .base = FromUtf8(arguments.Value("--dir", arguments.Value("-C", "."))),
+      .words = WhatToAdd(arguments),
+      .excludes = arguments.Values("--exclude"),
+      .isOwnFile = [&](const fs::path& path) { return path == archive; },
+      .links = keepsFacts ? LinkRule::Kept : LinkRule::Followed,
+      .takesFolders = keepsFacts || arguments.Has("--dir")};
   if (arguments.Has("--update")) request.isUpToDate = UpToDate(LibraryPath(archive), name);
   std::vector<FileGroup> groups = Select(request);
   if (!request.takesFolders) {
@@ -235,7 +236,7 @@ void AddStandardInput(const Arguments& arguments, const std::string& name) {
   Prepare(archive, arguments, output);
   archive.Require(
       archive.CompressMem(output.Path().c_str(), MemberName(arguments.Value("--stdin")).c_str(),
-                          data.data(), data.size(), output.Append()),
+                          data.data(), static_cast<unsigned long>(data.size()), output.Append()),
       name);
   output.Commit();
 }

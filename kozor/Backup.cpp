@@ -300,7 +300,7 @@ void Backup(const Arguments& arguments) {
   const Areas areas = ReadAreas(arguments, format);
   const unsigned long maxVolumeBytes = ReadSize(arguments.Value("--volume-size"));
   const FileGroup group = SelectForSet(
-      {.base = arguments.Value("-C", "."),
+      {.base = FromUtf8(arguments.Value("-C", ".")),
        .words = arguments.OperandsFrom(1),
        .excludes = arguments.Values("--exclude"),
        .isOwnFile = [&](const fs::path& path) { return IsOwnFile(name, path); },

@@ -21,7 +21,8 @@ constexpr int kFormat = 1;
 
 // Replaces the file atomically.
 void WriteWhole(const fs::path& path, const std::string& text) {
-  const fs::path temporary = path.string() + ".tmp";
+  fs::path temporary = path;
+  temporary += ".tmp";
   std::ofstream file(temporary, std::ios::binary);
   file << text;
   file.close();
@@ -172,10 +173,10 @@ void SetScanner::Scan(const fs::path& path) {
 
 fs::path CataloguePath(const VolumeName& name) {
   const fs::path first = name.Path(1);
-  std::string file = fs::path(name.Word()).filename().string();
+  std::string file = FromUtf8(name.Word()).filename().string();
   const std::size_t mark = file.find('#');
   if (mark != std::string::npos) file.replace(mark, 1, "catalogue");
-  return first.parent_path() / (file + ".json");
+  return first.parent_path() / FromUtf8(file + ".json");
 }
 
 fs::path ChecksumPath(const fs::path& volume) {

@@ -221,7 +221,7 @@ SourceArchive::SourceArchive(std::string givenName) : name(std::move(givenName))
     SaveStandardInput(CopyPath());
     path = LibraryPath(CopyPath());
   } else {
-    path = LibraryPath(name);
+    path = LibraryPath(FromUtf8(name));
   }
   members = ReadMembers(path, name, &hasEndMark);
   const auto damaged = std::count_if(members.begin(), members.end(),

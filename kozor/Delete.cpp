@@ -52,7 +52,7 @@ void Delete(const Arguments& arguments) {
   ChooseNamePage(arguments);
   const std::string& name = arguments.Operand(0, "the archive");
   arguments.Operand(1, "what to delete");
-  const std::string path = LibraryPath(name);
+  const std::string path = LibraryPath(FromUtf8(name));
   std::vector<std::string> masks;
   const std::vector<Member> members = ReadMembers(path, name);
   for (const std::string& word : arguments.OperandsFrom(1)) {

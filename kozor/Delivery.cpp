@@ -9,6 +9,7 @@
 #include "Failure.h"
 #include "Host.h"
 #include "Listing.h"
+#include "platform/text/Case.h"
 
 namespace kozor::program {
 
@@ -20,7 +21,10 @@ bool BeginsWithDrive(const std::string& name) {
   return name.size() >= 2 && name[1] == ':' && std::isalpha(static_cast<unsigned char>(name[0]));
 }
 
-// Throws if a component isn't a valid file name or is "." or "..".
+constexpr const char* kNoSuchName =
+    "refused: no file can have this name (kozor print shows the contents)";
+
+// Throws when a component can't be a file's name, or climbs.
 void RequireSound(const std::string& name) {
   for (std::size_t start = 0; start <= name.size();) {
     const std::size_t end = std::min(name.find('\\', start), name.size());
@@ -28,12 +32,13 @@ void RequireSound(const std::string& name) {
     if (part == "." || part == "..") {
       throw FileFailure("refused: its name climbs out of folders");
     }
+    if (!CanBeMade(part)) throw FileFailure(kNoSuchName);
     start = end + 1;
   }
   const bool control = std::any_of(name.begin(), name.end(),
                                    [](char c) { return static_cast<unsigned char>(c) < 0x20; });
   if (control || name.find_first_of("\"*/:<>?|") != std::string::npos) {
-    throw FileFailure("refused: no file can have this name (kozor print shows the contents)");
+    throw FileFailure(kNoSuchName);
   }
 }
 
@@ -70,7 +75,7 @@ fs::path Delivery::PathOf(const std::string& name) {
   RequireSound(rest);
   if (rooted && rules.absoluteNames) {
     const bool onHost = !hasDrive && !name.starts_with("\\\\");
-    return onHost ? "/" + HostName(rest) : HostPath(name).string();
+    return AbsolutePath(onHost ? "/" / HostName(rest) : HostPath(name));
   }
   if (rooted && !rootTakenOff) {
     Remark(
@@ -109,7 +114,19 @@ bool Delivery::Wants(const Item& item, Destination::FinalLink itsFinalLink) {
   }
 }
 
+// Where the host ignores case, of names that differ in nothing else the first has the place.
+void Delivery::RequireNoTwin() {
+  if (!HostIgnoresCase()) return;
+  const std::string own = path.generic_string();
+  const std::string& first = delivered.try_emplace(text::UpperKey(own), own).first->second;
+  if (first != own) {
+    throw FileFailure("refused: its name differs from that of " + Visible(first) +
+                      " in case alone");
+  }
+}
+
 void Delivery::Deliver(const Item& item, const std::string& workName) {
+  RequireNoTwin();
   for (;;) {
     const auto existing =
         mayReplace ? Destination::Existing::IsReplaced : Destination::Existing::Stays;
@@ -175,7 +192,7 @@ Delivery::Verdict Delivery::Ask(const Item& item, const Occupant& occupant) {
             answer.find('/') != std::string::npos) {
           break;
         }
-        path.replace_filename(answer);
+        path.replace_filename(FromUtf8(answer));
         return Verdict::Rename;
       }
       case 'q':

@@ -5,6 +5,7 @@
 #include <array>
 #include <cstdint>
 #include <filesystem>
+#include <map>
 #include <string>
 #include <string_view>
 
@@ -78,6 +79,7 @@ class Delivery {
   bool Wants(const Item& item, Destination::FinalLink itsFinalLink);
   enum class Verdict { Replace, Keep, Compare, Rename };
   std::filesystem::path PathOf(const std::string& name);
+  void RequireNoTwin();
   Verdict Judge(const Item& item, const Occupant& occupant, bool known);
   Verdict Ask(const Item& item, const Occupant& occupant);
 
@@ -88,6 +90,8 @@ class Delivery {
   Destination::FinalLink finalLink = Destination::FinalLink::IsFollowed;
   bool mayReplace = false;    // the file at hand has been granted the place
   bool rootTakenOff = false;  // told already
+  // The names delivered so far, by themselves in upper case; kept where the host ignores case.
+  std::map<std::u16string, std::string> delivered;
 };
 
 }  // namespace kozor::program

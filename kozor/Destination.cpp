@@ -1,14 +1,7 @@
 // Destination.cpp - see Destination.h.
 #include "Destination.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <algorithm>
-#include <array>
-#include <cerrno>
-#include <cstdio>
 #include <span>
 #include <vector>
 
@@ -21,26 +14,8 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr int kFolder = O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
-constexpr int kReadFile = O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
 constexpr int kMostLinks = 40;
-constexpr mode_t kAnyMode = 0777;  // the process's mask applies
-
-[[noreturn]] void FailBySystem() {
-  throw FileFailure(SystemErrorText(errno));
-}
-
-bool IsLink(int directory, const char* name) {
-  struct stat state {};
-  return fstatat(directory, name, &state, AT_SYMLINK_NOFOLLOW) == 0 && S_ISLNK(state.st_mode);
-}
-
-// Empty for what is no link.
-std::string LinkTarget(int directory, const std::string& name) {
-  std::array<char, 4096> target{};
-  const ssize_t bytes = readlinkat(directory, name.c_str(), target.data(), target.size());
-  return bytes < 0 ? "" : std::string(target.data(), static_cast<std::size_t>(bytes));
-}
+constexpr std::size_t kBlockBytes = 1 << 16;
 
 // Whether a link in a folder may lead out of the destination, whatever links stand in there.
 bool MayLeadOut(const fs::path& folder, const fs::path& target) {
@@ -53,97 +28,21 @@ bool MayLeadOut(const fs::path& folder, const fs::path& target) {
       return true;
     }
   }
-  return target.is_absolute();
-}
-
-// Opens one directory in another, and makes it first where it is missing.
-int OpenOrMake(int directory, const char* name) {
-  const int opened = openat(directory, name, kFolder);
-  if (opened >= 0 || errno != ENOENT) return opened;
-  if (mkdirat(directory, name, kAnyMode) != 0 && errno != EEXIST) return -1;
-  return openat(directory, name, kFolder);
-}
-
-// Fills as much of the block as the file has left; returns how much.
-std::size_t ReadBlock(int file, std::span<char> block) {
-  std::size_t got = 0;
-  while (got < block.size()) {
-    const ssize_t bytes = read(file, block.data() + got, block.size() - got);
-    if (bytes == 0) break;
-    if (bytes < 0 && errno == EINTR) continue;
-    if (bytes < 0) FailBySystem();
-    got += static_cast<std::size_t>(bytes);
-  }
-  return got;
-}
-
-constexpr std::size_t kBlockBytes = 1 << 16;
-
-// A file's contents and metadata into a new file.  Attributes that the target's file system doesn't
-// take are left out.
-void CopyFile(int fromDirectory, const std::string& from, int toDirectory, const std::string& to) {
-  const Descriptor source(openat(fromDirectory, from.c_str(), kReadFile));
-  struct stat state {};
-  if (!source.IsOpen() || fstat(source.Number(), &state) != 0) FailBySystem();
-  Descriptor target(openat(toDirectory, to.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
-  if (!target.IsOpen()) FailBySystem();
-  std::vector<char> block(kBlockBytes);
-  while (const std::size_t got = ReadBlock(source.Number(), block)) {
-    WriteAll(target.Number(), std::as_bytes(std::span(block).first(got)));
-  }
-  const std::array<timespec, 2> times = {state.st_atim, state.st_mtim};
-  if (fchmod(target.Number(), state.st_mode & 07777) != 0) FailBySystem();
-  if (futimens(target.Number(), times.data()) != 0) FailBySystem();
-  if (!target.Finish()) FailBySystem();
-}
-
-enum class Move { Done, Occupied, OtherFileSystem };
-
-Move MoveTo(int fromDirectory, const std::string& from, const Place& place,
-            Destination::Existing existing) {
-  const auto rename = [&](unsigned flags) {
-    return renameat2(fromDirectory, from.c_str(), place.directory, place.name.c_str(), flags) == 0;
-  };
-  if (existing == Destination::Existing::Stays) {
-    if (rename(RENAME_NOREPLACE)) return Move::Done;
-    if (errno == EEXIST) return Move::Occupied;
-    // A file system without that: look first.
-    const bool isUnknown = errno == EINVAL || errno == ENOSYS;
-    if (isUnknown && LookAt(place)) return Move::Occupied;
-    if (!isUnknown && errno != EXDEV) FailBySystem();
-  }
-  if (rename(0)) return Move::Done;
-  if (errno != EXDEV) FailBySystem();
-  return Move::OtherFileSystem;
+  return target.has_root_path();
 }
 
 }  // namespace
 
-std::optional<Occupant> LookAt(const Place& place) {
-  struct stat state {};
-  if (fstatat(place.directory, place.name.c_str(), &state, AT_SYMLINK_NOFOLLOW) != 0) {
-    if (errno == ENOENT) return std::nullopt;
-    FailBySystem();
-  }
-  return Occupant{.isDirectory = S_ISDIR(state.st_mode),
-                  .isFile = S_ISREG(state.st_mode),
-                  .isLink = S_ISLNK(state.st_mode),
-                  .isReadOnly = S_ISREG(state.st_mode) && (state.st_mode & 0222) == 0,
-                  .size = static_cast<std::uint64_t>(state.st_size),
-                  .time = state.st_mtim.tv_sec,
-                  .nanoseconds = state.st_mtim.tv_nsec};
-}
-
 Destination::Destination(fs::path directory, Links linksRule)
     : root(std::move(directory)), links(linksRule) {}
 
-int Destination::Root() {
+HostHandle Destination::Root() {
   if (!rootDirectory.IsOpen()) {
     std::error_code error;
     fs::create_directories(root, error);
-    rootDirectory = Descriptor(open(root.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+    rootDirectory = OpenDirectory(root);
     if (!rootDirectory.IsOpen()) {
-      throw Failure(Visible(root.string()) + ": " + SystemErrorText(errno));
+      throw Failure(Visible(root.string()) + ": " + LastSystemError());
     }
     root = fs::canonical(root, error);
   }
@@ -179,32 +78,33 @@ fs::path Destination::Resolve(const fs::path& link) {
 
 // Opens a directory below the destination; `reached` is where it really is.  Good until the next
 // call.
-int Destination::Open(const fs::path& path, fs::path& reached, int linksLeft) {
+HostHandle Destination::Open(const fs::path& path, fs::path& reached, int linksLeft) {
   constexpr std::size_t kMostLevels = 32;
-  lastDirectory = -1;
+  lastDirectory = kNotOpen;
   if (path.is_absolute()) {
     std::error_code error;
     fs::create_directories(path, error);
     reached = path;
-    beyondLevels = Descriptor(open(path.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+    beyondLevels = OpenDirectory(path);
     if (!beyondLevels.IsOpen()) FailBySystem();
     return beyondLevels.Number();
   }
-  int directory = Root();
+  HostHandle directory = Root();
   reached.clear();
   auto part = path.begin();
   auto level = levels.begin();
-  for (; part != path.end() && level != levels.end() && *part == level->name; ++part, ++level) {
+  for (; part != path.end() && level != levels.end() && part->string() == level->name;
+       ++part, ++level) {
     directory = level->directory.Number();
     reached /= *part;
   }
   levels.erase(level, levels.end());
   for (; part != path.end(); ++part) {
-    Descriptor next(OpenOrMake(directory, part->c_str()));
+    Descriptor next = OpenOrMakeFolder(directory, part->string());
     if (!next.IsOpen()) {
-      const int error = errno;
-      if (!IsLink(directory, part->c_str())) throw FileFailure(SystemErrorText(error));
-      if (linksLeft == 0) throw FileFailure(SystemErrorText(ELOOP));
+      const std::string problem = LastSystemError();
+      if (!IsLink(directory, part->string())) throw FileFailure(problem);
+      if (linksLeft == 0) throw FileFailure("too many links lead from one to another");
       fs::path rest = Resolve(reached / *part);
       while (++part != path.end()) rest /= *part;
       return Open(rest, reached, linksLeft - 1);
@@ -222,7 +122,7 @@ int Destination::Open(const fs::path& path, fs::path& reached, int linksLeft) {
 
 Place Destination::Find(const fs::path& path, FinalLink finalLink) {
   const fs::path folder = path.parent_path();
-  if (lastDirectory < 0 || folder != lastAsked) {
+  if (lastDirectory == kNotOpen || folder != lastAsked) {
     lastDirectory = Open(folder, lastReached, kMostLinks);
     lastAsked = folder;
   }
@@ -246,21 +146,23 @@ std::uint64_t Destination::FreeBytes() {
 }
 
 bool Destination::MoveIn(const std::string& workName, const Place& place, Existing existing) {
-  const Move move = MoveTo(Work().Directory(), workName, place, existing);
+  const bool replace = existing == Existing::IsReplaced;
+  const Move move = MoveTo(Work().Directory(), workName, place.directory, place.name, replace);
   if (move != Move::OtherFileSystem) return move == Move::Done;
   // The place is on a file system mounted below the destination.
   const WorkFolder besidePlace(place.directory);
-  CopyFile(Work().Directory(), workName, besidePlace.Directory(), workName);
-  if (MoveTo(besidePlace.Directory(), workName, place, existing) != Move::Done) return false;
-  unlinkat(Work().Directory(), workName.c_str(), 0);
+  const HostHandle beside = besidePlace.Directory();
+  CopyFileIn(Work().Directory(), workName, beside, workName);
+  if (MoveTo(beside, workName, place.directory, place.name, replace) != Move::Done) return false;
+  Work().Remove(workName);
   return true;
 }
 
 bool Destination::HasContentsOf(const std::string& workName, const Place& place) {
   const std::string link = LinkTarget(Work().Directory(), workName);
   if (!link.empty()) return link == LinkTarget(place.directory, place.name);
-  const Descriptor ours(openat(Work().Directory(), workName.c_str(), kReadFile));
-  const Descriptor theirs(openat(place.directory, place.name.c_str(), kReadFile));
+  const Descriptor ours = OpenFile(Work().Directory(), workName);
+  const Descriptor theirs = OpenFile(place.directory, place.name);
   if (!ours.IsOpen() || !theirs.IsOpen()) return false;
   std::vector<char> first(kBlockBytes);
   std::vector<char> second(kBlockBytes);
@@ -282,11 +184,7 @@ void Destination::MakeFolder(const fs::path& path) {
 
 void Destination::FinishFolder(const fs::path& path, unsigned int mode, std::uint64_t lastWrite) {
   fs::path ignored;
-  const int folder = Open(path, ignored, kMostLinks);
-  const timespec time = HostTime(lastWrite);
-  const std::array<timespec, 2> times = {time, time};
-  if (utimensat(folder, ".", times.data(), 0) != 0) FailBySystem();
-  if (mode != 0 && fchmodat(folder, ".", mode, 0) != 0) FailBySystem();
+  FinishDirectory(Open(path, ignored, kMostLinks), mode, lastWrite);
 }
 
 void Destination::PrepareLink(const std::string& workName, const Place& place,
@@ -295,10 +193,7 @@ void Destination::PrepareLink(const std::string& workName, const Place& place,
     throw FileFailure("refused: the link to " + Visible(target.string()) +
                       " leads out of the destination (--allow-outside makes it)");
   }
-  if (symlinkat(target.c_str(), Work().Directory(), workName.c_str()) != 0) FailBySystem();
-  const timespec time = HostTime(lastWrite);
-  const std::array<timespec, 2> times = {time, time};
-  utimensat(Work().Directory(), workName.c_str(), times.data(), AT_SYMLINK_NOFOLLOW);
+  MakeLink(Work().Directory(), workName, target, lastWrite);
 }
 
 }  // namespace kozor::program

@@ -2,8 +2,7 @@
 //
 // Directories are opened one by one from the destination down and never through a symbolic link,
 // but for links that were there before and lead to another place inside.  Files are named relative
-// to open directories.  So it doesn't matter what someone puts there meanwhile.  This is the POSIX
-// side.
+// to open directories.  So it doesn't matter what someone puts there meanwhile.
 #pragma once
 
 #include <cstdint>
@@ -16,21 +15,10 @@
 
 namespace kozor::program {
 
-// What stands at a place.
-struct Occupant {
-  bool isDirectory = false;
-  bool isFile = false;
-  bool isLink = false;
-  bool isReadOnly = false;
-  std::uint64_t size = 0;
-  std::int64_t time = 0;  // last write, seconds since 1970
-  long nanoseconds = 0;   // of that time, beyond its second
-};
-
 // Where a file is to stand: a name in an open directory.  Good until the next call of Find,
 // MakeFolder or FinishFolder.
 struct Place {
-  int directory = -1;
+  HostHandle directory = kNotOpen;
   std::string name;
   std::filesystem::path folder{};      // the directory, relative to the destination, free of links
   std::optional<Occupant> occupant{};  // when it was looked for
@@ -69,8 +57,8 @@ class Destination {
                    const std::filesystem::path& target, std::uint64_t lastWrite);
 
  private:
-  int Root();
-  int Open(const std::filesystem::path& path, std::filesystem::path& reached, int linksLeft);
+  HostHandle Root();
+  HostHandle Open(const std::filesystem::path& path, std::filesystem::path& reached, int linksLeft);
   std::filesystem::path Resolve(const std::filesystem::path& link);
   std::optional<std::filesystem::path> Inside(const std::filesystem::path& real) const;
 
@@ -87,12 +75,14 @@ class Destination {
   std::vector<Level> levels;
   Descriptor beyondLevels;  // the last one, where it isn't among them
   // The directory found last, if any.
-  int lastDirectory = -1;
+  HostHandle lastDirectory = kNotOpen;
   std::filesystem::path lastAsked;
   std::filesystem::path lastReached;
 };
 
 // What stands at a place, links not followed; nothing when nothing does.
-std::optional<Occupant> LookAt(const Place& place);
+inline std::optional<Occupant> LookAt(const Place& place) {
+  return LookAt(place.directory, place.name);
+}
 
 }  // namespace kozor::program

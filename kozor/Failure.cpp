@@ -2,8 +2,6 @@
 #include "Failure.h"
 
 #include <array>
-#include <cerrno>
-#include <system_error>
 
 namespace kozor::program {
 
@@ -63,34 +61,6 @@ constexpr std::array<std::string_view, 45> kTexts = {
 std::string_view ErrorText(ZorError error) {
   const auto number = static_cast<std::size_t>(error);
   return kTexts[number < kTexts.size() ? number : std::size_t{ZorErrorEngineUnknown}];
-}
-
-std::string SystemErrorText(int number) {
-  switch (number) {
-    case ENOSPC:
-    case EDQUOT:
-      return "the disk is full";
-    case EFBIG:
-      return "the file is larger than a file may be here";
-    case EACCES:
-    case EPERM:
-      return "no permission";
-    case EROFS:
-      return "the file system is read-only";
-    case ENAMETOOLONG:
-      return "the name is too long for this file system";
-    case EILSEQ:
-    case EINVAL:
-      return "this file system can't have such a file";
-    case EISDIR:
-    case ENOTEMPTY:
-    case EEXIST:
-      return "a directory is in the way";
-    case ENOTDIR:
-      return "a file is in the way of a directory";
-    default:
-      return std::generic_category().message(number);
-  }
 }
 
 bool EndsTheRun(ZorError error) {

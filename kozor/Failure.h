@@ -32,9 +32,8 @@ class UsageError : public std::runtime_error {
 // A signal asked the program to stop, and the run has ended.
 struct Interrupted {};
 
-// Texts for the library's error numbers and for errno, to follow the name of a file.
+// Texts for the library's error numbers, to follow the name of a file.
 std::string_view ErrorText(ZorError error);
-std::string SystemErrorText(int number);
 
 // Whether the error concerns the archive, the archiver or the machine, so that other members would
 // fail too.

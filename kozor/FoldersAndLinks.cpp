@@ -28,8 +28,8 @@ using Module = std::unique_ptr<std::remove_pointer_t<HMODULE>, Unload>;
 int RunArchiver(const std::string& line) {
   using Entry = int(WINAPI*)(HWND window, const char* line, char* output, std::uint32_t size);
   const Module module(LoadLibraryA("UNLHA32.DLL"));
-  const auto run =
-      module ? reinterpret_cast<Entry>(GetProcAddress(module.get(), "Unlha")) : nullptr;
+  const auto entry = module ? GetProcAddress(module.get(), "Unlha") : nullptr;
+  const auto run = reinterpret_cast<Entry>(reinterpret_cast<void (*)()>(entry));
   if (run == nullptr) throw Failure(std::string(ErrorText(ZorErrorEngineUnavailable)));
   return run(nullptr, line.c_str(), nullptr, 0);
 }

@@ -1,57 +1,16 @@
-// Host.cpp - see Host.h.  This is the POSIX side.
+// Host.cpp - the part of Host.h that is the same on every system.
 #include "Host.h"
 
-#include <dirent.h>
-#include <sys/ioctl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <algorithm>
-#include <cerrno>
-#include <csignal>
-#include <cstdlib>
-#include <ctime>
-#include <new>
 
 #include "Failure.h"
-#include "platform/classlib/ClassLib.h"
 #include "platform/text/CodePage.h"
-#include "platform/win32/PosixAdmin.h"
 
 namespace kozor::program {
 
 namespace fs = std::filesystem;
 
 namespace {
-
-constexpr const char* kOwnDrive = "V:";
-constexpr int kStopSignals[] = {SIGINT, SIGTERM, SIGHUP};
-
-volatile std::sig_atomic_t stopSignal = 0;
-
-extern "C" void NoteSignal(int signal) {
-  stopSignal = signal;
-}
-
-// `flags` is SA_RESTART, or 0 to let signals end system calls.
-void CatchSignals(int flags) {
-  struct sigaction action {};
-  action.sa_handler = NoteSignal;
-  action.sa_flags = flags;
-  sigemptyset(&action.sa_mask);
-  for (const int signal : kStopSignals) {
-    struct sigaction old {};
-    sigaction(signal, nullptr, &old);
-    if (old.sa_handler != SIG_IGN) sigaction(signal, &action, nullptr);
-  }
-}
-
-bool SameDevice(const fs::path& a, const fs::path& b) {
-  struct stat first {};
-  struct stat second {};
-  return stat(a.c_str(), &first) == 0 && stat(b.c_str(), &second) == 0 &&
-         first.st_dev == second.st_dev;
-}
 
 // False when the bytes aren't text of the code page.
 bool ToUtf8(unsigned int codePage, std::string_view bytes, std::string& utf8) {
@@ -66,91 +25,19 @@ bool ToUtf8(unsigned int codePage, std::string_view bytes, std::string& utf8) {
   return true;
 }
 
-// Why the entries of a directory can't be read; empty when they can.
-std::string ReadingProblem(const fs::path& path) {
-  DIR* const directory = opendir(path.c_str());
-  errno = directory == nullptr ? errno : 0;
-  if (directory != nullptr) {
-    readdir(directory);
-    const int error = errno;
-    closedir(directory);
-    errno = error;
-  }
-  return errno == 0 ? "" : "the folder can't be read: " + SystemErrorText(errno);
-}
-
-// `path` is complete and goes through no link.
-fs::path MountPointOf(fs::path path) {
-  while (!fs::exists(path)) path = path.parent_path();
-  while (path.has_relative_path() && SameDevice(path, path.parent_path())) {
-    path = path.parent_path();
-  }
-  return path;
-}
-
 }  // namespace
-
-void SetUpHost() {
-  KzSetActiveCodePage(text::kUtf8);
-  KzSetCaseSensitive(1);
-  CatchSignals(SA_RESTART);
-  // A file that gets too large for a limit is an error of the call that writes it.
-  std::signal(SIGXFSZ, SIG_IGN);
-}
-
-void FlushFilesAtClose() {
-  KzSetFlushAtClose(1);
-}
-
-void FollowLinks(bool on) {
-  KzSetSearchFollowsLinks(on ? 1 : 0);
-}
-
-bool ChooseNamePage(unsigned int page) {
-  return KzSetNameCodePage(page) != 0;
-}
-
-void SetEnvironment(const char* name, const std::string& value) {
-  if (setenv(name, value.c_str(), 1) != 0) throw std::bad_alloc();
-}
-
-int StopSignal() {
-  return stopSignal;
-}
 
 void StopIfAsked() {
   if (StopSignal() != 0) throw Interrupted();
 }
 
-std::string LibraryPath(const fs::path& path) {
-  std::string libraryPath;
-  if (!KzHostToLibraryPath(AbsolutePath(path).c_str(), libraryPath)) {
-    throw Failure(path.string() + ": the library can't express this path (names may not hold " +
-                  "control characters or any of \\ : * ? \" < > |)");
-  }
-  return libraryPath;
-}
-
-bool CanBeExpressed(const fs::path& path) {
-  std::string ignored;
-  return KzHostToLibraryPath(path.c_str(), ignored) != 0;
-}
-
-fs::path HostPath(const std::string& libraryPath) {
-  std::string path;
-  if (!KzLibraryToHostPath(libraryPath.c_str(), path)) {
-    throw Failure(libraryPath + ": not a path of this machine");
-  }
-  return path;
-}
-
-std::string HostName(const std::string& libraryName) {
+fs::path HostName(const std::string& libraryName) {
   std::string name;
   if (!ToUtf8(text::kUtf8, libraryName, name) && !ToUtf8(text::kCodePage932, libraryName, name)) {
     throw FileFailure("refused: its name is in no known code");
   }
   std::replace(name.begin(), name.end(), '\\', '/');
-  return name;
+  return FromUtf8(name);
 }
 
 fs::path AbsolutePath(const fs::path& path) {
@@ -165,87 +52,6 @@ fs::path AbsolutePath(const fs::path& path) {
     }
   }
   return result;
-}
-
-bool Exists(const fs::path& path) {
-  std::error_code ignored;
-  return fs::symlink_status(path, ignored).type() != fs::file_type::not_found;
-}
-
-FileState Inspect(const fs::path& path) {
-  FileState state;
-  struct stat info {};
-  const bool isThere = lstat(path.c_str(), &info) == 0;
-  state.isLink = isThere && S_ISLNK(info.st_mode);
-  if (!isThere || (state.isLink && stat(path.c_str(), &info) != 0)) {
-    state.problem = errno != ENOENT ? SystemErrorText(errno)
-                    : isThere       ? "a link that leads nowhere"
-                                    : "no such file";
-    return state;
-  }
-  state.isDirectory = S_ISDIR(info.st_mode);
-  state.time = info.st_mtim.tv_sec;
-  state.mode = info.st_mode & 0777;
-  state.size = static_cast<std::uintmax_t>(info.st_size);
-  if (!state.isDirectory && !S_ISREG(info.st_mode)) {
-    state.problem = "neither a file nor a directory";
-  } else if (access(path.c_str(), state.isDirectory ? R_OK | X_OK : R_OK) != 0) {
-    state.problem = "no permission to read it";
-  } else if (state.isDirectory) {
-    state.problem = ReadingProblem(path);
-  }
-  return state;
-}
-
-bool IsLink(const fs::path& path) {
-  std::error_code ignored;
-  return fs::is_symlink(path, ignored);
-}
-
-LinkState InspectLink(const fs::path& path) {
-  struct stat info {};
-  if (lstat(path.c_str(), &info) != 0) throw FileFailure(SystemErrorText(errno));
-  std::error_code error;
-  const fs::path target = fs::read_symlink(path, error);
-  if (error) throw FileFailure(SystemErrorText(error.value()));
-  return {target.string(), info.st_mtim.tv_sec};
-}
-
-// std::localtime looks each time whether the system's time zone has changed.
-bool LocalTime(std::int64_t secondsSince1970, std::tm& local) {
-  const std::time_t time = secondsSince1970;
-  return localtime_r(&time, &local) != nullptr;
-}
-
-std::string PathOnOwnDrive(const fs::path& path) {
-  DefineDosDeviceA(DDD_REMOVE_DEFINITION, kOwnDrive, nullptr);
-  const fs::path real = fs::weakly_canonical(path);
-  const fs::path mountPoint = MountPointOf(real);
-  if (mountPoint.has_relative_path()) DefineDosDeviceA(0, kOwnDrive, mountPoint.c_str());
-  return LibraryPath(real);
-}
-
-bool InputIsTerminal() {
-  return isatty(STDIN_FILENO) != 0;
-}
-
-bool ErrorsGoToTerminal() {
-  return isatty(STDERR_FILENO) != 0;
-}
-
-int TerminalWidth() {
-  struct winsize size {};
-  constexpr int kUsualWidth = 80;
-  return ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col
-                                                                         : kUsualWidth;
-}
-
-InterruptibleInput::InterruptibleInput() {
-  CatchSignals(0);
-}
-
-InterruptibleInput::~InterruptibleInput() {
-  CatchSignals(SA_RESTART);
 }
 
 }  // namespace kozor::program

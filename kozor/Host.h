@@ -1,11 +1,13 @@
 // Host.h - everything the program asks of the system it runs on: host paths, the state of files,
-// signals and the terminal.  The rest of the program is the same on every system.
+// signals and the terminal.  One side for each system: posix/Host.cpp and windows/Host.cpp.
 #pragma once
 
 #include <cstdint>
 #include <ctime>
 #include <filesystem>
 #include <string>
+#include <string_view>
+#include <vector>
 
 namespace kozor::program {
 
@@ -27,8 +29,17 @@ bool ChooseNamePage(unsigned int page);
 // Sets a variable of this process's environment.
 void SetEnvironment(const char* name, const std::string& value);
 
+// The words of the command line, without the program's name, in UTF-8.
+std::vector<std::string> CommandWords(int count, char** words);
+
 // The number of the signal that asked the program to stop, 0 for none.
 int StopSignal();
+// The path that a text in UTF-8 means.  The library's own conversion from narrow text takes it for
+// text in another code page on Windows.
+inline std::filesystem::path FromUtf8(std::string_view text) {
+  return std::u8string(text.begin(), text.end());
+}
+
 // Throws Interrupted once a signal has come.
 void StopIfAsked();
 
@@ -39,13 +50,23 @@ std::string LibraryPath(const std::filesystem::path& path);
 bool CanBeExpressed(const std::filesystem::path& path);
 // The way back.  Throws Failure for what isn't on a mapped drive.
 std::filesystem::path HostPath(const std::string& libraryPath);
+// Whether a file of this name, without a directory, can be made and found again.
+bool CanBeMade(const std::string& name);
+// Whether two names that differ in case alone are one file.
+bool HostIgnoresCase();
+// A path for messages and comparisons, in UTF-8 as far as it can be said in it.
+std::string Shown(const std::filesystem::path& path);
 // A relative library name as the host writes it.  Bytes that aren't UTF-8 are taken for code page
 // 932, which older programs wrote.
-std::string HostName(const std::string& libraryName);
+std::filesystem::path HostName(const std::string& libraryName);
 
 // `path` from the root on, without "." and "..".  What ".." means is asked of the file system;
 // links elsewhere in the path are left as they are.
 std::filesystem::path AbsolutePath(const std::filesystem::path& path);
+// Of a word of the command line.
+inline std::filesystem::path AbsolutePath(const std::string& word) {
+  return AbsolutePath(FromUtf8(word));
+}
 
 // Whether anything stands at `path`, a dangling link included.
 bool Exists(const std::filesystem::path& path);

@@ -102,7 +102,7 @@ std::string PatternOf(const fs::path& path, std::int64_t number) {
   const std::string digits = std::to_string(number);
   const std::size_t found = file.rfind(digits);
   if (found == std::string::npos) return "";
-  return (path.parent_path() / file.replace(found, digits.size(), "#")).string();
+  return (path.parent_path() / FromUtf8(file.replace(found, digits.size(), "#"))).string();
 }
 
 void ShowVolume(const fs::path& path) {

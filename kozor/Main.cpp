@@ -114,7 +114,7 @@ void Run(std::vector<std::string> words) {
 int RunToExitCode(int argc, char** argv) {
   try {
     SetUpHost();
-    Run({argv + 1, argv + argc});
+    Run(CommandWords(argc, argv));
     HideProgress();
     FinishStandardOutput();
     return Complaints() > 0 ? kExitFailure : 0;

@@ -1,8 +1,6 @@
 // Output.cpp - see Output.h.
 #include "Output.h"
 
-#include <fcntl.h>
-
 #include "Archive.h"
 #include "Console.h"
 #include "Failure.h"
@@ -38,13 +36,13 @@ Output::Output(const std::string& name, bool fresh, const std::string& givenWork
   if (replace) RequireReplaceable(archive, name);
   if (givenWorkDirectory.empty() || replace) MakeOwnDirectory();
   if (!givenWorkDirectory.empty()) {
-    workDirectory = LibraryPath(givenWorkDirectory);
-    if (!fs::is_directory(givenWorkDirectory)) {
+    workDirectory = LibraryPath(FromUtf8(givenWorkDirectory));
+    if (!fs::is_directory(FromUtf8(givenWorkDirectory))) {
       throw Failure(Visible(givenWorkDirectory) + ": no such directory");
     }
   }
   if (replace) {
-    staging = archive.parent_path() / ownDirectory->Name() / "new";
+    staging = archive.parent_path() / FromUtf8(ownDirectory->Name()) / "new";
     fs::create_directory(staging);
     path = LibraryPath(staging / archive.filename());
   }
@@ -53,12 +51,12 @@ Output::Output(const std::string& name, bool fresh, const std::string& givenWork
 void Output::MakeOwnDirectory() {
   const fs::path parent = archive.parent_path();
   try {
-    const Descriptor directory(open(parent.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+    const Descriptor directory = OpenDirectory(parent);
     ownDirectory.emplace(directory.Number());
   } catch (const FileFailure& failure) {
     throw Failure(Visible(parent.string()) + ": " + failure.what());
   }
-  workDirectory = LibraryPath(parent / ownDirectory->Name());
+  workDirectory = LibraryPath(parent / FromUtf8(ownDirectory->Name()));
 }
 
 void Output::Commit() {

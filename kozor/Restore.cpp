@@ -121,7 +121,7 @@ class RestoreVolumes : public Volumes {
   void Deliver() {
     WorkFolder& work = delivery.Work();
     try {
-      const std::optional<Occupant> file = LookAt({work.Directory(), workName, {}});
+      const std::optional<Occupant> file = LookAt(work.Directory(), workName);
       if (!file) throw FileFailure("the file has vanished");
       delivery.Deliver({currentName, file->size, file->time}, workName);
       // A set keeps whole seconds.
@@ -198,18 +198,21 @@ class CatalogueRestore {
   template <typename Wanted>
   void FindLinks(Wanted wanted) {
     std::unordered_set<std::string> names;
-    for (const CatalogueFile& file : catalogue.files) names.insert(HostName(file.name));
-    for (const CatalogueFolder& folder : catalogue.folders) names.insert(HostName(folder.name));
+    for (const CatalogueFile& file : catalogue.files)
+      names.insert(HostName(file.name).generic_string());
+    for (const CatalogueFolder& folder : catalogue.folders)
+      names.insert(HostName(folder.name).generic_string());
     for (const CatalogueLink& link : catalogue.links) {
       if (!wanted(link.name)) continue;
       const fs::path own = HostName(link.name);
-      const fs::path target = (own.parent_path() / link.target).lexically_normal();
+      const fs::path target = (own.parent_path() / FromUtf8(link.target)).lexically_normal();
       const bool hasFiles =
-          names.contains(own.string()) ||
+          names.contains(own.generic_string()) ||
           std::any_of(catalogue.files.begin(), catalogue.files.end(),
                       [&](const CatalogueFile& f) { return f.name.starts_with(link.name + "\\"); });
       const bool mayLeadAnywhere = linkRule == Destination::Links::MayLeadOut;
-      if (!hasFiles || mayLeadAnywhere || names.contains(target.string())) links[link.name] = &link;
+      if (!hasFiles || mayLeadAnywhere || names.contains(target.generic_string()))
+        links[link.name] = &link;
     }
   }
 

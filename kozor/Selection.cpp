@@ -3,7 +3,11 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <deque>
+#include <iterator>
 #include <map>
+#include <set>
+#include <string_view>
 #include <unordered_set>
 
 #include "Console.h"
@@ -44,7 +48,7 @@ std::string WithBackslash(std::string path) {
 }
 
 Search ReadWord(const fs::path& base, const std::string& word, LinkRule links) {
-  const fs::path path = AbsolutePath(base / word);
+  const fs::path path = AbsolutePath(base / FromUtf8(word));
   if (!word.empty() && Exists(path)) {
     const bool isKeptLink = links == LinkRule::Kept && !word.ends_with('/') && IsLink(path);
     const FileState state = isKeptLink ? FileState() : Inspect(path);
@@ -55,7 +59,7 @@ Search ReadWord(const fs::path& base, const std::string& word, LinkRule links) {
     return {std::string(pieces.Folder()), std::string(pieces.FileName()), false};
   }
   if (!HasWildcards(word)) throw Failure(Visible(word) + ": no such file or directory");
-  const fs::path directory = AbsolutePath(base / fs::path(word).parent_path());
+  const fs::path directory = AbsolutePath(base / FromUtf8(word).parent_path());
   if (HasWildcards(directory.string())) {
     throw Failure(Visible(word) + ": wild-cards are possible in the last part of a path only");
   }
@@ -63,7 +67,7 @@ Search ReadWord(const fs::path& base, const std::string& word, LinkRule links) {
     throw Failure(Visible(directory.string()) + ": no such directory");
   }
   // Both forms mean every name; with this one the library reads each directory once.
-  const std::string mask = fs::path(word).filename().string();
+  const std::string mask = FromUtf8(word).filename().string();
   return {LibraryPath(directory), mask == "*" ? "*.*" : mask, true};
 }
 
@@ -238,17 +242,17 @@ class Collector {
     const Mask shown(std::string(pieces.FileName()));
     const fs::path folder = HostPath(std::string(pieces.Folder()));
     for (const fs::directory_entry& entry : fs::directory_iterator(folder)) {
-      const std::string own = entry.path().filename().string();
+      const std::string own = Shown(entry.path().filename());
       if (CanBeExpressed(entry.path()) || !shown.MeansItself(own)) continue;
-      if (!unnameable.insert(entry.path().string()).second) continue;
+      if (!unnameable.insert(entry.path().native()).second) continue;
       ++leftOut;
-      Complain(Visible(entry.path().string()) + ": left out: " + kUnnameable);
+      Complain(Visible(Shown(entry.path())) + ": left out: " + kUnnameable);
     }
   }
 
   void LeaveOut(const std::string& path, const std::string& why) {
     ++leftOut;
-    Complain(VisibleLibraryName(path.substr(2)) + ": left out: " + why);
+    Complain(Visible(HostPath(path).string()) + ": left out: " + why);
   }
 
   const SelectionRequest& request;
@@ -256,9 +260,10 @@ class Collector {
   const std::string prefix;
   FileGroup group;
   std::unordered_set<std::string> seen;
-  std::unordered_set<std::string> unnameable;  // host paths
-  std::string lastFolder;                      // library path
+
+  std::string lastFolder;  // library path
   fs::path lastHostFolder;
+  std::set<fs::path::string_type> unnameable;  // host paths
   std::size_t leftOut = 0;
   std::size_t upToDate = 0;  // of those
   std::size_t searches = 0;
@@ -273,11 +278,14 @@ class LinkManner {
   LinkManner& operator=(const LinkManner&) = delete;
 };
 
-void RefuseCommonNames(const FileGroup& first, const FileGroup& second) {
-  const std::unordered_set<std::string> names(first.names.begin(), first.names.end());
-  for (const std::string& name : second.names) {
-    if (!names.contains(name)) continue;
-    throw Failure(VisibleLibraryName(name) + ": two of the files would be stored by this name");
+void RefuseCommonNames(const std::vector<FileGroup>& groups) {
+  if (groups.size() < 2) return;
+  std::unordered_set<std::string_view> names;
+  for (const FileGroup& group : groups) {
+    for (const std::string& name : group.names) {
+      if (names.insert(name).second) continue;
+      throw Failure(VisibleLibraryName(name) + ": two of the files would be stored by this name");
+    }
   }
 }
 
@@ -305,22 +313,30 @@ std::vector<ZorFind> FileGroup::Finds() const {
 std::vector<FileGroup> Select(const SelectionRequest& request) {
   const LinkManner manner(request.links);
   const MaskList excludes(request.excludes);
-  Collector below(request, excludes, LibraryPath(request.base));
-  Collector elsewhere(request, excludes, "C:\\");
+  // The base first, then the roots of the disks that other words lead to.
+  std::deque<Collector> collectors;
+  collectors.emplace_back(request, excludes, LibraryPath(request.base));
   for (const std::string& word : request.words) {
     const Search search = ReadWord(request.base, word, request.links);
-    Collector& collector = below.Covers(search) ? below : elsewhere;
-    if (collector.Add(search) == 0) throw Failure(Visible(word) + ": nothing found");
+    const auto covers = [&](const Collector& collector) { return collector.Covers(search); };
+    auto collector = std::find_if(collectors.begin(), collectors.end(), covers);
+    if (collector == collectors.end()) {
+      const std::string root(text::Path(search.directory).Root());
+      collectors.emplace_back(request, excludes, WithBackslash(root));
+      collector = std::prev(collectors.end());
+    }
+    if (collector->Add(search) == 0) throw Failure(Visible(word) + ": nothing found");
   }
   std::vector<FileGroup> groups;
-  for (Collector* collector : {&below, &elsewhere}) {
-    FileGroup group = collector->Finish();
-    if (request.takesFolders ? !group.IsEmpty() : !group.names.empty())
-      groups.push_back(std::move(group));
+  std::size_t upToDate = 0;
+  for (Collector& collector : collectors) {
+    upToDate += collector.UpToDate();
+    FileGroup group = collector.Finish();
+    const bool isWanted = request.takesFolders ? !group.IsEmpty() : !group.names.empty();
+    if (isWanted) groups.push_back(std::move(group));
   }
-  const bool nothingNew = below.UpToDate() + elsewhere.UpToDate() > 0;
-  if (groups.empty() && !nothingNew) throw Failure("there is nothing to store");
-  if (groups.size() == 2) RefuseCommonNames(groups[0], groups[1]);
+  if (groups.empty() && upToDate == 0) throw Failure("there is nothing to store");
+  RefuseCommonNames(groups);
   return groups;
 }
 

@@ -55,7 +55,7 @@ struct SelectionRequest {
 };
 
 // The groups, without empty ones: files below the base directory, with names relative to it, and
-// files elsewhere, with names relative to the root of the disk.  Throws Failure when a word means
+// files elsewhere, with names relative to the root of their disk.  Throws Failure when a word means
 // nothing, when nothing is left (but for files that needn't be stored), and when two files would
 // get one name; complains about every file that can't be stored.
 std::vector<FileGroup> Select(const SelectionRequest& request);

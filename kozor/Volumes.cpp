@@ -49,7 +49,7 @@ VolumeName::VolumeName(const std::string& pathOrPattern) : word(pathOrPattern) {
 }
 
 fs::path VolumeName::Path(int volumeNumber) const {
-  return directory / (before + (pattern ? std::to_string(volumeNumber) : "") + behind);
+  return directory / FromUtf8(before + (pattern ? std::to_string(volumeNumber) : "") + behind);
 }
 
 bool VolumeName::Means(const fs::path& path) const {

@@ -1,46 +1,19 @@
 // WorkFolder.h - a folder of the run's own, for files that aren't complete yet; and open
-// directories, relative to which everything in it is named.  This is the POSIX side.
+// directories, relative to which everything in it is named.
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
-#include <ctime>
 #include <filesystem>
 #include <memory>
 #include <optional>
 #include <span>
 #include <string>
-#include <utility>
 #include <vector>
 
+#include "Host.h"
+#include "HostFiles.h"
+
 namespace kozor::program {
-
-// An open file or directory; closed with its object.
-class Descriptor {
- public:
-  explicit Descriptor(int opened = -1) : number(opened) {}
-  ~Descriptor() { Close(); }
-  Descriptor(Descriptor&& other) noexcept : number(std::exchange(other.number, -1)) {}
-  Descriptor& operator=(Descriptor&& other) noexcept {
-    std::swap(number, other.number);
-    return *this;
-  }
-
-  bool IsOpen() const { return number >= 0; }
-  int Number() const { return number; }
-  void Close();
-  // Closes; false, with errno, when what was written hasn't been taken.
-  bool Finish();
-
- private:
-  int number;
-};
-
-// Writes all bytes to an open file; throws FileFailure.
-void WriteAll(int file, std::span<const std::byte> bytes);
-
-// The system's form of a time in 100 ns since 1601.
-timespec HostTime(std::uint64_t fileTime);
 
 // A folder ".kozor-" and 16 hexadecimal digits, made in another one and removed with the object,
 // whatever it holds then.
@@ -50,14 +23,14 @@ timespec HostTime(std::uint64_t fileTime);
 class WorkFolder {
  public:
   // `parent` is an open directory.  Throws FileFailure when no folder can be made in there.
-  explicit WorkFolder(int parent);
+  explicit WorkFolder(HostHandle parent);
   ~WorkFolder();
   WorkFolder(const WorkFolder&) = delete;
   WorkFolder& operator=(const WorkFolder&) = delete;
 
   const std::string& Name() const { return name; }
   // The folder, open.
-  int Directory() const { return directory.Number(); }
+  HostHandle Directory() const { return directory.Number(); }
   // The library path of a file in it.  It goes by the open folder (/proc), so that nobody can lead
   // it elsewhere by exchanging a directory above.
   std::string LibraryPathOf(const std::string& file) const;
@@ -67,8 +40,6 @@ class WorkFolder {
   void Remove(const std::string& file) const;
 
  private:
-  bool TryToMake();
-
   Descriptor parent;
   Descriptor directory;
   std::string name;
@@ -79,7 +50,7 @@ class TemporaryFolder {
  public:
   TemporaryFolder();  // throws Failure
   const WorkFolder& Folder() const { return *folder; }
-  std::filesystem::path Path() const { return parent / folder->Name(); }
+  std::filesystem::path Path() const { return parent / FromUtf8(folder->Name()); }
 
  private:
   std::filesystem::path parent;
@@ -104,7 +75,6 @@ class NewFile {
   void Finish(unsigned int mode, std::uint64_t lastWrite);
 
  private:
-  void Map(std::size_t bytes);
   void Unmap();
 
   Descriptor file;

@@ -1,0 +1,31 @@
+// Wide.h - what the Windows side of the host shares.
+#pragma once
+
+#include <windows.h>
+
+#include <cstdint>
+#include <filesystem>
+#include <string>
+
+namespace kozor::program {
+
+// A complete path as the wide calls take it, of any length and with its names as they are spelt.
+std::wstring SystemPath(const std::filesystem::path& path);
+// A path that the system gave, without \\?\ before it.
+std::filesystem::path WithoutPrefix(const std::filesystem::path& path);
+
+// Symbolic links and junctions; other reparse points are ordinary files for everybody.
+inline bool IsLinkTag(DWORD attributes, DWORD tag) {
+  return (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 &&
+         (tag == IO_REPARSE_TAG_SYMLINK || tag == IO_REPARSE_TAG_MOUNT_POINT);
+}
+
+// Seconds since 1970.
+inline std::int64_t SecondsOf(const FILETIME& time) {
+  constexpr std::int64_t kTicksPerSecond = 10'000'000;
+  constexpr std::int64_t kSecondsTo1970 = 11'644'473'600;
+  const std::uint64_t ticks = (std::uint64_t{time.dwHighDateTime} << 32) | time.dwLowDateTime;
+  return static_cast<std::int64_t>(ticks) / kTicksPerSecond - kSecondsTo1970;
+}
+
+}  // namespace kozor::program
