@@ -1,5 +1,4 @@
 // CompressTest.cpp - Compress and CompressDir: names, lines, the response file, the old archive.
-#include <sys/stat.h>
 
 #include "RecordedArchive.h"
 
@@ -57,7 +56,7 @@ TEST_F(ArchiveCompress, TakesTheResponseFileAwayWhateverTheArchiverSays) {
   EXPECT_EQ(Run(), ZorErrorFileOpen);
   EXPECT_THAT(folder.List("tmp"), ElementsAre("keep"));
   // A file that can't be removed isn't an error.
-  recording.during = [&] { chmod(folder.Path("tmp/~$ZORARC.RSP").c_str(), 0444); };
+  recording.during = [&] { SetReadOnly(folder.Path("tmp/~$ZORARC.RSP")); };
   EXPECT_EQ(Run(), ZorErrorNone);
   recording.during = nullptr;
   // And now it can't be written.
@@ -84,10 +83,10 @@ TEST_F(ArchiveCompress, LeavesOutTheFilesBehindAFailingOne) {
 TEST_F(ArchiveCompress, RemovesAnOldArchiveUnlessItAdds) {
   EXPECT_EQ(Run(1), ZorErrorNone);
   EXPECT_TRUE(folder.Exists("a.lzh"));
-  chmod(folder.Path("a.lzh").c_str(), 0444);
+  SetReadOnly(folder.Path("a.lzh"));
   EXPECT_EQ(Run(0), ZorErrorNone);  // members are added to an archive that can't be removed
   EXPECT_TRUE(folder.Exists("a.lzh"));
-  chmod(folder.Path("a.lzh").c_str(), 0644);
+  SetReadOnly(folder.Path("a.lzh"), false);
   TakeCalls();
   EXPECT_EQ(Run(Selection(Lib("src"), {"*.none"}), 0), ZorErrorCanceled);
   EXPECT_THAT(TakeCalls("OnAbort"), IsEmpty());
@@ -112,8 +111,8 @@ TEST_F(ArchiveCompress, RefusesNamesInTheArchiveUnlessItMayOverwrite) {
 
 TEST_F(ArchiveCompress, RefusesFilesThatWouldMeetAtOneStoredName) {
   folder.WriteFile("d/src/a.txt", "a");
-  ASSERT_NE(DefineDosDeviceA(0, "D:", folder.Path("d").c_str()), 0);
-  ASSERT_NE(DefineDosDeviceA(0, "E:", folder.Path().c_str()), 0);
+  ASSERT_NE(DefineDosDeviceA(0, "D:", folder.Path("d").string().c_str()), 0);
+  ASSERT_NE(DefineDosDeviceA(0, "E:", folder.Path().string().c_str()), 0);
   EXPECT_EQ(Run(Selection("", {"D:\\src\\*.*", "E:\\SRC\\A.TXT"})), ZorErrorSameName);
   EXPECT_EQ(Run(Selection("", {"D:\\src\\*.*", "E:\\src\\sub\\*.*"})), ZorErrorNone);
   // Names below the base directory aren't compared with those of other roots.

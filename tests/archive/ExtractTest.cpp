@@ -1,10 +1,8 @@
 // ExtractTest.cpp - Extract against the recording archiver: targets, reports, failures.
-#include <sys/stat.h>
 
 #include "RecordedArchive.h"
 #include "ZorFileServices.h"
 #include "archive/MappedFile.h"
-#include "tests/support/FailCall.h"
 
 namespace kozor::test {
 namespace {
@@ -145,7 +143,7 @@ TEST_F(ArchiveExtract, MakesADirectoryAgainThatWasRemovedMeanwhile) {
 TEST_F(ArchiveExtract, ReplacesExistingFilesButNotReadOnlyOnes) {
   folder.WriteFile("out/d/f.txt", "longer than before");
   folder.WriteFile("out/g.txt", "kept");
-  chmod(folder.Path("out/g.txt").c_str(), 0444);
+  SetReadOnly(folder.Path("out/g.txt"));
   EXPECT_EQ(Run(), ZorErrorFileFailure);
   EXPECT_EQ(Text("out/d/f.txt"), "hello");
   EXPECT_EQ(Text("out/g.txt"), "kept");
@@ -165,23 +163,6 @@ TEST_F(ArchiveExtract, KeepsTheTextsOfTheRecordUntilTheLastReport) {
   EXPECT_EQ(Run(), ZorErrorArchiveOpen);
   EXPECT_THAT(TakeCalls("OnAbort 1 4 "),
               ElementsAre("1/2 5/5 '#\\a.lzh' '#\\out\\d\\f.txt' 'd\\f.txt' 5 2e45 6000 20"));
-}
-
-TEST_F(ArchiveExtract, NamesWhyATargetCannotBeMapped) {
-  folder.WriteFile("out/d/f.txt", "old");
-  {
-    const FailCall<&posix::SystemCalls::fallocate> full(1, ENOSPC);
-    EXPECT_EQ(Run(), ZorErrorDiskFull);
-  }
-  const FailCall<&posix::SystemCalls::mmap> exhausted(1, ENOMEM);
-  EXPECT_EQ(Run(), ZorErrorOutOfMemory);
-}
-
-// Otherwise the file would silently keep bytes that aren't the member's.
-TEST_F(ArchiveExtract, FailsWhenATargetCannotBeTrimmed) {
-  const FailCall<&posix::SystemCalls::ftruncate> failing(1, EIO);
-  EXPECT_EQ(Run(), ZorErrorFileFailure);
-  EXPECT_FALSE(folder.Exists("out/g.txt"));
 }
 
 // A size that overflows with the slack is refused before any file is touched.

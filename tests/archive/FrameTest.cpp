@@ -1,6 +1,5 @@
 // FrameTest.cpp - the common frame of all operations: opening and closing steps, reports,
 // temporaries, failures, cancelling, hooks that throw.
-#include <sys/stat.h>
 
 #include <stdexcept>
 #include <utility>
@@ -270,7 +269,7 @@ TEST_F(ArchiveTempSweep, RemovesThoseOfTheRunBesideTheArchiveAndNothingElse) {
   archive.inPhase = [this](int phase) {
     if (phase != 4) return;
     EXPECT_TRUE(folder.Exists("lhtmp002.lzh"));
-    chmod(folder.Path("lhtmp003.lzh").c_str(), 0444);
+    SetReadOnly(folder.Path("lhtmp003.lzh"));
   };
   recording.whenReleased = [this] { EXPECT_FALSE(folder.Exists("lhtmp002.lzh")); };
   EXPECT_EQ(Run("CompressMem"), ZorErrorNone);

@@ -90,14 +90,14 @@ TEST_F(ArchiveMemory, NeedsTheMember) {
 }
 
 TEST_F(ArchiveMemory, TellsOfAMemberInTheTermsOfTheSystem) {
-  setenv("TZ", "JST-9", 1);
+  SetEnvironment("TZ", "JST-9");
   tzset();
   archive.SetBackgroundMode(0);
   unsigned long size = 0;
   unsigned long attribute = 0;
   FILETIME time{};
   EXPECT_EQ(GetInfo(&size, &time, &attribute), ZorErrorNone);
-  unsetenv("TZ");
+  SetEnvironment("TZ", nullptr);
   tzset();
   EXPECT_EQ(size, 5U);
   EXPECT_EQ(attribute, 0x20U);

@@ -1,7 +1,7 @@
 // BindingTest.cpp - the entry points themselves: handles, records, callbacks, one run at a time.
 #include <thread>
 
-#include "platform/win32/PosixAdmin.h"
+#include "platform/win32/CodePages.h"
 #include "tests/engine/EngineFixture.h"
 #include "tests/engine/RawArchive.h"
 

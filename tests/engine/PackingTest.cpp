@@ -13,9 +13,9 @@ namespace {
 class EnginePacking : public EngineTest {
  protected:
   EnginePacking() { SetDefaults(""); }
-  ~EnginePacking() override { unsetenv("KOZOR_ARCHIVER"); }
+  ~EnginePacking() override { SetEnvironment("KOZOR_ARCHIVER", nullptr); }
 
-  static void SetDefaults(const char* switches) { setenv("KOZOR_ARCHIVER", switches, 1); }
+  static void SetDefaults(const char* switches) { SetEnvironment("KOZOR_ARCHIVER", switches); }
 
   // Enough for segments and threads: one file of several segments, one that does not pack, empty
   // ones, and many small ones around them.

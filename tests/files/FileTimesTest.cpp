@@ -28,7 +28,7 @@ class FilesFileTimes : public testing::Test {
 TEST_F(FilesFileTimes, AreTheSameInEveryZone) {
   for (const char* zone : {"UTC", "Asia/Tokyo", "Europe/London", "America/New_York",
                            "Australia/Lord_Howe", "Pacific/Apia", "XYZ-14", "XYZ12"}) {
-    setenv("TZ", zone, 1);
+    kozor::test::SetEnvironment("TZ", zone);
     tzset();
     for (const long time : {0L, 1L, 32'399L, 32'400L, 954'637'200L, 1'143'939'599L, 1'325'239'200L,
                             1'711'846'799L, 1'711'846'800L, 0x7FFFFFFFL}) {
@@ -39,7 +39,7 @@ TEST_F(FilesFileTimes, AreTheSameInEveryZone) {
       EXPECT_EQ(read, time) << zone;
     }
   }
-  unsetenv("TZ");
+  kozor::test::SetEnvironment("TZ", nullptr);
   tzset();
 }
 

@@ -25,8 +25,8 @@ CommandResult KozorProgram::Kozor(const Words& words) const {
 }
 
 CommandResult KozorProgram::Shell(const std::string& command) const {
-  return RunCommand("cd " + Quoted(folder.Path().string()) + " && KOZOR=" + Quoted(KOZOR_PROGRAM) +
-                    " && { " + command + "; }");
+  return RunCommand("cd " + Quoted(ShellPathOf(folder.Path())) + " && KOZOR=" +
+                    Quoted(ShellProgram(KOZOR_PROGRAM)) + " && { " + command + "; }");
 }
 
 void KozorProgram::MustRun(const Words& words) const {

@@ -117,7 +117,8 @@ TEST_F(PlatformFileContract, ReadOnlyFilesResistWritingReplacingAndDeleting) {
   folder.Write("f", "precious");
   folder.Write("g", "new");
   ASSERT_TRUE(folder.SetAttributes("f", FILE_ATTRIBUTE_READONLY));
-  for (const DWORD disposition : {OPEN_EXISTING, OPEN_ALWAYS, CREATE_ALWAYS, TRUNCATE_EXISTING}) {
+  for (const DWORD disposition :
+       std::initializer_list<DWORD>{OPEN_EXISTING, OPEN_ALWAYS, CREATE_ALWAYS, TRUNCATE_EXISTING}) {
     EXPECT_FAILS_WITH(ERROR_ACCESS_DENIED, !Opens(folder.Path("f"), GENERIC_WRITE, disposition));
   }
   EXPECT_FAILS_WITH(ERROR_ACCESS_DENIED, !folder.Delete("f"));
@@ -130,7 +131,8 @@ TEST_F(PlatformFileContract, ReadOnlyFilesResistWritingReplacingAndDeleting) {
 
 TEST_F(PlatformFileContract, HiddenAndSystemFilesAreReplacedOnlyByWhoNamesTheAttribute) {
   if (UnderWine()) GTEST_SKIP() << "Wine replaces them";
-  for (const DWORD attribute : {FILE_ATTRIBUTE_HIDDEN, FILE_ATTRIBUTE_SYSTEM}) {
+  for (const DWORD attribute :
+       std::initializer_list<DWORD>{FILE_ATTRIBUTE_HIDDEN, FILE_ATTRIBUTE_SYSTEM}) {
     folder.Delete("f");
     folder.Write("f", "x");
     ASSERT_TRUE(folder.SetAttributes("f", attribute));

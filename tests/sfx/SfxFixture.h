@@ -29,8 +29,8 @@ class SfxTest : public EngineTest {
 
   // Runs a shell command in the folder "out"; $RUN is the program.
   CommandResult Run(const std::string& program, const std::string& command = "$RUN") const {
-    return RunCommand("cd '" + folder.Path("out").string() + "' && RUN='" +
-                      folder.Path(program).string() + "' && " + command);
+    return RunCommand("cd '" + ShellPathOf(folder.Path("out")) + "' && RUN='" +
+                      ShellProgram(folder.Path(program)) + "' && " + command);
   }
 };
 

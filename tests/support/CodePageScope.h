@@ -1,7 +1,7 @@
 // CodePageScope.h - sets the active code page for the duration of a test.
 #pragma once
 
-#include "platform/win32/PosixAdmin.h"
+#include "platform/win32/CodePages.h"
 #include "platform/win32/Win32.h"
 
 namespace kozor::test {

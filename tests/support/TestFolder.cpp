@@ -1,16 +1,10 @@
 // TestFolder.cpp - see TestFolder.h.
 #include "tests/support/TestFolder.h"
 
-#include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/stat.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <array>
-#include <cstdio>
-#include <cstdlib>
 #include <fstream>
 #include <iterator>
 #include <map>
@@ -31,30 +25,20 @@ Bytes Join(std::initializer_list<Bytes> pieces) {
   return all;
 }
 
-TestFolder::TestFolder() {
-  std::string pattern = (fs::temp_directory_path() / "kozor-test-XXXXXX").string();
-  if (mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("can't make " + pattern);
-  root = pattern;
-}
+TestFolder::TestFolder() : root(MakeTestDirectory()) {}
 
 TestFolder::~TestFolder() {
   std::error_code ignored;
-  for (fs::recursive_directory_iterator it(root, ignored), end; it != end; it.increment(ignored)) {
-    if (it->is_directory(ignored) && !it->is_symlink(ignored)) {
-      fs::permissions(it->path(), fs::perms::owner_all, fs::perm_options::add, ignored);
-    }
-  }
+  MakeRemovable(root);
   fs::remove_all(root, ignored);
 }
 
 fs::path TestFolder::Path(std::string_view name) const {
-  return name.empty() ? root : root / fs::path(name);
+  return name.empty() ? root : root / fs::path(std::u8string(name.begin(), name.end()));
 }
 
 std::string TestFolder::Lib(std::string_view name) const {
-  std::string path = "C:" + Path(name).string();
-  std::replace(path.begin(), path.end(), '/', '\\');
-  return path;
+  return LibraryPathOf(Path(name));
 }
 
 void TestFolder::WriteFile(std::string_view name, const Bytes& bytes) const {
@@ -81,23 +65,18 @@ bool TestFolder::Exists(std::string_view name) const {
 }
 
 void TestFolder::SetTime(std::string_view name, std::int64_t seconds) const {
-  const std::array<timespec, 2> times{timespec{seconds, 0}, timespec{seconds, 0}};
-  if (utimensat(AT_FDCWD, Path(name).c_str(), times.data(), 0) != 0) {
-    throw std::runtime_error("can't set the time of " + Path(name).string());
-  }
+  SetTimeOf(Path(name), seconds);
 }
 
 std::int64_t TestFolder::GetTime(std::string_view name) const {
-  struct stat info {};
-  if (stat(Path(name).c_str(), &info) != 0) throw std::runtime_error("no " + Path(name).string());
-  return info.st_mtim.tv_sec;
+  return TimeOf(Path(name));
 }
 
 std::vector<std::string> TestFolder::List(std::string_view name) const {
   std::vector<std::string> names;
   const fs::path below = Path(name);
   for (const fs::directory_entry& entry : fs::recursive_directory_iterator(below)) {
-    std::string relative = fs::relative(entry.path(), below).string();
+    std::string relative = entry.path().lexically_relative(below).generic_string();
     if (entry.is_directory() && !entry.is_symlink()) relative += '/';
     names.push_back(std::move(relative));
   }
@@ -145,10 +124,9 @@ std::map<std::string, Node> Walk(const fs::path& top) {
   std::map<std::string, Node> nodes;
   constexpr auto kFollow = fs::directory_options::follow_directory_symlink;
   for (const fs::directory_entry& entry : fs::recursive_directory_iterator(top, kFollow)) {
-    struct stat info {};
-    if (stat(entry.path().c_str(), &info) != 0) continue;
-    nodes[fs::path(entry.path()).lexically_relative(top).string()] = {
-        S_ISDIR(info.st_mode), info.st_mtim.tv_sec, entry.path()};
+    if (!entry.exists()) continue;
+    nodes[fs::path(entry.path()).lexically_relative(top).generic_string()] = {
+        entry.is_directory(), TimeOf(entry.path()), entry.path()};
   }
   return nodes;
 }
@@ -222,23 +200,6 @@ Bytes TextBytes(std::size_t size, std::uint32_t seed) {
   }
   bytes.resize(size);
   return bytes;
-}
-
-CommandResult RunCommand(const std::string& command) {
-  CommandResult result{-1, {}};
-  FILE* pipe = popen((command + " 2>&1").c_str(), "r");
-  if (pipe == nullptr) return result;
-  std::array<char, 4096> buffer{};
-  for (std::size_t got; (got = std::fread(buffer.data(), 1, buffer.size(), pipe)) > 0;) {
-    result.output.append(buffer.data(), got);
-  }
-  const int status = pclose(pipe);
-  result.status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-  return result;
-}
-
-bool HaveProgram(std::string_view name) {
-  return RunCommand("command -v " + std::string(name)).status == 0;
 }
 
 }  // namespace kozor::test

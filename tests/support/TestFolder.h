@@ -10,6 +10,8 @@
 #include <string_view>
 #include <vector>
 
+#include "tests/support/Host.h"
+
 namespace kozor::test {
 
 using Bytes = std::vector<std::uint8_t>;
@@ -28,7 +30,7 @@ class TestFolder {
 
   // The host path of `name` in the folder; '/' separates.  An empty name gives the folder itself.
   std::filesystem::path Path(std::string_view name = "") const;
-  // The same as a library path on drive C:, "C:\tmp\...", where C: is the host's root.
+  // The same as a library path, complete from the drive on.
   std::string Lib(std::string_view name = "") const;
 
   void WriteFile(std::string_view name, const Bytes& bytes) const;
@@ -69,14 +71,5 @@ std::string CompareTrees(const std::filesystem::path& expected, const std::files
 // Incompressible and compressible bytes; the same for the same seed on every machine.
 Bytes RandomBytes(std::size_t size, std::uint32_t seed = 1);
 Bytes TextBytes(std::size_t size, std::uint32_t seed = 1);
-
-// Runs a shell command and captures its output; the exit status is 128 + n for signal n.
-struct CommandResult {
-  int status;
-  std::string output;  // stdout and stderr
-};
-CommandResult RunCommand(const std::string& command);
-// Whether a program is installed.
-bool HaveProgram(std::string_view name);
 
 }  // namespace kozor::test

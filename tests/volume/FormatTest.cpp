@@ -52,12 +52,12 @@ TEST_F(VolumeFormat, SetsOfEveryVolumeSizeAreLaidOutByTheRuleAndComeBack) {
     volumes.SetBackupVersion(layout.version);
     volumes.SetIdentity(layout.id, layout.label, layout.memo);
     const std::size_t smallest = layout.PayloadStart() + RecordHead(files[4]).size() + 1;
-    EXPECT_EQ(Backup(smallest - 1), ZorErrorCanceled);
+    EXPECT_EQ(Backup(static_cast<unsigned long>(smallest - 1)), ZorErrorCanceled);
     const std::size_t all = layout.Volumes(files)[0].size();
     for (layout.volumeBytes = smallest; layout.volumeBytes <= all; ++layout.volumeBytes) {
       SCOPED_TRACE(std::to_string(layout.version) + ", " + std::to_string(layout.volumeBytes));
       StartAnew();
-      ASSERT_EQ(Backup(layout.volumeBytes), ZorErrorNone);
+      ASSERT_EQ(Backup(static_cast<unsigned long>(layout.volumeBytes)), ZorErrorNone);
       ASSERT_EQ(ReadVolumes(), layout.Volumes(files));
       ASSERT_EQ(Restore(), ZorErrorNone);
       ASSERT_EQ(Differences(), "");

@@ -1,6 +1,5 @@
 // RestoreTest.cpp - restoring sets of both versions and other writers, wrong media, existing
 // targets; and refusals.
-#include <sys/stat.h>
 
 #include "ZorFileServices.h"
 #include "tests/volume/VolumeTest.h"
@@ -62,7 +61,7 @@ TEST_F(VolumeRestore, TakesWideNames) {
 
 TEST_F(VolumeRestore, GivesBackTimesAndAttributes) {
   MakeTree(folder, "source", {{"readonly", 10}, {"plain", 10}});
-  chmod(folder.Path("source/readonly").c_str(), 0444);
+  SetReadOnly(folder.Path("source/readonly"));
   ASSERT_EQ(Backup(), ZorErrorNone);
   ASSERT_EQ(Restore(), ZorErrorNone);
   EXPECT_EQ(Differences(), "");

@@ -1,10 +1,7 @@
 // VolumeTest.cpp - see VolumeTest.h.
 #include "tests/volume/VolumeTest.h"
 
-#include <unistd.h>
-
 #include <algorithm>
-#include <cstdlib>
 
 namespace kozor::test {
 
@@ -13,9 +10,7 @@ namespace {
 // Every write to a volume is flushed; in memory the suite takes seconds.
 class InMemory : public ::testing::Environment {
  public:
-  void SetUp() override {
-    if (access("/dev/shm", W_OK) == 0) setenv("TMPDIR", "/dev/shm", 0);
-  }
+  void SetUp() override { UseMemory(); }
 };
 [[maybe_unused]] const auto* const kInMemory =
     ::testing::AddGlobalTestEnvironment(new InMemory);  // owned by the framework

@@ -1,0 +1,168 @@
+// Host.cpp - see ../Host.h.  This is the Windows side.  Under Wine, where programs of the machine
+// below can be run as well, shell commands go to its sh; on Windows to one that is on the PATH.
+#include "tests/support/Host.h"
+
+#include <gtest/gtest.h>
+#include <windows.h>
+
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+#include <stdexcept>
+
+namespace kozor::test {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+bool UnderWine() {
+  return GetProcAddress(GetModuleHandleA("ntdll.dll"), "wine_get_version") != nullptr;
+}
+
+std::wstring SystemPath(const fs::path& path) {
+  return L"\\\\?\\" + fs::path(path).make_preferred().native();
+}
+
+class File {
+ public:
+  File(const fs::path& path, DWORD access)
+      : handle(CreateFileW(SystemPath(path).c_str(), access,
+                           FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                           OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr)) {
+    if (handle == INVALID_HANDLE_VALUE) throw std::runtime_error("no " + path.string());
+  }
+  ~File() { CloseHandle(handle); }
+  File(const File&) = delete;
+  File& operator=(const File&) = delete;
+  HANDLE Get() const { return handle; }
+
+ private:
+  HANDLE handle;
+};
+
+constexpr std::int64_t kTicksPerSecond = 10'000'000;
+constexpr std::int64_t kSecondsTo1970 = 11'644'473'600;
+
+// The whole output of a process, as bytes.
+std::string OutputOf(std::wstring commandLine) {
+  SECURITY_ATTRIBUTES inherited{sizeof inherited, nullptr, TRUE};
+  HANDLE reader = nullptr;
+  HANDLE writer = nullptr;
+  if (!CreatePipe(&reader, &writer, &inherited, 0)) return "";
+  SetHandleInformation(reader, HANDLE_FLAG_INHERIT, 0);
+  STARTUPINFOW start{};
+  start.cb = sizeof start;
+  start.dwFlags = STARTF_USESTDHANDLES;
+  start.hStdInput = GetStdHandle(STD_INPUT_HANDLE);
+  start.hStdOutput = writer;
+  start.hStdError = writer;
+  PROCESS_INFORMATION process{};
+  const BOOL started = CreateProcessW(nullptr, commandLine.data(), nullptr, nullptr, TRUE, 0,
+                                      nullptr, nullptr, &start, &process);
+  CloseHandle(writer);
+  std::string output;
+  std::array<char, 4096> block{};
+  DWORD got = 0;
+  while (started && ReadFile(reader, block.data(), block.size(), &got, nullptr) && got > 0) {
+    output.append(block.data(), got);
+  }
+  CloseHandle(reader);
+  CloseHandle(process.hProcess);
+  CloseHandle(process.hThread);
+  return output;
+}
+
+}  // namespace
+
+fs::path MakeTestDirectory() {
+  const char* const given = std::getenv("KOZOR_TEST_DIRECTORY");
+  const fs::path parent = given != nullptr ? fs::path(given) : fs::temp_directory_path();
+  for (unsigned number = GetCurrentProcessId() * 64;; ++number) {
+    const fs::path path = parent / ("kozor-test-" + std::to_string(number));
+    if (fs::create_directory(path)) return path;
+  }
+}
+
+void UseMemory() {}
+
+void MakeRemovable(const fs::path& directory) {
+  std::error_code ignored;
+  for (fs::recursive_directory_iterator it(directory, ignored), end; it != end;
+       it.increment(ignored)) {
+    SetFileAttributesW(SystemPath(it->path()).c_str(), FILE_ATTRIBUTE_NORMAL);
+  }
+}
+
+std::string LibraryPathOf(const fs::path& path) {
+  return fs::path(path).make_preferred().string();
+}
+
+// Under Wine the machine's root is drive Z:.
+std::string ShellPathOf(const fs::path& path) {
+  std::string text = path.generic_string();
+  if (UnderWine() && text.size() > 2 && text[1] == ':') text.erase(0, 2);
+  return text;
+}
+
+std::string ShellProgram(const fs::path& program) {
+  return (UnderWine() ? "wine " : "") + ShellPathOf(program);
+}
+
+void SetReadOnly(const fs::path& path, bool readOnly) {
+  SetFileAttributesW(SystemPath(path).c_str(),
+                     readOnly ? FILE_ATTRIBUTE_READONLY : FILE_ATTRIBUTE_NORMAL);
+}
+
+bool MapShare(const char* /*share*/, const fs::path& /*directory*/) {
+  return false;
+}
+
+void SetEnvironment(const char* name, const char* value) {
+  _putenv_s(name, value != nullptr ? value : "");
+}
+
+std::int64_t TimeOf(const fs::path& path) {
+  const File file(path, FILE_READ_ATTRIBUTES);
+  FILETIME time;
+  GetFileTime(file.Get(), nullptr, nullptr, &time);
+  const ULARGE_INTEGER ticks{{time.dwLowDateTime, time.dwHighDateTime}};
+  return static_cast<std::int64_t>(ticks.QuadPart) / kTicksPerSecond - kSecondsTo1970;
+}
+
+void SetTimeOf(const fs::path& path, std::int64_t seconds) {
+  const File file(path, FILE_WRITE_ATTRIBUTES);
+  ULARGE_INTEGER ticks;
+  ticks.QuadPart = static_cast<std::uint64_t>((seconds + kSecondsTo1970) * kTicksPerSecond);
+  const FILETIME time{ticks.LowPart, ticks.HighPart};
+  if (!SetFileTime(file.Get(), nullptr, &time, &time)) {
+    throw std::runtime_error("can't set the time of " + path.string());
+  }
+}
+
+// The status comes with the output: Wine doesn't tell that of programs of the machine below.
+CommandResult RunCommand(const std::string& command) {
+  constexpr std::string_view kMark = "kozor-test-status ";
+  const fs::path script = MakeTestDirectory() / "command.sh";
+  {
+    FILE* const file = _wfopen(script.c_str(), L"wb");
+    std::fprintf(file, "{ %s\n} 2>&1 < /dev/null\necho \"%s$?\"\n", command.c_str(), kMark.data());
+    std::fclose(file);
+  }
+  const std::wstring shell = UnderWine() ? L"Z:\\bin\\sh" : L"sh";
+  CommandResult result{-1, OutputOf(shell + L" " + fs::path(ShellPathOf(script)).native())};
+  const std::size_t mark = result.output.rfind(kMark);
+  if (mark != std::string::npos) {
+    result.status = std::atoi(result.output.c_str() + mark + kMark.size());
+    result.output.resize(mark);
+  }
+  std::error_code ignored;
+  fs::remove_all(script.parent_path(), ignored);
+  return result;
+}
+
+bool HaveProgram(std::string_view name) {
+  return RunCommand("command -v " + std::string(name)).status == 0;
+}
+
+}  // namespace kozor::test

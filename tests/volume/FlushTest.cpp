@@ -1,0 +1,49 @@
+// FlushTest.cpp - what is on the medium when.
+#include "platform/win32/PosixAdmin.h"
+#include "tests/support/FailCall.h"
+#include "tests/volume/VolumeTest.h"
+
+namespace kozor::test {
+namespace {
+
+constexpr std::uintmax_t kHeader = 116;
+constexpr std::uintmax_t kHead = 14;  // of a record whose name has one character
+
+class VolumeFlush : public VolumeTest {
+ protected:
+  std::uintmax_t VolumeBytes() const {
+    return std::filesystem::file_size(folder.Path(VolumeName(1)));
+  }
+  // Two files: the first takes two slices, and the second continues on a second volume.
+  void MakeTwoFiles() { MakeTree(folder, "source", {{"a", 65'540}, {"b", 100}}); }
+  static constexpr unsigned long kTwoVolumes = kHeader + kHead + 65'540 + kHead + 60;
+};
+
+// Each write is on the medium before the next: header, areas, head, slices.
+TEST_F(VolumeFlush, EveryWriteIsFlushedBeforeTheNext) {
+  MakeTree(folder, "source", {{"a", 65'540}});
+  volumes.SetIdentity("id", "", "memo");
+  constexpr std::uintmax_t kAreas = kHeader + 2 + 4;
+  int flushes = 0;
+  for (const std::uintmax_t written : {kHeader, kHeader + 2, kAreas, kAreas + kHead,
+                                       kAreas + kHead + 65'536, kAreas + kHead + 65'540}) {
+    const FailCall<&posix::SystemCalls::fdatasync> failing(++flushes, EIO);
+    EXPECT_EQ(Backup(), ZorErrorFileFailure);
+    EXPECT_EQ(VolumeBytes(), written);
+  }
+}
+
+// Flushed at close alone, a volume is on the medium before the next is asked for.
+TEST_F(VolumeFlush, AFlushThatFailsAtTheEndOfAVolumeEndsTheBackup) {
+  MakeTwoFiles();
+  KzSetFlushAtClose(1);
+  for (const int volume : {1, 2}) {
+    const FailCall<&posix::SystemCalls::fdatasync> failing(volume, EIO);
+    EXPECT_EQ(Backup(kTwoVolumes), ZorErrorFileFailure);
+    EXPECT_EQ(std::filesystem::exists(folder.Path(VolumeName(2))), volume == 2);
+  }
+  KzSetFlushAtClose(0);
+}
+
+}  // namespace
+}  // namespace kozor::test
