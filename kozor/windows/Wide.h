@@ -7,6 +7,8 @@
 #include <filesystem>
 #include <string>
 
+#include "platform/base/Clock.h"
+
 namespace kozor::program {
 
 // A complete path as the wide calls take it, of any length and with its names as they are spelt.
@@ -22,10 +24,7 @@ inline bool IsLinkTag(DWORD attributes, DWORD tag) {
 
 // Seconds since 1970.
 inline std::int64_t SecondsOf(const FILETIME& time) {
-  constexpr std::int64_t kTicksPerSecond = 10'000'000;
-  constexpr std::int64_t kSecondsTo1970 = 11'644'473'600;
-  const std::uint64_t ticks = (std::uint64_t{time.dwHighDateTime} << 32) | time.dwLowDateTime;
-  return static_cast<std::int64_t>(ticks) / kTicksPerSecond - kSecondsTo1970;
+  return UnixOfFileTime(Ticks(time));
 }
 
 }  // namespace kozor::program
