@@ -94,7 +94,7 @@ class ExtractOperation final : public ZorUnpackOperation {
   CString destination;
   ZorFileList names;
   CString target;
-  ZorParentDirectory parent;
+  ZorParentDirectory parent{destination};
 };
 
 }  // namespace

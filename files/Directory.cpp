@@ -1,5 +1,7 @@
 // Directory.cpp - makes and removes directory trees; their paths must have a root.
+#include <algorithm>
 #include <cstring>
+#include <limits>
 #include <vector>
 
 #include "ZorFileServices.h"
@@ -70,27 +72,34 @@ bool RemoveContents(const char* path) {
   return true;
 }
 
-}  // namespace
-
-int ZorCreateDirectory(const char* path, int hasFileName, CString* firstCreated) {
+// As ZorCreateDirectory.  Levels longer than `exactFrom` are made even if one that differs in case
+// is there, where the host can have both.
+bool MakeDirectories(const char* path, bool hasFileName, CString* firstCreated, int exactFrom) {
   const char* fileName;
   const char* directory = RootedDirectory(path, &fileName);
-  if (directory == nullptr) return 0;
+  if (directory == nullptr) return false;
   if (firstCreated != nullptr) firstCreated->Empty();
   const std::vector<int> levels =
       ZorDirectoryLevels(path, directory, hasFileName ? fileName : nullptr);
-  if (levels.empty() || AllLevelsExist(path, levels.back())) return 1;
+  const auto exact = std::upper_bound(levels.begin(), levels.end(), exactFrom);
+  const bool exist = exact == levels.begin() || AllLevelsExist(path, *(exact - 1));
 
-  for (const int length : levels) {
-    const CString level(path, length);
-    if (IsDirectory(level)) continue;
+  for (auto length = exist ? exact : levels.begin(); length != levels.end(); ++length) {
+    const CString level(path, *length);
+    if (length < exact && IsDirectory(level)) continue;
     if (CreateDirectoryA(level, nullptr)) {
       if (firstCreated != nullptr && firstCreated->IsEmpty()) *firstCreated = level;
     } else if (!IsDirectory(level)) {  // another process may have made it meanwhile
-      return 0;
+      return false;
     }
   }
-  return 1;
+  return true;
+}
+
+}  // namespace
+
+int ZorCreateDirectory(const char* path, int hasFileName, CString* firstCreated) {
+  return MakeDirectories(path, hasFileName != 0, firstCreated, std::numeric_limits<int>::max());
 }
 
 // If `path` itself is a link, the link is removed and its target left alone.  With `contentsOnly`
@@ -112,7 +121,10 @@ bool ZorParentDirectory::Make(const char* path) {
 
 bool ZorParentDirectory::MakeAnew(const char* path) {
   last.Empty();
-  if (ZorCreateDirectory(path, 1, nullptr) == 0) return false;
+  const bool isBelow =
+      !base.IsEmpty() && std::strncmp(path, base, static_cast<std::size_t>(base.GetLength())) == 0;
+  const int exactFrom = isBelow ? base.GetLength() : std::numeric_limits<int>::max();
+  if (!MakeDirectories(path, true, nullptr, exactFrom)) return false;
   const char* fileName = ZorGetFileName(path);
   if (fileName != nullptr) last = CString(path, static_cast<int>(fileName - path));
   return true;

@@ -6,13 +6,20 @@
 // Consecutive files mostly share a directory, so the last one is remembered and another file in it
 // costs no look-up.  Another process may have removed it meanwhile: a caller that can't open its
 // file calls MakeAnew and tries once more.
+//
+// Where the host can have two directories that differ in case alone, those below the base are made
+// exactly as they are spelt: files of two such directories must not come to one.
 class ZorParentDirectory {
  public:
+  // The base has a trailing backslash when a path is made, and outlives the object.
+  explicit ZorParentDirectory(const CString& baseDirectory) : base(baseDirectory) {}
+
   // Makes the directories that lead to the file `path`.  Returns false if that fails or the path
   // has no root.
   bool Make(const char* path);
   bool MakeAnew(const char* path);
 
  private:
+  const CString& base;
   CString last;  // with its trailing backslash; empty before the first
 };

@@ -1,8 +1,10 @@
 // Packing.cpp - see Packing.h.
 #include "Packing.h"
 
+#include <algorithm>
+#include <array>
+#include <charconv>
 #include <cstdlib>
-#include <regex>
 #include <sstream>
 #include <string>
 
@@ -36,14 +38,28 @@ const Method& FindMethod(const std::string& name) {
   throw UsageError("--method: lh0, lh1, lh5, lh6 or lh7, not " + Visible(name));
 }
 
+// Whether a word is `prefix` and a number from 1 to `most`, without zeros before it.
+bool IsNumbered(std::string_view word, std::string_view prefix, unsigned most) {
+  if (!word.starts_with(prefix) || word.substr(prefix.size()).starts_with('0')) return false;
+  unsigned number = 0;
+  const char* const end = word.data() + word.size();
+  const auto [stop, error] = std::from_chars(word.data() + prefix.size(), end, number);
+  return error == std::errc() && stop == end && number <= most;
+}
+
+bool IsKnownSwitch(std::string_view word) {
+  const auto isWord = [word](const Method& method) { return word == method.archiverSwitch; };
+  return std::any_of(kMethods.begin(), kMethods.end(), isWord) || word == "-unix" ||
+         IsNumbered(word, "-ol", 9) || IsNumbered(word, "-j", 999);
+}
+
 // The switches that the user has set.  Throws Failure if the archiver doesn't know one.
 std::string OwnSwitches() {
   const char* const value = std::getenv(kVariable);
   if (value == nullptr) return "";
-  static const std::regex known("-o[1567]|-z1|-ol[1-9]|-j[1-9][0-9]{0,2}|-unix");
   std::istringstream words(value);
   for (std::string word; words >> word;) {
-    if (std::regex_match(word, known)) continue;
+    if (IsKnownSwitch(word)) continue;
     throw Failure(std::string(kVariable) + ": the archiver knows no switch " + Visible(word) +
                   " (-o1, -o5, -o6, -o7, -z1, -ol1 to -ol9, -j1 to -j999, -unix)");
   }

@@ -118,7 +118,7 @@ class RestoreRun final : public ZorVolumeRun {
   const CString destination;  // ends in a backslash, or is empty
   CFile volumeFile;
   CFile target;
-  ZorParentDirectory parent;
+  ZorParentDirectory parent{destination};
   CString targetPath;  // empty for a file that is skipped
   ZorFileRecord record{};
   ZorVolumeHeader header{};
