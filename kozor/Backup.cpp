@@ -293,6 +293,16 @@ FileGroup SelectForSet(const SelectionRequest& request) {
   return std::move(groups[0]);
 }
 
+// A file of the catalogue's name that is no catalogue is somebody else's.
+void RequireCataloguePlace(const fs::path& path) {
+  try {
+    ReadCatalogue(path);
+  } catch (const Failure&) {
+    throw Failure(Visible(Shown(path)) + ": no catalogue, and in the place of the set's " +
+                  "(--force replaces it, --no-catalogue leaves it)");
+  }
+}
+
 void Backup(const Arguments& arguments) {
   const VolumeName name(arguments.Operand(0, "the volume"));
   arguments.Operand(1, "what to back up");
@@ -309,6 +319,7 @@ void Backup(const Arguments& arguments) {
   std::optional<LinkTree> links;
   if (finds.size() > 1) finds[0] = links.emplace(group).Find();
   const bool hasCatalogue = !arguments.Has("--no-catalogue");
+  if (hasCatalogue && !arguments.Has("--force")) RequireCataloguePlace(CataloguePath(name));
   BackupVolumes volumes(name, areas, maxVolumeBytes, group.bytes, arguments.Has("--force"),
                         hasCatalogue);
   volumes.SetBackupVersion(format);

@@ -9,6 +9,7 @@
 #include "Console.h"
 #include "Failure.h"
 #include "Host.h"
+#include "HostFiles.h"
 
 namespace kozor::program {
 
@@ -19,19 +20,25 @@ namespace {
 
 constexpr int kFormat = 1;
 
-// Replaces the file atomically.
-void WriteWhole(const fs::path& path, const std::string& text) {
-  fs::path temporary = path;
-  temporary += ".tmp";
-  std::ofstream file(temporary, std::ios::binary);
-  file << text;
-  file.close();
-  std::error_code error;
-  if (file) fs::rename(temporary, path, error);
-  if (!file || error) {
-    fs::remove(temporary, error);
-    throw Failure(Visible(path.string()) + ": can't write");
+// Replaces the file atomically, and only after the new contents are on the medium.
+void WriteWhole(const fs::path& path, const std::string& text) try {
+  const std::string name = Shown(path.filename());
+  const std::string temporary = name + ".tmp";
+  const Descriptor folder = OpenDirectory(path.has_parent_path() ? path.parent_path() : ".");
+  if (!folder.IsOpen()) FailBySystem();
+  RemoveFile(folder.Number(), temporary);
+  try {
+    Descriptor file = CreateNewFile(folder.Number(), temporary);
+    WriteAll(file.Number(), std::as_bytes(std::span(text)));
+    Flush(file.Number());
+    if (!file.Finish()) FailBySystem();
+    MoveTo(folder.Number(), temporary, folder.Number(), name, true);
+  } catch (const FileFailure&) {
+    RemoveFile(folder.Number(), temporary);
+    throw;
   }
+} catch (const FileFailure& failure) {
+  throw Failure(Visible(Shown(path)) + ": can't write: " + failure.what());
 }
 
 std::string HostStyle(std::string name) {

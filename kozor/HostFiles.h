@@ -110,6 +110,8 @@ void FinishFile(Descriptor& file, unsigned int mode, std::uint64_t lastWrite);
 
 Descriptor CreateNewFile(HostHandle in, const std::string& name);
 void WriteAll(HostHandle file, std::span<const std::byte> bytes);
+// Returns when what was written is on the medium.
+void Flush(HostHandle file);
 // Reserves room on the disk for an empty file that is to have that many bytes.
 void Reserve(HostHandle file, std::uint64_t bytes);
 // The same, and maps it for writing.

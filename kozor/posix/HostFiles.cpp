@@ -288,6 +288,10 @@ void WriteAll(HostHandle file, std::span<const std::byte> bytes) {
   }
 }
 
+void Flush(HostHandle file) {
+  if (fsync(File(file)) != 0) FailBySystem();
+}
+
 void Reserve(HostHandle file, std::uint64_t bytes) {
   int error = 0;
   do {

@@ -355,6 +355,10 @@ void WriteAll(HostHandle file, std::span<const std::byte> bytes) {
   }
 }
 
+void Flush(HostHandle file) {
+  if (!FlushFileBuffers(System(file))) FailBySystem();
+}
+
 void Reserve(HostHandle file, std::uint64_t bytes) {
   LARGE_INTEGER size;
   size.QuadPart = static_cast<LONGLONG>(bytes);

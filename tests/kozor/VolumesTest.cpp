@@ -192,6 +192,14 @@ TEST_F(KozorVolumes, LeaveTheirOwnFilesOut) {
               AllOf(HasSubstr("Files in set:  5\n"), Not(HasSubstr("  set-1.vol"))));
 }
 
+TEST_F(KozorVolumes, LeaveAForeignFileInThePlaceOfTheCatalogue) {
+  folder.WriteFile("notes.vol.json", "{\"mine\": 1}");
+  const Words words = {"backup", "notes.vol", "-C", "tree", "a.txt"};
+  EXPECT_THAT(MustFail(words), HasSubstr("notes.vol.json: no catalogue"));
+  EXPECT_EQ(folder.ReadFile("notes.vol.json").size(), 11U);
+  EXPECT_FALSE(std::filesystem::exists(folder.Path("notes.vol")));
+}
+
 TEST_F(KozorVolumes, HoldFilesWhoseNamesDifferInCaseAlone) {
   MakeTree(folder, "tree", {{"Z", 1}, {"sub/C.txt", 20}});
   BackUp({}, "set-#.vol");
