@@ -1,9 +1,9 @@
-# Libraries that are headers alone serve every target system, also where a cross build looks for
-# packages in the target's own tree and doesn't find theirs.
+# Header-only libraries suit every target system, but a cross build looks for packages only in the
+# target's tree.
 
 # kozor_header_only(PACKAGE TARGET FOLDER): find_package(PACKAGE), or in a cross build an imported
 # TARGET for what the build machine has installed in an include directory as FOLDER.  That directory
-# itself, with the headers of another system, stays out of sight.
+# itself isn't searched, because it also has the build machine's system headers.
 function(kozor_header_only package target folder)
   if(NOT CMAKE_CROSSCOMPILING)
     find_package(${package} REQUIRED)

@@ -24,7 +24,7 @@ bool BeginsWithDrive(const std::string& name) {
 constexpr const char* kNoSuchName =
     "refused: no file can have this name (kozor print shows the contents)";
 
-// Throws when a component can't be a file's name, or climbs.
+// Throws if a component can't be a file name or is "..".
 void RequireSound(const std::string& name) {
   for (std::size_t start = 0; start <= name.size();) {
     const std::size_t end = std::min(name.find('\\', start), name.size());
@@ -64,7 +64,8 @@ DeliveryRules ReadDeliveryRules(const Arguments& arguments) {
   return rules;
 }
 
-// The path relative to the destination, or complete if the name is and the rules allow it.
+// The path relative to the destination, or the absolute path if the name is absolute and the rules
+// allow it.
 fs::path Delivery::PathOf(const std::string& name) {
   const bool hasDrive = BeginsWithDrive(name);
   const bool rooted = hasDrive || name.starts_with('\\');
@@ -114,7 +115,7 @@ bool Delivery::Wants(const Item& item, Destination::FinalLink itsFinalLink) {
   }
 }
 
-// Where the host ignores case, of names that differ in nothing else the first has the place.
+// If the host ignores case, only the first of the names that differ only in case gets the place.
 void Delivery::RequireNoTwin() {
   if (!HostIgnoresCase()) return;
   const std::string own = path.generic_string();
@@ -143,7 +144,7 @@ void Delivery::Deliver(const Item& item, const std::string& workName) {
   }
 }
 
-// With `known` the contents have been compared and differ.
+// `known`: the contents have been compared and differ.
 Delivery::Verdict Delivery::Judge(const Item& item, const Occupant& occupant, bool known) {
   if (occupant.isDirectory) throw FileFailure("a directory is in the way");
   switch (rules.existing) {

@@ -1,5 +1,5 @@
-// Delivery.h - what the files of an archive or a backup set meet where they are to stand: names
-// that lead elsewhere, and files that are there already.
+// Delivery.h - puts the files of an archive or a backup set in their places.  It handles names that
+// lead elsewhere, and existing files.
 #pragma once
 
 #include <array>
@@ -14,7 +14,7 @@
 
 namespace kozor::program {
 
-// A file to be delivered, as the archive or the set tells of it.
+// A file to be delivered, as the archive or the set describes it.
 struct Item {
   std::string name;        // library name
   std::uint64_t size = 0;  // bytes
@@ -25,10 +25,10 @@ struct DeliveryRules {
   enum class Existing { Ask, Stays, StaysIfNewer, IsReplaced };
   Existing existing = Existing::Ask;
   Destination::Links links = Destination::Links::StayInside;
-  bool absoluteNames = false;  // a name that begins at the root stays so
+  bool absoluteNames = false;  // absolute names stay absolute
 };
 
-// The options that make the rules, for the commands that deliver.
+// The options that set the rules, for the commands that deliver files.
 inline constexpr std::array<Option, 7> kDeliveryOptions = {{
     {"-d", "DIRECTORY", "bring files out below this directory; the current one\nif absent"},
     {"--exclude", "MASK", "leave out files and folders of this name; may be\nrepeated"},
@@ -39,7 +39,7 @@ inline constexpr std::array<Option, 7> kDeliveryOptions = {{
      "make links that lead out of DIRECTORY, and go through\nthose that are there"},
     {"--absolute-names", "", "take names that begin at the root as they are"},
 }};
-// The same in words, for their help.
+// A description of them for the help.
 inline constexpr std::string_view kDeliveryHelp =
     R"(A file that is there already is replaced at once if it has the same contents.
 Otherwise the program asks on a terminal; without one the existing file stays, is
@@ -51,26 +51,26 @@ the others brought out.  The exit code is 1 in both cases.
 )";
 DeliveryRules ReadDeliveryRules(const Arguments& arguments);
 
-// For each file: Begin or Wants; the file is made in Work() under any name; Deliver.  All of these
-// throw FileFailure when the file can't be delivered.
+// For each file: call Begin or Wants, create the file in Work() under any name, and call Deliver.
+// All of these throw FileFailure if the file can't be delivered.
 class Delivery {
  public:
   Delivery(const std::filesystem::path& directory, const DeliveryRules& deliveryRules)
       : rules(deliveryRules), destination(directory, deliveryRules.links) {}
 
-  // Takes a file in hand of which no more than the name is known.
+  // Begins with a file of which only the name is known.
   void Begin(const std::string& name);
-  // The same with all that is known; false when what is there stays, so that nothing has to be
-  // made.
+  // The same with all that is known.  Returns false if an existing file stays and so this one
+  // needn't be created.
   bool Wants(const Item& item) { return Wants(item, Destination::FinalLink::IsFollowed); }
   WorkFolder& Work() { return destination.Work(); }
-  // Bytes of free room where Work() is.
+  // The free space in bytes where Work() is.
   std::uint64_t FreeBytes() { return destination.FreeBytes(); }
-  // Gives the file its place, unless a different one is there and stays: then it is removed.
+  // Moves the file to its place.  If a different existing file stays there, removes the new one.
   void Deliver(const Item& item, const std::string& workName);
 
-  // Folders and links take their metadata here: permission bits, unless they are 0, and time of
-  // last write in 100 ns since 1601.
+  // Folders and links get their metadata here: permission bits, unless they are 0, and the
+  // last-write time in 100 ns since 1601.
   void MakeFolder(const std::string& name);
   void FinishFolder(const std::string& name, unsigned int mode, std::uint64_t lastWrite);
   void MakeLink(const Item& item, const std::string& target, std::uint64_t lastWrite);
@@ -85,11 +85,11 @@ class Delivery {
 
   DeliveryRules rules;
   Destination destination;
-  std::filesystem::path path;  // of the file at hand
-  Place place;                 // its own
+  std::filesystem::path path;  // of the current file
+  Place place;                 // of the current file
   Destination::FinalLink finalLink = Destination::FinalLink::IsFollowed;
-  bool mayReplace = false;    // the file at hand has been granted the place
-  bool rootTakenOff = false;  // told already
+  bool mayReplace = false;    // the current file may replace an existing one
+  bool rootTakenOff = false;  // already reported
   // The names delivered so far, by themselves in upper case; kept where the host ignores case.
   std::map<std::u16string, std::string> delivered;
 };

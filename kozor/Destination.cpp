@@ -17,7 +17,7 @@ namespace {
 constexpr int kMostLinks = 40;
 constexpr std::size_t kBlockBytes = 1 << 16;
 
-// Whether a link in a folder may lead out of the destination, whatever links stand in there.
+// Whether a link in `folder` may lead out of the destination, whatever links exist inside it.
 bool MayLeadOut(const fs::path& folder, const fs::path& target) {
   auto depth = std::distance(folder.begin(), folder.end());
   bool hasGoneDown = false;
@@ -57,9 +57,9 @@ std::optional<fs::path> Destination::Inside(const fs::path& real) const {
   return inside;
 }
 
-// Where a link that stood in the destination leads: relative to it, or absolute when it leads out
-// and may.  A link that leads nowhere counts as one that leads out: a file made through it would
-// stand where it points.
+// The target of a link that existed in the destination: relative to the destination, or absolute if
+// it leads out and may.  A dangling link counts as leading out, because a file created through it
+// would be at its target.
 fs::path Destination::Resolve(const fs::path& link) {
   std::error_code error;
   const fs::path whole = root / link;
@@ -76,7 +76,7 @@ fs::path Destination::Resolve(const fs::path& link) {
   return real;
 }
 
-// Opens a directory below the destination; `reached` is where it really is.  Good until the next
+// Opens a directory below the destination; `reached` receives its real path.  Valid until the next
 // call.
 HostHandle Destination::Open(const fs::path& path, fs::path& reached, int linksLeft) {
   constexpr std::size_t kMostLevels = 32;
@@ -149,7 +149,7 @@ bool Destination::MoveIn(const std::string& workName, const Place& place, Existi
   const bool replace = existing == Existing::IsReplaced;
   const Move move = MoveTo(Work().Directory(), workName, place.directory, place.name, replace);
   if (move != Move::OtherFileSystem) return move == Move::Done;
-  // The place is on a file system mounted below the destination.
+  // The place is on another file system, mounted below the destination.
   const WorkFolder besidePlace(place.directory);
   const HostHandle beside = besidePlace.Directory();
   CopyFileIn(Work().Directory(), workName, beside, workName);

@@ -1,8 +1,9 @@
-// Destination.h - the directory that files are brought out to, and nothing outside of it.
+// Destination.h - creates and finds files in the directory that files are extracted to, and never
+// outside of it.
 //
 // Directories are opened one by one from the destination down and never through a symbolic link,
-// but for links that were there before and lead to another place inside.  Files are named relative
-// to open directories.  So it doesn't matter what someone puts there meanwhile.
+// except links that existed before the run and lead to another place inside.  Files are named
+// relative to open directories.  So changes that someone makes there during the run do no harm.
 #pragma once
 
 #include <cstdint>
@@ -15,44 +16,45 @@
 
 namespace kozor::program {
 
-// Where a file is to stand: a name in an open directory.  Good until the next call of Find,
+// The location of a file: a name in an open directory.  Valid until the next call of Find,
 // MakeFolder or FinishFolder.
 struct Place {
   HostHandle directory = kNotOpen;
   std::string name;
   std::filesystem::path folder{};      // the directory, relative to the destination, free of links
-  std::optional<Occupant> occupant{};  // when it was looked for
+  std::optional<Occupant> occupant{};  // at the time of the search
 };
 
-// Everything here throws FileFailure when it can't be done.
+// Every function throws FileFailure if it fails.
 class Destination {
  public:
   enum class Links { StayInside, MayLeadOut };
   Destination(std::filesystem::path directory, Links links);
 
-  // The place of a path; makes directories that are missing on the way.  Where a link stands there,
-  // the place is where it leads, or the link's own.
+  // The place of a path; creates missing directories.  If the path ends in a link, `finalLink`
+  // selects its target or the link itself.
   enum class FinalLink { IsFollowed, IsMeant };
   Place Find(const std::filesystem::path& path, FinalLink finalLink = FinalLink::IsFollowed);
 
-  // The folder for files on their way here; made when it is asked for first.
+  // The folder for unfinished files; created on first use.
   WorkFolder& Work();
-  // Bytes of free room there.
+  // The free space there in bytes.
   std::uint64_t FreeBytes();
 
-  // Moves a finished file from the work folder to its place.  False, with the file where it was,
-  // when something stands there and isn't to be replaced.
+  // Moves a finished file from the work folder to its place.  Returns false, without moving it, if
+  // the place is taken and nothing may be replaced.
   enum class Existing { Stays, IsReplaced };
   bool MoveIn(const std::string& workName, const Place& place, Existing existing);
   // Whether the file or link at the place has the same contents as one in the work folder.
   bool HasContentsOf(const std::string& workName, const Place& place);
 
-  // Makes a directory; one that is there already will do.
+  // Makes a directory; accepts an existing one.
   void MakeFolder(const std::filesystem::path& path);
-  // Sets its permission bits, unless they are 0, and its time, in 100 ns since 1601.
+  // Sets its permission bits, unless they are 0, and its last-write time, in 100 ns since 1601.
   void FinishFolder(const std::filesystem::path& path, unsigned int mode, std::uint64_t lastWrite);
 
-  // Makes a link in the work folder for a place where it must not lead out of the destination.
+  // Makes a link in the work folder.  Refuses a link that would lead out of the destination from
+  // its later place.
   void PrepareLink(const std::string& workName, const Place& place,
                    const std::filesystem::path& target, std::uint64_t lastWrite);
 
@@ -66,21 +68,21 @@ class Destination {
   const Links links;
   Descriptor rootDirectory;
   std::optional<WorkFolder> work;
-  // The directories from the root down to the one opened last: files come sorted by directories,
-  // mostly.
+  // The directories from the root down to the one opened last.  They are kept because files mostly
+  // come sorted by directories.
   struct Level {
     std::string name;
     Descriptor directory;
   };
   std::vector<Level> levels;
-  Descriptor beyondLevels;  // the last one, where it isn't among them
+  Descriptor beyondLevels;  // the last one, if it isn't in `levels`
   // The directory found last, if any.
   HostHandle lastDirectory = kNotOpen;
   std::filesystem::path lastAsked;
   std::filesystem::path lastReached;
 };
 
-// What stands at a place, links not followed; nothing when nothing does.
+// What exists at a place, without following links; null if nothing does.
 inline std::optional<Occupant> LookAt(const Place& place) {
   return LookAt(place.directory, place.name);
 }

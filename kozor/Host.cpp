@@ -12,7 +12,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// False when the bytes aren't text of the code page.
+// Returns false if the bytes aren't valid text in the code page.
 bool ToUtf8(unsigned int codePage, std::string_view bytes, std::string& utf8) {
   utf8.clear();
   const text::CodePage& page = *text::FindCodePage(codePage);

@@ -1,5 +1,6 @@
-// Host.h - everything the program asks of the system it runs on: host paths, the state of files,
-// signals and the terminal.  One side for each system: posix/Host.cpp and windows/Host.cpp.
+// Host.h - everything the program needs from the operating system: host paths, the state of files,
+// signals and the terminal.  Each system has its own implementation: posix/Host.cpp and
+// windows/Host.cpp.
 #pragma once
 
 #include <cstdint>
@@ -11,31 +12,31 @@
 
 namespace kozor::program {
 
-// From now on the library waits for the medium when a file is closed, once for all its writes, and
-// not after each.
+// From now on the library flushes a file to the disk once, when it is closed, instead of after each
+// write.
 void FlushFilesAtClose();
 
 // Prepares the process: names are UTF-8, files are looked up by their exact names, and the signals
 // that end a program only make StopSignal non-zero.
 void SetUpHost();
 
-// Whether searches of the library go through links, as they do at first, or find the links
-// themselves.
+// Whether the library's searches follow links (the default) or find the links themselves.
 void FollowLinks(bool on);
 
-// The code page of names in archives that don't record theirs; false for one that isn't known.
+// Sets the code page of names in archives that don't record theirs.  Returns false if it is
+// unknown.
 bool ChooseNamePage(unsigned int page);
 
 // Sets a variable of this process's environment.
 void SetEnvironment(const char* name, const std::string& value);
 
-// The words of the command line, without the program's name, in UTF-8.
+// The arguments of the command line, without the program's name, in UTF-8.
 std::vector<std::string> CommandWords(int count, char** words);
 
 // The number of the signal that asked the program to stop, 0 for none.
 int StopSignal();
-// The path that a text in UTF-8 means.  The library's own conversion from narrow text takes it for
-// text in another code page on Windows.
+// The path for UTF-8 text.  On Windows the standard library's own conversion from narrow text
+// assumes another code page.
 inline std::filesystem::path FromUtf8(std::string_view text) {
   return std::u8string(text.begin(), text.end());
 }
@@ -43,34 +44,34 @@ inline std::filesystem::path FromUtf8(std::string_view text) {
 // Throws Interrupted once a signal has come.
 void StopIfAsked();
 
-// The library's name of a host path, complete from the drive on ("C:\home\me\a.txt").  Throws
-// Failure when the path holds a name that the library can't express.
+// The library's form of a host path, complete with its drive ("C:\home\me\a.txt").  Throws Failure
+// if the path contains a name that the library can't express.
 std::string LibraryPath(const std::filesystem::path& path);
-// Whether it has one.
+// Whether there is one.
 bool CanBeExpressed(const std::filesystem::path& path);
-// The way back.  Throws Failure for what isn't on a mapped drive.
+// The reverse conversion.  Throws Failure for a path that isn't on a mapped drive.
 std::filesystem::path HostPath(const std::string& libraryPath);
-// Whether a file of this name, without a directory, can be made and found again.
+// Whether a file of this name (without a directory) can be created and found again.
 bool CanBeMade(const std::string& name);
-// Whether two names that differ in case alone are one file.
+// Whether two names that differ only in case mean the same file.
 bool HostIgnoresCase();
-// A path for messages and comparisons, in UTF-8 as far as it can be said in it.
+// A path for messages and comparisons, in UTF-8 as far as possible.
 std::string Shown(const std::filesystem::path& path);
-// A relative library name as the host writes it.  Bytes that aren't UTF-8 are taken for code page
+// A relative library name as the host writes it.  Bytes that aren't UTF-8 are read as code page
 // 932, which older programs wrote.
 std::filesystem::path HostName(const std::string& libraryName);
 
-// `path` from the root on, without "." and "..".  What ".." means is asked of the file system;
-// links elsewhere in the path are left as they are.
+// `path` as an absolute path without "." and "..".  The file system resolves ".."; links elsewhere
+// in the path aren't resolved.
 std::filesystem::path AbsolutePath(const std::filesystem::path& path);
-// Of a word of the command line.
+// The same for an argument of the command line.
 inline std::filesystem::path AbsolutePath(const std::string& word) {
   return AbsolutePath(FromUtf8(word));
 }
 
-// Whether anything stands at `path`, a dangling link included.
+// Whether anything exists at `path`, including a dangling link.
 bool Exists(const std::filesystem::path& path);
-// What stands at `path`, links followed.
+// What exists at `path`, following links.
 struct FileState {
   std::string problem;  // why it can't be read, in words; empty when it can
   bool isDirectory = false;
@@ -82,7 +83,7 @@ struct FileState {
 FileState Inspect(const std::filesystem::path& path);
 // Whether a link itself stands at `path`.
 bool IsLink(const std::filesystem::path& path);
-// A link itself.  Throws FileFailure when it can't be read.
+// The link itself.  Throws FileFailure if it can't be read.
 struct LinkState {
   std::string target;
   std::int64_t time = 0;  // last write, seconds since 1970
@@ -92,16 +93,16 @@ LinkState InspectLink(const std::filesystem::path& path);
 // A moment in the local calendar and zone; false if it has no such date.
 bool LocalTime(std::int64_t secondsSince1970, std::tm& local);
 
-// Maps the file system that holds `path`, or would hold it, to a drive of its own, and returns the
-// library's path of `path` on that drive.  Asking for the room on it then asks the right disk.  The
-// drive stays mapped until the next call.
+// Maps the file system that holds `path`, or would hold it, to a separate drive, and returns the
+// library's form of `path` on that drive.  A query for free space on that drive then reaches the
+// right disk.  The drive stays mapped until the next call.
 std::string PathOnOwnDrive(const std::filesystem::path& path);
 
 bool InputIsTerminal();
 bool ErrorsGoToTerminal();
 int TerminalWidth();
 
-// While an object lives, a signal ends a waiting read of standard input.
+// During its lifetime a signal interrupts a blocking read of standard input.
 class InterruptibleInput {
  public:
   InterruptibleInput();

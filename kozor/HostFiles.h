@@ -1,5 +1,5 @@
 // HostFiles.h - files and directories of the host, named relative to open directories, so that
-// nobody can lead a run elsewhere by exchanging a directory above.  One side for each system:
+// replacing a directory above can't redirect a run.  Each system has its own implementation:
 // posix/HostFiles.cpp and windows/HostFiles.cpp.
 #pragma once
 
@@ -14,11 +14,11 @@
 
 namespace kozor::program {
 
-// The system's number of something open.
+// The system's identifier of an open file or directory.
 using HostHandle = std::intptr_t;
 inline constexpr HostHandle kNotOpen = -1;
 
-// An open file or directory; closed with its object.
+// Owns an open file or directory and closes it.
 class Descriptor {
  public:
   explicit Descriptor(HostHandle opened = kNotOpen) : number(opened) {}
@@ -32,44 +32,46 @@ class Descriptor {
   bool IsOpen() const { return number != kNotOpen; }
   HostHandle Number() const { return number; }
   void Close();
-  // Closes; false when what was written hasn't been taken.
+  // Closes; returns false if written data was lost.
   bool Finish();
 
  private:
   HostHandle number;
 };
 
-// The system's error numbers (errno, GetLastError) in words, as ErrorText.
+// A message for one of the system's error numbers (errno, GetLastError).
 std::string HostErrorText(int number);
-// The last call that failed, in words; and FileFailure with these words.
+// A message for the last failed call; FailBySystem throws FileFailure with it.
 std::string LastSystemError();
 [[noreturn]] void FailBySystem();
-// What names the directory for temporaries, for messages.
+// The environment variable that names the directory for temporaries, for messages.
 extern const char* const kTemporaryVariable;
 
-// A directory by its path, links followed.  Not open when it can't be.
+// Opens a directory by its path, following links.  The result isn't open if that fails.
 Descriptor OpenDirectory(const std::filesystem::path& path);
-// A directory in an open one, never through a link.  "." opens the same once more.
+// Opens a directory in an open one, but no link to one.  "." opens the same directory again.
 Descriptor OpenFolder(HostHandle in, const std::string& name);
-// The same; made when nothing is there.
+// The same; creates a missing directory.
 Descriptor OpenOrMakeFolder(HostHandle in, const std::string& name);
-// A path that leads to the file as long as the directory is open, whoever renames directories.
+// A path that leads to the file while the directory is open, even if directories are renamed.
 std::filesystem::path PathIn(HostHandle directory, const std::string& name);
-// The names in a directory; none when it can't be read.
+// The names in a directory; empty if it can't be read.
 std::vector<std::string> NamesIn(HostHandle directory);
 
-// A folder that no other user can look into and that is held by this process.  Not open when the
-// name is taken, or was taken away meanwhile; throws FileFailure when none can be made at all.
+// Creates a folder that no other user can read, and holds it for this process.  The result isn't
+// open if the name is taken or the folder was removed at once.  Throws FileFailure if no folder can
+// be created at all.
 Descriptor MakeHeldFolder(HostHandle in, const std::string& name);
-// Such a folder that a process of this user left without holding it, now held; else not open.
+// Takes hold of such a folder that a process of this user left behind.  The result isn't open if
+// that fails.
 Descriptor HoldLeftover(HostHandle in, const std::string& name);
 
-// Best-effort removal: errors are ignored.  A held folder is let go in the course of it.
+// Best-effort removal: errors are ignored.  Also releases a held folder.
 void RemoveHeldFolder(HostHandle in, const std::string& name, Descriptor& folder);
 bool RemoveFile(HostHandle in, const std::string& name);  // false for a directory, and on failure
 void RemoveEmptyFolder(HostHandle in, const std::string& name);
 
-// What stands at a place.
+// What exists at a place.
 struct Occupant {
   bool isDirectory = false;
   bool isFile = false;
@@ -79,32 +81,33 @@ struct Occupant {
   std::int64_t time = 0;         // last write, seconds since 1970
   std::int32_t nanoseconds = 0;  // of that time, beyond its second
 };
-// Links are not followed.  Nothing when nothing is there; throws FileFailure when that can't be
-// told.
+// Doesn't follow links.  Null if nothing exists there; throws FileFailure if that can't be
+// determined.
 std::optional<Occupant> LookAt(HostHandle in, const std::string& name);
-// Empty for what is no link.
+// Empty if it isn't a link.
 std::string LinkTarget(HostHandle in, const std::string& name);
 bool IsLink(HostHandle in, const std::string& name);
 
-// For reading, never through a link.  Not open when it can't be.
+// Opens a file for reading, but no link to one.  The result isn't open if that fails.
 Descriptor OpenFile(HostHandle in, const std::string& name);
-// Fills as much of the block as the file has left; returns how much.  Throws FileFailure.
+// Reads until the block is full or the file ends; returns the number of bytes read.  Throws
+// FileFailure.
 std::size_t ReadBlock(HostHandle file, std::span<char> block);
 
 // All of the following throw FileFailure.
 
-// Contents and metadata into a new file.  Attributes that the target's file system doesn't take are
-// left out.
+// Copies contents and metadata to a new file.  Attributes that the target's file system doesn't
+// support are left out.
 void CopyFileIn(HostHandle from, const std::string& name, HostHandle to,
                 const std::string& newName);
-// A file or link to another name.  Occupied: something stands there and isn't to be replaced.
+// Moves a file or link.  Occupied: the new name is taken and nothing may be replaced.
 enum class Move { Done, Occupied, OtherFileSystem };
 Move MoveTo(HostHandle from, const std::string& name, HostHandle to, const std::string& newName,
             bool replace);
-// A link with its own time of last write, in 100 ns since 1601.
+// Makes a link with the given last-write time, in 100 ns since 1601.
 void MakeLink(HostHandle in, const std::string& name, const std::filesystem::path& target,
               std::uint64_t lastWrite);
-// Permission bits, unless they are 0 or the system has none, and the time of last write.
+// Sets the permission bits, unless they are 0 or the system has none, and the last-write time.
 void FinishDirectory(HostHandle directory, unsigned int mode, std::uint64_t lastWrite);
 void FinishFile(Descriptor& file, unsigned int mode, std::uint64_t lastWrite);
 

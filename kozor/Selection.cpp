@@ -21,19 +21,19 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// Names that the library takes for one where several masks are given.
+// Names that the library takes for the same if there are several masks.
 struct IgnoringCase {
   bool operator()(const CString& a, const CString& b) const { return a.CompareNoCase(b) < 0; }
 };
 
-// A member's header counts its bytes in 32 bits, and so does a record of a backup set.
+// A member's header and a record of a backup set both hold 32-bit sizes.
 constexpr std::uintmax_t kMaxFileBytes = 0xFFFFFFFF;
-// Longest name that the archiver lists again, in bytes.
+// The longest name that the archiver can list, in bytes.
 constexpr std::size_t kMaxNameBytes = 512;
 
 constexpr const char* kUnnameable = "the name holds a character that can't be stored";
 
-// What one word asks to be searched: `mask` in `directory`, with all folders below or without.
+// The search for one word: `mask` in `directory`, with or without the folders below.
 struct Search {
   std::string directory;  // library path
   std::string mask;
@@ -41,7 +41,7 @@ struct Search {
   bool meansDirectory = false;  // the word is the directory's own name
 };
 
-// "C:\" for the root, else without a backslash at the end; the part of a name to cut off has one.
+// Only the root ("C:\") ends with a backslash, but the prefix cut off from names always does.
 std::string WithBackslash(std::string path) {
   if (!path.ends_with('\\')) path += '\\';
   return path;
@@ -66,13 +66,13 @@ Search ReadWord(const fs::path& base, const std::string& word, LinkRule links) {
   if (!fs::is_directory(directory)) {
     throw Failure(Visible(directory.string()) + ": no such directory");
   }
-  // Both forms mean every name; with this one the library reads each directory once.
+  // Both forms match every name; with this one the library reads each directory only once.
   const std::string mask = FromUtf8(word).filename().string();
   return {LibraryPath(directory), mask == "*" ? "*.*" : mask, true};
 }
 
-// Everything that the search finds, as complete library paths.  A search with the one mask drops
-// nothing.  `isWhole` tells whether every folder could be read to its end.
+// Everything that the search finds, as complete library paths.  With a single mask, nothing is
+// skipped.  `isWhole` tells whether every folder could be read to its end.
 std::vector<std::string> Find(const Search& search, unsigned int attributes, bool& isWhole) {
   ZorFind find;
   find.SetCurrentDirectoryA(search.directory.c_str());
@@ -90,7 +90,7 @@ std::vector<std::string> Find(const Search& search, unsigned int attributes, boo
   return names;
 }
 
-// The mark of a name that can't be written in the library's terms.
+// The library shows "?" in a name that it can't express.
 bool IsUnnameable(const std::string& path) {
   return path.find('?') != std::string::npos;
 }
@@ -130,7 +130,7 @@ class Collector {
   std::size_t LeftOut() const { return leftOut; }
   std::size_t UpToDate() const { return upToDate; }
 
-  // The group as collected.
+  // Returns the collected group.
   FileGroup Finish() {
     if (leftOut > 0) group.wholeMask.clear();
     return std::move(group);
@@ -173,7 +173,7 @@ class Collector {
     }
   }
 
-  // Files of one folder come one after the other: it's looked up once.
+  // Files of one folder come in succession, so the folder is converted only once.
   fs::path HostPathOf(const std::string& path) {
     const text::Path pieces(path);
     if (pieces.Folder() != lastFolder) {
@@ -183,7 +183,7 @@ class Collector {
     return lastHostFolder / HostName(std::string(pieces.FileName()));
   }
 
-  // Once more than the mask finds, which doesn't select the files then.
+  // Counts the link as left out of the files, so that they aren't selected by the mask.
   void TakeLink(const std::string& path, const std::string& name) {
     ++leftOut;
     if (name.size() > kMaxNameBytes) return LeaveOut(path, "the name is too long");
@@ -204,7 +204,7 @@ class Collector {
     }
   }
 
-  // A directory that a word names, and the base directory contains.
+  // A directory that is named by a word and contained in the base directory.
   void TakeDirectoryItself(const std::string& directory) {
     if (directory.size() <= prefix.size()) return;
     const std::string name = directory.substr(prefix.size());
@@ -219,8 +219,8 @@ class Collector {
     }
   }
 
-  // The files in a directory that can't be read aren't found by any mask; complains of those
-  // directories, of which other masks than "*.*" tell nothing.
+  // No mask finds the files in a directory that can't be read.  Reports such directories; only the
+  // mask "*.*" finds them.
   void CheckDirectories(const Search& search) {
     bool ignored = false;  // a folder that can't be read is named below
     for (const std::string& path : Find({search.directory, "*.*", true}, 0x10, ignored)) {
@@ -235,8 +235,8 @@ class Collector {
     }
   }
 
-  // The library shows all such names of a directory alike where they differ in those characters
-  // alone, so the host is asked for their own.
+  // Names that differ only in such characters look the same in the library, so the real names are
+  // read from the host.
   void LeaveOutUnnameable(const std::string& path) {
     const text::Path pieces(path);
     const Mask shown(std::string(pieces.FileName()));
@@ -269,7 +269,7 @@ class Collector {
   std::size_t searches = 0;
 };
 
-// While an object lives, searches treat links as a request wants it.
+// During its lifetime searches treat links as a request demands.
 class LinkManner {
  public:
   explicit LinkManner(LinkRule links) { FollowLinks(links != LinkRule::Kept); }
@@ -304,7 +304,7 @@ std::vector<ZorFind> FileGroup::Finds() const {
     addMask(0, wholeMask, 1);
     return finds;
   }
-  // Where there are several masks, of names that differ in case alone a find selects the first.
+  // With several masks, a find selects only the first of the names that differ only in case.
   std::map<CString, std::size_t, IgnoringCase> twins;
   for (const std::string& name : names) addMask(twins[name.c_str()]++, name, 0);
   return finds;
@@ -313,7 +313,7 @@ std::vector<ZorFind> FileGroup::Finds() const {
 std::vector<FileGroup> Select(const SelectionRequest& request) {
   const LinkManner manner(request.links);
   const MaskList excludes(request.excludes);
-  // The base first, then the roots of the disks that other words lead to.
+  // The first one is for the base, the others for the roots of the disks that other words lead to.
   std::deque<Collector> collectors;
   collectors.emplace_back(request, excludes, LibraryPath(request.base));
   for (const std::string& word : request.words) {

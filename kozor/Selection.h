@@ -1,9 +1,9 @@
-// Selection.h - from the words of a command line to files that the library can be given.
+// Selection.h - finds the files that the words of a command line mean, for the library.
 //
-// The library drops what it can't read, and of names that differ in case alone all but one where
-// several masks are given.  A user wants neither to happen silently.  So the program looks first:
-// it searches with one mask at a time, compares names exactly, checks every file, and complains
-// about each one that has to be left out.
+// The library skips files that it can't read.  With several masks, it also skips all but one of the
+// names that differ only in case.  Neither should happen silently.  So the program searches first,
+// with one mask at a time, compares names exactly, checks every file, and reports each one that has
+// to be left out.
 #pragma once
 
 #include <cstdint>
@@ -20,44 +20,45 @@ namespace kozor::program {
 
 // Files with names relative to one base directory.
 struct FileGroup {
-  std::string base;                 // library path without a trailing backslash, but "C:\"
+  std::string base;                 // library path without a trailing backslash, except "C:\"
   std::vector<std::string> names;   // library names of the files, in the order found
   std::vector<unsigned int> modes;  // permission bits of the files, in the same order
   std::uint64_t bytes = 0;          // of all files
-  // Directories without a separator at their end; links, unless they are just followed.
+  // Directories, without a trailing separator; links, unless they are only followed.
   std::vector<std::string> folders;
   std::vector<std::string> links;
   bool IsEmpty() const { return names.empty() && folders.empty() && links.empty(); }
-  // A mask that, with all folders below, selects exactly these files; empty when there is none.
+  // A mask that, with all folders below, selects exactly these files; empty if there is none.
   std::string wholeMask;
 
-  // Selections that together are the group.  More than one only where names differ in case alone.
+  // Selections that together give the group.  More than one only if names differ only in case.
   std::vector<ZorFind> Finds() const;
 };
 
 enum class LinkRule {
-  Followed,  // what a link leads to is selected; a link to nothing is complained of
-  Noted,     // the same, and the link is listed, too
-  Kept,      // the link itself is listed, and what it leads to isn't looked at
+  Followed,  // selects a link's target; reports a dangling link
+  Noted,     // the same, and lists the link
+  Kept,      // lists the link and ignores its target
 };
 
 struct SelectionRequest {
-  std::filesystem::path base;      // what relative words are relative to
+  std::filesystem::path base;      // the base of relative words
   std::vector<std::string> words;  // masks and paths
   std::vector<std::string> excludes;
-  // Files that are the run's own and left out without a word; host paths.
+  // The run's own files, which are left out silently; host paths.
   std::function<bool(const std::filesystem::path&)> isOwnFile;
   LinkRule links = LinkRule::Followed;
-  // Whether a group of nothing but folders and links is one.
+  // Whether a group of only folders and links is returned, too.
   bool takesFolders = false;
-  // Files that needn't be stored, by their names in the group and their state; null for none.
+  // Whether a file needn't be stored, given its name in the group and its state; null if all are
+  // stored.
   std::function<bool(const std::string&, const FileState&)> isUpToDate = nullptr;
 };
 
-// The groups, without empty ones: files below the base directory, with names relative to it, and
-// files elsewhere, with names relative to the root of their disk.  Throws Failure when a word means
-// nothing, when nothing is left (but for files that needn't be stored), and when two files would
-// get one name; complains about every file that can't be stored.
+// Returns the groups that aren't empty: files below the base directory, with names relative to it,
+// and files elsewhere, with names relative to the root of their disk.  Throws Failure if a word
+// matches nothing, if nothing is left (apart from files that needn't be stored), or if two files
+// would get the same name.  Reports every file that can't be stored.
 std::vector<FileGroup> Select(const SelectionRequest& request);
 
 }  // namespace kozor::program

@@ -32,7 +32,7 @@ bool IsWorkName(std::string_view name) {
          name.find_first_not_of("0123456789abcdef", kPrefix.size()) == std::string_view::npos;
 }
 
-// Best-effort removal of everything in an open directory.
+// Removes everything in an open directory; ignores errors.
 void Empty(HostHandle directory) {
   for (const std::string& name : NamesIn(directory)) {
     if (RemoveFile(directory, name)) continue;

@@ -1,5 +1,5 @@
-// WorkFolder.h - a folder of the run's own, for files that aren't complete yet; and open
-// directories, relative to which everything in it is named.
+// WorkFolder.h - a private folder for files that aren't complete yet.  Everything in it is named
+// relative to open directories.
 #pragma once
 
 #include <cstdint>
@@ -15,28 +15,28 @@
 
 namespace kozor::program {
 
-// A folder ".kozor-" and 16 hexadecimal digits, made in another one and removed with the object,
-// whatever it holds then.
+// Creates a folder named ".kozor-" and 16 hexadecimal digits in another one.  The destructor
+// removes it with all its contents.
 //
-// The run holds a lock on its folder.  One that nobody holds a lock on belongs to a run that was
-// killed, and the next run that makes such a folder beside it removes it.
+// The run holds a lock on its folder.  A folder without a lock was left by a run that was killed;
+// the next run that creates such a folder in the same directory removes it.
 class WorkFolder {
  public:
-  // `parent` is an open directory.  Throws FileFailure when no folder can be made in there.
+  // `parent` is an open directory.  Throws FileFailure if no folder can be created in it.
   explicit WorkFolder(HostHandle parent);
   ~WorkFolder();
   WorkFolder(const WorkFolder&) = delete;
   WorkFolder& operator=(const WorkFolder&) = delete;
 
   const std::string& Name() const { return name; }
-  // The folder, open.
+  // The open folder.
   HostHandle Directory() const { return directory.Number(); }
-  // The library path of a file in it.  It goes by the open folder (/proc), so that nobody can lead
-  // it elsewhere by exchanging a directory above.
+  // The library path of a file in it.  It leads through the open folder (/proc), so that replacing
+  // a directory above can't redirect it.
   std::string LibraryPathOf(const std::string& file) const;
   // Throws FileFailure when a file of so many bytes finds no room in it.
   void RequireRoom(std::uint64_t bytes) const;
-  // Removes a file from it, if it is there.
+  // Removes a file from it, if it exists.
   void Remove(const std::string& file) const;
 
  private:
@@ -57,12 +57,12 @@ class TemporaryFolder {
   std::optional<WorkFolder> folder;
 };
 
-// A new file in a work folder, written through memory.
+// A new file in a work folder; its contents are written to memory.
 //
-// A short file is written at the end from a buffer; that is half the work of mapping it.
+// A short file isn't mapped but written from a buffer by Finish, which takes half the time.
 class NewFile {
  public:
-  // Reserves the room of a long file, so that a full disk shows here.  Throws FileFailure.
+  // Reserves disk space for a long file, so that a full disk is detected here.  Throws FileFailure.
   NewFile(const WorkFolder& folder, const std::string& name, std::uint64_t bytes);
   ~NewFile() { Unmap(); }
   NewFile(const NewFile&) = delete;
@@ -70,8 +70,8 @@ class NewFile {
 
   std::span<unsigned char> Contents() { return contents; }
 
-  // Sets the permission bits, unless they are 0, and the time of last write, in 100 ns since 1601;
-  // and closes the file.  Throws FileFailure when one of these can't be done, or the disk is full.
+  // Sets the permission bits, unless they are 0, and the last-write time, in 100 ns since 1601;
+  // then closes the file.  Throws FileFailure if any of this fails or the disk is full.
   void Finish(unsigned int mode, std::uint64_t lastWrite);
 
  private:
@@ -82,11 +82,11 @@ class NewFile {
   std::span<unsigned char> contents;
 };
 
-// Bytes that are needed for a while.  Many of them lie in a file without a name in the directory
-// for temporaries, so that the program's own memory stays small.
+// A buffer for temporary data.  A large one is an unnamed mapped file in the directory for
+// temporaries, so that the program's own memory stays small.
 class ScratchMemory {
  public:
-  // Good until the next call.  Throws FileFailure when there is no room.
+  // Valid until the next call.  Throws FileFailure if there isn't enough room.
   std::span<unsigned char> Get(std::uint64_t bytes);
 
  private:

@@ -1,4 +1,4 @@
-# Sourced by tools/test after common.sh: what building for Windows and running under Wine takes.
+# Sourced by tools/test after common.sh: builds for Windows and runs tests under Wine.
 # shellcheck shell=bash
 
 need_windows_tools() {
@@ -10,8 +10,8 @@ need_windows_tools() {
   fi
 }
 
-# with_wine COMMAND...: runs it with a fresh prefix of Wine in code page 932, which goes away after it,
-# and as an ordinary user where root runs this: root sees fewer refusals.
+# with_wine COMMAND...: runs it with a temporary Wine prefix in code page 932.  As root, runs it as
+# an ordinary user, because root is refused less.
 with_wine() {
   local home status=0
   home=$(mktemp -d)
@@ -33,7 +33,7 @@ with_wine() {
   return "$status"
 }
 
-# All test programs of a Windows build, one after the other, and what both builds give each other.
+# Runs all test programs of a Windows build, and tests/exchange with both builds.
 run_windows_tests() {
   local build=build/$1 log=build/$1/tests.log
   say "Testing ($1, under Wine)"

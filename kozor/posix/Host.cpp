@@ -1,4 +1,4 @@
-// Host.cpp - see ../Host.h.  This is the POSIX side.
+// Host.cpp - see ../Host.h.  The POSIX implementation.
 #include "kozor/Host.h"
 
 #include <dirent.h>
@@ -33,7 +33,7 @@ extern "C" void NoteSignal(int signal) {
   stopSignal = signal;
 }
 
-// `flags` is SA_RESTART, or 0 to let signals end system calls.
+// `flags` is SA_RESTART, or 0 to let signals interrupt system calls.
 void CatchSignals(int flags) {
   struct sigaction action {};
   action.sa_handler = NoteSignal;
@@ -53,7 +53,7 @@ bool SameDevice(const fs::path& a, const fs::path& b) {
          first.st_dev == second.st_dev;
 }
 
-// Why the entries of a directory can't be read; empty when they can.
+// Why the entries of a directory can't be read; empty if they can.
 std::string ReadingProblem(const fs::path& path) {
   DIR* const directory = opendir(path.c_str());
   errno = directory == nullptr ? errno : 0;
@@ -66,7 +66,7 @@ std::string ReadingProblem(const fs::path& path) {
   return errno == 0 ? "" : "the folder can't be read: " + HostErrorText(errno);
 }
 
-// `path` is complete and goes through no link.
+// `path` is absolute and contains no link.
 fs::path MountPointOf(fs::path path) {
   while (!fs::exists(path)) path = path.parent_path();
   while (path.has_relative_path() && SameDevice(path, path.parent_path())) {
@@ -81,7 +81,7 @@ void SetUpHost() {
   KzSetActiveCodePage(text::kUtf8);
   KzSetCaseSensitive(1);
   CatchSignals(SA_RESTART);
-  // A file that gets too large for a limit is an error of the call that writes it.
+  // A file that exceeds the size limit makes the write fail instead of ending the process.
   std::signal(SIGXFSZ, SIG_IGN);
 }
 

@@ -1,4 +1,4 @@
-// HostFiles.cpp - see ../HostFiles.h.  This is the POSIX side.
+// HostFiles.cpp - see ../HostFiles.h.  The POSIX implementation.
 #include "kozor/HostFiles.h"
 
 #include <dirent.h>
@@ -26,7 +26,7 @@ namespace {
 constexpr int kOpenDirectory = O_PATH | O_DIRECTORY | O_CLOEXEC;
 constexpr int kReadDirectory = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
 constexpr int kReadFile = O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
-constexpr mode_t kAnyMode = 0777;  // the process's mask applies
+constexpr mode_t kAnyMode = 0777;  // reduced by the process's umask
 constexpr std::size_t kBlockBytes = 1 << 16;
 
 int File(HostHandle handle) {
@@ -131,8 +131,8 @@ std::vector<std::string> NamesIn(HostHandle directory) {
   return names;
 }
 
-// Held is what has an advisory lock.  Between its making and its locking another run may take the
-// folder for a leftover.
+// A folder is held by an advisory lock.  Before the new folder is locked, another run may take it
+// for a leftover and remove it.
 Descriptor MakeHeldFolder(HostHandle in, const std::string& name) {
   if (mkdirat(File(in), name.c_str(), 0700) != 0) {
     if (errno == EEXIST) return Descriptor();
@@ -242,7 +242,7 @@ Move MoveTo(HostHandle from, const std::string& name, HostHandle to, const std::
   if (!replace) {
     if (rename(RENAME_NOREPLACE)) return Move::Done;
     if (errno == EEXIST) return Move::Occupied;
-    // A file system without that: look first.
+    // The file system doesn't support this flag, so check first.
     const bool isUnknown = errno == EINVAL || errno == ENOSYS;
     if (isUnknown && LookAt(to, newName)) return Move::Occupied;
     if (!isUnknown && errno != EXDEV) FailBySystem();

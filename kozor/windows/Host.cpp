@@ -1,4 +1,4 @@
-// Host.cpp - see ../Host.h.  This is the Windows side.
+// Host.cpp - see ../Host.h.  The Windows implementation.
 #include "kozor/Host.h"
 
 #include <fcntl.h>
@@ -38,13 +38,13 @@ std::atomic<int> stopSignal{0};
 BOOL WINAPI NoteEvent(DWORD event) {
   const bool ask = event == CTRL_C_EVENT || event == CTRL_BREAK_EVENT;
   stopSignal = ask ? SIGINT : SIGTERM;
-  // When the console closes, the process goes as soon as this returns; the run needs some time to
-  // end.  Its end takes this thread with it.
+  // When the console closes, the process ends as soon as this returns, but the run needs time to
+  // end properly.  Its end also ends this thread.
   if (!ask) Sleep(INFINITE);
   return TRUE;
 }
 
-// Text goes to consoles and pipes in UTF-8.  The console gets its code pages back at the end.
+// Text goes to consoles and pipes in UTF-8.  The console's code pages are restored at the end.
 void SetUpConsole() {
   static const UINT kOutputPage = GetConsoleOutputCP();
   static const UINT kInputPage = GetConsoleCP();
@@ -72,7 +72,7 @@ std::string ToUtf8(std::wstring_view wide, DWORD flags) {
   return utf8;
 }
 
-// Not null when it can be opened.
+// Null if it can't be opened.
 using OwnedHandle = std::unique_ptr<void, BOOL(WINAPI*)(HANDLE)>;
 OwnedHandle OpenFor(const fs::path& path, DWORD access, DWORD flags = FILE_FLAG_BACKUP_SEMANTICS) {
   const HANDLE handle = CreateFileW(SystemPath(path).c_str(), access, kShareAll, nullptr,
@@ -80,7 +80,7 @@ OwnedHandle OpenFor(const fs::path& path, DWORD access, DWORD flags = FILE_FLAG_
   return {handle == INVALID_HANDLE_VALUE ? nullptr : handle, &CloseHandle};
 }
 
-// Why a file or the entries of a directory can't be read; empty when they can.
+// Why a file or the entries of a directory can't be read; empty if they can.
 std::string ReadingProblem(const fs::path& path, bool isDirectory) {
   if (!isDirectory) {
     if (OpenFor(path, GENERIC_READ)) return "";
@@ -123,7 +123,7 @@ void SetUpHost() {
   KzSetActiveCodePage(text::kUtf8);
   SetUpConsole();
   SetConsoleCtrlHandler(NoteEvent, TRUE);
-  SetErrorMode(SEM_FAILCRITICALERRORS);  // an empty drive is an error, and no question
+  SetErrorMode(SEM_FAILCRITICALERRORS);  // an empty drive is an error, without a dialog
 }
 
 std::vector<std::string> CommandWords(int /*count*/, char** /*words*/) {
@@ -158,7 +158,7 @@ void SetEnvironment(const char* name, const std::string& value) {
   _putenv_s(name, value.c_str());
 }
 
-// They are flushed when it is asked for: Windows keeps no list of what is still to be done.
+// Nothing to do: on Windows each flush takes place when it is requested.
 void FlushFilesAtClose() {}
 
 int StopSignal() {
@@ -251,7 +251,7 @@ int TerminalWidth() {
   return info.srWindow.Right - info.srWindow.Left + 1;
 }
 
-// Ctrl-C ends a read of the console without further ado.
+// Ctrl-C interrupts a read from the console by itself.
 InterruptibleInput::InterruptibleInput() = default;
 InterruptibleInput::~InterruptibleInput() = default;
 

@@ -1,8 +1,7 @@
-// HostFiles.cpp - see ../HostFiles.h.  This is the Windows side.
+// HostFiles.cpp - see ../HostFiles.h.  The Windows implementation.
 //
-// An open directory stays where it is: it is opened without FILE_SHARE_DELETE, and the system
-// doesn't rename directories above what is open.  So the path by which it was opened is as good as
-// the handle.
+// An open directory can't be moved: it is opened without FILE_SHARE_DELETE, and the system doesn't
+// rename directories above open ones.  So the path by which it was opened is as safe as the handle.
 #include "kozor/HostFiles.h"
 
 #include <windows.h>
@@ -28,7 +27,7 @@ constexpr DWORD kShareAll = kNoDeleting | FILE_SHARE_DELETE;
 constexpr DWORD kDirectoryItself = FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT;
 constexpr std::size_t kMostPath = 1 << 15;  // UTF-16 units
 
-// What a HostHandle points to.
+// The object that a HostHandle points to.
 struct Opened {
   HANDLE handle;
   std::wstring path;  // in the \\?\ form
@@ -57,7 +56,7 @@ Descriptor Open(const std::wstring& path, DWORD access, DWORD share, DWORD dispo
   return Descriptor(reinterpret_cast<HostHandle>(new Opened{handle, path}));
 }
 
-// An open file or directory, if it is one and no link.
+// Keeps what was opened if it is a directory or a file, as demanded, and no link.
 Descriptor UnlessLink(Descriptor opened, bool directory) {
   FILE_ATTRIBUTE_TAG_INFO facts;
   if (!opened.IsOpen()) return opened;
@@ -81,8 +80,8 @@ void SetTime(HANDLE file, std::uint64_t lastWrite) {
   if (!SetFileTime(file, nullptr, nullptr, &time)) FailBySystem();
 }
 
-// What FSCTL_GET_REPARSE_POINT gives for a symbolic link or a junction; offsets and lengths in
-// bytes, from `names` on.
+// The result of FSCTL_GET_REPARSE_POINT for a symbolic link or a junction.  Lengths are in bytes;
+// offsets count from the first name.
 struct LinkData {
   DWORD tag;
   WORD bytes;
@@ -91,7 +90,7 @@ struct LinkData {
   WORD substituteBytes;
   WORD printOffset;
   WORD printBytes;
-  // For a symbolic link four bytes of flags, then the names.
+  // Next come four bytes of flags (for a symbolic link only), then the names.
 };
 
 }  // namespace
@@ -151,7 +150,7 @@ std::vector<std::string> NamesIn(HostHandle directory) {
   return names;
 }
 
-// Held is what nobody else can open with the right to delete it.
+// A folder is held if nobody else can open it with the right to delete it.
 Descriptor MakeHeldFolder(HostHandle in, const std::string& name) {
   if (!CreateDirectoryW(PathOf(in, name).c_str(), nullptr)) {
     if (GetLastError() == ERROR_ALREADY_EXISTS) return Descriptor();
@@ -283,7 +282,7 @@ Move MoveTo(HostHandle from, const std::string& name, HostHandle to, const std::
     return Move::Occupied;
   }
   if (error == ERROR_NOT_SAME_DEVICE) return Move::OtherFileSystem;
-  // A read-only file doesn't let itself be replaced; it has been granted.
+  // Windows doesn't replace a read-only file; here replacing it is permitted.
   const DWORD attributes = replace ? GetFileAttributesW(target.c_str()) : INVALID_FILE_ATTRIBUTES;
   const bool isReadOnly = attributes != INVALID_FILE_ATTRIBUTES &&
                           (attributes & FILE_ATTRIBUTE_READONLY) != 0 &&
@@ -304,7 +303,7 @@ void MakeLink(HostHandle in, const std::string& name, const fs::path& target,
   const std::wstring path = PathOf(in, name);
   fs::path native = target;
   native.make_preferred();
-  // The right to make links is rare among ordinary users, who need developer mode for it.
+  // Most users may make links only in developer mode, with this flag.
   constexpr DWORD kUnprivileged = 0x2;
   if (!CreateSymbolicLinkW(path.c_str(), native.c_str(), kUnprivileged) &&
       !CreateSymbolicLinkW(path.c_str(), native.c_str(), 0)) {
@@ -323,10 +322,10 @@ void FinishDirectory(HostHandle directory, unsigned int /*mode*/, std::uint64_t 
   SetTime(System(folder.Number()), lastWrite);
 }
 
-// Of the permission bits Windows has one: whether the owner may write.
+// Windows has only one of the permission bits: whether the owner may write.
 void FinishFile(Descriptor& file, unsigned int mode, std::uint64_t lastWrite) {
   SetTime(System(file.Number()), lastWrite);
-  FILE_BASIC_INFO facts{};  // zeros: times stay as they are
+  FILE_BASIC_INFO facts{};  // zeros: leaves the times unchanged
   facts.FileAttributes = FILE_ATTRIBUTE_ARCHIVE | FILE_ATTRIBUTE_READONLY;
   constexpr unsigned int kOwnerMayWrite = 0200;
   const bool readOnly = mode != 0 && (mode & kOwnerMayWrite) == 0;
@@ -367,7 +366,7 @@ void Reserve(HostHandle file, std::uint64_t bytes) {
   }
 }
 
-// Making the mapping gives the file its room.
+// Creating the mapping gives the file its size.
 std::span<unsigned char> ReserveAndMap(HostHandle file, std::uint64_t bytes) {
   const HANDLE mapping =
       CreateFileMappingW(System(file), nullptr, PAGE_READWRITE, static_cast<DWORD>(bytes >> 32),

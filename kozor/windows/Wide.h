@@ -1,4 +1,4 @@
-// Wide.h - what the Windows side of the host shares.
+// Wide.h - helpers shared by the Windows implementations of Host.h and HostFiles.h.
 #pragma once
 
 #include <windows.h>
@@ -11,12 +11,13 @@
 
 namespace kozor::program {
 
-// A complete path as the wide calls take it, of any length and with its names as they are spelt.
+// A complete path in the \\?\ form, which the wide calls take with any length and without altering
+// names.
 std::wstring SystemPath(const std::filesystem::path& path);
-// A path that the system gave, without \\?\ before it.
+// A path from the system, without the prefix \\?\.
 std::filesystem::path WithoutPrefix(const std::filesystem::path& path);
 
-// Symbolic links and junctions; other reparse points are ordinary files for everybody.
+// Symbolic links and junctions.  Other reparse points count as ordinary files.
 inline bool IsLinkTag(DWORD attributes, DWORD tag) {
   return (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 &&
          (tag == IO_REPARSE_TAG_SYMLINK || tag == IO_REPARSE_TAG_MOUNT_POINT);

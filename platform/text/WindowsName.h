@@ -1,4 +1,4 @@
-// WindowsName.h - names that Windows takes for something else than a file of that name.
+// WindowsName.h - names that on Windows don't mean a file of that name.
 #pragma once
 
 #include <array>
@@ -7,10 +7,10 @@
 
 namespace kozor::text {
 
-// Whether Windows can't make a file of this name (without a directory) in the ordinary way: devices
-// such as NUL and COM1, whatever extension follows; a name that ends in a dot or a blank, which
-// would be dropped; and one with a control character or any of \ / : * ? " < > |.  The last is the
-// same for every encoding in which ASCII bytes stand for themselves, and for UTF-16.
+// Whether ordinary Windows calls can't create a file of this name (without a directory): devices
+// such as NUL and COM1, with any extension; names that end in a dot or a blank, which would be
+// dropped; and names with a control character or any of \ / : * ? " < > |.  Suits UTF-16 and every
+// encoding in which bytes below 0x80 are always ASCII characters.
 template <typename Char>
 constexpr bool IsNameForbiddenByWindows(std::basic_string_view<Char> name) {
   constexpr std::string_view kForbidden = "\\/:*?\"<>|";

@@ -1,5 +1,5 @@
-// CodePages.h - the code pages that an application chooses for names, on every system.  All
-// settings are process-wide; make them before other threads use the library.
+// CodePages.h - the code pages that an application chooses for names.  All settings are
+// process-wide; make them before other threads use the library.
 #pragma once
 
 #include "platform/Export.h"

@@ -83,8 +83,8 @@ ZOR_PLATFORM_API int KzMakeProgram(const char* path, const char* like);
 // (KzSetCaseBlindCreation).
 ZOR_PLATFORM_API int KzCreatesExactly();
 
-// FindNextFileA.  It has a name of its own because Windows renames the member functions of classes
-// that are called like its calls.
+// FindNextFileA.  It needs a separate name because on Windows a macro of that name would also
+// rename member functions of classes.
 inline int KzFindNextFile(HANDLE find, WIN32_FIND_DATAA* data) {
   return FindNextFileA(find, data);
 }

@@ -1,5 +1,5 @@
-// TextCompare.h - comparisons of the C run-time library in code page 932 and in UTF-8, the same on
-// every system: case is folded for ASCII letters and, in 932, full-width Latin letters.
+// TextCompare.h - the comparisons of the Windows C run-time library in code page 932 and UTF-8, for
+// every system.  Case is folded for ASCII letters and, in 932, full-width Latin letters.
 #pragma once
 
 #include <cstddef>
@@ -9,7 +9,7 @@
 
 namespace kozor {
 
-// Text of one code page: its characters have one byte, or two where `hasPairs` (932).
+// Compares text of one code page.  Characters have one byte, or with `hasPairs` (932) one or two.
 class TextCompare {
  public:
   explicit TextCompare(bool hasPairs) : pairs(hasPairs) {}
@@ -18,7 +18,7 @@ class TextCompare {
     unsigned value;     // lead * 256 + trail for two bytes
     std::size_t bytes;  // 1 or 2; 1 at the terminator
   };
-  // The first character of text that has at least one byte left, the terminator included.
+  // The first character of a text, which may be its terminator.
   Character First(const unsigned char* text) const {
     if (pairs && text::IsLeadByte932(text[0]) && text[1] != 0) {
       return {text[0] * 256U + text[1], 2};
@@ -42,7 +42,8 @@ class TextCompare {
     }
   }
 
-  // At most `bytes` bytes; a character cut in two by the limit counts by its first byte.
+  // Compares at most `bytes` bytes.  Of a character that crosses this limit, only the first byte
+  // counts.
   int CompareBytes(const unsigned char* a, const unsigned char* b, std::size_t bytes) const {
     for (std::size_t done = 0; done < bytes;) {
       Character left = First(a + done);

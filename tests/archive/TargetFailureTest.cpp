@@ -1,4 +1,4 @@
-// TargetFailureTest.cpp - Extract where the system refuses a step at a target.
+// TargetFailureTest.cpp - Extract when the system refuses an operation on a target.
 #include "RecordedArchive.h"
 #include "tests/support/FailCall.h"
 

@@ -1,5 +1,5 @@
-// WideCallsTest.cpp - on Windows: names that the system's narrow calls would change, cut or
-// mistake.
+// WideCallsTest.cpp - on Windows: names that the system's narrow calls would alter, truncate or
+// misread.
 #include <windows.h>
 
 #include <algorithm>
@@ -28,7 +28,7 @@ class WideCalls : public ContractTest {
     std::sort(names.begin(), names.end());
     return names;
   }
-  // Makes a file whose name is told in UTF-16.
+  // Makes a file; its name is given in UTF-16.
   void WriteWide(const std::wstring& name) const {
     const std::string parent = folder.Path();
     std::wstring path = L"\\\\?\\" + std::wstring(parent.begin(), parent.end()) + L"\\" + name;

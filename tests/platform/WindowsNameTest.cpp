@@ -1,4 +1,4 @@
-// WindowsNameTest.cpp - names that Windows can't make, by a table.
+// WindowsNameTest.cpp - a table of names that Windows can't create.
 #include "platform/text/WindowsName.h"
 
 #include <gtest/gtest.h>

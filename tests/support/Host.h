@@ -1,5 +1,5 @@
-// Host.h - what the tests ask of the system they run on.  One side for each system: posix/ and
-// windows/.
+// Host.h - everything the tests need from the operating system.  Each system has its own
+// implementation: posix/ and windows/.
 #pragma once
 
 #include <cstdint>
@@ -9,34 +9,35 @@
 
 namespace kozor::test {
 
-// A new empty directory below the one for temporaries.
+// Makes a new empty directory below the one for temporaries.
 std::filesystem::path MakeTestDirectory();
-// Makes test directories in memory from now on, where the system has such a place.
+// From now on test directories are made in memory, if the system can.
 void UseMemory();
-// Lets everything below a directory be removed.
+// Makes everything below a directory removable.
 void MakeRemovable(const std::filesystem::path& directory);
 
-// A path as the library takes it: on drive C:, where C: is the host's root, or as it is on Windows.
+// The library's form of a path: on drive C:, the host's root, or on Windows the path itself.
 std::string LibraryPathOf(const std::filesystem::path& path);
-// A path in a shell command, without quotes around it.
+// A path for a shell command, without quotes.
 std::string ShellPathOf(const std::filesystem::path& path);
-// The command that runs a program of ours, for a shell.
+// The shell command that runs a program of ours.
 std::string ShellProgram(const std::filesystem::path& program);
 
-// Makes a file read-only, or lets it be written again.
+// Makes a file read-only or writable.
 void SetReadOnly(const std::filesystem::path& path, bool readOnly = true);
-// Maps a share, or unmaps it where the directory is empty.  False where the system has no share of
-// our making.
+// Maps a share, or unmaps it if the directory is empty.  Returns false if the system can't map
+// shares.
 bool MapShare(const char* share, const std::filesystem::path& directory);
 
 // Sets an environment variable, or with null removes it.
 void SetEnvironment(const char* name, const char* value);
 
-// Last write in seconds since 1970.  Throw std::runtime_error.
+// The last-write time in seconds since 1970.  Both throw std::runtime_error.
 std::int64_t TimeOf(const std::filesystem::path& path);
 void SetTimeOf(const std::filesystem::path& path, std::int64_t seconds);
 
-// Runs a shell command with its output caught; returns the exit status, 128 + n for a signal.
+// Runs a shell command and captures its output.  The status is the exit code, or 128 + n after
+// signal n.
 struct CommandResult {
   int status;
   std::string output;  // stdout and stderr

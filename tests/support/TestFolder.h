@@ -30,7 +30,7 @@ class TestFolder {
 
   // The host path of `name` in the folder; '/' separates.  An empty name gives the folder itself.
   std::filesystem::path Path(std::string_view name = "") const;
-  // The same as a library path, complete from the drive on.
+  // The same as a library path with a drive.
   std::string Lib(std::string_view name = "") const;
 
   void WriteFile(std::string_view name, const Bytes& bytes) const;

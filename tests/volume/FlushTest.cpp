@@ -1,4 +1,4 @@
-// FlushTest.cpp - what is on the medium when.
+// FlushTest.cpp - when data is flushed to the medium.
 #include "platform/win32/PosixAdmin.h"
 #include "tests/support/FailCall.h"
 #include "tests/volume/VolumeTest.h"
@@ -7,7 +7,7 @@ namespace kozor::test {
 namespace {
 
 constexpr std::uintmax_t kHeader = 116;
-constexpr std::uintmax_t kHead = 14;  // of a record whose name has one character
+constexpr std::uintmax_t kHead = 14;  // record header for a name of one character
 
 class VolumeFlush : public VolumeTest {
  protected:
@@ -19,7 +19,7 @@ class VolumeFlush : public VolumeTest {
   static constexpr unsigned long kTwoVolumes = kHeader + kHead + 65'540 + kHead + 60;
 };
 
-// Each write is on the medium before the next: header, areas, head, slices.
+// Each write is flushed before the next: header, areas, head, slices.
 TEST_F(VolumeFlush, EveryWriteIsFlushedBeforeTheNext) {
   MakeTree(folder, "source", {{"a", 65'540}});
   volumes.SetIdentity("id", "", "memo");
@@ -33,7 +33,7 @@ TEST_F(VolumeFlush, EveryWriteIsFlushedBeforeTheNext) {
   }
 }
 
-// Flushed at close alone, a volume is on the medium before the next is asked for.
+// When only flushed at close, a volume is on the medium before the next one is requested.
 TEST_F(VolumeFlush, AFlushThatFailsAtTheEndOfAVolumeEndsTheBackup) {
   MakeTwoFiles();
   KzSetFlushAtClose(1);

@@ -9,7 +9,7 @@ namespace {
 
 using Question = unsigned int (*)();
 
-// A function of the platform library; null in a process without it.
+// A function of the platform library; null if the process hasn't loaded it.
 Question FindInPlatform(const char* name) {
   const HMODULE platform = GetModuleHandleA("KoZorPlatform.dll");
   if (platform == nullptr) return nullptr;

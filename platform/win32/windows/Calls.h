@@ -1,17 +1,17 @@
-// Calls.h - what our own code calls on Windows in place of the narrow Win32 calls that take names.
+// Calls.h - replaces the narrow Win32 calls that take names in our own code on Windows.
 //
 // Names are byte strings in the active code page (CodePages.h), as everywhere.  They go through the
 // system's wide calls in the \\?\ form, so that
 //
-// - a path may be as long as the file system takes it;
-// - a name means exactly the file of that name: a trailing dot or blank belongs to it, and no name
-//   is a device.  What Windows can't make in the ordinary way isn't made: ERROR_INVALID_NAME;
-// - a name that the code page can't express is listed with '?' in the place of each such character,
-//   and opens nothing.  The system's own narrow calls would put a similar character there, which
-//   may be the name of another file.
+// - a path may be as long as the file system permits;
+// - a name means exactly the file of that name: trailing dots and blanks count, and no name means
+//   a device.  Names that ordinary Windows calls can't create aren't created: ERROR_INVALID_NAME;
+// - in names that the code page can't express, each such character is listed as '?', and such a
+//   name opens nothing.  The system's narrow calls would use a similar character instead, which
+//   may give the name of another file.
 //
-// Everything else is the system's: results, last errors, and what is not named here.  Include
-// Win32.h, never this file.
+// Everything else is the system's: results, last errors, and all other calls.  Include Win32.h,
+// never this file.
 #pragma once
 
 #include <mbstring.h>
@@ -29,14 +29,14 @@ DWORD GetFileAttributesA(LPCSTR name);
 BOOL GetFileAttributesExA(LPCSTR name, GET_FILEEX_INFO_LEVELS level, LPVOID information);
 BOOL SetFileAttributesA(LPCSTR name, DWORD attributes);
 
-// A name of more than 259 bytes is cut and ends in '?'.  There are no short names.
+// Names longer than 259 bytes are truncated and end in '?'.  Short names aren't given.
 HANDLE FindFirstFileA(LPCSTR name, LPWIN32_FIND_DATAA data);
 // `data` is a WIN32_FIND_DATAA.
 HANDLE FindFirstFileExA(LPCSTR name, FINDEX_INFO_LEVELS level, LPVOID data,
                         FINDEX_SEARCH_OPS operation, LPVOID filter, DWORD flags);
 BOOL FindNextFileA(HANDLE find, LPWIN32_FIND_DATAA data);
 
-// These two give paths without \\?\ before them.
+// These two return paths without the prefix \\?\.
 DWORD GetFullPathNameA(LPCSTR path, DWORD bytes, LPSTR full, LPSTR* filePart);
 DWORD GetFinalPathNameByHandleA(HANDLE file, LPSTR path, DWORD bytes, DWORD flags);
 
@@ -44,8 +44,8 @@ BOOL GetDiskFreeSpaceA(LPCSTR root, LPDWORD sectorsPerCluster, LPDWORD bytesPerS
                        LPDWORD freeClusters, LPDWORD totalClusters);
 UINT GetDriveTypeA(LPCSTR root);
 
-// Text in the active code page.  In 932 and UTF-8 comparisons fold what they fold on every system
-// (docs/platform.md); in others they are the C run-time library's.
+// Text in the active code page.  Comparisons in 932 and UTF-8 fold the same characters as on every
+// system (docs/platform.md); in others they are the C run-time library's.
 UINT GetACP();
 BOOL IsDBCSLeadByte(BYTE byte);
 LPSTR CharNextA(LPCSTR text);

@@ -1,4 +1,4 @@
-// ChosenPages.cpp - the part of ActivePage.h that stands in the platform library.
+// ChosenPages.cpp - the part of ActivePage.h in the platform library.
 #include <windows.h>
 
 #include <atomic>

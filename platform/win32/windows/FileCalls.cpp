@@ -1,4 +1,4 @@
-// FileCalls.cpp - the part of Calls.h that names files.
+// FileCalls.cpp - the calls of Calls.h that take file names.
 #include <algorithm>
 #include <cstring>
 #include <iterator>
@@ -15,7 +15,7 @@ bool Makes(DWORD disposition) {
   return disposition == CREATE_NEW || disposition == CREATE_ALWAYS || disposition == OPEN_ALWAYS;
 }
 
-// A name as a search gives it: cut where the record ends, and then without a meaning.
+// Stores a name in a search record.  A name that is too long is truncated and made unusable.
 void SetName(char (&target)[MAX_PATH], const wchar_t* name) {
   std::string text;
   FromWide(name, text);
@@ -40,7 +40,8 @@ void Give(const WIN32_FIND_DATAW& found, WIN32_FIND_DATAA& data) {
   SetName(data.cFileName, found.cFileName);
 }
 
-// Copies a path out as the calls that give paths do: its length, or the size that would do.
+// Copies a path to the caller's buffer.  Returns its length, or the size needed if the buffer is
+// too small.
 DWORD GivePath(std::wstring_view wide, LPSTR target, DWORD bytes) {
   std::string path;
   FromWide(wide, path);
@@ -56,7 +57,7 @@ HANDLE CreateFileA(LPCSTR name, DWORD access, DWORD share, LPSECURITY_ATTRIBUTES
   std::wstring path;
   if (!ToSystemPath(name, path, Use::Find)) return INVALID_HANDLE_VALUE;
   if (Makes(disposition) && !ToSystemPath(name, path, Use::Make)) {
-    // What stands there already under such a name may be opened, but not made anew.
+    // An existing file of such a name may be opened, but none may be created.
     if (disposition == CREATE_NEW || GetFileAttributesW(path.c_str()) == INVALID_FILE_ATTRIBUTES) {
       SetLastError(ERROR_INVALID_NAME);
       return INVALID_HANDLE_VALUE;

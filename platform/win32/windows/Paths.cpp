@@ -22,7 +22,7 @@ bool Fail(DWORD error) {
   return false;
 }
 
-// The complete form of a short path such as "." or "D:".
+// The absolute form of a short path such as "." or "D:".
 std::wstring Complete(const std::wstring& path) {
   std::wstring complete(GetFullPathNameW(path.c_str(), 0, nullptr, nullptr), L'\0');
   const auto room = static_cast<DWORD>(complete.size());
@@ -30,7 +30,7 @@ std::wstring Complete(const std::wstring& path) {
   return complete;
 }
 
-// With a root, and all of it that the process's directory has to give.
+// Completes a path with the process's current drive and directory.
 std::wstring Rooted(const std::wstring& path) {
   const bool hasDrive = path.size() >= 2 && path[1] == L':';
   if (hasDrive && path.size() > 2 && path[2] == L'\\') return path;
@@ -39,7 +39,7 @@ std::wstring Rooted(const std::wstring& path) {
   return Complete(hasDrive ? path.substr(0, 2) : L".") + L'\\' + path.substr(hasDrive ? 2 : 0);
 }
 
-// Puts the components of a path behind the root, without "." and "..".
+// Appends the components of a path to the root, resolving "." and "..".
 void AppendComponents(std::wstring& result, std::wstring_view path) {
   const std::size_t rootEnd = result.size();
   const bool isFolder = path.ends_with(L'\\');
@@ -60,7 +60,7 @@ std::wstring_view LastName(std::wstring_view path) {
   return path.substr(path.rfind(L'\\') + 1);
 }
 
-// False where a unit stands for no character, as half of a surrogate pair.
+// Returns false if a character can't be expressed, or a unit is half of a surrogate pair.
 bool ConvertFromWide(std::wstring_view wide, std::string& text) {
   const unsigned int page = ActivePage();
   const bool utf8 = page == CP_UTF8;
@@ -89,7 +89,7 @@ bool ToWide(std::string_view text, std::wstring& wide) {
 
 bool FromWide(std::wstring_view wide, std::string& text) {
   if (ConvertFromWide(wide, text)) return true;
-  // In UTF-8 nothing comes out where a single unit is at fault.
+  // In UTF-8 a single invalid unit makes the whole conversion fail.
   std::string part;
   text.clear();
   for (std::size_t i = 0; i < wide.size();) {
@@ -116,7 +116,7 @@ bool ToSystemPath(const char* path, std::wstring& systemPath, Use use) {
   }
   const text::BasicPath<wchar_t> parts(rooted, kRules);
   const std::wstring_view root = parts.Root();
-  if (root.empty()) return true;  // a server alone
+  if (root.empty()) return true;  // only a server
   systemPath = root.starts_with(L'\\') ? std::wstring(kSharePrefix) + std::wstring(root.substr(2))
                                        : std::wstring(kPrefix) + std::wstring(root);
   const std::size_t rootEnd = systemPath.size();

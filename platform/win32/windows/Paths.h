@@ -1,4 +1,4 @@
-// Paths.h - names in the active code page as the system's wide calls take them, and back.
+// Paths.h - converts names between the active code page and the form of the system's wide calls.
 #pragma once
 
 #include <windows.h>
@@ -8,26 +8,27 @@
 
 namespace kozor::windows {
 
-// What a path that is converted may be used for.
+// The purpose of a converted path.
 enum class Use {
-  Find,  // what exists, by exactly this name
-  Make,  // the last name has to be one that Windows can make
+  Find,  // an existing file of exactly this name
+  Make,  // a new file: the last name must be one that Windows can create
 };
 
-// A path as the wide calls take it without a limit of length and without a change to its names:
-// complete, with \\?\ before it.  "." and ".." are worked out in the text.  An empty path stays
-// empty.  False, with the last error ERROR_INVALID_NAME, for bytes that are no text of the code
-// page, and where a name can't be made.
+// Converts to an absolute path with the prefix \\?\, of which the wide calls neither limit the
+// length nor alter the names.  "." and ".." are resolved in the text alone.  An empty path stays
+// empty.  Returns false, with the last error ERROR_INVALID_NAME, for bytes that aren't valid in the
+// code page and for a name that can't be created.
 bool ToSystemPath(const char* path, std::wstring& systemPath, Use use = Use::Find);
 
-// Text of the code page as UTF-16; false, with ERROR_INVALID_NAME, for bytes that are none.
+// Converts text to UTF-16.  Returns false, with ERROR_INVALID_NAME, for bytes that aren't valid in
+// the code page.
 bool ToWide(std::string_view text, std::wstring& wide);
 
-// A name or path in the active code page.  Each character that the page lacks becomes '?', which
-// names nothing.  Returns whether it came over whole.
+// Converts a name or path to the active code page.  Each character that the page lacks becomes '?',
+// so that the name means no file.  Returns whether there was none.
 bool FromWide(std::wstring_view wide, std::string& text);
 
-// A path that the system gave, without \\?\ before it.
+// A path from the system, without the prefix \\?\.
 std::wstring WithoutPrefix(std::wstring_view systemPath);
 
 }  // namespace kozor::windows

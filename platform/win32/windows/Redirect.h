@@ -1,6 +1,6 @@
-// Redirect.h - gives the Win32 names in our own code the meaning of Calls.h.  The compiler needs
-// KOZOR_OWN_NAMES for it, which the build sets for our sources alone: a program that includes the
-// public headers keeps the system's calls.
+// Redirect.h - redirects the Win32 names in our own code to Calls.h.  It applies only with
+// KOZOR_OWN_NAMES, which the build defines for our sources: a program that includes the public
+// headers still uses the system's calls.
 #pragma once
 
 #include "platform/win32/windows/Calls.h"

@@ -1,4 +1,4 @@
-// TextCalls.cpp - the part of Calls.h that walks, compares and converts text.
+// TextCalls.cpp - the calls of Calls.h that step through, compare and convert text.
 #include "platform/text/CodePage.h"
 #include "platform/win32/TextCompare.h"
 #include "platform/win32/windows/ActivePage.h"

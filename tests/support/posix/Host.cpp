@@ -1,4 +1,4 @@
-// Host.cpp - see ../Host.h.  This is the POSIX side.
+// Host.cpp - see ../Host.h.  The POSIX implementation.
 #include "tests/support/Host.h"
 
 #include <fcntl.h>

@@ -1,5 +1,5 @@
-// Host.cpp - see ../Host.h.  This is the Windows side.  Under Wine, where programs of the machine
-// below can be run as well, shell commands go to its sh; on Windows to one that is on the PATH.
+// Host.cpp - see ../Host.h.  The Windows implementation.  Shell commands are run by sh: under Wine
+// by the host's /bin/sh, on Windows by one on the PATH.
 #include "tests/support/Host.h"
 
 #include <gtest/gtest.h>
@@ -44,7 +44,7 @@ class File {
 constexpr std::int64_t kTicksPerSecond = 10'000'000;
 constexpr std::int64_t kSecondsTo1970 = 11'644'473'600;
 
-// The whole output of a process, as bytes.
+// Runs a process and returns its output as bytes.
 std::string OutputOf(std::wstring commandLine) {
   SECURITY_ATTRIBUTES inherited{sizeof inherited, nullptr, TRUE};
   HANDLE reader = nullptr;
@@ -98,7 +98,7 @@ std::string LibraryPathOf(const fs::path& path) {
   return fs::path(path).make_preferred().string();
 }
 
-// Under Wine the machine's root is drive Z:.
+// Under Wine the host's root is drive Z:.
 std::string ShellPathOf(const fs::path& path) {
   std::string text = path.generic_string();
   if (UnderWine() && text.size() > 2 && text[1] == ':') text.erase(0, 2);
@@ -140,7 +140,7 @@ void SetTimeOf(const fs::path& path, std::int64_t seconds) {
   }
 }
 
-// The status comes with the output: Wine doesn't tell that of programs of the machine below.
+// The status is part of the output, because Wine doesn't pass on that of the host's programs.
 CommandResult RunCommand(const std::string& command) {
   constexpr std::string_view kMark = "kozor-test-status ";
   const fs::path script = MakeTestDirectory() / "command.sh";
