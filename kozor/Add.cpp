@@ -260,7 +260,7 @@ void Add(const Arguments& arguments) {
   if (arguments.Has("--sfx")) throw UsageError("--sfx makes a file beside the archive, not -");
   const TemporaryFolder folder;
   const fs::path archive = folder.Path() / "archive.lzh";
-  AddTo(arguments, archive.string());
+  AddTo(arguments, Shown(archive));
   if (Exists(archive)) CopyToStandardOutput(archive);
 }
 

@@ -33,7 +33,7 @@ constexpr std::array<std::string_view, 45> kTexts = {
     "the comment in the archive is damaged",
     "the archive is damaged: the checksum of a header doesn't match",
     "the archive is damaged: a header makes no sense",
-    "the archive can't be opened, or is damaged",
+    "another program is changing the archive, or it can't be opened",
     "not an LZH archive",
     "can't read",
     "the file can't be taken as an LZH archive",

@@ -31,6 +31,10 @@ Output::Output(const std::string& name, bool fresh, const std::string& givenWork
   if (!fs::is_directory(archive.parent_path())) {
     throw Failure(Visible(archive.parent_path().string()) + ": no such directory");
   }
+  if (fs::is_directory(archive)) throw Failure(Visible(name) + ": a directory, not an archive");
+  if (Exists(archive) && !fs::is_regular_file(archive)) {
+    throw Failure(Visible(name) + ": a device or the like, not an archive");
+  }
   path = LibraryPath(archive);
   const bool replace = fresh && Exists(archive);
   if (replace) RequireReplaceable(archive, name);
