@@ -66,8 +66,8 @@ TEST_F(EngineBinding, ArchiveIsReadAnewWhenItsNameMeansAnotherFile) {
   const HARC handle = Open("x.lzh");
   EXPECT_EQ(Extract("x.lzh", "a.txt").bytes, ToBytes("12345"));
   folder.WriteFile("y.lzh", RawArchive({{.name = "a.txt", .contents = "67890"}}));
-  ASSERT_TRUE(MoveFileExA(folder.Path("x.lzh").c_str(), folder.Path("old.lzh").c_str(), 0));
-  ASSERT_TRUE(MoveFileExA(folder.Path("y.lzh").c_str(), folder.Path("x.lzh").c_str(), 0));
+  ASSERT_TRUE(MoveFileExA(folder.Lib("x.lzh").c_str(), folder.Lib("old.lzh").c_str(), 0));
+  ASSERT_TRUE(MoveFileExA(folder.Lib("y.lzh").c_str(), folder.Lib("x.lzh").c_str(), 0));
   EXPECT_EQ(Extract("x.lzh", "a.txt").bytes, ToBytes("67890"));
   EXPECT_EQ(Delete("x.lzh", {"a.txt"}), 0);
   EXPECT_FALSE(Opens("x.lzh"));

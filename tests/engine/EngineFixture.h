@@ -22,7 +22,7 @@ class Engine {
     FARPROC address;
     template <class Function>
     operator Function*() const {  // NOLINT(google-explicit-constructor): to initialise those below
-      return reinterpret_cast<Function*>(address);
+      return reinterpret_cast<Function*>(reinterpret_cast<void (*)()>(address));
     }
   };
   Entry Find(const char* name) const;
