@@ -2,6 +2,7 @@
 #include "engine/container/IndexCache.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "engine/container/Failure.h"
 #include "platform/base/Clock.h"
@@ -88,6 +89,9 @@ void IndexCache::KeepOpen(bool on) {
 void IndexCache::LetGo() {
   const std::scoped_lock lock(mutex);
   kept.reset();
+  for (Entry& entry : entries) {
+    if (const auto file = std::exchange(entry.file, {}).lock()) file->Close();
+  }
 }
 
 void IndexCache::MembersAppended(const std::string& path, File& file) noexcept {

@@ -32,7 +32,8 @@ class IndexCache {
 
   // Keeps the archive opened last open until another is opened.  Off by default.
   void KeepOpen(bool on);
-  // Closes that archive; call it before changing an archive.
+  // Closes all archives, those of open handles too, which then search by their indexes alone.  Call
+  // it before changing an archive: Windows replaces no open file.
   void LetGo();
 
   // Extends the index after members have been appended to an archive whose index was valid before.
