@@ -71,7 +71,8 @@ TemporaryArchive::~TemporaryArchive() {
 }
 
 void TemporaryArchive::Replace(File& held, const std::string& archivePath) {
-  Take(archivePath, held.Facts().attributes,
+  // A run that was killed after its move has left the mark.
+  Take(archivePath, held.Facts().attributes & ~std::uint32_t{FILE_ATTRIBUTE_TEMPORARY},
        [&](const std::string& from) { return held.ReplaceBy(from, archivePath); });
 }
 
@@ -90,9 +91,10 @@ void TemporaryArchive::BecomeNew(const std::string& archivePath) {
 
 void TemporaryArchive::Take(const std::string& targetPath, std::uint32_t attributes,
                             const Move& move) {
-  SetFileAttributesA(path.c_str(), attributes);
   file.Close();
   if (RepeatWhileShared([&] { return move(path); })) {
+    // Only now: until it has its place, its attribute marks it as a leftover of a killed run.
+    SetFileAttributesA(targetPath.c_str(), attributes);
     path.clear();
     return;
   }
