@@ -95,8 +95,9 @@ std::string BashScript(std::span<const Command* const> commands) {
       }
       values += ";;\n";
     }
-    cases += "    " + std::string(command->name) + ")\n      case $previous in\n" + values +
-             "        *) words='" + words + "' options=1;;\n      esac;;\n";
+    cases.append("    ").append(command->name).append(")\n      case $previous in\n");
+    cases.append(values).append("        *) words='").append(words);
+    cases.append("' options=1;;\n      esac;;\n");
   }
   return "# bash completion for kozor\n"
          "_kozor() {\n"

@@ -43,7 +43,7 @@ VolumeReader::VolumeReader(const std::filesystem::path& volumePath) : path(volum
   header.number = raw.volumeNumber;
   header.files = raw.numberOfFiles;
   const auto area = [&](std::int32_t bytes) {
-    const std::string text = ReadText(offset, static_cast<std::uint32_t>(bytes));
+    std::string text = ReadText(offset, static_cast<std::uint32_t>(bytes));
     offset += text.size();
     return text;
   };

@@ -102,7 +102,7 @@ class AdaptiveCode {
   unsigned total = 0;  // of all counts, as the format defines it
   std::array<std::uint16_t, 2 * kSymbols - 1> nodes;
   std::array<std::uint16_t, 2 * kSymbols - 1> weights;
-  std::array<std::uint16_t, 2 * kSymbols> slotOf;  // by node
+  std::array<std::uint16_t, std::size_t{2} * kSymbols> slotOf;  // by node
   std::array<std::uint16_t, kMostTotal + 2> firstOfWeight;
 };
 
@@ -169,7 +169,7 @@ void AdaptiveCode<kSymbols>::Rebuild() {
   };
   for (unsigned branch = last / 2; branch > 0; --branch) {
     const unsigned heavier = 2 * branch - 1;
-    while (free > heavier) placeLeaf();
+    while (free > heavier) placeLeaf();  // NOLINT(bugprone-infinite-loop): it lowers `free`
     const auto weight = static_cast<std::uint16_t>(weights[heavier] + weights[heavier + 1]);
     while (left > 0 && leaves[left - 1].weight <= weight) placeLeaf();
     --free;

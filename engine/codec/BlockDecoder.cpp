@@ -309,7 +309,7 @@ void BlockDecoder<Scheme>::DecodeInside(std::size_t limit) {
   std::uint8_t* const end = begin + std::min(limit, job.target.size() - kRoom);
   std::uint8_t* out = begin + job.done;
   const std::uint8_t* const pieceEnd = in.PieceEnd();
-  BitBuffer bits = in;
+  BitBuffer bits = in;  // NOLINT(cppcoreguidelines-slicing): the buffer alone is wanted
   std::size_t itemsLeft = blockItemsLeft;
   const auto isLiteral = [](const auto& item) { return item.symbol < kLiteralSymbols; };
   const auto putLiteral = [&](const auto& item) {

@@ -72,7 +72,8 @@ std::uint16_t SumByTables(std::span<const std::uint8_t> data, std::uint16_t crc)
 constexpr long long PowerOfX(unsigned exponent) {
   unsigned remainder = 0x8000;
   while (exponent-- != 0) remainder = TimesX(remainder);
-  return static_cast<long long>(std::uint64_t{remainder} << 48);
+  const std::uint64_t factor = std::uint64_t{remainder} << 48;
+  return static_cast<long long>(factor);
 }
 
 // In a block of sixteen bytes, bit 0 of the first byte has the highest power.  Both halves are

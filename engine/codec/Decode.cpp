@@ -29,10 +29,10 @@ constexpr Yield kNarrowBlock{16 + 10 + 18 + 2 * 4, kMostItems * 256};
 #ifndef KOZOR_SMALL_CODEC
 constexpr Yield kLh2Match{1 + 8 + 6, 287};
 // Here literals can be free but not matches: at most three fit in the bits of a head.
-constexpr Yield kLh3Block{16 + 24 + 1, kMostItems + 3 * 287};
+constexpr Yield kLh3Block{16 + 24 + 1, kMostItems + std::uint64_t{3} * 287};
 constexpr Yield kLk7Block{16 + 10 + 18 + 2 * 6, kMostItems * 514};
 constexpr Yield kLzsMatch{1 + 11 + 4, 17};
-constexpr Yield kLz5Matches{8 + 8 * 16, 8 * 18};
+constexpr Yield kLz5Matches{8 + 8 * 16, std::uint64_t{8} * 18};
 constexpr Yield kPm1Copy{1 + 18 + 6, 244};
 constexpr Yield kPm2Stretch{1, 4096};  // one free symbol; a bit per stretch: no new code
 #endif

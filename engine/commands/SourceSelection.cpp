@@ -57,7 +57,7 @@ class DirectorySearch {
 
  private:
   WIN32_FIND_DATAA entry;
-  const HANDLE find;
+  HANDLE find;
 };
 
 bool IsDirectory(DWORD attributes) {

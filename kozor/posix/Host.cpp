@@ -58,7 +58,7 @@ std::string ReadingProblem(const fs::path& path) {
   DIR* const directory = opendir(path.c_str());
   errno = directory == nullptr ? errno : 0;
   if (directory != nullptr) {
-    readdir(directory);
+    static_cast<void>(readdir(directory));  // only whether it fails
     const int error = errno;
     closedir(directory);
     errno = error;

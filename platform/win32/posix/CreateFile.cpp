@@ -224,7 +224,7 @@ HANDLE WINAPI CreateFileA(LPCSTR name, DWORD access, DWORD share, LPSECURITY_ATT
   Creation creation;
   std::shared_ptr<File> file = Open(request, *path, creation);
   if (!file) return INVALID_HANDLE_VALUE;
-  const HANDLE handle = AddHandle(std::move(file));
+  HANDLE handle = AddHandle(std::move(file));
   creation.Keep();
   return handle;
 }

@@ -142,7 +142,7 @@ std::string SetDirectory() {
 // The directory of the project's installed modules: configured as absolute or relative to the
 // platform library.
 std::string InstalledModules() {
-  const std::string directory = KOZOR_ARCHIVER_DIRECTORY;
+  std::string directory = KOZOR_ARCHIVER_DIRECTORY;
   const std::string library = PlatformLibraryFile();
   if (directory.starts_with('/')) return directory;
   return library.empty() ? "" : DirectoryOf(library) + '/' + directory;
