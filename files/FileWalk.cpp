@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "files/Path.h"
+#include "platform/base/ByteOrder.h"
 #include "platform/win32/HostRules.h"
 
 namespace {
@@ -41,7 +42,7 @@ std::optional<DirectoryIdentity> IdentityOf(const char* directory) {
   if (!known) return std::nullopt;
   return DirectoryIdentity{
       information.dwVolumeSerialNumber,
-      std::uint64_t{information.nFileIndexHigh} << 32 | information.nFileIndexLow};
+      kozor::JoinHalves(information.nFileIndexHigh, information.nFileIndexLow)};
 }
 
 struct CloseSearch {

@@ -11,6 +11,7 @@
 
 #include "Failure.h"
 #include "Host.h"
+#include "platform/text/CodePage.h"
 
 namespace kozor::program {
 
@@ -49,29 +50,6 @@ std::string DurationText(double seconds) {
     std::snprintf(text.data(), text.size(), "%ld:%02ld", whole / 60, whole % 60);
   }
   return text.data();
-}
-
-// The length in bytes of the UTF-8 character at the start of `text` if it may be shown, else 0: for
-// malformed bytes, control characters (U+0000 to U+001F, U+007F to U+009F) and characters that
-// change the writing direction (U+200E, U+200F, U+202A to U+202E, U+2066 to U+2069).
-std::size_t ShowableLength(std::string_view text) {
-  const auto lead = static_cast<unsigned char>(text[0]);
-  const std::size_t length = lead < 0x80              ? 1
-                             : (lead & 0xE0U) == 0xC0 ? 2
-                             : (lead & 0xF0U) == 0xE0 ? 3
-                             : (lead & 0xF8U) == 0xF0 ? 4
-                                                      : 0;
-  if (length == 0 || text.size() < length) return 0;
-  std::uint32_t code = length == 1 ? lead : lead & (0x7FU >> length);
-  for (std::size_t i = 1; i < length; ++i) {
-    const auto byte = static_cast<unsigned char>(text[i]);
-    if ((byte & 0xC0U) != 0x80) return 0;
-    code = code << 6U | (byte & 0x3FU);
-  }
-  const bool control = code < 0x20 || (code >= 0x7F && code < 0xA0);
-  const bool direction = code == 0x200E || code == 0x200F || (code >= 0x202A && code <= 0x202E) ||
-                         (code >= 0x2066 && code <= 0x2069);
-  return control || direction ? 0 : length;
 }
 
 // The end of a long name, which is more specific than its beginning.  Never splits a character.
@@ -178,18 +156,20 @@ void HideProgress() {
 
 std::string Visible(std::string_view name) {
   static constexpr std::string_view kDigits = "0123456789ABCDEF";
-  std::string text;
+  std::string shown;
   while (!name.empty()) {
-    const std::size_t length = ShowableLength(name);
-    if (length > 0) {
-      text += name.substr(0, length);
+    const text::Decoded next = text::DecodeUtf8(name);
+    if (text::IsShowable(next.character)) {
+      shown += name.substr(0, next.bytes);
     } else {
-      const auto byte = static_cast<unsigned char>(name[0]);
-      text += {'\\', 'x', kDigits[byte >> 4U], kDigits[byte & 15U]};
+      for (const char c : name.substr(0, next.bytes)) {
+        const auto byte = static_cast<unsigned char>(c);
+        shown += {'\\', 'x', kDigits[byte >> 4U], kDigits[byte & 15U]};
+      }
     }
-    name.remove_prefix(std::max<std::size_t>(length, 1));
+    name.remove_prefix(next.bytes);
   }
-  return text;
+  return shown;
 }
 
 std::string VisibleLibraryName(std::string_view name) {

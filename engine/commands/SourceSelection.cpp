@@ -13,6 +13,7 @@
 #include "engine/container/File.h"
 #include "engine/container/MemberName.h"
 #include "engine/container/Path.h"
+#include "platform/base/ByteOrder.h"
 #include "platform/text/WildCard.h"
 #include "platform/win32/HostRules.h"
 #include "platform/win32/Win32.h"
@@ -67,7 +68,7 @@ bool IsDirectory(DWORD attributes) {
 // For WIN32_FIND_DATAA and WIN32_FILE_ATTRIBUTE_DATA.
 template <typename Data>
 std::uint64_t SizeOf(const Data& data) {
-  return static_cast<std::uint64_t>(data.nFileSizeHigh) << 32 | data.nFileSizeLow;
+  return JoinHalves(data.nFileSizeHigh, data.nFileSizeLow);
 }
 
 FileStamp StampOf(const std::string& path) {

@@ -27,14 +27,6 @@ bool WriteWhole(int file, std::string_view text) {
   return true;
 }
 
-bool IsShowable(char32_t character) {
-  const bool isControl = character < 0x20 || (character >= 0x7F && character < 0xA0);
-  const bool turnsDirection = character == 0x200E || character == 0x200F ||
-                              (character >= 0x202A && character <= 0x202E) ||
-                              (character >= 0x2066 && character <= 0x2069);
-  return !isControl && !turnsDirection && character != text::kNoCharacter;
-}
-
 }  // namespace
 
 void SetProgramName(std::string_view name) {
@@ -77,7 +69,7 @@ std::string Visible(std::string_view text) {
   std::string visible;
   while (!text.empty()) {
     const text::Decoded next = text::DecodeUtf8(text);
-    if (IsShowable(next.character)) {
+    if (text::IsShowable(next.character)) {
       visible += text.substr(0, next.bytes);
     } else {
       visible += '?';

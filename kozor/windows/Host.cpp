@@ -19,6 +19,7 @@
 #include "kozor/Failure.h"
 #include "kozor/HostFiles.h"
 #include "kozor/windows/Wide.h"
+#include "platform/base/ByteOrder.h"
 #include "platform/text/CodePage.h"
 #include "platform/text/WindowsName.h"
 #include "platform/win32/CodePages.h"
@@ -212,7 +213,7 @@ FileState Inspect(const fs::path& path) {
   const bool isReadOnly = (facts.dwFileAttributes & FILE_ATTRIBUTE_READONLY) != 0;
   state.time = SecondsOf(facts.ftLastWriteTime);
   state.mode = state.isDirectory ? 0755 : isReadOnly ? 0444 : 0644;
-  state.size = (std::uintmax_t{facts.nFileSizeHigh} << 32) | facts.nFileSizeLow;
+  state.size = JoinHalves(facts.nFileSizeHigh, facts.nFileSizeLow);
   state.problem = ReadingProblem(path, state.isDirectory);
   return state;
 }

@@ -14,6 +14,7 @@
 #include "kozor/Failure.h"
 #include "kozor/Host.h"
 #include "kozor/windows/Wide.h"
+#include "platform/base/ByteOrder.h"
 #include "platform/base/Clock.h"
 
 namespace kozor::program {
@@ -207,7 +208,7 @@ std::optional<Occupant> LookAt(HostHandle in, const std::string& name) {
                   .isFile = !isDirectory && !isLink,
                   .isLink = isLink,
                   .isReadOnly = isReadOnly && !isDirectory,
-                  .size = (std::uint64_t{found.nFileSizeHigh} << 32) | found.nFileSizeLow,
+                  .size = JoinHalves(found.nFileSizeHigh, found.nFileSizeLow),
                   .time = SecondsOf(found.ftLastWriteTime),
                   .nanoseconds = NanosecondsOfFileTime(Ticks(found.ftLastWriteTime))};
 }

@@ -1,4 +1,5 @@
-// ByteOrder.h - the little-endian numbers of archives and volumes, on every machine.
+// ByteOrder.h - numbers in pieces: the little-endian bytes of archives and volumes, the halves of
+// Win32 records.
 #pragma once
 
 #include <array>
@@ -36,5 +37,10 @@ class LittleEndian {
 };
 static_assert(alignof(LittleEndian<std::uint64_t>) == 1 &&
               sizeof(LittleEndian<std::uint64_t>) == 8);
+
+// Joins the two halves in which Win32 records hold a 64-bit number.
+constexpr std::uint64_t JoinHalves(std::uint32_t high, std::uint32_t low) {
+  return std::uint64_t{high} << 32 | low;
+}
 
 }  // namespace kozor

@@ -9,6 +9,8 @@
 #include <limits>
 #include <optional>
 
+#include "platform/base/ByteOrder.h"
+
 namespace kozor {
 
 inline constexpr std::uint64_t kTicksPerSecond = 10'000'000;
@@ -36,11 +38,6 @@ constexpr std::optional<std::int32_t> UnixIn31Bits(std::uint64_t fileTime) {
 // The rest of UnixOfFileTime: nanoseconds within that second.
 constexpr std::int32_t NanosecondsOfFileTime(std::uint64_t fileTime) {
   return static_cast<std::int32_t>(fileTime % kTicksPerSecond * (1'000'000'000 / kTicksPerSecond));
-}
-
-// Joins the two halves in which Win32 records hold a 64-bit number.
-constexpr std::uint64_t JoinHalves(std::uint32_t high, std::uint32_t low) {
-  return std::uint64_t{high} << 32 | low;
 }
 
 // Convert a FILETIME to ticks and back.

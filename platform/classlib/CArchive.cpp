@@ -5,6 +5,8 @@
 #include <cstring>
 #include <utility>
 
+#include "platform/base/ByteOrder.h"
+
 namespace {
 
 // Values that replace a short length: a longer one follows.
@@ -151,10 +153,7 @@ CArchive& CArchive::operator>>(CString& value) {
 template <class Number>
 void CArchive::WriteNumber(Number value) {
   BYTE bytes[sizeof(Number)];
-  for (BYTE& byte : bytes) {
-    byte = static_cast<BYTE>(value & 0xFF);
-    value = static_cast<Number>(DWORD{value} >> 8);
-  }
+  kozor::StoreLittle(bytes, value, sizeof(bytes));
   Write(bytes, sizeof(bytes));
 }
 
@@ -164,9 +163,7 @@ Number CArchive::ReadNumber() {
   if (Read(bytes, sizeof(bytes)) != sizeof(bytes)) {
     throw new CArchiveException(CArchiveException::endOfFile);
   }
-  DWORD value = 0;
-  for (unsigned int i = sizeof(bytes); i-- > 0;) value = value << 8 | bytes[i];
-  return static_cast<Number>(value);
+  return kozor::LoadLittle<Number>(bytes);
 }
 
 DWORD CArchive::ReadStringLength() {

@@ -4,6 +4,7 @@
 #include <cstring>
 #include <utility>
 
+#include "platform/base/ByteOrder.h"
 #include "platform/classlib/CString.h"
 #include "platform/win32/AnsiPath.h"
 
@@ -140,7 +141,7 @@ int CFile::GetStatus(const char* path, CFileStatus& status) {
   status.m_ctime = entry.ftCreationTime;
   status.m_mtime = entry.ftLastWriteTime;
   status.m_atime = entry.ftLastAccessTime;
-  status.m_size = std::uint64_t{entry.nFileSizeHigh} << 32 | entry.nFileSizeLow;
+  status.m_size = kozor::JoinHalves(entry.nFileSizeHigh, entry.nFileSizeLow);
   status.m_attribute =
       static_cast<unsigned char>(entry.dwFileAttributes & ~DWORD{FILE_ATTRIBUTE_NORMAL});
   return 1;

@@ -3,6 +3,7 @@
 
 #include <cstring>
 
+#include "platform/base/ByteOrder.h"
 #include "platform/win32/HostRules.h"
 
 namespace {
@@ -72,5 +73,5 @@ CString CFileFind::GetFilePath() const {
 }
 
 std::uint64_t CFileFind::GetLength() const {
-  return std::uint64_t{current.nFileSizeHigh} << 32 | current.nFileSizeLow;
+  return kozor::JoinHalves(current.nFileSizeHigh, current.nFileSizeLow);
 }

@@ -47,6 +47,16 @@ bool AppendUtf8(std::string& text, char32_t character);
 Decoded DecodeUtf16(std::u16string_view text);
 void AppendUtf16(std::u16string& text, char32_t character);
 
+// Whether a character may be shown to a user: no control character, and none that changes the
+// direction of the text around it.
+constexpr bool IsShowable(char32_t character) {
+  const bool isControl = character < 0x20 || (character >= 0x7F && character < 0xA0);
+  const bool turnsDirection = character == 0x200E || character == 0x200F ||
+                              (character >= 0x202A && character <= 0x202E) ||
+                              (character >= 0x2066 && character <= 0x2069);
+  return !isControl && !turnsDirection && character != kNoCharacter;
+}
+
 // Whether a byte is a lead byte in code page 932.
 constexpr bool IsLeadByte932(unsigned byte) {
   return (byte >= 0x81 && byte <= 0x9F) || (byte >= 0xE0 && byte <= 0xFC);
