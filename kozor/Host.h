@@ -76,6 +76,7 @@ struct FileState {
   std::string problem;  // why it can't be read, in words; empty when it can
   bool isDirectory = false;
   bool isLink = false;
+  bool leadsNowhere = false;  // a link that has no target, or itself
   std::uintmax_t size = 0;  // of a file, in bytes
   std::int64_t time = 0;    // last write, seconds since 1970
   unsigned int mode = 0;    // permission bits

@@ -150,9 +150,8 @@ class Collector {
     const bool isLink = request.links != LinkRule::Followed && state.isLink;
     if (isLink && request.links == LinkRule::Kept) return TakeLink(path, name);
     if (isLink) group.links.push_back(name);
-    std::error_code unknown;
     // NOLINTNEXTLINE(bugprone-branch-clone): a row for each case, in their order
-    if (isLink && !fs::exists(host, unknown) && !unknown) {
+    if (isLink && state.leadsNowhere) {
       ++leftOut;
     } else if (!state.problem.empty()) {
       LeaveOut(path, state.problem);

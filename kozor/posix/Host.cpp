@@ -154,9 +154,10 @@ FileState Inspect(const fs::path& path) {
   const bool isThere = lstat(path.c_str(), &info) == 0;
   state.isLink = isThere && S_ISLNK(info.st_mode);
   if (!isThere || (state.isLink && stat(path.c_str(), &info) != 0)) {
-    state.problem = errno != ENOENT ? HostErrorText(errno)
-                    : isThere       ? "a link that leads nowhere"
-                                    : "no such file";
+    state.leadsNowhere = isThere && (errno == ENOENT || errno == ENOTDIR || errno == ELOOP);
+    state.problem = state.leadsNowhere ? "a link that leads nowhere"
+                    : errno == ENOENT  ? "no such file"
+                                       : HostErrorText(errno);
     return state;
   }
   state.isDirectory = S_ISDIR(info.st_mode);

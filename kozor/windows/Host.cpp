@@ -204,8 +204,9 @@ FileState Inspect(const fs::path& path) {
   BY_HANDLE_FILE_INFORMATION facts;
   if (!opened || !GetFileInformationByHandle(opened.get(), &facts)) {
     const DWORD error = GetLastError();
+    state.leadsNowhere = state.isLink && error != ERROR_ACCESS_DENIED;
     state.problem = error == ERROR_ACCESS_DENIED ? "no permission to read it"
-                    : state.isLink               ? "a link that leads nowhere"
+                    : state.leadsNowhere         ? "a link that leads nowhere"
                                                  : "no such file";
     return state;
   }

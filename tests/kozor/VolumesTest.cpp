@@ -83,7 +83,7 @@ TEST_F(KozorVolumes, BringBackWithTheirCatalogueWhatTheFormatCantHold) {
   Shell(
       "cd tree && mkdir -m 700 empty sub/deep && chmod 750 a.txt && ln -s a.txt link && ln -s sub "
       "folder "
-      "&& ln -s nowhere dangling && touch -d 2001-02-03 empty sub");
+      "&& ln -s nowhere dangling && ln -s ring ring && touch -d 2001-02-03 empty sub");
   BackUp({"--volume-size", "50K"}, "set-#.vol");
   EXPECT_EQ(Shell("sha256sum --quiet -c set-*.sha256").output, "");
   EXPECT_THAT(Kozor({"verify", "set-#.vol", "-C", "tree"}).output,
