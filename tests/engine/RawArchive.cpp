@@ -42,48 +42,55 @@ std::size_t AppendChain(Bytes& bytes, const RawMember& member) {
   return crcPosition;
 }
 
-void AppendCommon(Bytes& bytes, const RawMember& member) {
-  AppendText(bytes, member.method);
-  AppendNumber(bytes, member.contents.size(), 4);
-  AppendNumber(bytes, member.contents.size(), 4);
-  AppendNumber(bytes, member.time, 4);
-  bytes.push_back(member.attribute);
-  bytes.push_back(static_cast<std::uint8_t>(member.level));
-}
-
 // Size and sum of the base header in levels 0 and 1.
-void SetBaseSum(Bytes& bytes, std::size_t baseBytes) {
+void SetBaseSum(Bytes& bytes, std::size_t baseBytes, std::uint8_t error) {
   bytes[0] = static_cast<std::uint8_t>(baseBytes - 2);
   const auto begin = bytes.begin() + 2;
   const auto end = bytes.begin() + static_cast<std::ptrdiff_t>(baseBytes);
-  bytes[1] = static_cast<std::uint8_t>(std::accumulate(begin, end, 0U));
+  bytes[1] = static_cast<std::uint8_t>(std::accumulate(begin, end, unsigned{error}));
 }
 
 }  // namespace
 
 Bytes RawHeader(const RawMember& member) {
+  constexpr std::size_t kMostBytes = 200;  // the size of a base header is one byte
+  const std::string_view name = std::string_view(member.name).substr(0, kMostBytes);
+  const std::uint64_t packed = member.contents.size() + member.packedError;
   Bytes bytes(2);
-  AppendCommon(bytes, member);
+  AppendText(bytes, member.method);
+  AppendNumber(bytes, packed, 4);
+  AppendNumber(bytes, member.originalBytes.value_or(member.contents.size()), 4);
+  AppendNumber(bytes, member.time, 4);
+  bytes.push_back(member.attribute);
+  bytes.push_back(static_cast<std::uint8_t>(member.level));
   if (member.level <= 1) {
-    bytes.push_back(static_cast<std::uint8_t>(member.name.size()));
-    AppendText(bytes, member.name);
+    bytes.push_back(static_cast<std::uint8_t>(name.size()));
+    AppendText(bytes, name);
   }
-  AppendNumber(bytes, codec::Crc16(ToBytes(member.contents)), 2);
+  AppendNumber(bytes, member.crc.value_or(codec::Crc16(ToBytes(member.contents))), 2);
   if (member.level >= 1) bytes.push_back(static_cast<std::uint8_t>(member.osId));
+  if (member.level <= 1) {
+    AppendText(bytes, std::string_view(member.extra).substr(0, kMostBytes + 22 - name.size()));
+  }
   if (member.level == 3) AppendNumber(bytes, 0, 4);
   const std::size_t baseBytes = bytes.size() + (member.level == 0 ? 0 : 2);
   const std::size_t crcPosition = member.level == 0 ? 0 : AppendChain(bytes, member);
 
   if (member.level == 1) {  // the packed size includes the extensions
-    WriteNumber(&bytes[7], member.contents.size() + bytes.size() - baseBytes, 4);
+    WriteNumber(&bytes[7], packed + bytes.size() - baseBytes, 4);
   }
-  if (member.level <= 1) SetBaseSum(bytes, baseBytes);
-  if (member.level == 2) WriteNumber(bytes.data(), bytes.size(), 2);
+  if (member.level <= 1) SetBaseSum(bytes, baseBytes, member.sumError);
+  if (member.level == 2) {
+    if (bytes.size() % 256 == 0) bytes.push_back(0);  // it would look like an end mark
+    WriteNumber(bytes.data(), bytes.size(), 2);
+  }
   if (member.level == 3) {
     WriteNumber(bytes.data(), 4, 2);
     WriteNumber(&bytes[24], bytes.size(), 4);
   }
-  if (crcPosition != 0) WriteNumber(&bytes[crcPosition], codec::Crc16(bytes), 2);
+  if (crcPosition != 0) {
+    WriteNumber(&bytes[crcPosition], codec::Crc16(bytes) + std::uint64_t{member.sumError}, 2);
+  }
   return bytes;
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -17,7 +18,7 @@ struct RawExtension {
 // A stored member with correct sizes and checksums.
 struct RawMember {
   int level = 2;
-  std::string name;  // of the base header in levels 0 and 1, an extension 0x01 in levels 2 and 3
+  std::string name = {};  // at most 200 bytes in levels 0 and 1, an extension 0x01 in others
   std::string contents = {};
   std::vector<RawExtension> extensions = {};  // of levels 1 to 3, after those for name and CRC
   std::string method = "-lh0-";
@@ -25,6 +26,12 @@ struct RawMember {
   std::uint8_t attribute = 0x20;    // the byte at offset 19
   char osId = 'M';
   bool hasHeaderCrc = true;  // levels 1 to 3
+  std::string extra = {};    // at the end of the base header of levels 0 and 1
+  // Claims about the contents in place of the truth, and errors added to what is computed.
+  std::optional<std::uint32_t> originalBytes = {};
+  std::optional<std::uint16_t> crc = {};
+  std::uint32_t packedError = 0;
+  std::uint8_t sumError = 0;  // of the base header, or the header CRC
 };
 
 Bytes RawHeader(const RawMember& member);
