@@ -5,6 +5,7 @@
 #include "engine/commands/CommandLine.h"
 #include "engine/container/Failure.h"
 #include "fuzz/Fuzz.h"
+#include "tests/support/TestFolder.h"
 
 namespace kozor::fuzz {
 
@@ -24,7 +25,7 @@ void Check(const CommandLine& line, std::size_t mostBytes) {
 }  // namespace
 
 void TestInput(Input input) {
-  static const ScratchFolder folder;
+  static const test::TestFolder folder;
   const std::string text = input.Text();
   for (const auto parse : {ParseCommand, ParseMemoryCall}) {
     try {
@@ -33,10 +34,10 @@ void TestInput(Input input) {
     }
   }
 
-  folder.Write("names", input.Rest());
+  folder.WriteFile("names", input.Rest());
   try {
     std::size_t bytes = 0;
-    for (const std::string& name : ReadResponseFile(folder.LibraryPath("names"))) {
+    for (const std::string& name : ReadResponseFile(folder.Lib("names"))) {
       Require(!name.empty() && name.find_first_of("\"\r\n") == std::string::npos);
       bytes += name.size();
     }

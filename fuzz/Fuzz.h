@@ -5,11 +5,8 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <filesystem>
-#include <initializer_list>
 #include <span>
 #include <string>
-#include <string_view>
 
 namespace kozor::fuzz {
 
@@ -48,26 +45,6 @@ class Input {
 
 // Reports a finding with its source position unless the condition is true.
 void Require(bool condition, const char* file = __builtin_FILE(), int line = __builtin_LINE());
-
-// A folder that is empty at the start of a run and removed with the process; on drive C: under the
-// same path.
-class ScratchFolder {
- public:
-  ScratchFolder();
-  ~ScratchFolder();
-
-  std::filesystem::path Path(const std::string& name) const { return root / name; }
-  // The library path, "C:\tmp\...".
-  std::string LibraryPath(const std::string& name) const;
-  void Write(const std::string& name, std::span<const std::uint8_t> bytes) const;
-  std::string Read(const std::string& name) const;
-  void Remove(const std::string& name) const;  // a file or a tree
-  // Requires that the folder itself contains nothing else.
-  void RequireOnly(std::initializer_list<std::string_view> names) const;
-
- private:
-  std::filesystem::path root;
-};
 
 // The target.
 void TestInput(Input input);

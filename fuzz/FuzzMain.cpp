@@ -1,8 +1,8 @@
 // FuzzMain.cpp - a fuzz target as a program: for libFuzzer where the build asks for it, else over
 // the files, or folders of files, that its command line names.
-#include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <vector>
@@ -19,52 +19,6 @@ void Require(bool condition, const char* file, int line) {
   if (condition) return;
   std::fprintf(stderr, "%s:%d: a finding\n", file, line);
   std::abort();
-}
-
-ScratchFolder::ScratchFolder() {
-  std::string name = (fs::temp_directory_path() / "kozor-fuzz-XXXXXX").string();
-  Require(mkdtemp(name.data()) != nullptr);
-  root = name;
-}
-
-ScratchFolder::~ScratchFolder() {
-  std::error_code ignored;
-  fs::remove_all(root, ignored);
-}
-
-std::string ScratchFolder::LibraryPath(const std::string& name) const {
-  std::string path = "C:" + Path(name).string();
-  std::ranges::replace(path, '/', '\\');
-  return path;
-}
-
-void ScratchFolder::Write(const std::string& name, std::span<const std::uint8_t> bytes) const {
-  std::ofstream file(Path(name), std::ios::binary);
-  file.write(reinterpret_cast<const char*>(bytes.data()),
-             static_cast<std::streamsize>(bytes.size()));
-  Require(file.good());
-  file.close();
-  // A file written just now may change again within one clock tick, so it can't be cached.  Here
-  // each state gets its own time in the past.
-  static auto time = fs::file_time_type::clock::now() - std::chrono::years(1);
-  fs::last_write_time(Path(name), time += std::chrono::seconds(1));
-}
-
-std::string ScratchFolder::Read(const std::string& name) const {
-  std::ifstream file(Path(name), std::ios::binary);
-  Require(file.good());
-  return {std::istreambuf_iterator<char>(file), {}};
-}
-
-void ScratchFolder::Remove(const std::string& name) const {
-  fs::remove_all(Path(name));
-}
-
-void ScratchFolder::RequireOnly(std::initializer_list<std::string_view> names) const {
-  for (const auto& entry : fs::directory_iterator(root)) {
-    const std::string name = entry.path().filename().string();
-    Require(std::ranges::find(names, name) != names.end());
-  }
 }
 
 }  // namespace kozor::fuzz

@@ -7,6 +7,7 @@
 
 #include "fuzz/Fuzz.h"
 #include "platform/classlib/ClassLib.h"
+#include "tests/support/TestFolder.h"
 
 namespace kozor::fuzz {
 namespace {
@@ -53,20 +54,20 @@ std::vector<Value> LoadAll(const std::string& path, const std::vector<unsigned>&
 }  // namespace
 
 void TestInput(Input input) {
-  static const ScratchFolder folder;
+  static const test::TestFolder folder;
   std::vector<unsigned> kinds(input.Byte() % 32U);
   for (unsigned& kind : kinds) kind = input.Byte();
-  folder.Write("stream", input.Rest());
+  folder.WriteFile("stream", input.Rest());
 
-  const std::vector<Value> values = LoadAll(folder.LibraryPath("stream"), kinds);
+  const std::vector<Value> values = LoadAll(folder.Lib("stream"), kinds);
   kinds.resize(values.size());
   {
-    CFile file(folder.LibraryPath("again").c_str(), CFile::modeCreate | CFile::modeWrite);
+    CFile file(folder.Lib("again").c_str(), CFile::modeCreate | CFile::modeWrite);
     CArchive archive(&file, CArchive::store);
     for (std::size_t i = 0; i < values.size(); ++i) Store(archive, kinds[i], values[i]);
     archive.Close();
   }
-  Require(LoadAll(folder.LibraryPath("again"), kinds) == values);
+  Require(LoadAll(folder.Lib("again"), kinds) == values);
 }
 
 }  // namespace kozor::fuzz

@@ -2,7 +2,6 @@
 #include "tests/engine/EngineFixture.h"
 
 #include <algorithm>
-#include <stdexcept>
 
 namespace kozor::test {
 namespace {
@@ -29,18 +28,6 @@ testing::AssertionResult SameBytes(const Bytes& actual, const Bytes& expected) {
       std::mismatch(actual.begin(), actual.end(), expected.begin(), expected.end());
   return testing::AssertionFailure() << actual.size() << " bytes instead of " << expected.size()
                                      << ", alike up to " << at - actual.begin();
-}
-
-Engine::Engine() : module(LoadLibraryA("UNLHA32.DLL")) {}
-
-Engine::~Engine() {
-  FreeLibrary(module);
-}
-
-Engine::Entry Engine::Find(const char* name) const {
-  const FARPROC address = module != nullptr ? GetProcAddress(module, name) : nullptr;
-  if (address == nullptr) throw std::runtime_error(std::string("no UNLHA32.DLL with ") + name);
-  return {address};
 }
 
 EngineTest::~EngineTest() {

@@ -8,47 +8,13 @@
 #include <string>
 #include <vector>
 
-#include "engine/api/Unlha32.h"
+#include "tests/engine/Engine.h"
 #include "tests/support/TestFolder.h"
 
 namespace kozor::test {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
-
-// The thirteen entry points, loaded by name.
-class Engine {
-  struct Entry {
-    FARPROC address;
-    template <class Function>
-    operator Function*() const {  // NOLINT(google-explicit-constructor): to initialise those below
-      return reinterpret_cast<Function*>(reinterpret_cast<void (*)()>(address));
-    }
-  };
-  Entry Find(const char* name) const;
-
-  const HMODULE module;
-
- public:
-  Engine();
-  ~Engine();
-  Engine(const Engine&) = delete;
-  Engine& operator=(const Engine&) = delete;
-
-  decltype(&::UnlhaGetRunning) GetRunning = Find("UnlhaGetRunning");
-  decltype(&::Unlha) Command = Find("Unlha");
-  decltype(&::UnlhaCheckArchive) CheckArchive = Find("UnlhaCheckArchive");
-  decltype(&::UnlhaSetOwnerWindowEx) SetOwnerWindowEx = Find("UnlhaSetOwnerWindowEx");
-  decltype(&::UnlhaKillOwnerWindowEx) KillOwnerWindowEx = Find("UnlhaKillOwnerWindowEx");
-  decltype(&::UnlhaSetCursorMode) SetCursorMode = Find("UnlhaSetCursorMode");
-  decltype(&::UnlhaOpenArchive) OpenArchive = Find("UnlhaOpenArchive");
-  decltype(&::UnlhaCloseArchive) CloseArchive = Find("UnlhaCloseArchive");
-  decltype(&::UnlhaFindFirst) FindFirst = Find("UnlhaFindFirst");
-  decltype(&::UnlhaFindNext) FindNext = Find("UnlhaFindNext");
-  decltype(&::UnlhaGetAttribute) GetAttribute = Find("UnlhaGetAttribute");
-  decltype(&::UnlhaExtractMem) ExtractMem = Find("UnlhaExtractMem");
-  decltype(&::UnlhaCompressMem) CompressMem = Find("UnlhaCompressMem");
-};
 
 inline constexpr std::uint32_t kSearchBelow = 0x801202;
 inline constexpr std::uint32_t kSearchHere = 0x801102;

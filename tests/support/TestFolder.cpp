@@ -1,8 +1,6 @@
 // TestFolder.cpp - see TestFolder.h.
 #include "tests/support/TestFolder.h"
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <array>
 #include <fstream>
@@ -41,7 +39,7 @@ std::string TestFolder::Lib(std::string_view name) const {
   return LibraryPathOf(Path(name));
 }
 
-void TestFolder::WriteFile(std::string_view name, const Bytes& bytes) const {
+void TestFolder::WriteFile(std::string_view name, std::span<const std::uint8_t> bytes) const {
   const fs::path path = Path(name);
   fs::create_directories(path.parent_path());
   std::ofstream out(path, std::ios::binary | std::ios::trunc);
@@ -51,7 +49,7 @@ void TestFolder::WriteFile(std::string_view name, const Bytes& bytes) const {
 }
 
 void TestFolder::WriteFile(std::string_view name, std::string_view text) const {
-  WriteFile(name, Bytes(text.begin(), text.end()));
+  WriteFile(name, ToBytes(text));
 }
 
 Bytes TestFolder::ReadFile(std::string_view name) const {

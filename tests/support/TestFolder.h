@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <initializer_list>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -33,7 +34,7 @@ class TestFolder {
   // The same as a library path with a drive.
   std::string Lib(std::string_view name = "") const;
 
-  void WriteFile(std::string_view name, const Bytes& bytes) const;
+  void WriteFile(std::string_view name, std::span<const std::uint8_t> bytes) const;
   void WriteFile(std::string_view name, std::string_view text) const;
   Bytes ReadFile(std::string_view name) const;
   bool Exists(std::string_view name) const;
