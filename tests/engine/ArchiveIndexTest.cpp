@@ -122,15 +122,17 @@ TEST(EngineArchiveIndex, CutOrUnknownEndIsAMemberWithAFault) {
 }
 
 TEST(EngineArchiveIndex, ClaimsBeyondWhatTheDataCanHoldAreFaults) {
-  Bytes bytes =
-      RawArchive({{.name = "liar", .contents = "ab", .method = "-lh5-", .hasHeaderCrc = false},
-                  {.name = "b", .contents = "x"}});
-  EXPECT_FALSE(IndexOf(bytes).Members()[0].fault);
-  std::fill_n(&bytes[11], 4, std::uint8_t{0xFF});
-  EXPECT_EQ(IndexOf(bytes).Members()[0].fault, ResultCode::PackedDataDamaged);
-  EXPECT_FALSE(IndexOf(bytes).Damage());
-  bytes[4] = '9';  // a method that nobody knows
-  EXPECT_EQ(IndexOf(bytes).Members()[0].fault, ResultCode::MethodNotSupported);
+  RawMember liar{.name = "liar", .contents = "ab", .method = "-lh5-"};
+  const auto fault = [&] {
+    const ArchiveIndex index = IndexOf(RawArchive({liar, {.name = "b", .contents = "x"}}));
+    EXPECT_FALSE(index.Damage());
+    return index.Members()[0].fault;
+  };
+  EXPECT_FALSE(fault());
+  liar.originalBytes = 0xFFFFFFFF;
+  EXPECT_EQ(fault(), ResultCode::PackedDataDamaged);
+  liar.method = "-lh9-";  // nobody knows it
+  EXPECT_EQ(fault(), ResultCode::MethodNotSupported);
 }
 
 TEST(EngineArchiveIndex, FindsTheArchiveBehindAPrefix) {

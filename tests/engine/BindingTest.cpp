@@ -115,13 +115,6 @@ TEST_F(EngineBinding, ChangeFromOutsideIsNoticedThoughSizeAndTimeAreTheSame) {
   EXPECT_TRUE(isNoticed);
 }
 
-TEST_F(EngineBinding, CheckArchiveKnowsArchives) {
-  folder.WriteFile("text", "text");
-  for (const char* name : {"x.lzh", "text", "missing", ""}) {
-    EXPECT_EQ(engine.CheckArchive(folder.Lib(name).c_str(), 1) != 0, name == std::string("x.lzh"));
-  }
-}
-
 TEST_F(EngineBinding, ProgressComesInOrder) {
   MakeTree(folder, "src", {{"one", 600000}, {"two", 0}});
   std::vector<std::string> told;

@@ -88,16 +88,5 @@ TEST_F(EngineDamage, ChangeRefusesADamagedArchiveAndLeavesItAlone) {
   }
 }
 
-TEST_F(EngineDamage, SizesThatLieCostNothing) {
-  // A member that claims a size of 4 GiB - 1, with two bytes of data.
-  Bytes archive =
-      RawArchive({{.name = "liar", .contents = "ab", .method = "-lh5-", .hasHeaderCrc = false}});
-  std::fill_n(&archive[11], 4, std::uint8_t{0xFF});
-  folder.WriteFile("bad.lzh", archive);
-  ASSERT_EQ(Search("bad.lzh").size(), 1U);
-  EXPECT_EQ(Search("bad.lzh")[0].size, 0U);  // callers reserve that many bytes
-  EXPECT_EQ(ExtractInto("bad.lzh", "liar", 100000).code, 0x8014);
-}
-
 }  // namespace
 }  // namespace kozor::test

@@ -2,7 +2,6 @@
 #include <ctime>
 
 #include "engine/codec/Codec.h"
-#include "engine/container/ByteSource.h"
 #include "tests/engine/EngineFixture.h"
 #include "tests/engine/RawArchive.h"
 
@@ -106,31 +105,34 @@ TEST_F(EngineMemory, NamesAreStoredWithoutRootAndRefusedWhenTheyCannotBe) {
 
 // One match of 12 initial spaces by the other scheme; by the usual one 11, and then a zero byte.
 TEST_F(EngineMemory, BothSchemesOfLh7AreTried) {
-  Bytes archive = RawArchive({{.name = "a",
-                               .contents = {"\x00\x01\x00\x00\x10\x80\x00\x80", 8},
-                               .method = "-lh7-",
-                               .hasHeaderCrc = false}});
   const Bytes spaces(12, ' ');
-  container::WriteNumber(&archive[11], spaces.size(), 4);
-  container::WriteNumber(&archive[21], codec::Crc16(spaces), 2);
-  folder.WriteFile("x.lzh", archive);
+  RawMember member{.name = "a",
+                   .contents = {"\x00\x01\x00\x00\x10\x80\x00\x80", 8},
+                   .method = "-lh7-",
+                   .originalBytes = 12,
+                   .crc = codec::Crc16(spaces)};
+  folder.WriteFile("x.lzh", RawArchive({member}));
   EXPECT_EQ(Extract("x.lzh", "a").code, 0);
   EXPECT_EQ(Extract("x.lzh", "a").bytes, spaces);
-  folder.Damage("x.lzh", 21, 1);
+  member.crc = 1;
+  folder.WriteFile("x.lzh", RawArchive({member}));
   EXPECT_EQ(Extract("x.lzh", "a").code, 0x8014);  // as the usual scheme has it
 }
 
 TEST_F(EngineMemory, MembersThatCannotBeDelivered) {
+  const std::uint32_t large = 0xFFFFFFFF;
   folder.WriteFile(
-      "x.lzh", RawArchive({{.name = "unknown", .contents = "123", .method = "-lh9-"},
-                           {.name = "dir", .method = "-lhd-"},
-                           {.name = "nonsense", .contents = "\xFF\xFF\xFF\xFF", .method = "-lh5-"},
-                           {.name = "crc", .contents = "text"}}));
-  const std::size_t size = folder.ReadFile("x.lzh").size();
-  folder.Damage("x.lzh", size - 2, 'T');
+      "x.lzh",
+      RawArchive({{.name = "unknown", .contents = "123", .method = "-lh9-"},
+                  {.name = "dir", .method = "-lhd-"},
+                  {.name = "nonsense", .contents = "\xFF\xFF\xFF\xFF", .method = "-lh5-"},
+                  {.name = "liar", .contents = "ab", .method = "-lh5-", .originalBytes = large},
+                  {.name = "crc", .contents = "text", .crc = 1}}));
   EXPECT_EQ(Extract("x.lzh", "unknown").code, 0x8009);
   EXPECT_EQ(Extract("x.lzh", "nonsense").code, 0x8014);
   EXPECT_EQ(Extract("x.lzh", "crc").code, 0x800C);
+  EXPECT_EQ(Search("x.lzh", "liar")[0].size, 0U);  // callers reserve that many bytes
+  EXPECT_EQ(ExtractInto("x.lzh", "liar", 100000).code, 0x8014);
   EXPECT_EQ(ExtractInto("x.lzh", "dir\\", 10).code, 0x800F);
   EXPECT_EQ(ExtractInto("x.lzh", "missing", 10).code, 0x800F);
   EXPECT_EQ(ExtractInto("none.lzh", "missing", 10).code, 0x8029);

@@ -1,6 +1,5 @@
 // HostFailureTest.cpp - failures of the host: full disks, failing calls, other processes.
 #include <gtest/gtest.h>
-#include <sys/mount.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -11,6 +10,7 @@
 #include "tests/platform/Contract.h"
 #include "tests/support/FailCall.h"
 #include "tests/support/TestFolder.h"
+#include "tests/support/posix/SmallDisk.h"
 
 namespace kozor::test {
 namespace {
@@ -135,21 +135,10 @@ TEST_F(PlatformHostFailure, AMappingNeedsRoomAndAddressesButNoReservation) {
   EXPECT_EQ(folder.ReadFile("f")[9], '9');
 }
 
-// A disk of 1 MiB, if the user may mount one.
-class PlatformFullDisk : public PlatformHostFailure {
- protected:
-  void SetUp() override {
-    mounted = ::mount("tmpfs", folder.Path().c_str(), "tmpfs", 0, "size=1m") == 0;
-    if (!mounted) GTEST_SKIP() << "mounting a small disk needs root";
-  }
-  void TearDown() override {
-    if (mounted) ::umount2(folder.Path().c_str(), MNT_DETACH);
-  }
-  bool mounted = false;
-};
-
-TEST_F(PlatformFullDisk, IsAnErrorAndNeverAFault) {
-  const OpenFile file(folder.Lib("f"), kReadWrite, 0, CREATE_NEW);
+TEST_F(PlatformHostFailure, AFullDiskIsAnErrorAndNeverAFault) {
+  const SmallDisk disk(folder.Path("disk"), 1 << 20);
+  if (!disk.IsThere()) GTEST_SKIP() << "mounting a small disk needs root";
+  const OpenFile file(folder.Lib("disk/f"), kReadWrite, 0, CREATE_NEW);
   for (const int error : {EINTR, EOPNOTSUPP}) {  // retried; zeros written until the disk is full
     const FailCall<&SystemCalls::fallocate> failing(1, error);
     EXPECT_FAILS_WITH(ERROR_DISK_FULL, CreateFileMappingA(file.Get(), nullptr, PAGE_READWRITE, 0,

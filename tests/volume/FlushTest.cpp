@@ -6,18 +6,7 @@
 namespace kozor::test {
 namespace {
 
-constexpr std::uintmax_t kHeader = 116;
-constexpr std::uintmax_t kHead = 14;  // record header for a name of one character
-
-class VolumeFlush : public VolumeTest {
- protected:
-  std::uintmax_t VolumeBytes() const {
-    return std::filesystem::file_size(folder.Path(VolumeName(1)));
-  }
-  // Two files: the first takes two slices, and the second continues on a second volume.
-  void MakeTwoFiles() { MakeTree(folder, "source", {{"a", 65'540}, {"b", 100}}); }
-  static constexpr unsigned long kTwoVolumes = kHeader + kHead + 65'540 + kHead + 60;
-};
+using VolumeFlush = VolumeTest;
 
 // Each write is flushed before the next: header, areas, head, slices.
 TEST_F(VolumeFlush, EveryWriteIsFlushedBeforeTheNext) {

@@ -1,7 +1,5 @@
 // MediaTest.cpp - backups to two small disks, mounted as drives A: and B:, until they are full.
-#include <sys/mount.h>
-#include <unistd.h>
-
+#include "tests/support/posix/SmallDisk.h"
 #include "tests/volume/VolumeTest.h"
 
 namespace kozor::test {
@@ -13,20 +11,12 @@ constexpr std::uint32_t kCluster = 4096;
 class VolumeMedia : public VolumeTest {
  protected:
   void SetUp() override {
-    if (geteuid() != 0) GTEST_SKIP() << "only root can mount the disks";
-    for (const char* drive : {"A", "B"}) {
-      std::filesystem::create_directories(folder.Path(drive));
-      if (mount("tmpfs", folder.Path(drive).c_str(), "tmpfs", 0, "size=128k") != 0) {
-        GTEST_SKIP() << "this system doesn't let the disks be mounted";
-      }
-      DefineDosDeviceA(0, (drive + std::string(":")).c_str(), folder.Path(drive).c_str());
-    }
+    if (!diskA.IsThere() || !diskB.IsThere()) GTEST_SKIP() << "only root can mount the disks";
+    DefineDosDeviceA(0, "A:", folder.Path("A").c_str());
+    DefineDosDeviceA(0, "B:", folder.Path("B").c_str());
   }
   void TearDown() override {
-    for (const char* drive : {"A", "B"}) {
-      DefineDosDeviceA(DDD_REMOVE_DEFINITION, (drive + std::string(":")).c_str(), nullptr);
-      umount(folder.Path(drive).c_str());
-    }
+    for (const char* drive : {"A:", "B:"}) DefineDosDeviceA(DDD_REMOVE_DEFINITION, drive, nullptr);
   }
   ZorError BackupToDisks() {
     volumes.nameVolume = [](int number) {
@@ -34,6 +24,10 @@ class VolumeMedia : public VolumeTest {
     };
     return BackupToMedia();
   }
+
+ private:
+  const SmallDisk diskA{folder.Path("A"), kDiskBytes};
+  const SmallDisk diskB{folder.Path("B"), kDiskBytes};
 };
 
 TEST_F(VolumeMedia, SpaceIsWhatAFileThereCanTake) {

@@ -12,9 +12,6 @@ namespace {
 using ::testing::ElementsAreArray;
 using ::testing::IsEmpty;
 
-constexpr std::uintmax_t kHeader = 116;
-constexpr std::uintmax_t kHead = 14;  // of a record whose name has one character
-
 class VolumeRun : public VolumeTest {
  protected:
   // Runs `act` when OnAbort is called with `phase`.
@@ -24,12 +21,6 @@ class VolumeRun : public VolumeTest {
       return p.phase == ZorMultiVolume::PhaseVolume && p.volumeResult != 0 ? 1 : 0;
     };
   }
-  std::uintmax_t VolumeBytes() const {
-    return std::filesystem::file_size(folder.Path(VolumeName(1)));
-  }
-  // Two files: the first takes two slices, and the second continues on a second volume.
-  void MakeTwoFiles() { MakeTree(folder, "source", {{"a", 65'540}, {"b", 100}}); }
-  static constexpr unsigned long kTwoVolumes = kHeader + kHead + 65'540 + kHead + 60;
 };
 
 // Backup opens the file before it asks for the volume, Restore finds the file on it.  Then both

@@ -76,10 +76,18 @@ class VolumeTest : public ::testing::Test {
   ZorError BackupToMedia(const std::string& mask = "*.*");
   ZorError Restore() { return Restore(folder.Lib("target").c_str()); }
   ZorError Restore(const char* destination);
+  // Two files: the first takes two slices, and the second continues on a second volume.
+  void MakeTwoFiles() { MakeTree(folder, "source", {{"a", 65'540}, {"b", 100}}); }
+  static constexpr std::uintmax_t kHeader = 116;
+  static constexpr std::uintmax_t kHead = 14;  // of a record whose name has one character
+  static constexpr unsigned long kTwoVolumes = kHeader + kHead + 65'540 + kHead + 60;
   // An empty "set" and an empty "target" again.
   void StartAnew();
 
   static std::string VolumeName(int number) { return "set/" + std::to_string(number); }
+  std::uintmax_t VolumeBytes() const {
+    return std::filesystem::file_size(folder.Path(VolumeName(1)));
+  }
   std::vector<Bytes> ReadVolumes() const;
   void WriteVolume(int number, const Bytes& bytes) { folder.WriteFile(VolumeName(number), bytes); }
   // The differences between source and target; empty if there are none.

@@ -18,7 +18,11 @@ class ArchiveScale : public ArchiveReal {
     for (std::size_t i = 0; i < steps.size(); ++i) EXPECT_LT(many[i], 20 * few[i] + 1) << i;
   }
 
-  const std::function<int()> add = [this] { return Compress(); };
+  // With several masks, duplicates and exclusions are looked for.
+  const std::function<int()> add = [this] {
+    const ZorFind find = Selection(Lib("src"), {"*.*", "*.txt", ">*0.none"});
+    return archive.Compress(find, path.c_str(), 0, 0);
+  };
   const std::function<int()> replace = [this] {
     archive.SetOverwriteMode(1);
     return archive.Compress(Selection(Lib("src"), {"*.*"}), path.c_str(), 1, 0);
