@@ -41,9 +41,28 @@ const std::string& Archive() {
   return path;
 }
 
-std::vector<UnlhaMemberRecord> Search(const std::string& text, std::uint32_t mode) {
+constexpr std::uint32_t kBelow = 0x801202;
+constexpr std::uint32_t kHere = 0x801102;
+
+// A handle to the archive.  Extraction is quicker while there is one.
+class Opened {
+ public:
+  explicit Opened(std::uint32_t mode)
+      : handle(Archiver().OpenArchive(nullptr, Archive().c_str(), mode)) {}
+  ~Opened() {
+    if (handle != nullptr) Archiver().CloseArchive(handle);
+  }
+  Opened(const Opened&) = delete;
+  Opened& operator=(const Opened&) = delete;
+
+  std::vector<UnlhaMemberRecord> Search(const std::string& text) const;
+
+ private:
+  const HARC handle;
+};
+
+std::vector<UnlhaMemberRecord> Opened::Search(const std::string& text) const {
   std::vector<UnlhaMemberRecord> found;
-  const HARC handle = Archiver().OpenArchive(nullptr, Archive().c_str(), mode);
   if (handle == nullptr) return found;
   UnlhaMemberRecord record;
   for (int code = Archiver().FindFirst(handle, text.c_str(), &record); code == 0;
@@ -52,7 +71,6 @@ std::vector<UnlhaMemberRecord> Search(const std::string& text, std::uint32_t mod
     Archiver().GetAttribute(handle);
     found.push_back(record);
   }
-  Archiver().CloseArchive(handle);
   return found;
 }
 
@@ -73,7 +91,8 @@ Contents Extract(const std::string& name, std::size_t most) {
 std::map<std::string, Contents> ExtractAll() {
   constexpr std::size_t kMostBytes = 1 << 16;
   std::map<std::string, Contents> members;
-  for (const UnlhaMemberRecord& record : Search("*.*", 0x801202)) {
+  const Opened archive(kBelow);
+  for (const UnlhaMemberRecord& record : archive.Search("*.*")) {
     const std::string name = record.name;
     if (name.find('"') != std::string::npos || members.size() > kMostMembers) continue;
     members[name] = Extract(name, std::min<std::size_t>(record.size, kMostBytes));
@@ -154,7 +173,7 @@ void TestInput(Input input) {
   // An archive written just now may change again within one clock tick, so it can't be cached.
   static std::int64_t time = 1'000'000'000;
   Folder().SetTime("x.lzh", ++time);
-  Search(text, mode % 2 == 0 ? 0x801202 : 0x801102);
+  Opened(mode % 2 == 0 ? kBelow : kHere).Search(text);
 
   std::map<std::string, Contents> before = ExtractAll();
   if (mode % 8 < 2) ExtractToFiles(before);

@@ -33,8 +33,9 @@ std::atomic<std::int64_t> peak = 0;
 #ifdef KOZOR_COUNTS_MEMORY
 
 void Allocated(const volatile void*, std::size_t bytes) {
-  const std::int64_t now = present += static_cast<std::int64_t>(bytes);
-  std::int64_t most = peak;
+  const auto added = static_cast<std::int64_t>(bytes);
+  const std::int64_t now = present.fetch_add(added, std::memory_order_relaxed) + added;
+  std::int64_t most = peak.load(std::memory_order_relaxed);
   while (most < now && !peak.compare_exchange_weak(most, now)) {
   }
 }

@@ -216,7 +216,8 @@ ByteSpan BufferedFile::At(std::uint64_t offset, std::size_t bytes) {
 void BufferedFile::Fill(std::uint64_t offset, std::size_t bytes) {
   const std::uint64_t end = begin + buffer.size();
   const bool isNear = offset >= begin && offset <= end + kNearStep;
-  buffer.resize(std::max(bytes, isNear ? kNearPiece : kFarPiece));
+  const std::size_t piece = std::max(bytes, isNear ? kNearPiece : kFarPiece);
+  buffer.resize(static_cast<std::size_t>(std::min<std::uint64_t>(piece, size - offset)));
   begin = offset;
   buffer.resize(file.ReadAt(offset, buffer));
 }

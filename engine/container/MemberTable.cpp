@@ -127,7 +127,7 @@ std::uint32_t MemberTable::Store(const Member& member) {
     if (blocks.size() == kMaxBlocks || most > kBlockBytes) {
       throw Failure(ResultCode::NotEnoughMemory);
     }
-    blocks.emplace_back().reserve(kBlockBytes);
+    blocks.emplace_back();
   }
   std::vector<std::uint8_t>& block = blocks.back();
   const std::size_t place = (blocks.size() - 1) * kBlockBytes + block.size();
