@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <array>
 #include <fstream>
+#include <optional>
 #include <sstream>
 #include <unordered_map>
 #include <unordered_set>
@@ -11,11 +12,11 @@
 #include "Commands.h"
 #include "Console.h"
 #include "Failure.h"
-#include "FoldersAndLinks.h"
 #include "Host.h"
 #include "Output.h"
 #include "Packing.h"
 #include "Selection.h"
+#include "SourceList.h"
 #include "WorkFolder.h"
 
 namespace kozor::program {
@@ -75,6 +76,9 @@ constexpr std::array<Option, 12> kOwnOptions = {{
     {"--dry-run", "", "print the names of what would be added, and do nothing"},
 }};
 constexpr auto kOptions = Join(kOwnOptions, kPackingOptions);
+
+// An archive isn't given up for one that lacks files.
+constexpr const char* kOldStays = "the old archive stays: a new one would lack what can't be read";
 
 // Reports each selected file whose name is already in the archive.
 bool HasClashes(const std::vector<FileGroup>& groups, const Output& output,
@@ -173,6 +177,7 @@ std::vector<FileGroup> SelectFiles(const Arguments& arguments, const std::string
       .isOwnFile = [&](const fs::path& path) { return path == archive; },
       .links = keepsFacts ? LinkRule::Kept : LinkRule::Followed,
       .takesFolders = keepsFacts || arguments.Has("--dir")};
+  if (arguments.Has("--new") && Exists(archive)) request.refusal = kOldStays;
   if (arguments.Has("--update")) request.isUpToDate = UpToDate(LibraryPath(archive), name);
   std::vector<FileGroup> groups = Select(request);
   if (!request.takesFolders) {
@@ -189,42 +194,60 @@ void PrintNames(const std::vector<FileGroup>& groups) {
   }
 }
 
+// What one line of the archiver adds: a selection of the library, and the rest in a list.
+struct Line {
+  explicit Line(const std::vector<FileGroup>& groups) {
+    for (const FileGroup& group : groups) {
+      bytes += group.bytes;
+      files += group.names.size();
+      std::vector<std::string> others = group.names;
+      if (!find && !group.names.empty()) {
+        others.clear();
+        find = group.Find(others);
+      }
+      list.Add(group.base, others);
+      hasListedNames = hasListedNames || !others.empty() || !group.links.empty();
+    }
+    for (const FileGroup& group : groups) {
+      list.Add(group.base, group.links);
+      list.AddFolders(group.base, group.folders);
+    }
+  }
+
+  std::uint64_t bytes = 0;
+  std::size_t files = 0;
+  std::optional<ZorFind> find;  // empty if there are only folders and links
+  SourceList list;
+  bool hasListedNames = false;  // other than folders
+};
+
 void AddFiles(const Arguments& arguments, const std::string& name) {
   const fs::path own = fs::weakly_canonical(AbsolutePath(name));
+  const bool replaces = arguments.Has("--new") && Exists(own);
   const std::vector<FileGroup> groups = SelectFiles(arguments, name, own);
   if (arguments.Has("--dry-run")) return PrintNames(groups);
   if (groups.empty()) return Remark(Visible(name) + ": up to date");
   if (arguments.Has("--sfx")) RequireRoomForProgram(own);
-  std::vector<ZorFind> finds;
-  std::uint64_t bytes = 0;
-  std::size_t files = 0;
-  for (const FileGroup& group : groups) {
-    bytes += group.bytes;
-    files += group.names.size();
-    for (ZorFind& find : group.Finds()) finds.push_back(find);
-  }
-
+  Line line(groups);
   Output output(name, arguments.Has("--new"), arguments.Value("--work-dir"));
   const auto refuseClashes = [&] {
     if (Overwrites(arguments) || arguments.Has("--new")) return;
     if (HasClashes(groups, output, name)) throw Failure("nothing was added (see --overwrite)");
   };
-  // The library detects clashes itself, but only within one run, and not with links.
-  const bool hasLinks = std::any_of(groups.begin(), groups.end(),
-                                    [](const FileGroup& group) { return !group.links.empty(); });
-  if (finds.size() > 1 || hasLinks) refuseClashes();
-  Archive archive(bytes);
-  Prepare(archive, arguments, output);
-  for (std::size_t i = 0; i < finds.size(); ++i) {
-    const bool last = i + 1 == finds.size();
-    const int done = archive.Compress(finds[i], output.Path().c_str(), i > 0 ? 1 : output.Append(),
-                                      last && arguments.Has("--sfx") ? 1 : 0);
-    if (!done && archive.GetError() == ZorErrorSameName) refuseClashes();
-    archive.Require(done, name);
-    archive.SetOverwriteMode(1);
+  // The library detects only the clashes of its own selection.
+  if (line.hasListedNames) refuseClashes();
+  line.list.Pass(output.WorkDirectory());
+  if (!line.find) {
+    AddListOnly(output.Path(), output.WorkDirectory(), name);
+    return output.Commit();
   }
-  archive.RequireAll(files);
-  for (const FileGroup& group : groups) AddFoldersAndLinks(group, output, name);
+  Archive archive(line.bytes);
+  Prepare(archive, arguments, output);
+  const int done = archive.Compress(*line.find, output.Path().c_str(), output.Append(),
+                                    arguments.Has("--sfx") ? 1 : 0);
+  if (!done && archive.GetError() == ZorErrorSameName) refuseClashes();
+  archive.Require(done, name);
+  if (!archive.RequireAll(line.files) && replaces) throw Failure(kOldStays);
   output.Commit();
 }
 

@@ -22,8 +22,8 @@ class Archive : public ZorArchive {
   // Returns if `succeeded`.  Otherwise throws Interrupted after a signal, else Failure with the
   // cause; `name` is the archive as the user named it.
   void Require(int succeeded, const std::string& name) const;
-  // Complains if fewer files than selected have been added.
-  void RequireAll(std::size_t selected) const { progress.RequireAll(selected); }
+  // Complains and returns false if fewer files than selected have been added.
+  bool RequireAll(std::size_t selected) const { return progress.RequireAll(selected); }
 
  protected:
   int OnAbort(const ONABORTPARAM& param) override;

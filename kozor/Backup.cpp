@@ -315,16 +315,17 @@ void Backup(const Arguments& arguments) {
        .excludes = arguments.Values("--exclude"),
        .isOwnFile = [&](const fs::path& path) { return IsOwnFile(name, path); },
        .links = arguments.Has("--no-catalogue") ? LinkRule::Followed : LinkRule::Noted});
-  std::vector<ZorFind> finds = group.Finds();
+  std::vector<std::string> others;
+  ZorFind find = group.Find(others);
   std::optional<LinkTree> links;
-  if (finds.size() > 1) finds[0] = links.emplace(group).Find();
+  if (!others.empty()) find = links.emplace(group).Find();
   const bool hasCatalogue = !arguments.Has("--no-catalogue");
   if (hasCatalogue && !arguments.Has("--force")) RequireCataloguePlace(CataloguePath(name));
   BackupVolumes volumes(name, areas, maxVolumeBytes, group.bytes, arguments.Has("--force"),
                         hasCatalogue);
   volumes.SetBackupVersion(format);
   if (!arguments.Has("--sync-each")) FlushFilesAtClose();
-  volumes.Require(volumes.Backup(finds[0], nullptr));
+  volumes.Require(volumes.Backup(find, nullptr));
   volumes.RequireAll(group.names.size());
   if (hasCatalogue) volumes.WriteCatalogue(group);
 }

@@ -114,10 +114,11 @@ void Progress::FileEnds(std::uint64_t bytes) {
   ++files;
 }
 
-void Progress::RequireAll(std::size_t selected) const {
-  if (files >= selected) return;
+bool Progress::RequireAll(std::size_t selected) const {
+  if (files >= selected) return true;
   Complain(std::to_string(selected - files) + " of " + std::to_string(selected) +
            " files were left out: a folder could not be read again");
+  return false;
 }
 
 void Progress::Draw(std::uint64_t done, std::string_view libraryName) {

@@ -39,7 +39,7 @@ class Progress {
   void FileEnds(std::uint64_t bytes);
   // Complains if fewer files are finished than were selected: the library silently skips a folder
   // that can't be read a second time.
-  void RequireAll(std::size_t selected) const;
+  bool RequireAll(std::size_t selected) const;
 
  private:
   void Draw(std::uint64_t done, std::string_view libraryName);

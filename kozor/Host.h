@@ -73,13 +73,14 @@ inline std::filesystem::path AbsolutePath(const std::string& word) {
 bool Exists(const std::filesystem::path& path);
 // What exists at `path`, following links.
 struct FileState {
-  std::string problem;  // why it can't be read, in words; empty when it can
+  std::string problem;     // why it can't be read, in words; empty when it can
+  bool isRefused = false;  // whether the problem is that the host doesn't let it be read
   bool isDirectory = false;
   bool isLink = false;
   bool leadsNowhere = false;  // a link that has no target, or itself
-  std::uintmax_t size = 0;  // of a file, in bytes
-  std::int64_t time = 0;    // last write, seconds since 1970
-  unsigned int mode = 0;    // permission bits
+  std::uintmax_t size = 0;    // of a file, in bytes
+  std::int64_t time = 0;      // last write, seconds since 1970
+  unsigned int mode = 0;      // permission bits
 };
 FileState Inspect(const std::filesystem::path& path);
 // Whether a link itself stands at `path`.

@@ -90,4 +90,9 @@ void SetUpPacking(const Arguments& arguments) {
   SetEnvironment(kVariable, switches);
 }
 
+void AddPackingSwitch(const std::string& word) {
+  const char* const switches = std::getenv(kVariable);
+  SetEnvironment(kVariable, (switches != nullptr ? switches : "") + (' ' + word));
+}
+
 }  // namespace kozor::program

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <array>
+#include <string>
 
 #include "Arguments.h"
 
@@ -26,5 +27,7 @@ bool KeepsUnixFacts(const Arguments& arguments);
 // options that contradict each other, and Failure if the archiver doesn't know a switch in that
 // variable.
 void SetUpPacking(const Arguments& arguments);
+// Passes one more switch to the archiver, in the same way.
+void AddPackingSwitch(const std::string& word);
 
 }  // namespace kozor::program

@@ -25,6 +25,7 @@ namespace {
 struct IgnoringCase {
   bool operator()(const CString& a, const CString& b) const { return a.CompareNoCase(b) < 0; }
 };
+using CaseBlindNames = std::set<CString, IgnoringCase>;
 
 // A member's header and a record of a backup set both hold 32-bit sizes.
 constexpr std::uintmax_t kMaxFileBytes = 0xFFFFFFFF;
@@ -116,6 +117,7 @@ class Collector {
     if (search.meansDirectory) TakeDirectoryItself(search.directory);
     for (const std::string& path : paths) Take(path);
     if (search.recursive && search.mask != "*.*") CheckDirectories(search);
+    if (!isWhole) ++unread;
     if (!isWhole && Complaints() == complaints) {
       ++leftOut;
       Complain(VisibleLibraryName(search.directory.substr(2)) +
@@ -129,6 +131,7 @@ class Collector {
 
   std::size_t LeftOut() const { return leftOut; }
   std::size_t UpToDate() const { return upToDate; }
+  std::size_t Unread() const { return unread; }
 
   // Returns the collected group.
   FileGroup Finish() {
@@ -154,7 +157,7 @@ class Collector {
     if (isLink && state.leadsNowhere) {
       ++leftOut;
     } else if (!state.problem.empty()) {
-      LeaveOut(path, state.problem);
+      LeaveOutBad(path, state);
     } else if (state.isDirectory) {
       if (!isLink) TakeFolder(name);
     } else if (request.isOwnFile && request.isOwnFile(host)) {
@@ -191,6 +194,7 @@ class Collector {
     try {
       link = InspectLink(HostPathOf(path));
     } catch (const FileFailure& failure) {
+      ++unread;
       return LeaveOut(path, failure.what());
     }
     FileState state;
@@ -231,7 +235,7 @@ class Collector {
         continue;
       }
       const FileState state = Inspect(HostPath(path));
-      if (state.isDirectory && !state.problem.empty()) LeaveOut(path, state.problem);
+      if (state.isDirectory && !state.problem.empty()) LeaveOutBad(path, state);
     }
   }
 
@@ -250,6 +254,11 @@ class Collector {
     }
   }
 
+  void LeaveOutBad(const std::string& path, const FileState& state) {
+    if (state.isRefused) ++unread;
+    LeaveOut(path, state.problem);
+  }
+
   void LeaveOut(const std::string& path, const std::string& why) {
     ++leftOut;
     Complain(Visible(HostPath(path).string()) + ": left out: " + why);
@@ -266,6 +275,7 @@ class Collector {
   std::set<fs::path::string_type> unnameable;  // host paths
   std::size_t leftOut = 0;
   std::size_t upToDate = 0;  // of those
+  std::size_t unread = 0;    // could be stored if they could be read
   std::size_t searches = 0;
 };
 
@@ -291,23 +301,23 @@ void RefuseCommonNames(const std::vector<FileGroup>& groups) {
 
 }  // namespace
 
-std::vector<ZorFind> FileGroup::Finds() const {
-  std::vector<ZorFind> finds;
-  const auto addMask = [&](std::size_t index, const std::string& mask, int subDirectory) {
-    if (index == finds.size()) {
-      finds.emplace_back().SetCurrentDirectoryA(base.c_str());
-      finds.back().SetSubDirectory(subDirectory);
-    }
-    finds[index].AddTail(mask.c_str());
-  };
+ZorFind FileGroup::Find(std::vector<std::string>& others) const {
+  ZorFind find;
+  find.SetCurrentDirectoryA(base.c_str());
+  find.SetSubDirectory(wholeMask.empty() ? 0 : 1);
   if (!wholeMask.empty()) {
-    addMask(0, wholeMask, 1);
-    return finds;
+    find.AddTail(wholeMask.c_str());
+    return find;
   }
-  // With several masks, a find selects only the first of the names that differ only in case.
-  std::map<CString, std::size_t, IgnoringCase> twins;
-  for (const std::string& name : names) addMask(twins[name.c_str()]++, name, 0);
-  return finds;
+  CaseBlindNames selected;
+  for (const std::string& name : names) {
+    if (selected.insert(name.c_str()).second) {
+      find.AddTail(name.c_str());
+    } else {
+      others.push_back(name);
+    }
+  }
+  return find;
 }
 
 std::vector<FileGroup> Select(const SelectionRequest& request) {
@@ -327,6 +337,9 @@ std::vector<FileGroup> Select(const SelectionRequest& request) {
     }
     if (collector->Add(search) == 0) throw Failure(Visible(word) + ": nothing found");
   }
+  const bool isWhole = std::all_of(collectors.begin(), collectors.end(),
+                                   [](const Collector& each) { return each.Unread() == 0; });
+  if (!isWhole && !request.refusal.empty()) throw Failure(request.refusal);
   std::vector<FileGroup> groups;
   std::size_t upToDate = 0;
   for (Collector& collector : collectors) {

@@ -31,8 +31,9 @@ struct FileGroup {
   // A mask that, with all folders below, selects exactly these files; empty if there is none.
   std::string wholeMask;
 
-  // Selections that together give the group.  More than one only if names differ only in case.
-  std::vector<ZorFind> Finds() const;
+  // With several masks a library selection has only the first of the names that differ only in
+  // case.  `others` receives the rest.
+  ZorFind Find(std::vector<std::string>& others) const;
 };
 
 enum class LinkRule {
@@ -50,6 +51,8 @@ struct SelectionRequest {
   LinkRule links = LinkRule::Followed;
   // Whether a group of only folders and links is returned, too.
   bool takesFolders = false;
+  // Unless empty, why a selection is refused if something in it can't be read.
+  std::string refusal = {};
   // Whether a file needn't be stored, given its name in the group and its state; null if all are
   // stored.
   std::function<bool(const std::string&, const FileState&)> isUpToDate = nullptr;
@@ -58,7 +61,8 @@ struct SelectionRequest {
 // Returns the groups that aren't empty: files below the base directory, with names relative to it,
 // and files elsewhere, with names relative to the root of their disk.  Throws Failure if a word
 // matches nothing, if nothing is left (apart from files that needn't be stored), or if two files
-// would get the same name.  Reports every file that can't be stored.
+// would get the same name.  Reports every file that can't be stored.  With a `refusal`
+// it then throws that as Failure if some of them can't be read.
 std::vector<FileGroup> Select(const SelectionRequest& request);
 
 }  // namespace kozor::program

@@ -73,12 +73,16 @@ void ApplyPackSwitch(std::string_view word, PackSettings& packing) {
   }
 }
 
-PackSettings DefaultPacking() {
-  PackSettings packing;
+void ApplyDefaultSwitch(const std::string& word, CommandLine& line) {
+  constexpr std::string_view kWith = "-with";
+  if (word.starts_with(kWith)) line.sourceList = word.substr(kWith.size());
+  ApplyPackSwitch(word, line.packing);
+}
+
+void ApplyDefaults(CommandLine& line) {
   const char* const switches = std::getenv("KOZOR_ARCHIVER");
-  if (switches == nullptr) return packing;
-  for (const Operand& word : SplitWords(switches)) ApplyPackSwitch(word.text, packing);
-  return packing;
+  if (switches == nullptr) return;
+  for (const Operand& word : SplitWords(switches)) ApplyDefaultSwitch(word.text, line);
 }
 
 void ApplySwitch(const std::string& word, CommandLine& line) {
@@ -93,7 +97,7 @@ using WordIterator = std::vector<Operand>::iterator;
 // Parses switches, archive and operands.
 CommandLine ParseArguments(WordIterator word, WordIterator end) {
   CommandLine line;
-  line.packing = DefaultPacking();
+  ApplyDefaults(line);
   for (; word != end && word->text.starts_with('-'); ++word) ApplySwitch(word->text, line);
   if (word != end) line.archive = std::move(word++->text);
   line.operands.assign(std::make_move_iterator(word), std::make_move_iterator(end));
@@ -136,7 +140,8 @@ CommandLine ParseCommand(std::string_view text) {
   if (words.empty()) throw Failure(ResultCode::UnknownCommand);
   CommandLine line = ParseArguments(words.begin() + 1, words.end());
   line.command = CommandOf(words.front().text, line);
-  RequireNames(line, line.command == Command::MakeProgram ? 0 : 1);
+  const bool hasList = line.command == Command::Add && !line.sourceList.empty();
+  RequireNames(line, line.command == Command::MakeProgram || hasList ? 0 : 1);
   return line;
 }
 

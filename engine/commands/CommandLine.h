@@ -34,6 +34,7 @@ struct CommandLine {
   std::string archive;
   std::vector<Operand> operands;  // words after the archive
   std::string workDirectory;      // for temporaries, ends in a separator; empty: beside the archive
+  std::string sourceList;         // -with: a file in that directory; empty: none
   PackSettings packing;
   bool isDirectoryMode = false;  // -d1
   bool makesProgram = false;     // -gw4
@@ -43,11 +44,12 @@ struct CommandLine {
 // begin with '-' are switches up to the first operand, which is the archive; unknown ones are
 // accepted.  After the archive every word is an operand.
 //
-// The environment variable KOZOR_ARCHIVER holds switches for PackSettings that are read before
-// those of a line.  Anything else in it is ignored.
+// The environment variable KOZOR_ARCHIVER holds switches for PackSettings, and -with, that are read
+// before those of a line.  Anything else in it is ignored.
 
 // Parses a line of Unlha, with a command.  Throws ResultCode::UnknownCommand, and
-// ResultCode::NoFileName if the archive or the files that the command needs are missing.
+// ResultCode::NoFileName if the archive or the files that the command needs are missing.  An `a`
+// line with a source list needs no files.
 CommandLine ParseCommand(std::string_view line);
 
 // Parses a line of the memory calls, which names an archive and one member.  Throws

@@ -110,6 +110,13 @@ class ArchiveItself {
   const std::optional<FileStamp> stamp;
 };
 
+// Whether a name is the file's own, and not found only because look-ups ignore case.
+bool IsHardLink(const Source& source) {
+  container::File file;
+  return KzCreatesExactly() && file.Open(source.path, container::File::Mode::Facts) &&
+         file.FinalPath().ends_with(source.name);
+}
+
 class Selection {
  public:
   Selection(const CommandLine& line, unsigned int codePage)
@@ -167,6 +174,14 @@ class Selection {
     walked.pop_back();
   }
 
+  void AddListed(const std::string& list) {
+    std::string base;
+    for (const std::string& name : ReadResponseFile(list)) {
+      const bool isBase = PathOf(name).IsRooted() && PathOf(name).IsFolder();
+      isBase ? void(base = name) : AddName(base, name);
+    }
+  }
+
   std::vector<Source> Finish() {
     DropRepeated();
     return std::move(sources);
@@ -208,9 +223,11 @@ class Selection {
     bool Enter(const Source& source) {
       if (source.kind == SourceKind::Link) return names.insert(source.name).second;
       const FileStamp stamp = StampOf(source.path);
-      if (!files.emplace(stamp.volume, stamp.identity).second) return false;
-      if (!names.insert(source.name).second) throw Failure(ResultCode::SameName);
-      return true;
+      const bool isKnown = !files.emplace(stamp.volume, stamp.identity).second;
+      if (isKnown && !IsHardLink(source)) return false;
+      if (names.insert(source.name).second) return true;
+      if (!isKnown) throw Failure(ResultCode::SameName);
+      return false;
     }
   };
 
@@ -298,13 +315,14 @@ ResultCode SourceFailureCode() {
 std::vector<Source> SelectSources(const CommandLine& line) {
   std::vector<Operand> words = line.operands;
   std::erase_if(words, [](const Operand& word) { return word.text.empty(); });
-  if (words.empty()) throw Failure(ResultCode::NoFileName);
+  if (words.empty() && line.sourceList.empty()) throw Failure(ResultCode::NoFileName);
   Selection selection(line, GetACP());
   if (line.isDirectoryMode) {
     SelectTrees(words, selection);
-  } else {
+  } else if (!words.empty()) {
     SelectNames(std::move(words), selection);
   }
+  if (!line.sourceList.empty()) selection.AddListed(line.workDirectory + line.sourceList);
   return selection.Finish();
 }
 

@@ -27,6 +27,9 @@ struct Source {
 //
 // A name that ends in a separator means only that directory, without its contents.
 //
+// The list of -with comes last.  In it the full path of a folder is the base directory of the names
+// that follow.
+//
 // Text in quotes, or in a response file, is a name: one with a wild-card can't be opened.  Searches
 // return such names for files that the code page can't express.
 //

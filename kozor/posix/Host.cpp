@@ -155,9 +155,10 @@ FileState Inspect(const fs::path& path) {
   state.isLink = isThere && S_ISLNK(info.st_mode);
   if (!isThere || (state.isLink && stat(path.c_str(), &info) != 0)) {
     state.leadsNowhere = isThere && (errno == ENOENT || errno == ENOTDIR || errno == ELOOP);
+    state.isRefused = !state.leadsNowhere && errno != ENOENT;
     state.problem = state.leadsNowhere ? "a link that leads nowhere"
-                    : errno == ENOENT  ? "no such file"
-                                       : HostErrorText(errno);
+                    : state.isRefused  ? HostErrorText(errno)
+                                       : "no such file";
     return state;
   }
   state.isDirectory = S_ISDIR(info.st_mode);
@@ -166,11 +167,14 @@ FileState Inspect(const fs::path& path) {
   state.size = static_cast<std::uintmax_t>(info.st_size);
   if (!state.isDirectory && !S_ISREG(info.st_mode)) {
     state.problem = "neither a file nor a directory";
-  } else if (access(path.c_str(), state.isDirectory ? R_OK | X_OK : R_OK) != 0) {
+    return state;
+  }
+  if (access(path.c_str(), state.isDirectory ? R_OK | X_OK : R_OK) != 0) {
     state.problem = "no permission to read it";
   } else if (state.isDirectory) {
     state.problem = ReadingProblem(path);
   }
+  state.isRefused = !state.problem.empty();
   return state;
 }
 

@@ -204,10 +204,11 @@ FileState Inspect(const fs::path& path) {
   BY_HANDLE_FILE_INFORMATION facts;
   if (!opened || !GetFileInformationByHandle(opened.get(), &facts)) {
     const DWORD error = GetLastError();
-    state.leadsNowhere = state.isLink && error != ERROR_ACCESS_DENIED;
-    state.problem = error == ERROR_ACCESS_DENIED ? "no permission to read it"
-                    : state.leadsNowhere         ? "a link that leads nowhere"
-                                                 : "no such file";
+    state.isRefused = error == ERROR_ACCESS_DENIED;
+    state.leadsNowhere = state.isLink && !state.isRefused;
+    state.problem = state.isRefused      ? "no permission to read it"
+                    : state.leadsNowhere ? "a link that leads nowhere"
+                                         : "no such file";
     return state;
   }
   state.isDirectory = (facts.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
@@ -216,6 +217,7 @@ FileState Inspect(const fs::path& path) {
   state.mode = state.isDirectory ? 0755 : isReadOnly ? 0444 : 0644;
   state.size = JoinHalves(facts.nFileSizeHigh, facts.nFileSizeLow);
   state.problem = ReadingProblem(path, state.isDirectory);
+  state.isRefused = !state.problem.empty();
   return state;
 }
 

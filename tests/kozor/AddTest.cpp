@@ -71,6 +71,7 @@ TEST_F(KozorAdd, StoresFilesOutsideTheBaseFromTheRootOn) {
 TEST_F(KozorAdd, KeepsFilesWhoseNamesDifferInCaseAlone) {
   MakeTree(folder, "tree",
            {{"Twin.h", 10}, {"twin.h", 20}, {"sub/TWIN.h", 30}, {"sub/twin.H", 40}});
+  fs::create_hard_link(folder.Path("tree/twin.h"), folder.Path("tree/TWIN.h"));
   MustRun({"add", "whole.lzh", "-C", "tree", "."});
   EXPECT_EQ(Extracted("whole.lzh"), "");
   MustRun({"add", "chosen.lzh", "-C", "tree", "*.h", "*.txt", "b.c"});
@@ -132,6 +133,12 @@ TEST_F(KozorAdd, NamesEveryFileThatHasToBeLeftOut) {
   EXPECT_THAT(MustFail({"add", "b.lzh", "--dir", "tree"}),
               AllOf(HasSubstr("tree/what?.txt: left out"), Not(HasSubstr("link.txt"))));
   EXPECT_THAT(Members("b.lzh"), testing::IsSupersetOf({"a.txt", "sub/deep/c.txt"}));
+  // What can't be read may be in the old archive.
+  const Bytes before = folder.ReadFile("a.lzh");
+  fs::create_symlink(std::string(300, 'x'), folder.Path("tree/long.txt"));
+  EXPECT_THAT(MustFail({"add", "--new", "--no-unix", "a.lzh", "-C", "tree", "."}),
+              AllOf(HasSubstr("tree/long.txt: left out"), HasSubstr("the old archive stays")));
+  EXPECT_EQ(folder.ReadFile("a.lzh"), before);
 }
 
 TEST_F(KozorAdd, NamesFilesWithoutPermission) {

@@ -1,0 +1,81 @@
+// SourceList.cpp - see SourceList.h.
+#include "SourceList.h"
+
+#include <algorithm>
+#include <functional>
+#include <memory>
+#include <type_traits>
+
+#include "Console.h"
+#include "Failure.h"
+#include "Host.h"
+#include "Packing.h"
+#include "ZorError.h"
+#include "platform/win32/Win32.h"
+
+namespace kozor::program {
+
+namespace {
+
+constexpr const char* kListName = "sources";
+
+struct Unload {
+  void operator()(HMODULE module) const { FreeLibrary(module); }
+};
+using Module = std::unique_ptr<std::remove_pointer_t<HMODULE>, Unload>;
+
+// Runs a command line of the archiver; 0 for success.
+int RunArchiver(const std::string& line) {
+  using Entry = int(WINAPI*)(HWND window, const char* line, char* output, std::uint32_t size);
+  const Module module(LoadLibraryA("UNLHA32.DLL"));
+  const auto entry = module ? GetProcAddress(module.get(), "Unlha") : nullptr;
+  const auto run = reinterpret_cast<Entry>(reinterpret_cast<void (*)()>(entry));
+  if (run == nullptr) throw Failure(std::string(ErrorText(ZorErrorEngineUnavailable)));
+  return run(nullptr, line.c_str(), nullptr, 0);
+}
+
+}  // namespace
+
+void SourceList::SetBase(const std::string& base) {
+  if (base == lastBase) return;
+  lastBase = base;
+  text += '"' + base + (base.ends_with('\\') ? "\"\n" : "\\\"\n");
+}
+
+void SourceList::Add(const std::string& base, const std::vector<std::string>& names) {
+  if (!names.empty()) SetBase(base);
+  for (const std::string& name : names) text += '"' + name + "\"\n";
+}
+
+void SourceList::AddFolders(const std::string& base, std::vector<std::string> names) {
+  std::sort(names.begin(), names.end(), std::greater());
+  for (std::string& name : names) name += '\\';
+  Add(base, names);
+}
+
+void SourceList::Pass(const std::string& workDirectory) {
+  if (text.empty()) return;
+  const std::filesystem::path parent = HostPath(workDirectory);
+  try {
+    const Descriptor directory = OpenDirectory(parent);
+    if (!directory.IsOpen()) FailBySystem();
+    folder.emplace(directory.Number());
+    Descriptor list = CreateNewFile(folder->Directory(), kListName);
+    WriteAll(list.Number(), std::as_bytes(std::span(text)));
+    if (!list.Finish()) FailBySystem();
+  } catch (const FileFailure& failure) {
+    throw Failure(Visible(parent.string()) + ": " + failure.what());
+  }
+  AddPackingSwitch("-with" + folder->Name() + '\\' + kListName);
+}
+
+void AddListOnly(const std::string& archive, const std::string& workDirectory,
+                 const std::string& name) {
+  const int code = RunArchiver("a \"-w" + workDirectory + "\" \"" + archive + '"');
+  StopIfAsked();
+  if (code == 0) return;
+  const auto error = static_cast<ZorError>(code - 0x8000);  // the library's numbering
+  throw Failure(Visible(name) + ": folders and links: " + std::string(ErrorText(error)));
+}
+
+}  // namespace kozor::program
