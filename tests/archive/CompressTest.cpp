@@ -34,13 +34,12 @@ TEST_F(ArchiveCompress, GivesEachFileALineOfItsOwnWithoutAWorkDirectory) {
 
 TEST_F(ArchiveCompress, GivesAllFilesInOneResponseFileInTheWorkDirectory) {
   folder.WriteFile("tmp/~$ZORARC.RSP", std::string(1000, 'x'));
-  Bytes contents;
-  recording.during = [&] { contents = folder.ReadFile("tmp/~$ZORARC.RSP"); };
+  std::string contents;
+  recording.during = [&] { contents = folder.ReadText("tmp/~$ZORARC.RSP"); };
   for (const char* work : {"tmp", "tmp\\"}) {
     archive.SetWorkDirectory(Lib(work).c_str());
     EXPECT_EQ(Run(Selection(Lib("src"), {rooted, "*.*"})), ZorErrorNone);
-    EXPECT_EQ(std::string(contents.begin(), contents.end()),
-              "\"" + rooted + "\"\n\"sub\\b c.txt\"\n");
+    EXPECT_EQ(contents, "\"" + rooted + "\"\n\"sub\\b c.txt\"\n");
     EXPECT_THAT(folder.List("tmp"), IsEmpty());
     EXPECT_THAT(TakeLines(),
                 ElementsAre(" \"-w#\\tmp\\\" \"#\\a.lzh\" \"#\\src\\\" \"@#\\tmp\\~$ZORARC.RSP\""));

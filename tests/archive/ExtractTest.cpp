@@ -19,10 +19,6 @@ class ArchiveExtract : public ArchiveRecorded {
   ZorError Run(const char* mask = nullptr) {
     return ErrorOf(archive.Extract(path.c_str(), Lib("out").c_str(), mask));
   }
-  std::string Text(const std::string& name) const {
-    const Bytes bytes = folder.ReadFile(name);
-    return {bytes.begin(), bytes.end()};
-  }
   unsigned int Attribute(const std::string& name) const {
     unsigned int attribute = 0;
     EXPECT_NE(ZorGetFileAttribute(Lib(name).c_str(), attribute), 0);
@@ -58,8 +54,8 @@ TEST_F(ArchiveExtract, TreatsOneMemberAfterTheOther) {
 
 TEST_F(ArchiveExtract, MakesFilesWithContentsTimesAndAttributesUnlessToldNotTo) {
   EXPECT_EQ(Run(), ZorErrorNone);
-  EXPECT_EQ(Text("out/d/f.txt"), "hello");
-  EXPECT_EQ(Text("out/g.txt"), "");
+  EXPECT_EQ(folder.ReadText("out/d/f.txt"), "hello");
+  EXPECT_EQ(folder.ReadText("out/g.txt"), "");
   EXPECT_EQ(folder.GetTime("out/d/f.txt"), kStamp);
   EXPECT_EQ(Attribute("out/g.txt"), 0x21U);
 
@@ -145,14 +141,14 @@ TEST_F(ArchiveExtract, ReplacesExistingFilesButNotReadOnlyOnes) {
   folder.WriteFile("out/g.txt", "kept");
   SetReadOnly(folder.Path("out/g.txt"));
   EXPECT_EQ(Run(), ZorErrorFileFailure);
-  EXPECT_EQ(Text("out/d/f.txt"), "hello");
-  EXPECT_EQ(Text("out/g.txt"), "kept");
+  EXPECT_EQ(folder.ReadText("out/d/f.txt"), "hello");
+  EXPECT_EQ(folder.ReadText("out/g.txt"), "kept");
 }
 
 TEST_F(ArchiveExtract, LeavesThePartOfAFailedMemberTrimmedAndUnstamped) {
   recording.results = {0x800C};
   EXPECT_EQ(Run(), ZorErrorEngine800C);
-  EXPECT_EQ(Text("out/d/f.txt"), "hello");
+  EXPECT_EQ(folder.ReadText("out/d/f.txt"), "hello");
   EXPECT_NE(folder.GetTime("out/d/f.txt"), kStamp);
   EXPECT_FALSE(folder.Exists("out/g.txt"));
 }
@@ -170,7 +166,7 @@ TEST_F(ArchiveExtract, MapsNoFileOfNearlyFourGigabytes) {
   ZorMappedFile file(path.c_str(), 0xFFFFFFFF - 1023);
   EXPECT_EQ(file.Map(), nullptr);
   EXPECT_EQ(file.SystemError(), static_cast<std::uint32_t>(ERROR_NOT_ENOUGH_MEMORY));
-  EXPECT_EQ(Text("a.lzh"), "old");
+  EXPECT_EQ(folder.ReadText("a.lzh"), "old");
 }
 
 }  // namespace

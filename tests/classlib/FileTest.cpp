@@ -38,10 +38,7 @@ class ClassLibFile : public testing::Test {
     return error.m_cause;
   }
 
-  std::string Contents() const {
-    const Bytes bytes = folder.ReadFile("file");
-    return std::string(bytes.begin(), bytes.end());
-  }
+  std::string Contents() const { return folder.ReadText("file"); }
 
   TestFolder folder;
   std::string path = folder.Lib("file");

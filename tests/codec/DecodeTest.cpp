@@ -68,6 +68,7 @@ TEST(CodecDecode, AgreesWithTheSlowDecoderOnRandomStreams) {
       const Bytes packed = RandomMember(method, seed, size);
       const SlowResult slow = SlowDecode(method, packed, size);
       ASSERT_EQ(slow.status, Status::Ok) << seed;
+      EXPECT_GE(MostUnpackedBytes(method, packed.size()), size) << seed;
       Bytes target(size);
       ASSERT_EQ(Decode(method, packed, target), Status::Ok) << seed;
       ASSERT_TRUE(target == slow.bytes) << seed;
@@ -87,14 +88,7 @@ TEST(CodecDecode, AgreesWithTheSlowDecoderOnRandomStreams) {
   }
 }
 
-// The bound on the original size is never below the actual size.
 TEST(CodecDecode, YieldsNoMoreThanIsPossible) {
-  for (const Method method : kPackingMethods) {
-    for (unsigned seed = 0; seed < 100; ++seed) {
-      const Bytes packed = RandomMember(method, seed, 3000);
-      EXPECT_GE(MostUnpackedBytes(method, packed.size()), 3000U);
-    }
-  }
   const Bytes zeros(1 << 20, std::uint8_t{0});
   for (const Method method : {Method::Lh5, Method::Lh7}) {
     EXPECT_LE(zeros.size(), MostUnpackedBytes(method, Encode(method, zeros).size()));

@@ -131,28 +131,6 @@ TEST_F(SfxProgram, NamesWhatItCannotExtract) {
   EXPECT_THAT(folder.List("out"), ElementsAre("esc_[1m", "good"));
 }
 
-// Every byte damaged in turn, and the program truncated at every position.
-TEST_F(SfxProgram, NeverLeavesDamagedContents) {
-  const Bytes contents = TextBytes(50);
-  ASSERT_EQ(Compress("a.lzh", "a", contents), 0);
-  const Bytes archive = folder.ReadFile("a.lzh");
-  for (std::size_t i = 0; i < 2 * archive.size(); ++i) {
-    Bytes damaged = archive;
-    const bool isCut = i >= archive.size();
-    if (isCut) {
-      damaged.resize(i - archive.size());
-    } else {
-      damaged[i] ^= static_cast<std::uint8_t>(1 << i % 8);
-    }
-    MakeProgram("a.run", damaged);
-    const CommandResult result = Run("a.run", "rm -f * && $RUN");
-    EXPECT_TRUE(result.status == 1 || (result.status == 0 && !isCut)) << i << result.output;
-    const bool isThere = folder.Exists("out/a");
-    EXPECT_TRUE(isThere ? folder.ReadFile("out/a") == contents : result.status == 1) << i;
-    EXPECT_EQ(folder.List("out").size(), isThere ? 1U : 0U) << i;
-  }
-}
-
 TEST_F(SfxProgram, UnderstandsItsCommandLineOrSaysSo) {
   MakeProgram("a.run", RawArchive({{.name = "a"}}));
   const std::tuple<const char*, int, const char*> rows[] = {

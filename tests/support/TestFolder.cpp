@@ -58,6 +58,11 @@ Bytes TestFolder::ReadFile(std::string_view name) const {
   return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
 }
 
+std::string TestFolder::ReadText(std::string_view name) const {
+  const Bytes bytes = ReadFile(name);
+  return {bytes.begin(), bytes.end()};
+}
+
 bool TestFolder::Exists(std::string_view name) const {
   return fs::symlink_status(Path(name)).type() != fs::file_type::not_found;
 }

@@ -37,6 +37,7 @@ class TestFolder {
   void WriteFile(std::string_view name, std::span<const std::uint8_t> bytes) const;
   void WriteFile(std::string_view name, std::string_view text) const;
   Bytes ReadFile(std::string_view name) const;
+  std::string ReadText(std::string_view name) const;
   bool Exists(std::string_view name) const;
   // Sets the last-write time in seconds since 1970.
   void SetTime(std::string_view name, std::int64_t seconds) const;

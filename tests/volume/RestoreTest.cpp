@@ -199,35 +199,5 @@ TEST_F(VolumeRestore, AVolumeThatShrinksWhileItIsReadIsDamage) {
   EXPECT_EQ(folder.ReadFile("target/a").size(), 65'536U);
 }
 
-// No damaged byte may cause a crash, an endless loop or a write outside the target.  Most useful
-// with the sanitizers.
-TEST_F(VolumeRestore, SurvivesDamageToEveryByteAndEveryCut) {
-  MakeTree(folder, "source", {{"a.txt", 30}, {"empty", 0}, {"sub/b", 100}});
-  for (const int version : {100, 101}) {
-    volumes.SetBackupVersion(version);
-    volumes.SetIdentity("id", "label", "memo");
-    StartAnew();
-    ASSERT_EQ(Backup(270), ZorErrorNone);
-    ASSERT_EQ(ReadVolumes().size(), 2U);
-    const Bytes good = ReadVolumes()[0];
-    const auto restore = [&](const Bytes& volume) {
-      WriteVolume(1, volume);
-      std::filesystem::remove_all(folder.Path("target"));
-      return Restore();
-    };
-    for (std::size_t offset = 0; offset < good.size(); ++offset) {
-      for (const int flip : {0x01, 0x80, 0xFF}) {
-        Bytes damaged = good;
-        damaged[offset] = static_cast<std::uint8_t>(damaged[offset] ^ flip);
-        restore(damaged);
-      }
-      EXPECT_NE(restore(Start(good, offset)), ZorErrorNone) << offset;
-    }
-    EXPECT_THAT(folder.List(), ::testing::Each(::testing::AnyOf(::testing::StartsWith("set/"),
-                                                                ::testing::StartsWith("source/"),
-                                                                ::testing::StartsWith("target/"))));
-  }
-}
-
 }  // namespace
 }  // namespace kozor::test
