@@ -90,7 +90,7 @@ std::string NameOf(const testing::TestParamInfo<MethodAndLevel>& info) {
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    All, CodecEncoding,
+    , CodecEncoding,
     testing::Values(MethodAndLevel{Method::Lh1, 5}, MethodAndLevel{Method::Lh4, 5},
                     MethodAndLevel{Method::Lh5, 1}, MethodAndLevel{Method::Lh5, 2},
                     MethodAndLevel{Method::Lh5, 5}, MethodAndLevel{Method::Lh5, 7},

@@ -54,14 +54,6 @@ TEST_F(EngineDelete, ExactNameLeavesItsTwinAndTakesItsOlderSelves) {
   EXPECT_TRUE(SameBytes(folder.ReadFile("x.lzh"), RawArchive({lower})));
 }
 
-TEST_F(EngineDelete, NamesThatLookLikeSomethingElse) {
-  const char* const names[] = {"-leading", "@at", " blank ahead", "\x95\x5C.txt", "d\\\x95\x5C"};
-  for (const char* name : names) ASSERT_EQ(Compress("x.lzh", name, ToBytes(name)), 0) << name;
-  ASSERT_EQ(Compress("x.lzh", "stays", {}), 0);
-  for (const char* name : names) EXPECT_EQ(Delete("x.lzh", {name}), 0) << name;
-  EXPECT_THAT(Names("x.lzh"), ElementsAre("stays"));
-}
-
 TEST_F(EngineDelete, PrefixOfASelfExtractorStays) {
   Bytes program(3000, 0x90);
   program[0] = 'M';

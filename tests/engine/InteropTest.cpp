@@ -69,7 +69,7 @@ TEST_P(EngineReaders, ExtractTreesWithMembersAppendedReplacedAndDeleted) {
   EXPECT_TRUE(IsSkipped() || folder.Exists("out/hollow"));
 }
 
-INSTANTIATE_TEST_SUITE_P(All, EngineReaders, testing::ValuesIn(kReaders), [](const auto& reader) {
+INSTANTIATE_TEST_SUITE_P(, EngineReaders, testing::ValuesIn(kReaders), [](const auto& reader) {
   return std::string("By") + reader.param.program;
 });
 

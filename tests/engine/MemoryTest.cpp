@@ -15,18 +15,6 @@ class EngineMemory : public EngineTest {
   }
 };
 
-TEST_F(EngineMemory, EverySizeComesBack) {
-  for (const std::size_t size : {0U, 1U, 65535U, 65536U, 262144U, 262145U, 2000000U}) {
-    for (const Bytes& bytes : {TextBytes(size), RandomBytes(size)}) {
-      ASSERT_EQ(Compress("x.lzh", "member", bytes), 0);
-      const Extracted extracted = Extract("x.lzh", "member");
-      EXPECT_EQ(extracted.code, 0);
-      EXPECT_EQ(extracted.written, size);
-      EXPECT_TRUE(SameBytes(extracted.bytes, bytes));
-    }
-  }
-}
-
 TEST_F(EngineMemory, NullOutputsAndInputsAreFine) {
   const auto compressNull = [&](const char* name, std::uint32_t size) {
     return engine.CompressMem(nullptr, Line("x.lzh", name).c_str(), nullptr, size, nullptr, nullptr,
@@ -81,15 +69,6 @@ TEST_F(EngineMemory, TimesStayInsideThe31Bits) {
   EXPECT_GT(Extract("x.lzh", "none").time, 0);
   EXPECT_GT(Extract("x.lzh", "nonsense").time, 0);
   EXPECT_EQ(Search("x.lzh", "n*")[1].date, 0x21);  // 1980-01-01
-}
-
-TEST_F(EngineMemory, ExactlyTheSameNameIsReplaced) {
-  ASSERT_EQ(Compress("x.lzh", "a.txt", ToBytes("old")), 0);
-  ASSERT_EQ(Compress("x.lzh", "A.txt", ToBytes("other")), 0);
-  ASSERT_EQ(Compress("x.lzh", "a.txt", ToBytes("new")), 0);
-  EXPECT_THAT(Names("x.lzh"), ElementsAre("A.txt", "a.txt"));
-  EXPECT_EQ(Extract("x.lzh", "a.txt").bytes, ToBytes("new"));
-  EXPECT_EQ(Extract("x.lzh", "a.TXT").bytes, ToBytes("other"));
 }
 
 TEST_F(EngineMemory, NamesAreStoredWithoutRootAndRefusedWhenTheyCannotBe) {

@@ -344,7 +344,7 @@ constexpr Row kRows[] = {
     {"Verify", "verify ../set/v-#.vol", nullptr},
 };
 
-INSTANTIATE_TEST_SUITE_P(Program, Faults, testing::ValuesIn(kRows),
+INSTANTIATE_TEST_SUITE_P(, Faults, testing::ValuesIn(kRows),
                          [](const auto& instance) { return std::string(instance.param.name); });
 
 }  // namespace

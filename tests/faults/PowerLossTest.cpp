@@ -233,7 +233,7 @@ TEST_P(FaultsPowerLoss, LeavesTheOldArchiveOrTheNew) {
   std::printf("%zu changes, %zu archives read\n", changes.size(), readings.size());
 }
 
-INSTANTIATE_TEST_SUITE_P(Program, FaultsPowerLoss,
+INSTANTIATE_TEST_SUITE_P(, FaultsPowerLoss,
                          testing::Values(Row{"Append", "add a.lzh -C more d.txt"},
                                          Row{"Replace", "add --overwrite a.lzh -C more ."},
                                          Row{"New", "add --new a.lzh -C more ."},

@@ -223,12 +223,6 @@ TEST_F(KozorAdd, DoesNothingWhenAWordMeansNothing) {
   EXPECT_THAT(TopNames(), ElementsAre("tree"));
 }
 
-TEST_F(KozorAdd, TakesADirectoryWithItsEmptyFolders) {
-  fs::create_directories(folder.Path("tree/empty/folder"));
-  MustRun({"add", "a.lzh", "--dir", "tree"});
-  EXPECT_EQ(Extracted("a.lzh"), "");
-}
-
 TEST_F(KozorAdd, TakesStandardInput) {
   const CommandResult result = Shell(
       "$KOZOR add --stdin in/sub.bin a.lzh < tree/sub/a.txt && $KOZOR add --stdin - a.lzh < "

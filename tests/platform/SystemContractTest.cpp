@@ -72,16 +72,5 @@ TEST(PlatformTimeContract, DosTimesCountEvenSecondsFrom1980) {
   }
 }
 
-TEST(PlatformTimeContract, LocalTimesGoThereAndComeBack) {
-  FILETIME now;
-  FILETIME local;
-  FILETIME back;
-  GetSystemTimeAsFileTime(&now);
-  ASSERT_TRUE(FileTimeToLocalFileTime(&now, &local));
-  ASSERT_TRUE(LocalFileTimeToFileTime(&local, &back));
-  EXPECT_EQ(Ticks(back), Ticks(now));
-  EXPECT_GT(UnixOfFileTime(Ticks(now)), 1'700'000'000);
-}
-
 }  // namespace
 }  // namespace kozor::test

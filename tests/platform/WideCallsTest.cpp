@@ -13,7 +13,7 @@
 namespace kozor::test {
 namespace {
 
-class WideCalls : public ContractTest {
+class PlatformWideCalls : public ContractTest {
  protected:
   // The names in the folder, sorted.
   Names Listed() const {
@@ -39,7 +39,7 @@ class WideCalls : public ContractTest {
   }
 };
 
-TEST_F(WideCalls, PathsMayBeLongerThanANarrowOneCan) {
+TEST_F(PlatformWideCalls, PathsMayBeLongerThanANarrowOneCan) {
   std::string name = "d";
   for (int i = 0; i < 40; ++i) {
     ASSERT_TRUE(folder.MakeDirectory(name)) << name.size() << " " << GetLastError();
@@ -54,7 +54,7 @@ TEST_F(WideCalls, PathsMayBeLongerThanANarrowOneCan) {
   EXPECT_EQ(folder.Read("up"), "deep");
 }
 
-TEST_F(WideCalls, NoNameBecomesThatOfAnotherFile) {
+TEST_F(PlatformWideCalls, NoNameBecomesThatOfAnotherFile) {
   const CodePageScope japanese(932);
   folder.Write("a.txt", "plain");
   WriteWide(L"\u00E4.txt");
@@ -66,7 +66,7 @@ TEST_F(WideCalls, NoNameBecomesThatOfAnotherFile) {
   EXPECT_TRUE(Opens(folder.Path("\xC3\xA4.txt")));
 }
 
-TEST_F(WideCalls, TrailingDotsAndBlanksBelongToNames) {
+TEST_F(PlatformWideCalls, TrailingDotsAndBlanksBelongToNames) {
   folder.Write("x", "without");
   WriteWide(L"x.");
   EXPECT_EQ(folder.Read("x."), "");
@@ -76,7 +76,7 @@ TEST_F(WideCalls, TrailingDotsAndBlanksBelongToNames) {
   EXPECT_FAILS_WITH(ERROR_FILE_NOT_FOUND, !Opens(folder.Path("x ")));
 }
 
-TEST_F(WideCalls, WhatWindowsCannotMakeIsNotMade) {
+TEST_F(PlatformWideCalls, WhatWindowsCannotMakeIsNotMade) {
   folder.Write("x", "x");
   for (const char* name : {"nul", "aux.txt", "com1", "x.", "x ", "con"}) {
     SCOPED_TRACE(name);
@@ -89,7 +89,7 @@ TEST_F(WideCalls, WhatWindowsCannotMakeIsNotMade) {
   EXPECT_EQ(SearchWithoutDots(folder.Path("*")), Names{"x"});
 }
 
-TEST_F(WideCalls, RelativePathsHangOnTheDirectory) {
+TEST_F(PlatformWideCalls, RelativePathsHangOnTheDirectory) {
   char before[MAX_PATH];
   GetCurrentDirectoryA(sizeof before, before);
   folder.Write("f", "here");

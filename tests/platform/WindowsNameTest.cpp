@@ -6,7 +6,7 @@
 namespace kozor::text {
 namespace {
 
-TEST(WindowsName, DevicesAndLostEndingsAreForbidden) {
+TEST(PlatformWindowsName, DevicesAndLostEndingsAreForbidden) {
   for (const std::string_view name :
        {"nul",     "NUL",    "con.txt", "aux.tar.gz", "prn ",  "com1",      "COM9.a",
         "lpt1 .x", "conin$", "x.",      "x ",         ".",     "..",        "",

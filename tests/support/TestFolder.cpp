@@ -5,9 +5,10 @@
 #include <array>
 #include <fstream>
 #include <iterator>
-#include <map>
 #include <random>
+#include <set>
 #include <sstream>
+#include <stdexcept>
 
 namespace kozor::test {
 
@@ -117,70 +118,36 @@ void MakeTree(const TestFolder& folder, std::string_view below,
 
 namespace {
 
-struct Node {
-  bool directory = false;
-  std::int64_t time = 0;
-  fs::path path;
-};
-
-std::map<std::string, Node> Walk(const fs::path& top) {
-  std::map<std::string, Node> nodes;
+// A line for each file, and if wanted for each directory.
+std::set<std::string> Described(const fs::path& top, bool withDirectories) {
+  std::set<std::string> lines;
   constexpr auto kFollow = fs::directory_options::follow_directory_symlink;
   for (const fs::directory_entry& entry : fs::recursive_directory_iterator(top, kFollow)) {
-    if (!entry.exists()) continue;
-    nodes[fs::path(entry.path()).lexically_relative(top).generic_string()] = {
-        entry.is_directory(), TimeOf(entry.path()), entry.path()};
+    const std::string name = entry.path().lexically_relative(top).generic_string();
+    if (entry.is_directory() && withDirectories) lines.insert(name + '/');
+    if (!entry.is_regular_file()) continue;
+    std::ostringstream bytes;
+    if (entry.file_size() != 0) bytes << std::ifstream(entry.path(), std::ios::binary).rdbuf();
+    const std::size_t sum = std::hash<std::string>()(bytes.str());
+    lines.insert(name + ": " + std::to_string(entry.file_size()) + " bytes, sum " +
+                 std::to_string(sum) + ", time " + std::to_string(TimeOf(entry.path())));
   }
-  return nodes;
-}
-
-bool SameBytes(const fs::path& a, const fs::path& b) {
-  std::ifstream left(a, std::ios::binary);
-  std::ifstream right(b, std::ios::binary);
-  if (!left || !right) return false;
-  std::vector<char> leftBuffer(1 << 16);
-  std::vector<char> rightBuffer(1 << 16);
-  for (;;) {
-    left.read(leftBuffer.data(), static_cast<std::streamsize>(leftBuffer.size()));
-    right.read(rightBuffer.data(), static_cast<std::streamsize>(rightBuffer.size()));
-    if (left.gcount() != right.gcount()) return false;
-    if (left.gcount() == 0) return true;
-    if (!std::equal(leftBuffer.begin(), leftBuffer.begin() + left.gcount(), rightBuffer.begin())) {
-      return false;
-    }
-  }
+  return lines;
 }
 
 }  // namespace
 
 std::string CompareTrees(const fs::path& expected, const fs::path& actual, bool withDirectories) {
-  const std::map<std::string, Node> left = Walk(expected);
-  std::map<std::string, Node> right = Walk(actual);
-  std::ostringstream differences;
-  for (const auto& [name, node] : left) {
-    if (node.directory && !withDirectories) {
-      right.erase(name);
-      continue;
-    }
-    const auto found = right.find(name);
-    if (found == right.end()) {
-      differences << "missing: " << name << '\n';
-      continue;
-    }
-    if (node.directory != found->second.directory) {
-      differences << "other kind: " << name << '\n';
-    } else if (!node.directory) {
-      if (!SameBytes(node.path, found->second.path)) differences << "other bytes: " << name << '\n';
-      if (node.time != found->second.time) {
-        differences << "other time: " << name << " by " << found->second.time - node.time << " s\n";
-      }
-    }
-    right.erase(found);
+  const std::set<std::string> left = Described(expected, withDirectories);
+  const std::set<std::string> right = Described(actual, withDirectories);
+  std::string differences;
+  for (const std::string& line : left) {
+    if (!right.contains(line)) differences += "- " + line + '\n';
   }
-  for (const auto& [name, node] : right) {
-    if (!node.directory || withDirectories) differences << "unexpected: " << name << '\n';
+  for (const std::string& line : right) {
+    if (!left.contains(line)) differences += "+ " + line + '\n';
   }
-  return differences.str();
+  return differences;
 }
 
 Bytes RandomBytes(std::size_t size, std::uint32_t seed) {

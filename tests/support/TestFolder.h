@@ -65,8 +65,8 @@ struct TreeEntry {
 void MakeTree(const TestFolder& folder, std::string_view below,
               std::initializer_list<TreeEntry> entries);
 
-// The differences between two trees in names, bytes and times in whole seconds, one per line; empty
-// if they are equal.  Directories are compared only if `withDirectories`.
+// The differences between two trees in names, bytes and times in whole seconds, as in a patch;
+// empty if they are equal.  Directories are compared only if `withDirectories`.
 std::string CompareTrees(const std::filesystem::path& expected, const std::filesystem::path& actual,
                          bool withDirectories = false);
 

@@ -34,7 +34,7 @@ class ArchiveRoundTrip : public ArchiveReal, public testing::WithParamInterface<
   const CodePageScope codePage{GetParam()};
 };
 
-INSTANTIATE_TEST_SUITE_P(CodePage, ArchiveRoundTrip, testing::Values(932U, 65001U));
+INSTANTIATE_TEST_SUITE_P(, ArchiveRoundTrip, testing::Values(932U, 65001U));
 
 TEST_P(ArchiveRoundTrip, GivesTheSameTreeByOneLinePerFile) {
   EXPECT_EQ(Compress(), 1) << archive.GetError();
