@@ -28,8 +28,8 @@ LAYERS = {
     "kozor": "include engine/container volume/VolumeFormat.h platform/classlib platform/win32 platform/text",
     "examples": "include platform/win32",
     "bench": "include engine/codec tests/codec tests/support",
-    "fuzz": "include engine/api engine/codec engine/commands engine/container engine/sfx "
-            "platform/base platform/classlib platform/text platform/win32 tests/codec volume",
+    "fuzz": "include engine/codec engine/commands engine/container engine/sfx platform/base "
+            "platform/classlib platform/text platform/win32 tests/codec tests/engine tests/support volume",
     "tests/support": "platform/win32 platform/win32/posix",
     "tests/platform": "platform/text platform/win32 platform/win32/posix tests/support",
     "tests/classlib": "platform/classlib platform/win32 tests/support",
