@@ -39,9 +39,12 @@ void PlanReplacements(ArchiveChange& change, std::vector<Source>& sources) {
 }
 
 NewMember DescribeSource(const Source& source, const container::FileFacts& facts,
-                         unsigned int workingPage) {
+                         std::optional<container::UnixFacts> unixFacts, unsigned int workingPage) {
   NewMember member;
-  member.name = container::EncodeName(source.name, workingPage);
+  member.name = container::EncodeName(
+      source.name, workingPage,
+      unixFacts ? container::NameEncoding::Utf8 : container::NameEncoding::ShiftJisIfPossible);
+  member.unixFacts = unixFacts;
   member.utcTime = facts.stamp.lastWrite;
   member.attribute = static_cast<std::uint16_t>(facts.attributes & kFileAttributes);
   if (source.kind == SourceKind::Directory) {
@@ -55,7 +58,8 @@ NewMember DescribeLink(const Source& source, unsigned int workingPage) {
   const std::optional<container::Link> link = container::ReadLink(source.path);
   if (!link) throw Failure(SourceFailureCode());
   NewMember member;
-  member.name = container::EncodeName(source.name + '|' + link->target, workingPage);
+  member.name = container::EncodeName(source.name + '|' + link->target, workingPage,
+                                      container::NameEncoding::Utf8);
   member.method = container::kDirectoryMethod;
   member.utcTime = link->lastWrite;
   member.unixFacts = link->unixFacts;
@@ -94,8 +98,9 @@ void Archiver::Add(const CommandLine& line, const ProgressListener& listener) {
       File file;
       OpenSource(source, isDirectory ? File::Mode::Facts : File::Mode::Read, file);
       const container::FileFacts facts = file.Facts();
-      NewMember member = DescribeSource(source, facts, page);
-      if (line.packing.keepsUnixFacts) member.unixFacts = file.FactsOfUnix();
+      const auto unixFacts =
+          line.packing.keepsUnixFacts ? file.FactsOfUnix() : std::optional<container::UnixFacts>();
+      NewMember member = DescribeSource(source, facts, unixFacts, page);
       if (isDirectory) return letWait(member);
       // The source has become the archive since it was selected.  Packing it would never end.
       if (change.IsArchiveItself(facts.stamp)) throw Failure(ResultCode::FileNotOpened);

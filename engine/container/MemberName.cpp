@@ -224,15 +224,16 @@ std::string TakeLinkTarget(NameFields& fields) {
   return target;
 }
 
-StoredName EncodeName(std::string_view name, unsigned int workingPage) {
+StoredName EncodeName(std::string_view name, unsigned int workingPage, NameEncoding encoding) {
   bool ignored = false;
   const std::u16string path = DecodeTextLossy(workingPage, name, ignored);
   StoredName stored;
   std::string bytes;
-  const bool isShiftJis = EncodeText(kShiftJis, path, bytes);
-  if (!IsAscii(name)) stored.codePage = isShiftJis ? kShiftJis : kUtf8;
-
+  const bool isShiftJis =
+      encoding == NameEncoding::ShiftJisIfPossible && EncodeText(kShiftJis, path, bytes);
   const unsigned int codePage = isShiftJis ? kShiftJis : kUtf8;
+  if (!IsAscii(name)) stored.codePage = codePage;
+
   std::u16string_view rest = path;
   for (;;) {
     const std::size_t end = rest.find(u'\\');

@@ -59,8 +59,13 @@ struct StoredName {
   std::uint32_t codePage = 0;  // 0 for ASCII, which needn't be recorded
 };
 
+// The encoding of new names: many UNIX programs take the bytes of a name as they are, and so expect
+// UTF-8; others expect code page 932.
+enum class NameEncoding { ShiftJisIfPossible, Utf8 };
+
 // Encodes a name from StoredNameOf, a directory's with a trailing '\', or a link's with its target
-// ("name|target"): in code page 932 if possible, else in UTF-8.
-StoredName EncodeName(std::string_view name, unsigned int workingPage);
+// ("name|target").
+StoredName EncodeName(std::string_view name, unsigned int workingPage,
+                      NameEncoding encoding = NameEncoding::ShiftJisIfPossible);
 
 }  // namespace kozor::container
