@@ -26,54 +26,54 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr std::string_view kHelp =
-    R"(Usage: kozor add [OPTION...] ARCHIVE [-C BASE] MASK-OR-PATH...
-  or:  kozor add [OPTION...] --dir DIRECTORY ARCHIVE
-  or:  kozor add [OPTION...] --stdin NAME ARCHIVE
-  or:  kozor add [OPTION...] --files-from FILE ARCHIVE
+    R"(Usage: kozor add [OPTION]... ARCHIVE [-C BASE] PATH...
+  or:  kozor add [OPTION]... --dir DIRECTORY ARCHIVE
+  or:  kozor add [OPTION]... --stdin NAME ARCHIVE
+  or:  kozor add [OPTION]... --files-from FILE ARCHIVE
 
-Puts files into an LZH archive, which is made if it doesn't exist.  ARCHIVE "-"
-makes a new one on standard output.
+Adds files to an LZH archive, and creates the archive if it doesn't exist.  With
+"-" as ARCHIVE, a new archive is written to standard output.
 
-A MASK-OR-PATH is a file, a directory, which stands for everything below it, or
-a mask with * and ? in its last part, which is looked for in all folders below
-("quote it", or the shell takes it first).  It is taken from BASE on, and files
-are stored by their names relative to BASE.  Files that don't lie below BASE are
-stored by their names from the root directory on, without the leading slash:
-/usr/include/stdio.h as usr/include/stdio.h.
+A PATH is a file; a directory, with everything below it; or a mask, with * and ?
+in its last component, that is matched in its directory and all directories
+below.  Quote masks, or the shell expands them.  Paths are relative to BASE, and
+so are the names in the archive.  Files outside of BASE are stored by their
+absolute paths without the leading slash: /usr/include/stdio.h becomes
+usr/include/stdio.h.
 
-Links are stored as links, folders with their permissions and times, and files
-with their permissions (--no-unix is for programs that don't know of those).
+Permissions, symbolic links and directories are stored too, as UNIX programs
+expect it.  For programs on Windows use --no-unix.
 
-A file that can't be stored (a name with \ : * ? " < > |, no permission, 4 GiB
-or more, not a plain file) is named on standard error and left out, and the exit
-code is 1.
+Files that can't be stored are left out and named on standard error, and the
+exit status is 1: unreadable and special files, files of 4 GiB or more, and
+names with a control character or one of \ : * ? " < > |
 )";
 
 constexpr std::array<Option, 12> kOwnOptions = {{
-    {"-C", "BASE", "take names from this directory on; the current one if\nabsent"},
-    {"--exclude", "MASK", "leave out files and folders of this name; may be\nrepeated"},
+    kBaseOption,
+    kExcludeOption,
     {"--new", "",
-     "make a new archive in place of an existing one, which\n"
-     "stays until the new one is complete"},
+     "create a new archive; an existing one is replaced as\n"
+     "soon as the new one is complete"},
     {"--overwrite", "",
-     "replace files that the archive holds already; without\n"
-     "it such a name is an error and nothing is added"},
+     "replace members of the same name; without this option\n"
+     "they are reported and nothing is added"},
     {"--sfx", "",
      "make a self-extracting program of the archive as well,\n"
      "beside it: a.run of a.lzh (on Linux for x86-64;\na.run --help); implies --no-unix"},
-    {"--work-dir", "DIR", "put temporaries into DIR and not beside the archive"},
+    {"--work-dir", "DIR", "directory for temporary files (default: that of the\narchive)"},
     {"--dir", "DIRECTORY",
-     "put the tree below DIRECTORY in, empty folders\n"
-     "included, and replace what the archive holds by the\nsame names"},
-    {"--stdin", "NAME", "put standard input in, by the name NAME"},
+     "add everything below DIRECTORY, empty directories\n"
+     "too, and replace members of the same name"},
+    {"--stdin", "NAME", "add standard input as a member called NAME"},
     {"--update", "",
-     "add only what the archive doesn't hold or holds in an\n"
-     "older state, and replace that"},
+     "add only files that are new or newer than the member\n"
+     "of the same name, which they replace"},
     {"--files-from", "FILE",
-     "add the files and folders that FILE names, one on a\n"
-     "line; - is standard input"},
-    {"--null", "", "the names in FILE end in zero bytes"},
-    {"--dry-run", "", "print the names of what would be added, and do nothing"},
+     "read the paths to add from FILE, one per line; - is\n"
+     "standard input"},
+    {"--null", "", "paths in FILE end with a zero byte, not a newline"},
+    {"--dry-run", "", "print the names of what would be added, change nothing"},
 }};
 constexpr auto kOptions = Join(kOwnOptions, kPackingOptions);
 
@@ -91,7 +91,7 @@ bool HasClashes(const std::vector<FileGroup>& groups, const Output& output,
     for (const auto* names : {&group.names, &group.links}) {
       for (const std::string& name : *names) {
         if (!members.contains(name)) continue;
-        Complain(VisibleLibraryName(name) + ": the archive holds a file of that name already");
+        Complain(VisibleLibraryName(name) + ": the archive already has a member of that name");
       }
     }
   }
@@ -105,7 +105,7 @@ void RequireRoomForProgram(const fs::path& archive) {
   ZorArchive object;
   if (object.IsEnabled() && object.IsArchive(LibraryPath(program).c_str())) return;
   throw Failure(Visible(program.string()) +
-                ": a file that is no self-extracting archive is in the program's place");
+                ": exists and isn't a self-extracting archive; not replaced");
 }
 
 bool Overwrites(const Arguments& arguments) {
@@ -125,7 +125,7 @@ std::vector<std::string> WhatToAdd(const Arguments& arguments) {
   }
   std::vector<std::string> words = arguments.OperandsFrom(1);
   if (!arguments.Has("--files-from")) {
-    arguments.Operand(1, "what to add");
+    arguments.Operand(1, "PATH");
     return words;
   }
   const std::string list = arguments.Value("--files-from");
@@ -136,7 +136,7 @@ std::vector<std::string> WhatToAdd(const Arguments& arguments) {
   } else {
     std::ifstream file(FromUtf8(list), std::ios::binary);
     text.assign(std::istreambuf_iterator<char>(file), {});
-    if (!file) throw Failure(Visible(list) + ": the list of names can't be read");
+    if (!file) throw Failure(Visible(list) + ": can't read the list of paths");
   }
   const char end = arguments.Has("--null") ? '\0' : '\n';
   std::istringstream names(text);
@@ -232,7 +232,8 @@ void AddFiles(const Arguments& arguments, const std::string& name) {
   Output output(name, arguments.Has("--new"), arguments.Value("--work-dir"));
   const auto refuseClashes = [&] {
     if (Overwrites(arguments) || arguments.Has("--new")) return;
-    if (HasClashes(groups, output, name)) throw Failure("nothing was added (see --overwrite)");
+    if (HasClashes(groups, output, name))
+      throw Failure("nothing was added (--overwrite replaces existing members)");
   };
   // The library detects only the clashes of its own selection.
   if (line.hasListedNames) refuseClashes();
@@ -271,16 +272,16 @@ void AddTo(const Arguments& arguments, const std::string& name) {
 
 void Add(const Arguments& arguments) {
   arguments.Exclude("--dir", {"--stdin", "-C", "--files-from"});
+  arguments.Exclude("--new", {"--update"});
   arguments.Exclude("--sfx", {"--unix"});
   arguments.Exclude("--stdin", {"--sfx", "--exclude", "-C", "--update", "--files-from", "--dry-run",
                                 "--unix", "--no-unix"});
-  if (arguments.Has("--null") && !arguments.Has("--files-from")) {
-    throw UsageError("--null goes with --files-from");
-  }
+  arguments.Require("--null", "--files-from");
   SetUpPacking(arguments);
-  const std::string& name = arguments.Operand(0, "the archive");
+  const std::string& name = arguments.Operand(0, "ARCHIVE");
   if (name != "-") return AddTo(arguments, name);
-  if (arguments.Has("--sfx")) throw UsageError("--sfx makes a file beside the archive, not -");
+  if (arguments.Has("--sfx"))
+    throw UsageError("--sfx needs an archive on disk, not standard output");
   const TemporaryFolder folder;
   const fs::path archive = folder.Path() / "archive.lzh";
   AddTo(arguments, Shown(archive));
@@ -289,6 +290,6 @@ void Add(const Arguments& arguments) {
 
 }  // namespace
 
-const Command kAddCommand = {"add", "put files into an archive", kHelp, kOptions, Add};
+const Command kAddCommand = {"add", "add files to an archive", kHelp, kOptions, Add};
 
 }  // namespace kozor::program

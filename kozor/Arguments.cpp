@@ -15,11 +15,11 @@ namespace kozor::program {
 namespace {
 
 constexpr std::array<Option, 5> kCommon = {{
-    {"-v,--verbose", "", "name each file that is done"},
-    {"-q,--quiet", "", "say nothing but what went wrong"},
-    {"--progress", "WHEN", "show progress: auto (on a terminal), always, never"},
-    {"-h,--help", "", "show this text"},
-    {"--version", "", "show the program's version"},
+    {"-v,--verbose", "", "print the name of each file when it is done"},
+    {"-q,--quiet", "", "print errors only"},
+    {"--progress", "WHEN", "show progress: auto (default: on a terminal), always\nor never"},
+    {"-h,--help", "", "show this help"},
+    {"--version", "", "show the version"},
 }};
 
 // "--verbose" of "-v,--verbose".
@@ -60,7 +60,8 @@ std::size_t Distance(std::string_view a, std::string_view b) {
   word.resize(std::min(word.size(), word.find('=')));
   std::vector<std::string_view> names;
   for (const Option& option : options) names.push_back(LongestName(option.name));
-  throw UsageError("unknown option " + Visible(word) + Suggestion(word, names));
+  const bool isLetter = word.size() <= 2;  // any other letter would be as near
+  throw UsageError("unknown option " + Visible(word) + (isLetter ? "" : Suggestion(word, names)));
 }
 
 }  // namespace
@@ -130,14 +131,14 @@ int Arguments::Number(std::string_view option, int least, int most, int fallback
   int number = 0;
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
   if (error != std::errc() || end != text.data() + text.size() || number < least || number > most) {
-    throw UsageError(std::string(option) + ": not a number from " + std::to_string(least) + " to " +
-                     std::to_string(most) + ": " + Visible(text));
+    throw UsageError(std::string(option) + " must be a number from " + std::to_string(least) +
+                     " to " + std::to_string(most) + ", not " + Visible(text));
   }
   return number;
 }
 
 const std::string& Arguments::Operand(std::size_t index, std::string_view what) const {
-  if (index >= operands.size()) throw UsageError(std::string(what) + " is missing");
+  if (index >= operands.size()) throw UsageError("missing operand: " + std::string(what));
   return operands[index];
 }
 
@@ -147,7 +148,7 @@ std::vector<std::string> Arguments::OperandsFrom(std::size_t first) const {
 }
 
 void Arguments::AllowOperands(std::size_t count) const {
-  if (operands.size() > count) throw UsageError("unexpected word " + Visible(operands[count]));
+  if (operands.size() > count) throw UsageError("unexpected operand: " + Visible(operands[count]));
 }
 
 void Arguments::Exclude(std::string_view option,
@@ -155,8 +156,13 @@ void Arguments::Exclude(std::string_view option,
   if (!Has(option)) return;
   for (const std::string_view other : others) {
     if (!Has(other)) continue;
-    throw UsageError(std::string(option) + " and " + std::string(other) + " don't go together");
+    throw UsageError(std::string(option) + " can't be combined with " + std::string(other));
   }
+}
+
+void Arguments::Require(std::string_view option, std::string_view other) const {
+  if (!Has(option) || Has(other)) return;
+  throw UsageError(std::string(option) + " requires " + std::string(other));
 }
 
 std::string OptionsHelp(std::span<const Option> options) {
@@ -183,7 +189,8 @@ std::string OptionsHelp(std::span<const Option> options) {
 
 std::string Suggestion(std::string_view word, std::span<const std::string_view> candidates) {
   std::string_view nearest;
-  std::size_t least = std::max<std::size_t>(1, word.size() / 3) + 1;
+  // Two swapped letters are two changes.
+  std::size_t least = word.size() < 3 ? 2 : std::max<std::size_t>(2, word.size() / 3) + 1;
   for (const std::string_view candidate : candidates) {
     const bool completes = word.size() >= 3 && candidate.starts_with(word);
     const std::size_t distance = completes ? 0 : Distance(word, candidate);

@@ -29,6 +29,12 @@ constexpr std::array<Option, First + Second> Join(const std::array<Option, First
   return all;
 }
 
+// Options of several commands.
+inline constexpr Option kExcludeOption = {
+    "--exclude", "MASK", "leave out files and directories of this name; may be\nrepeated"};
+inline constexpr Option kBaseOption = {
+    "-C", "BASE", "directory that paths are relative to (default: the\ncurrent directory)"};
+
 // Options of every command.
 extern const std::span<const Option> kCommonOptions;
 
@@ -47,7 +53,7 @@ class Arguments {
   int Number(std::string_view option, int least, int most, int fallback) const;
 
   const std::vector<std::string>& Operands() const { return operands; }
-  // Operand `index`; throws UsageError that `what` is missing if there are fewer operands.
+  // Operand `index`; throws UsageError with its name, `what`, if there are fewer operands.
   const std::string& Operand(std::size_t index, std::string_view what) const;
   // The operands from `first` on.
   std::vector<std::string> OperandsFrom(std::size_t first) const;
@@ -55,6 +61,8 @@ class Arguments {
   void AllowOperands(std::size_t count) const;
   // Throws UsageError if `option` is given together with one of `others`.
   void Exclude(std::string_view option, std::initializer_list<std::string_view> others) const;
+  // Throws UsageError if `option` is given without `other`.
+  void Require(std::string_view option, std::string_view other) const;
 
  private:
   std::map<std::string, std::vector<std::string>, std::less<>> values;

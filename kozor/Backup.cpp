@@ -26,36 +26,40 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr std::string_view kHelp =
-    R"(Usage: kozor backup [OPTION...] VOLUME [-C BASE] MASK-OR-PATH...
+    R"(Usage: kozor backup [OPTION]... VOLUME [-C BASE] PATH...
 
-Stores files, uncompressed, in a backup set of one or more volumes.
+Backs files up, uncompressed, to a set of one or more volumes.
 
-VOLUME is the path of every volume, each on a medium of its own: when one is full
-the program asks for the next.  With a # in its last part, which stands for the
-volume's number (set-#.vol), it doesn't ask.  A volume of an older set that is in
-the way is replaced if the user says so, or --force; any other file never.
+VOLUME is the path of every volume.  A # in its last component (set-#.vol)
+stands for the volume's number.  Without a #, each volume is on a medium of its
+own, and the program asks for the next medium when one is full.  A volume of
+another set is replaced only if you agree (see --force); any other file is never
+replaced.
 
-Beside each volume goes a file with its checksum (set-1.vol.sha256), and at the end
-a catalogue of the set (set-catalogue.vol.json): "kozor verify" and "kozor restore"
-use them.  The catalogue also keeps what volumes don't: permission bits, links and
-empty folders.
+Beside each volume goes its checksum (set-1.vol.sha256), and after the last one
+a catalogue of the set (set-catalogue.vol.json), for "kozor verify" and "kozor
+restore".  The catalogue also keeps what volumes can't: permissions, symbolic
+links and empty directories.  The volumes hold what links lead to, for programs
+that don't know the catalogue, unless you say --no-dereference.
 
-MASK-OR-PATH, BASE and --exclude are those of "kozor add"; here either all files
-or none must lie below BASE.
+PATH, BASE and --exclude are those of "kozor add", but either all files are
+below BASE or none.
 )";
 
-constexpr std::array<Option, 10> kOptions = {{
-    {"-C", "BASE", "take names from this directory on; the current one if\nabsent"},
-    {"--exclude", "MASK", "leave out files and folders of this name; may be\nrepeated"},
-    {"--force", "", "replace volumes of other sets without a question"},
-    {"--volume-size", "N", "write N bytes on a volume at most; N may end in K, M\nor G"},
-    {"--id", "TEXT", "identity of the set; one that no other set has if absent"},
-    {"--label", "TEXT", "label of the set"},
-    {"--memo", "TEXT", "memo of the set"},
-    {"--format", "N", "version of the format: 101, or 100 for older programs"},
-    {"--no-catalogue", "", "write no checksums and no catalogue beside the volumes"},
-    {"--sync-each", "",
-     "wait for the medium after each write, not only at the\nend of each volume"},
+constexpr std::array<Option, 11> kOptions = {{
+    kBaseOption,
+    kExcludeOption,
+    {"--force", "", "replace volumes of other sets without asking"},
+    {"--volume-size", "N",
+     "largest volume in bytes, or with K, M or G after the\nnumber (default: all free space)"},
+    {"--id", "TEXT", "identity of the set (default: a random one)"},
+    {"--label", "TEXT", "label of the set, shown in questions"},
+    {"--memo", "TEXT", "any text to keep with the set"},
+    {"--format", "N", "format of the volumes: 101 (default), or 100 for older\nprograms"},
+    {"--no-catalogue", "", "write neither checksums nor a catalogue"},
+    {"--no-dereference", "",
+     "keep symbolic links in the catalogue alone, and don't\nstore what they lead to"},
+    {"--sync-each", "", "flush each write to the medium, not only each complete\nvolume"},
 }};
 
 // The identity and texts of a set.
@@ -189,7 +193,7 @@ class BackupVolumes : public Volumes {
   static constexpr std::int64_t kLatestTime = 0x7FFFFFFF;
   // Space for the checksum file of a volume.
   static constexpr unsigned long kChecksumRoom = 16 << 10;
-  static constexpr const char* kNoVolume = "a file that is no volume is in its place";
+  static constexpr const char* kNoVolume = "a file that isn't a volume is in its place";
 
   bool MayReplace(const fs::path& path, const VolumeHeader& header) {
     if (!CanAsk()) return false;
@@ -220,7 +224,7 @@ unsigned long ReadSize(const std::string& text) {
   const unsigned int shift = unit == "G" ? 30 : unit == "M" ? 20 : unit == "K" ? 10 : 0;
   const bool unitKnown = shift > 0 || unit.empty();
   if (error != std::errc() || !unitKnown || number == 0 || number > kMaxBytes >> shift) {
-    throw UsageError("--volume-size: not a number of bytes from 1 to 4G less 1: " + text);
+    throw UsageError("--volume-size must be from 1 to 4294967295 bytes, not " + Visible(text));
   }
   return static_cast<unsigned long>(number << shift);
 }
@@ -228,7 +232,7 @@ unsigned long ReadSize(const std::string& text) {
 int ReadFormat(const std::string& text) {
   if (text == "100") return 100;
   if (text == "101") return 101;
-  throw UsageError("--format: only 100 and 101 are known, not " + text);
+  throw UsageError("--format must be 100 or 101, not " + Visible(text));
 }
 
 std::string UniqueIdentity() {
@@ -247,7 +251,7 @@ Areas ReadAreas(const Arguments& arguments, int format) {
   if (format == 100 && bytes < kLeastBytes) areas.memo.append(kLeastBytes - bytes, ' ');
   constexpr std::size_t kMostBytes = 0xFFFF;
   if (std::max({areas.id.size(), areas.label.size(), areas.memo.size()}) > kMostBytes) {
-    throw UsageError("--id, --label and --memo take 65535 bytes at most");
+    throw UsageError("--id, --label and --memo: at most 65535 bytes each");
   }
   return areas;
 }
@@ -287,8 +291,8 @@ bool IsOwnFile(const VolumeName& name, fs::path path) {
 FileGroup SelectForSet(const SelectionRequest& request) {
   std::vector<FileGroup> groups = Select(request);
   if (groups.size() > 1) {
-    throw Failure("some files lie below " + Visible(request.base.string()) +
-                  " and some don't; choose a base directory above them all (-C)");
+    throw Failure("some files are below " + Visible(request.base.string()) +
+                  " and some aren't; choose a base directory above them all (-C)");
   }
   return std::move(groups[0]);
 }
@@ -298,23 +302,29 @@ void RequireCataloguePlace(const fs::path& path) {
   try {
     ReadCatalogue(path);
   } catch (const Failure&) {
-    throw Failure(Visible(Shown(path)) + ": no catalogue, and in the place of the set's " +
-                  "(--force replaces it, --no-catalogue leaves it)");
+    throw Failure(Visible(Shown(path)) + ": exists and isn't a catalogue (--force replaces " +
+                  "it, --no-catalogue does without)");
   }
 }
 
+LinkRule LinksOf(const Arguments& arguments) {
+  arguments.Exclude("--no-catalogue", {"--no-dereference"});
+  if (arguments.Has("--no-catalogue")) return LinkRule::Followed;
+  return arguments.Has("--no-dereference") ? LinkRule::Kept : LinkRule::Noted;
+}
+
 void Backup(const Arguments& arguments) {
-  const VolumeName name(arguments.Operand(0, "the volume"));
-  arguments.Operand(1, "what to back up");
+  const VolumeName name(arguments.Operand(0, "VOLUME"));
+  arguments.Operand(1, "PATH");
   const int format = ReadFormat(arguments.Value("--format", "101"));
   const Areas areas = ReadAreas(arguments, format);
   const unsigned long maxVolumeBytes = ReadSize(arguments.Value("--volume-size"));
-  const FileGroup group = SelectForSet(
-      {.base = FromUtf8(arguments.Value("-C", ".")),
-       .words = arguments.OperandsFrom(1),
-       .excludes = arguments.Values("--exclude"),
-       .isOwnFile = [&](const fs::path& path) { return IsOwnFile(name, path); },
-       .links = arguments.Has("--no-catalogue") ? LinkRule::Followed : LinkRule::Noted});
+  const FileGroup group =
+      SelectForSet({.base = FromUtf8(arguments.Value("-C", ".")),
+                    .words = arguments.OperandsFrom(1),
+                    .excludes = arguments.Values("--exclude"),
+                    .isOwnFile = [&](const fs::path& path) { return IsOwnFile(name, path); },
+                    .links = LinksOf(arguments)});
   std::vector<std::string> others;
   ZorFind find = group.Find(others);
   std::optional<LinkTree> links;
@@ -332,7 +342,7 @@ void Backup(const Arguments& arguments) {
 
 }  // namespace
 
-const Command kBackupCommand = {"backup", "store files over several volumes", kHelp, kOptions,
+const Command kBackupCommand = {"backup", "back files up over several volumes", kHelp, kOptions,
                                 Backup};
 
 }  // namespace kozor::program

@@ -208,7 +208,7 @@ std::optional<Catalogue> ReadCatalogue(const fs::path& path) {
   try {
     const Json json = Json::parse(file);
     if (json.at("kozor-catalogue") != kFormat) {
-      throw Failure(Visible(path.string()) + ": a catalogue of a newer program");
+      throw Failure(Visible(path.string()) + ": written by a newer version of kozor");
     }
     Catalogue catalogue;
     catalogue.identity = json.at("identity");
@@ -218,7 +218,8 @@ std::optional<Catalogue> ReadCatalogue(const fs::path& path) {
     GetAll(json.at("links"), catalogue.links);
     return catalogue;
   } catch (const nlohmann::json::exception&) {
-    throw Failure(Visible(path.string()) + ": a damaged catalogue (move it away to go without)");
+    throw Failure(Visible(path.string()) +
+                  ": the catalogue is damaged (move it away to do without)");
   }
 }
 

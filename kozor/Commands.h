@@ -15,6 +15,7 @@ struct Command {
   std::span<const Option> options;
   // Complains about failures of single files and goes on; throws to end the run.
   void (*run)(const Arguments& arguments);
+  std::string_view notes = {};  // printed after `help`; for what several commands have in common
 };
 
 extern const Command kAddCommand;

@@ -196,7 +196,7 @@ std::string CompletionScript(const std::string& shell, std::span<const Command* 
   if (shell == "bash") return BashScript(commands);
   if (shell == "zsh") return ZshScript(commands);
   if (shell == "fish") return FishScript(commands);
-  throw UsageError("completions are made for bash, zsh and fish, not for " + Visible(shell));
+  throw UsageError("completion scripts exist for bash, zsh and fish, not for " + Visible(shell));
 }
 
 }  // namespace kozor::program

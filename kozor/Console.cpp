@@ -117,7 +117,7 @@ void Progress::FileEnds(std::uint64_t bytes) {
 bool Progress::RequireAll(std::size_t selected) const {
   if (files >= selected) return true;
   Complain(std::to_string(selected - files) + " of " + std::to_string(selected) +
-           " files were left out: a folder could not be read again");
+           " files were left out: a directory could not be read again");
   return false;
 }
 

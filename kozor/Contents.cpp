@@ -168,7 +168,7 @@ void RequireUnpackable(const Member& member) {
     throw FileFailure("members of 4 GiB or more can't be unpacked");
   }
   if (member.overclaims) {
-    throw FileFailure("the member is damaged: its data can't unpack to the size that it claims");
+    throw FileFailure("the member is damaged: its data is too short for the size it claims");
   }
 }
 
@@ -180,7 +180,7 @@ std::vector<Member> ReadMembers(const std::string& archive, const std::string& n
   if (!state.problem.empty()) throw Failure(Visible(name) + ": " + state.problem);
   container::File file;
   if (!file.Open(archive, container::File::Mode::Read)) {
-    throw Failure(Visible(name) + ": another program is changing the archive, or it can't be read");
+    throw Failure(Visible(name) + ": the archive can't be read, or another program is changing it");
   }
   try {
     container::BufferedFile source(file);
@@ -200,7 +200,7 @@ std::vector<Member> ReadMembers(const std::string& archive, const std::string& n
     // The library's numbers are the archiver's minus 0x8000.
     const auto error = static_cast<ZorError>(static_cast<int>(failure.code) - 0x8000);
     if (error == ZorErrorEngine8019 && IsVolume(HostPath(archive))) {
-      throw Failure(Visible(name) + ": a volume of a backup set (see kozor info)");
+      throw Failure(Visible(name) + ": a volume of a backup set (kozor info shows it)");
     }
     throw Failure(Visible(name) + ": " + std::string(ErrorText(error)));
   }
@@ -210,9 +210,10 @@ void ChooseNamePage(const Arguments& arguments) {
   if (!arguments.Has("--name-page")) return;
   const int page = arguments.Number("--name-page", 1, 65535, 0);
   if (!ChooseNamePage(static_cast<unsigned int>(page))) {
-    throw UsageError("--name-page: not a known code page: " + std::to_string(page) +
-                     " (932, 65001, 437, 850, 852, 866, 936, 949, 950, 1250 to 1252, 10000, 28591, "
-                     "51932)");
+    throw UsageError(
+        "--name-page: unknown code page " + std::to_string(page) +
+        " (known: 932, 65001, 437, 850, 852, 866, 936, 949, 950, 1250 to 1252, 10000, 28591, "
+        "51932)");
   }
 }
 

@@ -70,9 +70,9 @@ class SourceArchive {
 // An option of every command that reads the names in an archive.
 inline constexpr Option kNamePageOption = {
     "--name-page", "PAGE",
-    "code page of names in archives that don't record it:\n932, 65001 (UTF-8), 51932 (EUC), 437, "
+    "code page of names whose archive doesn't record it:\n932, 65001 (UTF-8), 51932 (EUC), 437, "
     "850, 866, 1252\n"
-    "and others; guessed if absent"};
+    "and others (default: guessed)"};
 // Call it before reading the archive.  Throws UsageError for an unknown page.
 void ChooseNamePage(const Arguments& arguments);
 

@@ -11,13 +11,12 @@ namespace kozor::program {
 namespace {
 
 constexpr std::string_view kHelp =
-    R"(Usage: kozor delete [OPTION...] ARCHIVE MASK...
+    R"(Usage: kozor delete [OPTION]... ARCHIVE MASK...
 
-Deletes members from an LZH archive.  A MASK is a member's complete name, a
-folder with a slash behind it, which stands for everything below it, or a name
-with * and ? in its last part, which is looked for in all folders below.  When a
-MASK means nothing, nothing is deleted.  An archive that has lost its last member
-is removed.
+Deletes members from an LZH archive.  A MASK is the name of a member; a
+directory, with everything below it; or a name with * and ? in its last
+component, which is matched in its directory and all below.  If one MASK matches
+nothing, nothing is deleted.  An archive that loses its last member is removed.
 )";
 
 constexpr std::array<Option, 1> kOptions = {kNamePageOption};
@@ -50,8 +49,8 @@ std::vector<std::string> MasksFor(const std::string& word,
 
 void Delete(const Arguments& arguments) {
   ChooseNamePage(arguments);
-  const std::string& name = arguments.Operand(0, "the archive");
-  arguments.Operand(1, "what to delete");
+  const std::string& name = arguments.Operand(0, "ARCHIVE");
+  arguments.Operand(1, "MASK");
   const std::string path = LibraryPath(FromUtf8(name));
   std::vector<std::string> masks;
   const std::vector<Member> members = ReadMembers(path, name);

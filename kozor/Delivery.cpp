@@ -22,7 +22,7 @@ bool BeginsWithDrive(const std::string& name) {
 }
 
 constexpr const char* kNoSuchName =
-    "refused: no file can have this name (kozor print shows the contents)";
+    "refused: not a valid file name (kozor print shows the contents)";
 
 // Throws if a component can't be a file name or is "..".
 void RequireSound(const std::string& name) {
@@ -30,7 +30,7 @@ void RequireSound(const std::string& name) {
     const std::size_t end = std::min(name.find('\\', start), name.size());
     const std::string part = name.substr(start, end - start);
     if (part == "." || part == "..") {
-      throw FileFailure("refused: its name climbs out of folders");
+      throw FileFailure("refused: the name contains . or .. as a component");
     }
     if (!CanBeMade(part)) throw FileFailure(kNoSuchName);
     start = end + 1;
@@ -46,19 +46,11 @@ void RequireSound(const std::string& name) {
 
 DeliveryRules ReadDeliveryRules(const Arguments& arguments) {
   DeliveryRules rules;
-  const std::array<std::pair<const char*, DeliveryRules::Existing>, 3> existing = {
-      {{"--force", DeliveryRules::Existing::IsReplaced},
-       {"--keep-existing", DeliveryRules::Existing::Stays},
-       {"--keep-newer", DeliveryRules::Existing::StaysIfNewer}}};
-  const char* given = nullptr;
-  for (const auto& [option, rule] : existing) {
-    if (!arguments.Has(option)) continue;
-    if (given != nullptr) {
-      throw UsageError(std::string(given) + " and " + option + " exclude each other");
-    }
-    given = option;
-    rules.existing = rule;
-  }
+  arguments.Exclude("--force", {"--keep-existing", "--keep-newer"});
+  arguments.Exclude("--keep-existing", {"--keep-newer"});
+  if (arguments.Has("--force")) rules.existing = DeliveryRules::Existing::IsReplaced;
+  if (arguments.Has("--keep-existing")) rules.existing = DeliveryRules::Existing::Stays;
+  if (arguments.Has("--keep-newer")) rules.existing = DeliveryRules::Existing::StaysIfNewer;
   if (arguments.Has("--allow-outside")) rules.links = Destination::Links::MayLeadOut;
   rules.absoluteNames = arguments.Has("--absolute-names");
   return rules;
@@ -72,7 +64,7 @@ fs::path Delivery::PathOf(const std::string& name) {
   std::string rest = name.substr(hasDrive ? 2 : 0);
   rest.erase(0, rest.find_first_not_of('\\'));
   while (rest.ends_with('\\')) rest.pop_back();
-  if (rest.empty()) throw FileFailure("refused: it has no name");
+  if (rest.empty()) throw FileFailure("refused: the name is empty");
   RequireSound(rest);
   if (rooted && rules.absoluteNames) {
     const bool onHost = !hasDrive && !name.starts_with("\\\\");
@@ -80,8 +72,8 @@ fs::path Delivery::PathOf(const std::string& name) {
   }
   if (rooted && !rootTakenOff) {
     Remark(
-        "names that begin at the root are taken from the destination on "
-        "(--absolute-names takes them as they are)");
+        "absolute names are written below the destination (--absolute-names writes them to where "
+        "they point)");
     rootTakenOff = true;
   }
   return HostName(rest);
@@ -121,8 +113,7 @@ void Delivery::RequireNoTwin() {
   const std::string own = path.generic_string();
   const std::string& first = delivered.try_emplace(text::UpperKey(own), own).first->second;
   if (first != own) {
-    throw FileFailure("refused: its name differs from that of " + Visible(first) +
-                      " in case alone");
+    throw FileFailure("refused: the name differs from " + Visible(first) + " only in case");
   }
 }
 
@@ -166,9 +157,9 @@ Delivery::Verdict Delivery::Judge(const Item& item, const Occupant& occupant, bo
 
 Delivery::Verdict Delivery::Ask(const Item& item, const Occupant& occupant) {
   const std::string question =
-      Visible(path.string()) + " exists: " + std::to_string(occupant.size) + " bytes of " +
-      TimeText(occupant.time) + (occupant.isReadOnly ? ", read-only" : "") + ".\nReplace it by " +
-      std::to_string(item.size) + " bytes of " + TimeText(item.time) +
+      Visible(path.string()) + " exists: " + std::to_string(occupant.size) + " bytes, " +
+      TimeText(occupant.time) + (occupant.isReadOnly ? ", read-only" : "") + ".\nReplace it with " +
+      std::to_string(item.size) + " bytes, " + TimeText(item.time) +
       "? [y]es, [n]o, [a]ll, n[o]ne, [r]ename, [q]uit:";
   std::string answer;
   for (;;) {
@@ -188,7 +179,7 @@ Delivery::Verdict Delivery::Ask(const Item& item, const Occupant& occupant) {
         rules.existing = DeliveryRules::Existing::Stays;
         return Verdict::Keep;
       case 'r': {
-        if (!AskUser("New name, in the same folder:", answer)) break;
+        if (!AskUser("New name (in the same directory):", answer)) break;
         if (answer.empty() || answer == "." || answer == ".." ||
             answer.find('/') != std::string::npos) {
           break;
@@ -197,7 +188,7 @@ Delivery::Verdict Delivery::Ask(const Item& item, const Occupant& occupant) {
         return Verdict::Rename;
       }
       case 'q':
-        throw Failure("stopped at " + Visible(path.string()) + ", as you asked");
+        throw Failure("stopped before " + Visible(path.string()));
       default:
         break;
     }

@@ -30,24 +30,26 @@ struct DeliveryRules {
 
 // The options that set the rules, for the commands that deliver files.
 inline constexpr std::array<Option, 7> kDeliveryOptions = {{
-    {"-d", "DIRECTORY", "bring files out below this directory; the current one\nif absent"},
-    {"--exclude", "MASK", "leave out files and folders of this name; may be\nrepeated"},
-    {"--force", "", "replace existing files without a question"},
-    {"--keep-existing", "", "leave existing files as they are"},
-    {"--keep-newer", "", "replace existing files, but not newer ones"},
+    {"-d", "DIRECTORY", "write files below DIRECTORY (default: the current\ndirectory)"},
+    kExcludeOption,
+    {"--force", "", "replace existing files without asking"},
+    {"--keep-existing", "", "keep existing files"},
+    {"--keep-newer", "", "keep existing files that are newer, replace others"},
     {"--allow-outside", "",
-     "make links that lead out of DIRECTORY, and go through\nthose that are there"},
-    {"--absolute-names", "", "take names that begin at the root as they are"},
+     "create symbolic links that lead out of DIRECTORY, and\nwrite through existing ones"},
+    {"--absolute-names", "", "write absolute names to where they point, not below\nDIRECTORY"},
 }};
 // A description of them for the help.
 inline constexpr std::string_view kDeliveryHelp =
-    R"(A file that is there already is replaced at once if it has the same contents.
-Otherwise the program asks on a terminal; without one the existing file stays, is
-named, and the exit code is 1.  Every file takes its place only when it is whole.
+    R"(A different file that already exists is replaced only if you agree: on a
+terminal the program asks; elsewhere the file is kept and named, and the exit
+status is 1 (see --force, --keep-existing and --keep-newer).  A file takes its
+place only when it is complete.
 
-A name that begins at the root is taken from DIRECTORY on.  One that passes
-through a link that leads out of DIRECTORY is refused.  Bad files are named and
-the others brought out.  The exit code is 1 in both cases.
+Nothing is written outside of DIRECTORY: absolute names are taken relative to
+it, and what would pass through or become a symbolic link that leads out of it
+is refused.  Files that are refused or damaged are named, all others are
+written, and the exit status is 1.
 )";
 DeliveryRules ReadDeliveryRules(const Arguments& arguments);
 

@@ -104,7 +104,7 @@ HostHandle Destination::Open(const fs::path& path, fs::path& reached, int linksL
     if (!next.IsOpen()) {
       const std::string problem = LastSystemError();
       if (!IsLink(directory, part->string())) throw FileFailure(problem);
-      if (linksLeft == 0) throw FileFailure("too many links lead from one to another");
+      if (linksLeft == 0) throw FileFailure("too many levels of symbolic links");
       fs::path rest = Resolve(reached / *part);
       while (++part != path.end()) rest /= *part;
       return Open(rest, reached, linksLeft - 1);
@@ -191,7 +191,7 @@ void Destination::PrepareLink(const std::string& workName, const Place& place,
                               const fs::path& target, std::uint64_t lastWrite) {
   if (links == Links::StayInside && MayLeadOut(place.folder, target)) {
     throw FileFailure("refused: the link to " + Visible(target.string()) +
-                      " leads out of the destination (--allow-outside makes it)");
+                      " leads out of the destination (--allow-outside creates it)");
   }
   MakeLink(Work().Directory(), workName, target, lastWrite);
 }

@@ -12,19 +12,17 @@ namespace kozor::program {
 namespace {
 
 constexpr std::string_view kHelp =
-    R"(Usage: kozor extract [OPTION...] ARCHIVE [-d DIRECTORY] [MASK...]
+    R"(Usage: kozor extract [OPTION]... ARCHIVE [-d DIRECTORY] [MASK]...
 
-Brings members of an LZH archive out into files.
-
-Without a MASK everything is extracted.  A MASK is a member's name, a folder, or
-a name with * and ? in its last part, which is looked for in all folders below.
-ARCHIVE "-" is standard input.
-
+Extracts members of an LZH archive; without a MASK, all of them.  A MASK is the
+name of a member; a directory; or a name with * and ? in its last component,
+which is matched in its directory and all below.  "-" as ARCHIVE is standard
+input.
 )";
 
 constexpr std::array<Option, 2> kOwnOptions = {{
     {"--keep-setid", "",
-     "bring out set-uid, set-gid and sticky bits, too: they\nlet others act with your rights"},
+     "restore set-uid, set-gid and sticky bits; the first\ntwo let others act with your rights"},
     kNamePageOption,
 }};
 constexpr auto kOptions = Join(kDeliveryOptions, kOwnOptions);
@@ -60,7 +58,7 @@ class Extraction {
         links.push_back(&member);
         return;
       case MemberKind::Nameless:
-        throw FileFailure("a member without a usable name, not extracted");
+        throw FileFailure("not extracted: a member without a usable name");
     }
   }
 
@@ -115,7 +113,7 @@ class Extraction {
 void Extract(const Arguments& arguments) {
   const DeliveryRules rules = ReadDeliveryRules(arguments);
   ChooseNamePage(arguments);
-  const SourceArchive archive(arguments.Operand(0, "the archive"));
+  const SourceArchive archive(arguments.Operand(0, "ARCHIVE"));
   const std::vector<const Member*> members =
       Choose(archive.Members(), arguments.OperandsFrom(1), MaskList(arguments.Values("--exclude")),
              archive.Name());
@@ -126,7 +124,7 @@ void Extract(const Arguments& arguments) {
 
 }  // namespace
 
-const Command kExtractCommand = {"extract", "bring members of an archive out into files", kHelp,
-                                 kOptions, Extract};
+const Command kExtractCommand = {
+    "extract", "extract members of an archive", kHelp, kOptions, Extract, kDeliveryHelp};
 
 }  // namespace kozor::program

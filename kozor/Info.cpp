@@ -6,6 +6,7 @@
 #include "Failure.h"
 #include "Host.h"
 #include "Listing.h"
+#include "Mask.h"
 #include "VolumeReader.h"
 #include "Volumes.h"
 
@@ -16,15 +17,15 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr std::string_view kHelp =
-    R"(Usage: kozor info VOLUME
+    R"(Usage: kozor info [OPTION]... VOLUME
 
-Shows what a volume of a backup set says of itself, and the files that begin on
-it: size in bytes, last change, attributes, name.  VOLUME is a path, or a pattern
-with # for the number, which shows every volume of the set.
+Shows the header of a backup volume, and the files that begin on the volume:
+size in bytes, last change, attributes, name.  VOLUME is a path, or a pattern
+with # for all volumes of a set.
 
-A volume other than the first begins with the rest of a file, whose length only
-the volumes before it tell.  They are read, too, if they have the same name but
-for their number.
+A volume other than the first begins with the rest of a file.  How long that is
+follows from the volumes before it, which are read too if their names differ in
+the number alone.
 )";
 
 void PrintHeader(const fs::path& path, const VolumeHeader& header) {
@@ -37,15 +38,19 @@ void PrintHeader(const fs::path& path, const VolumeHeader& header) {
   PrintLine("Memo:          " + Visible(header.memo));
 }
 
+constexpr std::array<Option, 1> kOptions = {kExcludeOption};
+
 // Prints the records that begin on the volume and returns how many there are.
-std::int64_t PrintRecords(VolumeReader& volume, std::int64_t recordsLeft) {
+std::int64_t PrintRecords(VolumeReader& volume, std::int64_t recordsLeft,
+                          const MaskList& excludes) {
   std::int64_t count = 0;
   while (count < recordsLeft) {
     const std::optional<VolumeRecord> record = volume.Next();
     if (!record) break;
+    ++count;
+    if (excludes.Means(record->name)) continue;
     PrintLine(EntryLine(std::to_string(record->size), TimeText(record->time), record->attribute,
                         VisibleLibraryName(record->name)));
-    ++count;
   }
   return count;
 }
@@ -54,7 +59,8 @@ std::int64_t PrintRecords(VolumeReader& volume, std::int64_t recordsLeft) {
 // the next one.
 class SetReader {
  public:
-  explicit SetReader(const VolumeName& volumeName) : name(volumeName) {}
+  SetReader(const VolumeName& volumeName, const MaskList& leaveOut)
+      : name(volumeName), excludes(leaveOut) {}
 
   // Reads the next volume of the set; prints it if `number` is its number, or 0.
   VolumeHeader Follow(int next, std::int64_t number) {
@@ -70,7 +76,7 @@ class SetReader {
     volume.Skip(carriedOver);
     if (number == 0 || number == next) {
       PrintHeader(path, volume.Header());
-      recordsRead += PrintRecords(volume, first.files - recordsRead);
+      recordsRead += PrintRecords(volume, first.files - recordsRead, excludes);
     } else {
       while (recordsRead < first.files && volume.Next()) ++recordsRead;
     }
@@ -82,13 +88,14 @@ class SetReader {
 
  private:
   const VolumeName& name;
+  const MaskList& excludes;
   VolumeHeader first;
   std::int64_t recordsRead = 0;
   std::uint64_t carriedOver = 0;
 };
 
-void ShowSet(const VolumeName& name) {
-  SetReader reader(name);
+void ShowSet(const VolumeName& name, const MaskList& excludes) {
+  SetReader reader(name, excludes);
   int number = 0;
   do {
     if (number > 0) PrintLine("");
@@ -105,37 +112,38 @@ std::string PatternOf(const fs::path& path, std::int64_t number) {
   return (path.parent_path() / FromUtf8(file.replace(found, digits.size(), "#"))).string();
 }
 
-void ShowVolume(const fs::path& path) {
+void ShowVolume(const fs::path& path, const MaskList& excludes) {
   VolumeReader volume(path);
   const VolumeHeader& header = volume.Header();
   if (header.number == 1) {
     PrintHeader(path, header);
-    PrintRecords(volume, header.files);
+    PrintRecords(volume, header.files, excludes);
     return;
   }
   const std::string pattern = PatternOf(path, header.number);
   const VolumeName name(pattern);
   if (pattern.empty() || !Exists(name.Path(1))) {
     PrintHeader(path, header);
-    Complain(Visible(path.string()) + ": its files can be told with the volumes before it only");
+    Complain(Visible(path.string()) + ": its files can't be listed without the volumes before it");
     return;
   }
-  SetReader reader(name);
+  SetReader reader(name, excludes);
   for (int next = 1; next <= header.number; ++next) reader.Follow(next, header.number);
 }
 
 void Info(const Arguments& arguments) {
-  const VolumeName name(arguments.Operand(0, "the volume"));
+  const VolumeName name(arguments.Operand(0, "VOLUME"));
   arguments.AllowOperands(1);
+  const MaskList excludes(arguments.Values("--exclude"));
   if (name.IsPattern()) {
-    ShowSet(name);
+    ShowSet(name, excludes);
   } else {
-    ShowVolume(name.Path(1));
+    ShowVolume(name.Path(1), excludes);
   }
 }
 
 }  // namespace
 
-const Command kInfoCommand = {"info", "show what a backup volume holds", kHelp, {}, Info};
+const Command kInfoCommand = {"info", "show what is on a backup volume", kHelp, kOptions, Info};
 
 }  // namespace kozor::program

@@ -14,20 +14,20 @@ namespace kozor::program {
 namespace {
 
 constexpr std::string_view kHelp =
-    R"(Usage: kozor list [OPTION...] ARCHIVE [MASK...]
+    R"(Usage: kozor list [OPTION]... ARCHIVE [MASK]...
 
-Lists the members of an LZH archive: size in bytes, last change, attributes
-(r read-only, h hidden, s system, a archive), and name.  Control characters in
-names appear as \xNN.  A folder's name ends in a slash; a link's is followed by
-where it leads.  A MASK selects as in "kozor extract".
+Lists the members of an LZH archive: size in bytes, last change, attributes (r
+read-only, h hidden, s system, a archive) and name.  A slash ends the names of
+directories; an arrow shows where a symbolic link leads; control characters in
+names appear as \xNN.  A MASK selects members as in "kozor extract".
 )";
 
 constexpr std::array<Option, 6> kOptions = {{
-    {"-l,--long", "", "show method, header level, packed size, ratio and\nchecksum as well"},
-    {"--json", "", "print one JSON object with everything that is known"},
-    {"--names", "", "print nothing but names, one on a line"},
-    {"--null", "", "end each name of --names by a zero byte"},
-    {"--exclude", "MASK", "leave out members and folders of this name; may be\nrepeated"},
+    {"-l,--long", "", "also show method, header level, packed size, ratio,\nCRC and mode"},
+    {"--json", "", "print everything that is known as one JSON object"},
+    {"--names", "", "print names only, one per line"},
+    {"--null", "", "with --names: end each name with a zero byte"},
+    kExcludeOption,
     kNamePageOption,
 }};
 
@@ -109,9 +109,10 @@ void PrintTotal(const std::vector<const Member*>& members) {
 }
 
 void List(const Arguments& arguments) {
-  const std::string& name = arguments.Operand(0, "the archive");
+  const std::string& name = arguments.Operand(0, "ARCHIVE");
   arguments.Exclude("--json", {"--names", "--long"});
   arguments.Exclude("--names", {"--long"});
+  arguments.Require("--null", "--names");
   ChooseNamePage(arguments);
   const SourceArchive archive(name);
   const std::vector<const Member*> members = Choose(archive.Members(), arguments.OperandsFrom(1),

@@ -24,19 +24,21 @@ constexpr int kExitUsage = 2;
 constexpr int kExitSignal = 128;
 
 constexpr std::string_view kHelp =
-    R"(Usage: kozor COMMAND [OPTION...] [OPERAND...]
+    R"(Usage: kozor COMMAND [OPTION]... [OPERAND]...
 
-LZH archives and backup sets.
+Makes, lists, tests and extracts LZH archives, and backs files up over several
+volumes.
 
 Commands:
 )";
 
 constexpr std::string_view kHelpEnd = R"(
-"kozor COMMAND --help" tells more.  Options may stand anywhere in front of "--".
-"kozor completion SHELL" prints what bash, zsh or fish completes command lines by.
+Run "kozor COMMAND --help" for the options of a command.  Options may stand
+before and after operands; "--" ends them.  "kozor completion SHELL" prints a
+completion script for bash, zsh or fish.
 
-Exit codes: 0 everything done, 1 something failed or was left out, 2 the command
-line makes no sense, 130 stopped by Ctrl-C.
+Exit status: 0 success, 1 something failed or was left out, 2 invalid command
+line, 130 interrupted by Ctrl-C.
 )";
 
 constexpr std::array kCommands = {
@@ -57,6 +59,7 @@ void PrintHelp() {
 
 void PrintHelp(const Command& command) {
   std::string text(command.help);
+  if (!command.notes.empty()) text.append("\n").append(command.notes);
   if (!command.options.empty()) text += "\nOptions:\n" + OptionsHelp(command.options);
   PrintText(text + "\nOptions of every command:\n" + OptionsHelp(kCommonOptions));
 }
@@ -78,7 +81,7 @@ void SetUpConsole(const Arguments& arguments) {
   if (arguments.Has("--verbose")) SetVerbosity(Verbosity::Verbose);
   const std::string when = arguments.Value("--progress", "auto");
   if (when != "auto" && when != "always" && when != "never") {
-    throw UsageError("--progress: auto, always or never, not " + Visible(when));
+    throw UsageError("--progress must be auto, always or never, not " + Visible(when));
   }
   SetProgress(when == "auto"     ? ShowWhen::Auto
               : when == "always" ? ShowWhen::Always
@@ -95,7 +98,7 @@ void Run(std::vector<std::string> words) {
   if (name == "--version") return PrintLine("kozor " KOZOR_VERSION);
   if (name == "--help" || name == "-h" || (name == "help" && words.empty())) return PrintHelp();
   if (name == "completion") {
-    if (words.size() != 1) throw UsageError("completion takes one word: bash, zsh or fish");
+    if (words.size() != 1) throw UsageError("completion takes one operand: bash, zsh or fish");
     return PrintText(CompletionScript(words.front(), kCommands));
   }
   if (name == "help") return PrintHelp(FindCommand(words.front()));
@@ -119,14 +122,11 @@ int RunToExitCode(int argc, char** argv) {
     FinishStandardOutput();
     return Complaints() > 0 ? kExitFailure : 0;
   } catch (const UsageError& error) {
-    const std::string help =
-        current == nullptr ? "kozor --help tells how to use the program"
-                           : "kozor " + std::string(current->name) +
-                                 " --help tells how to use it, kozor --help what else there is";
-    Complain(std::string(error.what()) + "\n" + help);
+    const std::string command = current == nullptr ? "" : std::string(current->name) + ' ';
+    Complain(std::string(error.what()) + "\nRun \"kozor " + command + "--help\" for usage.");
     return kExitUsage;
   } catch (const Interrupted&) {
-    Complain("stopped");
+    Complain("interrupted");
     return kExitSignal + StopSignal();
   } catch (const std::bad_alloc&) {
     Complain("not enough memory");

@@ -33,7 +33,7 @@ Output::Output(const std::string& name, bool fresh, const std::string& givenWork
   }
   if (fs::is_directory(archive)) throw Failure(Visible(name) + ": a directory, not an archive");
   if (Exists(archive) && !fs::is_regular_file(archive)) {
-    throw Failure(Visible(name) + ": a device or the like, not an archive");
+    throw Failure(Visible(name) + ": not a regular file");
   }
   path = LibraryPath(archive);
   const bool replace = fresh && Exists(archive);

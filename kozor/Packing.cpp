@@ -35,7 +35,7 @@ const Method& FindMethod(const std::string& name) {
   for (const Method& method : kMethods) {
     if (name == method.name) return method;
   }
-  throw UsageError("--method: lh0, lh1, lh5, lh6 or lh7, not " + Visible(name));
+  throw UsageError("--method must be lh0, lh1, lh5, lh6 or lh7, not " + Visible(name));
 }
 
 // Whether a word is `prefix` and a number from 1 to `most`, without zeros before it.
@@ -60,7 +60,7 @@ std::string OwnSwitches() {
   std::istringstream words(value);
   for (std::string word; words >> word;) {
     if (IsKnownSwitch(word)) continue;
-    throw Failure(std::string(kVariable) + ": the archiver knows no switch " + Visible(word) +
+    throw Failure(std::string(kVariable) + ": unknown switch " + Visible(word) +
                   " (-o1, -o5, -o6, -o7, -z1, -ol1 to -ol9, -j1 to -j999, -unix)");
   }
   return value;

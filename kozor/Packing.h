@@ -10,13 +10,16 @@ namespace kozor::program {
 
 inline constexpr std::array<Option, 5> kPackingOptions = {{
     {"--method", "METHOD",
-     "pack by lh5 (the default), lh6 or lh7, which look back\nfurther, lh1 for very old programs, "
-     "or lh0: store"},
-    {"--level", "N", "from 1, the fastest, to 9, the smallest; the default\nis 5"},
-    {"-j,--threads", "N", "pack on N threads; on all processors if absent"},
+     "compression method: lh5 (default); lh6 or lh7, with\nlarger windows; lh1, for very old "
+     "programs; lh0, none"},
+    {"--level", "N", "compression level, from 1 (fastest) to 9 (smallest);\nthe default is 5"},
+    {"-j,--threads", "N", "number of threads (default: one per processor)"},
     {"--unix", "",
-     "keep permission bits, owners, links and folders in\nthe archive; the default on Linux"},
-    {"--no-unix", "", "keep none of them: store what links lead to, and\nfolders with --dir only"},
+     "store permissions, owners, symbolic links and\ndirectories, and names in UTF-8 (default on "
+     "Linux)"},
+    {"--no-unix", "",
+     "store none of them, and names in code page 932, for\nprograms on Windows; links are "
+     "followed"},
 }};
 
 // Whether permission bits, links and folders are stored.

@@ -11,30 +11,30 @@ namespace kozor::program {
 namespace {
 
 constexpr std::string_view kPrintHelp =
-    R"(Usage: kozor print [OPTION...] ARCHIVE MEMBER...
+    R"(Usage: kozor print [OPTION]... ARCHIVE MEMBER...
 
-Writes the contents of members of an LZH archive to standard output, in the order
-of the archive.  A MEMBER is a name, a folder or a mask, as in "kozor extract".
-Nothing is written of a member that is damaged.
+Writes members of an LZH archive to standard output, in the order of the
+archive.  A MEMBER is a name, a directory or a mask, as in "kozor extract".
+Nothing of a damaged member is written.
 )";
 
 constexpr std::string_view kTestHelp =
-    R"(Usage: kozor test [OPTION...] ARCHIVE [MASK...]
+    R"(Usage: kozor test [OPTION]... ARCHIVE [MASK]...
 
-Unpacks members of an LZH archive without writing them anywhere, and compares
-their checksums.  Names each one that is damaged, and tells when the archive has
-no end mark, as if it had been cut between two members; the exit code is 1 then.
-A MASK selects as in "kozor extract"; without one everything is tested.
+Unpacks members of an LZH archive in memory and compares their checksums.  Names
+those that are damaged, and tells if the end mark is missing: the archive may
+have been cut between two members.  The exit status is 1 in both cases.  A MASK
+selects members as in "kozor extract"; without one, all are tested.
 )";
 
 constexpr std::array<Option, 2> kOptions = {{
-    {"--exclude", "MASK", "leave out members and folders of this name; may be\nrepeated"},
+    kExcludeOption,
     kNamePageOption,
 }};
 
 SourceArchive OpenArchive(const Arguments& arguments) {
   ChooseNamePage(arguments);
-  return SourceArchive(arguments.Operand(0, "the archive"));
+  return SourceArchive(arguments.Operand(0, "ARCHIVE"));
 }
 
 // Unpacks the chosen members one by one and passes each to `whole` after its checksum has been
@@ -65,7 +65,7 @@ std::size_t UnpackEach(const SourceArchive& archive, const Arguments& arguments,
 }
 
 void Print(const Arguments& arguments) {
-  arguments.Operand(1, "the member");
+  arguments.Operand(1, "MEMBER");
   const SourceArchive archive = OpenArchive(arguments);
   UnpackEach(archive, arguments, [](const Member&, std::span<unsigned char> contents) {
     HideProgress();
@@ -84,7 +84,8 @@ void Test(const Arguments& arguments) {
   PrintLine(std::to_string(good) + (good == 1 ? " file" : " files") + " OK" +
             (bad > 0 ? ", " + std::to_string(bad) + " not" : ""));
   if (!archive.HasEndMark()) {
-    Complain(Visible(archive.Name()) + ": no end mark; members after the last one may be lost");
+    Complain(Visible(archive.Name()) +
+             ": no end mark; the archive may have been cut, and further members lost");
   }
 }
 
@@ -92,7 +93,6 @@ void Test(const Arguments& arguments) {
 
 const Command kPrintCommand = {"print", "write members to standard output", kPrintHelp, kOptions,
                                Print};
-const Command kTestCommand = {"test", "unpack members and compare their checksums", kTestHelp,
-                              kOptions, Test};
+const Command kTestCommand = {"test", "check the members of an archive", kTestHelp, kOptions, Test};
 
 }  // namespace kozor::program

@@ -25,28 +25,24 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr std::string_view kHelp =
-    R"(Usage: kozor restore [OPTION...] VOLUME [-d DIRECTORY] [MASK...]
+    R"(Usage: kozor restore [OPTION]... VOLUME [-d DIRECTORY] [MASK]...
 
-Brings the files of a backup set back.
+Restores files of a backup set; without a MASK, all of them.  VOLUME is a path
+or a pattern with #, as in "kozor backup".  Volumes of another set than the
+first one are refused.  A MASK is the name of a file or directory, with * and ?
+in its last component if need be; without a directory before it, it is matched
+everywhere.
 
-VOLUME is the path of every volume, or a pattern with # for the number, as in
-"kozor backup".  Volumes of another set than the first one are refused.
-
-A MASK is the name of a file or folder, with * and ? in its last part if need be;
-without a folder in front it is looked for everywhere.  Without a MASK every file
-is restored.
-
-When the set's catalogue stands beside the volumes (see "kozor backup"), only the
-volumes that hold the wanted files are needed, files that have changed since are
-refused, and permission bits, links and empty folders come back as well.
-
+With the set's catalogue beside the volumes (see "kozor backup"), only the
+volumes that hold the wanted files are needed, files that have changed since the
+backup are refused, and permissions, symbolic links and empty directories are
+restored.  A link that leads out of DIRECTORY is restored as what it led to.
 )";
 
-constexpr auto kOptions =
-    Join(kDeliveryOptions,
-         std::array<Option, 1>{{{"--continue", "",
-                                 "where a volume is missing, restore the files of the\n"
-                                 "others, as far as that can be told without it"}}});
+constexpr auto kOptions = Join(
+    kDeliveryOptions, std::array<Option, 1>{{{"--continue", "",
+                                              "if a volume is missing, restore those files of the\n"
+                                              "others that can be identified without it"}}});
 
 class RestoreVolumes : public Volumes {
  public:
@@ -193,27 +189,33 @@ class CatalogueRestore {
     }
   }
 
-  // A link is restored as a link if its target is restored too, if it was dangling, or if links may
-  // lead anywhere.  Any other becomes a file, or a folder of files.
+  // A link is restored as a link if its target is in the set too, if nothing was stored of it, or
+  // if links may lead anywhere.  Any other becomes a file, or a folder of files.
   template <typename Wanted>
   void FindLinks(Wanted wanted) {
-    std::unordered_set<std::string> names;
-    for (const CatalogueFile& file : catalogue.files)
-      names.insert(HostName(file.name).generic_string());
-    for (const CatalogueFolder& folder : catalogue.folders)
-      names.insert(HostName(folder.name).generic_string());
+    const std::unordered_set<std::string> stored = StoredNames();
     for (const CatalogueLink& link : catalogue.links) {
       if (!wanted(link.name)) continue;
       const fs::path own = HostName(link.name);
       const fs::path target = (own.parent_path() / FromUtf8(link.target)).lexically_normal();
-      const bool hasFiles =
-          names.contains(own.generic_string()) ||
-          std::any_of(catalogue.files.begin(), catalogue.files.end(),
-                      [&](const CatalogueFile& f) { return f.name.starts_with(link.name + "\\"); });
-      const bool mayLeadAnywhere = linkRule == Destination::Links::MayLeadOut;
-      if (!hasFiles || mayLeadAnywhere || names.contains(target.generic_string()))
+      if (linkRule == Destination::Links::MayLeadOut || !stored.contains(own.generic_string()) ||
+          stored.contains(target.generic_string())) {
         links[link.name] = &link;
+      }
     }
+  }
+
+  // The names of all files and folders, and of the folders that they are in.
+  std::unordered_set<std::string> StoredNames() const {
+    std::unordered_set<std::string> names;
+    const auto add = [&](const std::string& libraryName) {
+      for (fs::path path = HostName(libraryName); !path.empty(); path = path.parent_path()) {
+        if (!names.insert(path.generic_string()).second) break;
+      }
+    };
+    for (const CatalogueFile& file : catalogue.files) add(file.name);
+    for (const CatalogueFolder& folder : catalogue.folders) add(folder.name);
+    return names;
   }
 
   bool LiesBelowLink(const std::string& fileName) const {
@@ -283,7 +285,7 @@ class CatalogueRestore {
     openVolume.reset();
     const fs::path path = name.Path(number);
     const std::string wanted =
-        Visible(path.string()) + ": volume " + std::to_string(number) + " is wanted, but ";
+        Visible(path.string()) + ": volume " + std::to_string(number) + " is needed, but ";
     try {
       openVolume.emplace(path);
     } catch (const Failure&) {
@@ -320,7 +322,7 @@ std::optional<Catalogue> UsableCatalogue(const VolumeName& name) {
   if (!catalogue || (!name.IsPattern() && catalogue->volumes.size() > 1)) return std::nullopt;
   try {
     if (IdentityOf(VolumeReader(name.Path(1)).Header()) != catalogue->identity) {
-      Remark(Visible(CataloguePath(name).string()) + ": the catalogue of another set; not used");
+      Remark(Visible(CataloguePath(name).string()) + ": belongs to another set; not used");
       return std::nullopt;
     }
   } catch (const Failure&) {
@@ -330,7 +332,7 @@ std::optional<Catalogue> UsableCatalogue(const VolumeName& name) {
 }
 
 void Restore(const Arguments& arguments) {
-  const VolumeName name(arguments.Operand(0, "the volume"));
+  const VolumeName name(arguments.Operand(0, "VOLUME"));
   const DeliveryRules rules = ReadDeliveryRules(arguments);
   const MaskList masks(arguments.OperandsFrom(1));
   const MaskList excludes(arguments.Values("--exclude"));
@@ -344,7 +346,7 @@ void Restore(const Arguments& arguments) {
     };
     CatalogueRestore(*catalogue, name, delivery, rules.links).Run(wanted, goesOn);
   } else {
-    if (goesOn) Remark("--continue needs the catalogue, or a VOLUME with #; it is of no use here");
+    if (goesOn) Remark("--continue has no effect: there is no catalogue, and VOLUME has no #");
     RestoreVolumes volumes(name, masks, excludes, delivery);
     // OnMakeFileName decides where each file goes, but the library requires a directory.
     volumes.Require(volumes.Restore(nullptr, "C:\\"));
@@ -356,7 +358,7 @@ void Restore(const Arguments& arguments) {
 
 }  // namespace
 
-const Command kRestoreCommand = {"restore", "bring the files of a backup set back", kHelp, kOptions,
-                                 Restore};
+const Command kRestoreCommand = {
+    "restore", "restore files of a backup set", kHelp, kOptions, Restore, kDeliveryHelp};
 
 }  // namespace kozor::program

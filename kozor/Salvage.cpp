@@ -118,14 +118,14 @@ std::vector<std::unique_ptr<VolumeReader>> OpenVolumes(const VolumeName& name) {
       if (volume->Header().number == number && first->Header().IsOfSameSet(volume->Header())) {
         continue;
       }
-      Complain(Visible(path.string()) + ": another volume, or one of another set");
+      Complain(Visible(path.string()) + ": another volume of the set, or of another set");
       if (first == volume.get()) first = nullptr;
       volume.reset();
     } catch (const Failure& failure) {
       Complain(failure.what());
     }
   }
-  if (first == nullptr) throw Failure(Visible(name.Word()) + ": no volume of the set is there");
+  if (first == nullptr) throw Failure(Visible(name.Word()) + ": no volume of the set was found");
   return volumes;
 }
 
@@ -153,7 +153,7 @@ Catalogue SalvageCatalogue(const VolumeName& name) {
     }
     if (!at) {
       Complain(Visible(name.Path(static_cast<int>(i) + 1).string()) +
-               ": no file on it can be told for certain");
+               ": no file on it can be identified for certain");
       continue;
     }
     while (*at < volume->Size() && static_cast<std::int64_t>(catalogue.files.size()) < filesOfSet) {
@@ -171,7 +171,7 @@ Catalogue SalvageCatalogue(const VolumeName& name) {
   const auto lost = filesOfSet - static_cast<std::int64_t>(catalogue.files.size());
   if (lost > 0) {
     Complain(std::to_string(lost) + (lost == 1 ? " file of the set is" : " files of the set are") +
-             " lost with the missing volumes; their names are not known");
+             " lost with the missing volumes; their names are unknown");
   }
   return catalogue;
 }

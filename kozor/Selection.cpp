@@ -32,7 +32,7 @@ constexpr std::uintmax_t kMaxFileBytes = 0xFFFFFFFF;
 // The longest name that the archiver can list, in bytes.
 constexpr std::size_t kMaxNameBytes = 512;
 
-constexpr const char* kUnnameable = "the name holds a character that can't be stored";
+constexpr const char* kUnnameable = "the name contains a character that can't be stored";
 
 // The search for one word: `mask` in `directory`, with or without the folders below.
 struct Search {
@@ -62,7 +62,7 @@ Search ReadWord(const fs::path& base, const std::string& word, LinkRule links) {
   if (!HasWildcards(word)) throw Failure(Visible(word) + ": no such file or directory");
   const fs::path directory = AbsolutePath(base / FromUtf8(word).parent_path());
   if (HasWildcards(directory.string())) {
-    throw Failure(Visible(word) + ": wild-cards are possible in the last part of a path only");
+    throw Failure(Visible(word) + ": * and ? are allowed in the last component of a path only");
   }
   if (!fs::is_directory(directory)) {
     throw Failure(Visible(directory.string()) + ": no such directory");
@@ -121,7 +121,7 @@ class Collector {
     if (!isWhole && Complaints() == complaints) {
       ++leftOut;
       Complain(VisibleLibraryName(search.directory.substr(2)) +
-               ": files were left out: a folder can't be read to its end");
+               ": files were left out: a directory can't be read to its end");
     }
     const std::string folder = WithBackslash(search.directory).substr(prefix.size());
     group.wholeMask = searches++ == 0 && search.recursive ? folder + search.mask : "";
@@ -202,7 +202,7 @@ class Collector {
     if (request.isUpToDate && request.isUpToDate(name, state)) {
       ++upToDate;
     } else if (link.target.find_first_of("\\:*?\"<>|") != std::string::npos) {
-      LeaveOut(path, "the link's target holds a character that can't be stored");
+      LeaveOut(path, "the link's target contains a character that can't be stored");
     } else {
       group.links.push_back(name);
     }
@@ -294,7 +294,7 @@ void RefuseCommonNames(const std::vector<FileGroup>& groups) {
   for (const FileGroup& group : groups) {
     for (const std::string& name : group.names) {
       if (names.insert(name).second) continue;
-      throw Failure(VisibleLibraryName(name) + ": two of the files would be stored by this name");
+      throw Failure(VisibleLibraryName(name) + ": two files would be stored by this name");
     }
   }
 }
@@ -335,7 +335,7 @@ std::vector<FileGroup> Select(const SelectionRequest& request) {
       collectors.emplace_back(request, excludes, WithBackslash(root));
       collector = std::prev(collectors.end());
     }
-    if (collector->Add(search) == 0) throw Failure(Visible(word) + ": nothing found");
+    if (collector->Add(search) == 0) throw Failure(Visible(word) + ": nothing matches");
   }
   const bool isWhole = std::all_of(collectors.begin(), collectors.end(),
                                    [](const Collector& each) { return each.Unread() == 0; });

@@ -7,6 +7,7 @@
 #include "Console.h"
 #include "Failure.h"
 #include "Host.h"
+#include "Mask.h"
 
 namespace kozor::program {
 
@@ -15,17 +16,18 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr std::string_view kHelp =
-    R"(Usage: kozor verify [OPTION...] VOLUME
+    R"(Usage: kozor verify [OPTION]... VOLUME
 
-Reads every volume of a backup set and compares it with the checksums and the
-catalogue beside it (see "kozor backup").  Names each volume and file that has
-changed or is missing; the exit code is 1 then.  Without checksums only the
-structure of the volumes is checked.  VOLUME is a path or a pattern, as in
-"kozor backup".
+Reads every volume of a backup set, and compares it with its checksum and with
+the catalogue (see "kozor backup").  Names each volume and file that has changed
+or is missing; the exit status is 1 then.  Without checksums, only the structure
+of the volumes is checked.  VOLUME is a path or a pattern with #, as in "kozor
+backup".
 )";
 
-constexpr std::array<Option, 1> kOptions = {{
-    {"-C", "BASE", "compare the stored files with those below BASE, too"},
+constexpr std::array<Option, 2> kOptions = {{
+    {"-C", "BASE", "also compare the stored files with those below BASE"},
+    {"--exclude", "MASK", "leave such files and directories out of what -C compares"},
 }};
 
 class Verification {
@@ -43,14 +45,15 @@ class Verification {
     }
   }
 
-  void CompareWith(const fs::path& base) {
+  void CompareWith(const fs::path& base, const MaskList& excludes) {
     for (const CatalogueFile& file : scanner.Result().files) {
       StopIfAsked();
+      if (excludes.Means(file.name)) continue;
       const std::string shown = VisibleLibraryName(file.name);
       const fs::path path = base / HostName(file.name);
       const FileState state = Inspect(path);
       if (!state.problem.empty() || state.isDirectory) {
-        Complain(shown + ": not below " + Visible(base.string()));
+        Complain(shown + ": missing below " + Visible(base.string()));
       } else if (state.size != file.bytes || SumOf(path) != file.sha256) {
         Complain(shown + ": differs from the file below " + Visible(base.string()));
       }
@@ -83,10 +86,10 @@ class Verification {
 
   static bool NextMedium(const fs::path& path, int number) {
     const std::string wanted =
-        Visible(path.string()) + ": volume " + std::to_string(number) + " is wanted";
+        Visible(path.string()) + ": volume " + std::to_string(number) + " is needed";
     std::string answer;
     if (CanAsk() &&
-        AskUser(wanted + ".\nInsert its medium and press Enter (q gives up):", answer) &&
+        AskUser(wanted + ".\nInsert its medium and press Enter, or q and Enter to quit:", answer) &&
         !answer.starts_with('q')) {
       return true;
     }
@@ -112,7 +115,7 @@ class Verification {
       const auto now = found.find(file.name);
       const std::string where = " on volume " + std::to_string(file.volume);
       if (now == found.end() || now->second->sha256.empty()) {
-        Complain(VisibleLibraryName(file.name) + ": can't be found whole" + where);
+        Complain(VisibleLibraryName(file.name) + ": missing or incomplete" + where);
       } else if (now->second->sha256 != file.sha256) {
         Complain(VisibleLibraryName(file.name) + ": changed" + where);
       }
@@ -138,17 +141,21 @@ class Verification {
 };
 
 void Verify(const Arguments& arguments) {
-  const VolumeName name(arguments.Operand(0, "the volume"));
+  const VolumeName name(arguments.Operand(0, "VOLUME"));
   arguments.AllowOperands(1);
+  arguments.Require("--exclude", "-C");
   Verification verification(name);
   verification.Run();
-  if (arguments.Has("-C")) verification.CompareWith(AbsolutePath(arguments.Value("-C")));
+  if (arguments.Has("-C")) {
+    verification.CompareWith(AbsolutePath(arguments.Value("-C")),
+                             MaskList(arguments.Values("--exclude")));
+  }
   verification.PrintResult();
 }
 
 }  // namespace
 
-const Command kVerifyCommand = {"verify", "compare a backup set with its checksums", kHelp,
+const Command kVerifyCommand = {"verify", "check a backup set against its checksums", kHelp,
                                 kOptions, Verify};
 
 }  // namespace kozor::program

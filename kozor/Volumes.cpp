@@ -22,11 +22,11 @@ constexpr int kMostVolumes = 65'535;
 std::string ReasonText(int volumeResult) {
   switch (volumeResult) {
     case ZorMultiVolume::VolumeNoSpace:
-      return "there is no disk, or too little room on it";
+      return "there is no disk, or too little free space on it";
     case ZorMultiVolume::VolumeNoDirectory:
-      return "its directory can't be made";
+      return "its directory can't be created";
     case ZorMultiVolume::VolumeNoCreate:
-      return "the file can't be made";
+      return "the file can't be created";
     case ZorMultiVolume::VolumeNoOpen:
       return "the file can't be opened, or is too short for a volume";
     case ZorMultiVolume::VolumeBadIdentity:
@@ -118,7 +118,7 @@ bool Volumes::Ready(const ONABORTPARAM& param) {
   if (asItStands && objection.empty()) return true;
   const int number = param.volume + 1;
   const std::string wanted = Visible(volumeName.Path(number).string()) + ": volume " +
-                             std::to_string(number) + " is wanted";
+                             std::to_string(number) + " is needed";
   do {
     whyStopped = wanted + (objection.empty() ? "" : ", but " + objection);
     if (volumeName.IsPattern()) return false;
@@ -127,7 +127,8 @@ bool Volumes::Ready(const ONABORTPARAM& param) {
       return false;
     }
     std::string answer;
-    if (!AskUser(whyStopped + ".\nInsert its medium and press Enter (q gives up):", answer) ||
+    if (!AskUser(whyStopped + ".\nInsert its medium and press Enter, or q and Enter to quit:",
+                 answer) ||
         answer.starts_with('q') || answer.starts_with('Q')) {
       return false;
     }

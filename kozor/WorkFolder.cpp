@@ -100,7 +100,7 @@ TemporaryFolder::TemporaryFolder() try : parent(std::filesystem::temp_directory_
   if (!directory.IsOpen()) FailBySystem();
   folder.emplace(directory.Number());
 } catch (const FileFailure& failure) {
-  throw Failure("the directory for temporaries (" + std::string(kTemporaryVariable) +
+  throw Failure("the directory for temporary files (" + std::string(kTemporaryVariable) +
                 "): " + failure.what());
 }
 

@@ -63,7 +63,7 @@ std::string ReadingProblem(const fs::path& path) {
     closedir(directory);
     errno = error;
   }
-  return errno == 0 ? "" : "the folder can't be read: " + HostErrorText(errno);
+  return errno == 0 ? "" : "can't read the directory: " + HostErrorText(errno);
 }
 
 // `path` is absolute and contains no link.
@@ -124,8 +124,8 @@ int StopSignal() {
 std::string LibraryPath(const fs::path& path) {
   std::string libraryPath;
   if (!KzHostToLibraryPath(AbsolutePath(path).c_str(), libraryPath)) {
-    throw Failure(path.string() + ": the library can't express this path (names may not hold " +
-                  "control characters or any of \\ : * ? \" < > |)");
+    throw Failure(path.string() + ": unsupported path (names can't contain control " +
+                  "characters or any of \\ : * ? \" < > |)");
   }
   return libraryPath;
 }
@@ -138,7 +138,7 @@ bool CanBeExpressed(const fs::path& path) {
 fs::path HostPath(const std::string& libraryPath) {
   std::string path;
   if (!KzLibraryToHostPath(libraryPath.c_str(), path)) {
-    throw Failure(libraryPath + ": not a path of this machine");
+    throw Failure(libraryPath + ": not a path on this system");
   }
   return path;
 }
@@ -156,7 +156,7 @@ FileState Inspect(const fs::path& path) {
   if (!isThere || (state.isLink && stat(path.c_str(), &info) != 0)) {
     state.leadsNowhere = isThere && (errno == ENOENT || errno == ENOTDIR || errno == ELOOP);
     state.isRefused = !state.leadsNowhere && errno != ENOENT;
-    state.problem = state.leadsNowhere ? "a link that leads nowhere"
+    state.problem = state.leadsNowhere ? "a broken link"
                     : state.isRefused  ? HostErrorText(errno)
                                        : "no such file";
     return state;
@@ -166,11 +166,11 @@ FileState Inspect(const fs::path& path) {
   state.mode = info.st_mode & 0777;
   state.size = static_cast<std::uintmax_t>(info.st_size);
   if (!state.isDirectory && !S_ISREG(info.st_mode)) {
-    state.problem = "neither a file nor a directory";
+    state.problem = "not a regular file or directory";
     return state;
   }
   if (access(path.c_str(), state.isDirectory ? R_OK | X_OK : R_OK) != 0) {
-    state.problem = "no permission to read it";
+    state.problem = "permission denied";
   } else if (state.isDirectory) {
     state.problem = ReadingProblem(path);
   }

@@ -64,23 +64,23 @@ std::string HostErrorText(int number) {
     case EDQUOT:
       return "the disk is full";
     case EFBIG:
-      return "the file is larger than a file may be here";
+      return "the file is too large for this file system";
     case EACCES:
     case EPERM:
-      return "no permission";
+      return "permission denied";
     case EROFS:
       return "the file system is read-only";
     case ENAMETOOLONG:
       return "the name is too long for this file system";
     case EILSEQ:
     case EINVAL:
-      return "this file system can't have such a file";
+      return "this file system can't store such a file";
     case EISDIR:
     case ENOTEMPTY:
     case EEXIST:
       return "a directory is in the way";
     case ENOTDIR:
-      return "a file is in the way of a directory";
+      return "a file is in the way";
     default:
       return std::generic_category().message(number);
   }
@@ -136,12 +136,12 @@ std::vector<std::string> NamesIn(HostHandle directory) {
 Descriptor MakeHeldFolder(HostHandle in, const std::string& name) {
   if (mkdirat(File(in), name.c_str(), 0700) != 0) {
     if (errno == EEXIST) return Descriptor();
-    throw FileFailure("no directory can be made here: " + HostErrorText(errno));
+    throw FileFailure("can't create a directory here: " + HostErrorText(errno));
   }
   Descriptor directory(openat(File(in), name.c_str(), kReadDirectory));
   if (!directory.IsOpen()) {
     if (errno == ENOENT) return directory;
-    throw FileFailure("no directory can be made here: " + HostErrorText(errno));
+    throw FileFailure("can't create a directory here: " + HostErrorText(errno));
   }
   const int file = File(directory.Number());
   if (flock(file, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) return Descriptor();

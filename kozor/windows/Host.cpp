@@ -86,13 +86,13 @@ std::string ReadingProblem(const fs::path& path, bool isDirectory) {
   if (!isDirectory) {
     if (OpenFor(path, GENERIC_READ)) return "";
     const DWORD error = GetLastError();
-    return error == ERROR_ACCESS_DENIED ? "no permission to read it"
+    return error == ERROR_ACCESS_DENIED ? "permission denied"
                                         : HostErrorText(static_cast<int>(error));
   }
   WIN32_FIND_DATAW found;
   const HANDLE find = FindFirstFileW(SystemPath(path / "*").c_str(), &found);
   if (find == INVALID_HANDLE_VALUE && GetLastError() != ERROR_FILE_NOT_FOUND) {
-    return "the folder can't be read: " + HostErrorText(static_cast<int>(GetLastError()));
+    return "can't read the directory: " + HostErrorText(static_cast<int>(GetLastError()));
   }
   if (find != INVALID_HANDLE_VALUE) FindClose(find);
   return "";
@@ -176,7 +176,7 @@ std::string LibraryPath(const fs::path& path) {
   fs::path complete = WithoutPrefix(AbsolutePath(path));
   complete.make_preferred();
   if (!CanBeExpressed(complete)) {
-    throw Failure(Shown(path) + ": the library can't express this path");
+    throw Failure(Shown(path) + ": unsupported path");
   }
   return complete.string();
 }
@@ -206,8 +206,8 @@ FileState Inspect(const fs::path& path) {
     const DWORD error = GetLastError();
     state.isRefused = error == ERROR_ACCESS_DENIED;
     state.leadsNowhere = state.isLink && !state.isRefused;
-    state.problem = state.isRefused      ? "no permission to read it"
-                    : state.leadsNowhere ? "a link that leads nowhere"
+    state.problem = state.isRefused      ? "permission denied"
+                    : state.leadsNowhere ? "a broken link"
                                          : "no such file";
     return state;
   }
@@ -266,7 +266,7 @@ std::string HostErrorText(int number) {
       return "the disk is full";
     case ERROR_ACCESS_DENIED:
     case ERROR_PRIVILEGE_NOT_HELD:
-      return "no permission";
+      return "permission denied";
     case ERROR_SHARING_VIOLATION:
     case ERROR_LOCK_VIOLATION:
       return "another program has it open";
@@ -275,12 +275,12 @@ std::string HostErrorText(int number) {
     case ERROR_FILENAME_EXCED_RANGE:
       return "the name is too long for this file system";
     case ERROR_INVALID_NAME:
-      return "this file system can't have such a file";
+      return "this file system can't store such a file";
     case ERROR_ALREADY_EXISTS:
     case ERROR_FILE_EXISTS:
       return "a directory is in the way";
     case ERROR_DIRECTORY:
-      return "a file is in the way of a directory";
+      return "a file is in the way";
     case ERROR_FILE_NOT_FOUND:
     case ERROR_PATH_NOT_FOUND:
       return "no such file or directory";

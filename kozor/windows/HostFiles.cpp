@@ -155,12 +155,12 @@ std::vector<std::string> NamesIn(HostHandle directory) {
 Descriptor MakeHeldFolder(HostHandle in, const std::string& name) {
   if (!CreateDirectoryW(PathOf(in, name).c_str(), nullptr)) {
     if (GetLastError() == ERROR_ALREADY_EXISTS) return Descriptor();
-    throw FileFailure("no directory can be made here: " + LastSystemError());
+    throw FileFailure("can't create a directory here: " + LastSystemError());
   }
   Descriptor directory = OpenFolder(in, name);
   if (!directory.IsOpen() && GetLastError() != ERROR_FILE_NOT_FOUND &&
       GetLastError() != ERROR_SHARING_VIOLATION) {
-    throw FileFailure("no directory can be made here: " + LastSystemError());
+    throw FileFailure("can't create a directory here: " + LastSystemError());
   }
   return directory;
 }

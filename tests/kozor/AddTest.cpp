@@ -64,7 +64,7 @@ TEST_F(KozorAdd, StoresFilesOutsideTheBaseFromTheRootOn) {
   EXPECT_THAT(Members("a.lzh"), UnorderedElementsAre("c.txt", outside.substr(1)));
   folder.WriteFile("base" + outside, "another file by this name");
   EXPECT_THAT(MustFail({"add", "b.lzh", "-C", "base", outside.substr(1), outside}),
-              HasSubstr("two of the files would be stored by this name"));
+              HasSubstr("two files would be stored by this name"));
   EXPECT_FALSE(folder.Exists("b.lzh"));
 }
 
@@ -92,9 +92,9 @@ TEST_F(KozorAdd, RefusesNamesThatTheArchiveHoldsUnlessToldTo) {
   folder.WriteFile("tree/a.txt", "changed");
   folder.WriteFile("tree/new.txt", "new");
   const Bytes before = folder.ReadFile("a.lzh");
-  EXPECT_THAT(
-      MustFail({"add", "a.lzh", "-C", "tree", "a.txt", "new.txt"}),
-      AllOf(HasSubstr("a.txt: the archive holds a file of that name"), Not(HasSubstr("new.txt:"))));
+  EXPECT_THAT(MustFail({"add", "a.lzh", "-C", "tree", "a.txt", "new.txt"}),
+              AllOf(HasSubstr("a.txt: the archive already has a member of that name"),
+                    Not(HasSubstr("new.txt:"))));
   EXPECT_EQ(folder.ReadFile("a.lzh"), before);
   MustRun({"add", "--overwrite", "a.lzh", "-C", "tree", "a.txt", "new.txt"});
   EXPECT_EQ(Extracted("a.lzh"), "");
@@ -126,8 +126,8 @@ TEST_F(KozorAdd, NamesEveryFileThatHasToBeLeftOut) {
     EXPECT_THAT(MustFail({"add", "--new", "--no-unix", "a.lzh", "-C", "tree", word}),
                 AllOf(HasSubstr("tree/what?.txt: left out"), HasSubstr("tree/what|.txt: left out"),
                       HasSubstr("tree/sub/a:b: left out"),
-                      HasSubstr("tree/pipe.txt: left out: neither a file nor a directory"),
-                      HasSubstr("tree/link.txt: left out: a link that leads nowhere")));
+                      HasSubstr("tree/pipe.txt: left out: not a regular file or directory"),
+                      HasSubstr("tree/link.txt: left out: a broken link")));
     EXPECT_THAT(Members("a.lzh"), testing::IsSupersetOf({"a.txt", "sub/a.txt", "sub/deep/c.txt"}));
   }
   EXPECT_THAT(MustFail({"add", "b.lzh", "--dir", "tree"}),
@@ -147,8 +147,8 @@ TEST_F(KozorAdd, NamesFilesWithoutPermission) {
   fs::permissions(folder.Path("tree/sub"), fs::perms::none);
   const std::string said = MustFail({"add", "a.lzh", "-C", "tree", "."});
   fs::permissions(folder.Path("tree/sub"), fs::perms::owner_all);
-  EXPECT_THAT(said, AllOf(HasSubstr("tree/b.c: left out: no permission"),
-                          HasSubstr("tree/sub: left out: no permission")));
+  EXPECT_THAT(said, AllOf(HasSubstr("tree/b.c: left out: permission denied"),
+                          HasSubstr("tree/sub: left out: permission denied")));
   EXPECT_THAT(Members("a.lzh"), ElementsAre("a.txt"));
 }
 
@@ -177,7 +177,7 @@ TEST_F(KozorAdd, KeepsModesLinksAndEmptyFoldersSoThatATreeComesBackIdentical) {
   fs::remove(folder.Path("tree/dangling"));
   folder.WriteFile("tree/dangling", "a file now");
   EXPECT_THAT(MustFail({"add", "a.lzh", "-C", "tree", "to-folder"}),
-              HasSubstr("to-folder: the archive holds a file of that name"));
+              HasSubstr("to-folder: the archive already has a member of that name"));
   MustRun({"add", "--overwrite", "a.lzh", "-C", "tree", "dangling"});
   MustRun({"delete", "a.lzh", "sub/", "slash"});
   MustRun({"extract", "a.lzh", "-d", "out"});
@@ -210,7 +210,7 @@ TEST_F(KozorAdd, PacksByMethodAndLevelOnThreads) {
   EXPECT_EQ(Kozor({"add", "x.lzh", "tree", "--method", "zip"}).status, 2);
   EXPECT_EQ(Kozor({"add", "x.lzh", "tree", "--level", "10"}).status, 2);
   EXPECT_THAT(Shell("KOZOR_ARCHIVER='-o5 -fast' $KOZOR add x.lzh tree").output,
-              HasSubstr("KOZOR_ARCHIVER: the archiver knows no switch -fast"));
+              HasSubstr("KOZOR_ARCHIVER: unknown switch -fast"));
   EXPECT_FALSE(folder.Exists("x.lzh"));
 }
 
@@ -265,7 +265,7 @@ TEST_F(KozorAdd, MakesASelfExtractingProgram) {
   EXPECT_EQ(CompareTrees(folder.Path("tree"), folder.Path("out")), "");
   folder.WriteFile("notes.run", "no program");
   EXPECT_THAT(MustFail({"add", "--sfx", "notes.lzh", "tree"}),
-              HasSubstr("a file that is no self-extracting archive"));
+              HasSubstr("isn't a self-extracting archive"));
   EXPECT_FALSE(folder.Exists("notes.lzh"));
 }
 

@@ -105,7 +105,7 @@ TEST_F(KozorVolumes, ShowWithTheirCatalogueWhatHasChangedOrIsLost) {
   EXPECT_THAT(folder.List("out"), ElementsAre("a.txt", "sub/", "sub/c.txt", "sub/empty", "z"));
   fs::remove(folder.Path("set-2.vol"));
   fs::remove_all(folder.Path("out"));
-  EXPECT_THAT(MustFail({"restore", "set-#.vol", "-d", "out"}), HasSubstr("volume 2 is wanted"));
+  EXPECT_THAT(MustFail({"restore", "set-#.vol", "-d", "out"}), HasSubstr("volume 2 is needed"));
   EXPECT_THAT(MustFail({"restore", "--continue", "set-#.vol", "-d", "out"}),
               HasSubstr("big.bin: lost with"));
   EXPECT_THAT(folder.List("out"), ElementsAre("a.txt", "sub/", "sub/c.txt", "sub/empty", "z"));
@@ -124,7 +124,7 @@ TEST_F(KozorVolumes, WithoutACatalogueGoOnAfterAMissingOne) {
   fs::remove(folder.Path("set-1.vol"));
   fs::remove_all(folder.Path("out"));
   EXPECT_THAT(MustFail({"restore", "--continue", "set-#.vol", "-d", "out"}),
-              HasSubstr("of the set are lost with the missing volumes; their names are not known"));
+              HasSubstr("of the set are lost with the missing volumes; their names are unknown"));
   EXPECT_EQ(Shell("cmp tree/z out/z").output, "");
 
   // A stored volume's records aren't taken for the set's.
@@ -133,7 +133,7 @@ TEST_F(KozorVolumes, WithoutACatalogueGoOnAfterAMissingOne) {
   MustRun({"backup", "--volume-size", "40000", "--no-catalogue", "n-#.vol", "-C", "nested", "."});
   fs::remove(folder.Path("n-1.vol"));
   EXPECT_THAT(MustFail({"restore", "--continue", "n-#.vol", "-d", "none"}),
-              HasSubstr("n-2.vol: no file on it can be told for certain"));
+              HasSubstr("n-2.vol: no file on it can be identified for certain"));
   EXPECT_FALSE(folder.Exists("none/z"));
 }
 
@@ -143,16 +143,16 @@ TEST_F(KozorVolumes, OfAnotherSetAreRefused) {
   fs::copy_file(folder.Path("other-2.vol"), folder.Path("set-2.vol"),
                 fs::copy_options::overwrite_existing);
   EXPECT_THAT(MustFail({"restore", "set-#.vol", "-d", "out"}),
-              HasSubstr("set-2.vol: volume 2 is wanted, but it isn't a volume, or belongs to "
+              HasSubstr("set-2.vol: volume 2 is needed, but it isn't a volume, or belongs to "
                         "another set"));
 }
 
 TEST_F(KozorVolumes, NeverWaitForAUserWhoIsntThere) {
   EXPECT_THAT(MustFail({"backup", "--volume-size", "20K", "disk.vol", "-C", "tree", "."}),
-              AllOf(HasSubstr("disk.vol: volume 2 is wanted"),
+              AllOf(HasSubstr("disk.vol: volume 2 is needed"),
                     HasSubstr("there is no terminal to ask on")));
   EXPECT_THAT(MustFail({"restore", "disk.vol", "-d", "out"}),
-              HasSubstr("disk.vol: volume 2 is wanted"));
+              HasSubstr("disk.vol: volume 2 is needed"));
 }
 
 TEST_F(KozorVolumes, AskTheUserForTheNextMedium) {
@@ -162,7 +162,7 @@ TEST_F(KozorVolumes, AskTheUserForTheNextMedium) {
       "(sleep 1; echo; sleep 1; mv disk.vol first; echo; sleep 1) | script -qec \"$KOZOR "
       "backup --volume-size 100000 disk.vol -C tree .\" /dev/null");
   EXPECT_EQ(result.status, 0) << result.output;
-  EXPECT_THAT(result.output, AllOf(HasSubstr("disk.vol: volume 2 is wanted."),
+  EXPECT_THAT(result.output, AllOf(HasSubstr("disk.vol: volume 2 is needed."),
                                    HasSubstr("but this is volume 1 of the same set")));
   fs::rename(folder.Path("first"), folder.Path("set-1.vol"));
   fs::rename(folder.Path("disk.vol"), folder.Path("set-2.vol"));
@@ -174,7 +174,7 @@ TEST_F(KozorVolumes, ReplaceNothingUnaskedButWhatAKilledRunLeft) {
   ASSERT_EQ(Shell("mkfifo pipe").status, 0);
   for (const std::string file : {"notes.txt", "pipe"}) {
     EXPECT_THAT(MustFail({"backup", "--force", file, "tree"}),
-                HasSubstr("a file that is no volume is in its place"));
+                HasSubstr("a file that isn't a volume is in its place"));
     EXPECT_THAT(MustFail({"info", file}), HasSubstr(file + ": "));
   }
   EXPECT_EQ(folder.ReadFile("notes.txt").size(), 12U);
@@ -195,7 +195,7 @@ TEST_F(KozorVolumes, LeaveTheirOwnFilesOut) {
 TEST_F(KozorVolumes, LeaveAForeignFileInThePlaceOfTheCatalogue) {
   folder.WriteFile("notes.vol.json", "{\"mine\": 1}");
   const Words words = {"backup", "notes.vol", "-C", "tree", "a.txt"};
-  EXPECT_THAT(MustFail(words), HasSubstr("notes.vol.json: no catalogue"));
+  EXPECT_THAT(MustFail(words), HasSubstr("notes.vol.json: exists and isn't a catalogue"));
   EXPECT_EQ(folder.ReadFile("notes.vol.json").size(), 11U);
   EXPECT_FALSE(std::filesystem::exists(folder.Path("notes.vol")));
 }
@@ -236,7 +236,7 @@ TEST_F(KozorVolumes, LoseOnlyTheFilesThatCantBePlaced) {
   MustRun(
       {"backup", "--force", "--volume-size", "50K", "set-#.vol", "-C", "tree", "a.txt", "big.bin"});
   fs::remove(folder.Path("set-2.vol"));
-  EXPECT_THAT(MustFail({"restore", "set-#.vol", "-d", "out"}), HasSubstr("volume 2 is wanted"));
+  EXPECT_THAT(MustFail({"restore", "set-#.vol", "-d", "out"}), HasSubstr("volume 2 is needed"));
   EXPECT_THAT(folder.List("out"), ElementsAre("a.txt"));
 }
 
