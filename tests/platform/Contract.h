@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "platform/win32/Win32.h"
+#include "tests/support/TestFolder.h"
 
 namespace kozor::test {
 
@@ -90,22 +91,9 @@ inline Names SearchWithoutDots(const std::string& mask) {
   return names;
 }
 
-// A new empty directory below the temporary one; the destructor removes it with its contents.
+// A test's folder, used through the calls under test.
 class WinFolder {
  public:
-  WinFolder() {
-    char temporary[1024];
-    char unique[MAX_PATH];
-    GetTempPathA(sizeof temporary, temporary);
-    GetTempFileNameA(temporary, "kzc", 0, unique);
-    root = unique;
-    Delete("");
-    MakeDirectory("");
-  }
-  ~WinFolder() { RemoveAll(root); }
-  WinFolder(const WinFolder&) = delete;
-  WinFolder& operator=(const WinFolder&) = delete;
-
   std::string Path(const std::string& name = "") const {
     return name.empty() ? root : root + '\\' + name;
   }
@@ -136,14 +124,8 @@ class WinFolder {
   bool Exists(const std::string& name) const { return Attributes(name) != INVALID_FILE_ATTRIBUTES; }
 
  private:
-  static void RemoveAll(const std::string& path) {
-    SetFileAttributesA(path.c_str(), FILE_ATTRIBUTE_NORMAL);
-    if (DeleteFileA(path.c_str()) || RemoveDirectoryA(path.c_str())) return;
-    for (const std::string& name : SearchWithoutDots(path + "\\*")) RemoveAll(path + '\\' + name);
-    RemoveDirectoryA(path.c_str());
-  }
-
-  std::string root;
+  const TestFolder folder;
+  const std::string root = folder.Lib();
 };
 
 class ContractTest : public ::testing::Test {
