@@ -159,8 +159,9 @@ TEST_F(KozorVolumes, AskTheUserForTheNextMedium) {
   if (!HaveProgram("script")) GTEST_SKIP() << "the program script isn't installed";
   // The user changes nothing the first time, and then takes the medium away.
   const CommandResult result = Shell(
-      "(sleep 1; echo; sleep 1; mv disk.vol first; echo; sleep 1) | script -qec \"$KOZOR "
-      "backup --volume-size 100000 disk.vol -C tree .\" /dev/null");
+      "said() { for i in $(seq 300); do grep -qs \"$1\" log && return; sleep .1; done; }; "
+      "(said wanted; echo; said 'of the same set'; mv disk.vol first; echo) | "
+      "script -qefc \"$KOZOR backup --volume-size 100000 disk.vol -C tree .\" log");
   EXPECT_EQ(result.status, 0) << result.output;
   EXPECT_THAT(result.output, AllOf(HasSubstr("disk.vol: volume 2 is needed."),
                                    HasSubstr("but this is volume 1 of the same set")));
