@@ -151,7 +151,10 @@ void ArchiveIndex::Walk(ByteSource& source, unsigned int page, PageGuess& guess)
     Member member = Describe(header, endOffset);
     endOffset = walker.IsCutInData() ? source.Size()
                                      : FindAfterDamage(source, endOffset, header, walker.Status());
-    member.packedBytes = endOffset - std::min(endOffset, member.DataOffset());
+    // The next member may begin in what claims to be this header.
+    member.headerBytes = static_cast<std::uint32_t>(
+        std::min<std::uint64_t>(member.headerBytes, endOffset - member.offset));
+    member.packedBytes = endOffset - member.DataOffset();
     AddDamagedMember(header, std::move(member),
                      walker.IsCutInData() ? ResultCode::PackedDataDamaged : *damage);
   }
