@@ -127,8 +127,10 @@ class BackupVolumes : public Volumes {
  protected:
   // The free space on the disk that holds the path now, independent of the mapped drives.
   unsigned long OnQueryDiskSpace(const char* path) override {
-    const std::string onOwnDrive = PathOnOwnDrive(HostPath(path));
-    const unsigned long space = ZorMultiVolume::OnQueryDiskSpace(onOwnDrive.c_str());
+    unsigned long space = 0;
+    UseOwnDrive(HostPath(path), [&](const std::string& onDrive) {
+      space = ZorMultiVolume::OnQueryDiskSpace(onDrive.c_str());
+    });
     const unsigned long kept = hasCatalogue ? std::min(space, kChecksumRoom) : 0;
     return std::min(maxBytes, space - kept);
   }

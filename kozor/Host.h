@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <ctime>
 #include <filesystem>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -95,10 +96,12 @@ LinkState InspectLink(const std::filesystem::path& path);
 // A moment in the local calendar and zone; false if it has no such date.
 bool LocalTime(std::int64_t secondsSince1970, std::tm& local);
 
-// Maps the file system that holds `path`, or would hold it, to a separate drive, and returns the
-// library's form of `path` on that drive.  A query for free space on that drive then reaches the
-// right disk.  The drive stays mapped until the next call.
-std::string PathOnOwnDrive(const std::filesystem::path& path);
+// Maps the file system that holds `path`, or would hold it, to a separate drive, and calls `use`
+// with the library's form of `path` on that drive.  A query for free space on that drive then
+// reaches the right disk.  The drive exists during the call only: a name kept for later must not
+// depend on it.
+void UseOwnDrive(const std::filesystem::path& path,
+                 const std::function<void(const std::string& onDrive)>& use);
 
 bool InputIsTerminal();
 bool ErrorsGoToTerminal();

@@ -198,12 +198,18 @@ bool LocalTime(std::int64_t secondsSince1970, std::tm& local) {
   return localtime_r(&time, &local) != nullptr;
 }
 
-std::string PathOnOwnDrive(const fs::path& path) {
-  DefineDosDeviceA(DDD_REMOVE_DEFINITION, kOwnDrive, nullptr);
+void UseOwnDrive(const fs::path& path, const std::function<void(const std::string&)>& use) {
+  struct OwnDrive {
+    explicit OwnDrive(const fs::path& mountPoint) {
+      if (mountPoint.has_relative_path()) DefineDosDeviceA(0, kOwnDrive, mountPoint.c_str());
+    }
+    ~OwnDrive() { DefineDosDeviceA(DDD_REMOVE_DEFINITION, kOwnDrive, nullptr); }
+    OwnDrive(const OwnDrive&) = delete;
+    OwnDrive& operator=(const OwnDrive&) = delete;
+  };
   const fs::path real = fs::weakly_canonical(path);
-  const fs::path mountPoint = MountPointOf(real);
-  if (mountPoint.has_relative_path()) DefineDosDeviceA(0, kOwnDrive, mountPoint.c_str());
-  return LibraryPath(real);
+  const OwnDrive drive(MountPointOf(real));
+  use(LibraryPath(real));
 }
 
 bool InputIsTerminal() {

@@ -236,8 +236,8 @@ bool LocalTime(std::int64_t secondsSince1970, std::tm& local) {
   return localtime_s(&local, &time) == 0;
 }
 
-std::string PathOnOwnDrive(const fs::path& path) {
-  return LibraryPath(path);
+void UseOwnDrive(const fs::path& path, const std::function<void(const std::string&)>& use) {
+  use(LibraryPath(path));
 }
 
 bool InputIsTerminal() {
