@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <chrono>
 #include <memory>
+#include <mutex>
 #include <unordered_map>
 
 #include "platform/text/Case.h"
@@ -97,10 +98,8 @@ struct Remembered {
   void Add(std::string_view name) { names.emplace(CaseKey(name), name); }
 
   void Remove(const std::string& name) {
-    const auto [begin, end] = names.equal_range(CaseKey(name));
-    const auto found =
-        std::find_if(begin, end, [&](const auto& entry) { return entry.second == name; });
-    if (found != end) names.erase(found);
+    auto [entry, end] = names.equal_range(CaseKey(name));
+    while (entry != end) entry = entry->second == name ? names.erase(entry) : std::next(entry);
   }
 
   std::optional<std::string> Find(const Wanted& wanted) const {
@@ -111,7 +110,10 @@ struct Remembered {
   }
 };
 
-thread_local Remembered remembered;
+// For the whole process: the C library ends it if a thread's own object can't be registered for
+// destruction.
+std::mutex lock;
+Remembered remembered;
 
 }  // namespace
 
@@ -119,6 +121,7 @@ std::optional<std::string> FindMatchingName(const std::string& hostDirectory,
                                             const std::string& name, Match match) {
   const Wanted wanted(name, match);
   if (!wanted.MayDiffer()) return std::nullopt;
+  const std::scoped_lock guard(lock);
   if (remembered.IsCurrent(hostDirectory)) return remembered.Find(wanted);
   Metadata metadata;  // read before the names, so that a change meanwhile is noticed
   if (!ReadMetadata(AT_FDCWD, hostDirectory.c_str(), metadata)) return std::nullopt;
@@ -138,26 +141,30 @@ std::optional<std::string> FindMatchingName(const std::string& hostDirectory,
 }
 
 DirectoryChange::DirectoryChange(const std::string& hostPath) {
-  known = !remembered.directory.empty() && HostParentOf(hostPath) == remembered.directory &&
-          remembered.IsCurrent(remembered.directory);
-  if (known) name = HostNameOf(hostPath);
+  const std::scoped_lock guard(lock);
+  const bool isKnown = !remembered.directory.empty() &&
+                       HostParentOf(hostPath) == remembered.directory &&
+                       remembered.IsCurrent(remembered.directory);
+  if (!isKnown) return;
+  directory = remembered.directory;
+  name = HostNameOf(hostPath);
+}
+
+template <typename Change>
+void DirectoryChange::Apply(Change change) {
+  const std::scoped_lock guard(lock);
+  if (directory.empty() || directory != remembered.directory) return;
+  change();
+  Metadata metadata;
+  if (ReadMetadata(AT_FDCWD, directory.c_str(), metadata)) remembered.changed = metadata.changed;
 }
 
 void DirectoryChange::Added() {
-  if (known) remembered.Add(name);
-  Keep();
+  Apply([this] { remembered.Add(name); });
 }
 
 void DirectoryChange::Removed() {
-  if (known) remembered.Remove(name);
-  Keep();
-}
-
-void DirectoryChange::Keep() {
-  Metadata metadata;
-  if (known && ReadMetadata(AT_FDCWD, remembered.directory.c_str(), metadata)) {
-    remembered.changed = metadata.changed;
-  }
+  Apply([this] { remembered.Remove(name); });
 }
 
 }  // namespace kozor::posix

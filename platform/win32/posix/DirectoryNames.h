@@ -1,7 +1,8 @@
 // DirectoryNames.h - case-insensitive look-up of a name in a host directory.
 //
-// The host can't do this, so the directory has to be read.  One large directory per thread is
-// cached until it changes, so that creating ten thousand files doesn't read it ten thousand times.
+// The host can't do this, so the directory has to be read.  The process caches one large
+// directory until it changes, so that creating ten thousand files doesn't read it ten thousand
+// times.
 #pragma once
 
 #include <optional>
@@ -29,10 +30,12 @@ class DirectoryChange {
   void Removed();
 
  private:
-  void Keep();
+  // Applies a change to the cache if it was up to date before.
+  template <typename Change>
+  void Apply(Change change);
 
+  std::string directory;  // empty unless the cache was up to date before the change
   std::string name;
-  bool known;  // the cache was up to date before the change
 };
 
 }  // namespace kozor::posix
