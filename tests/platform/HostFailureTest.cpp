@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <csignal>
+#include <filesystem>
 
 #include "platform/win32/PosixAdmin.h"
 #include "tests/platform/Contract.h"
@@ -15,6 +16,7 @@
 namespace kozor::test {
 namespace {
 
+namespace fs = std::filesystem;
 using posix::SystemCalls;
 
 class PlatformHostFailure : public ::testing::Test {
@@ -102,6 +104,18 @@ TEST_F(PlatformHostFailure, AMoveOntoItselfLosesNothing) {
   EXPECT_TRUE(Move("d\\g", "way\\h", MOVEFILE_REPLACE_EXISTING)) << "two names become one";
   EXPECT_FALSE(folder.Exists("d/g"));
   EXPECT_EQ(ReadText(folder.Lib("d\\h")), "y");
+}
+
+TEST_F(PlatformHostFailure, AFileKeepsItsModeIfItCannotReplaceAnother) {
+  folder.WriteFile("f", "x");
+  folder.WriteFile("g", "y");
+  fs::permissions(folder.Path("g"), fs::perms{0600});
+  const auto mode = fs::status(folder.Path("f")).permissions();
+  const FailCall<&SystemCalls::renameat2> failing(1, EIO);
+  EXPECT_FAILS_WITH(ERROR_IO_DEVICE, !Move("f", "g", MOVEFILE_REPLACE_EXISTING));
+  EXPECT_EQ(fs::status(folder.Path("f")).permissions(), mode);
+  EXPECT_TRUE(Move("f", "g", MOVEFILE_REPLACE_EXISTING));
+  EXPECT_EQ(fs::status(folder.Path("g")).permissions(), fs::perms{0600});
 }
 
 TEST_F(PlatformHostFailure, MovesWorkWhereTheHostCannotRefuseToReplace) {

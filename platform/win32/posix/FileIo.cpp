@@ -21,7 +21,7 @@ bool WriteZeros(int file, std::uint64_t from, std::uint64_t to) {
   static constexpr char kZeros[64 * 1024] = {};
   while (from < to) {
     const auto bytes = static_cast<std::size_t>(std::min<std::uint64_t>(to - from, sizeof kZeros));
-    const ssize_t written = ::pwrite(file, kZeros, bytes, static_cast<off_t>(from));
+    const ssize_t written = Calls().write(file, kZeros, bytes, static_cast<off_t>(from));
     if (written < 0 && errno == EINTR) continue;
     if (written <= 0) return false;
     from += static_cast<std::uint64_t>(written);

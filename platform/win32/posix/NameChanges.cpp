@@ -141,17 +141,46 @@ bool Rename(const std::string& from, const std::string& to, bool replaces) {
 }
 
 // Copies owner, group and permissions of the replaced file: a private archive must not become
-// public by being rewritten.  If the owner can't be changed, only the owner's permission bits are
-// kept.  False with errno set; where all files have the same bits there is nothing to do.
-bool TakeOverAccess(const std::string& from, const std::string& to) {
-  struct stat old {};
-  struct stat own {};
-  if (::stat(to.c_str(), &old) != 0 || ::stat(from.c_str(), &own) != 0) return false;
-  if (!S_ISREG(old.st_mode)) return true;
-  const bool sameOwner = ::chown(from.c_str(), old.st_uid, old.st_gid) == 0;
-  const mode_t mode = old.st_mode & (sameOwner ? 0777U : 0700U);
-  return (own.st_mode & 0777U) == mode || ::chmod(from.c_str(), mode) == 0;
-}
+// public by being rewritten.  They are in force before the file has its new name, and are taken
+// back if it doesn't get that name.
+class AccessChange {
+ public:
+  explicit AccessChange(const std::string& changed) : path(changed) {}
+  ~AccessChange() {
+    if (isDone) return;
+    const int cause = errno;
+    if (hasOwner) Keep(::chown(path.c_str(), before.st_uid, before.st_gid));
+    if (hasMode || hasOwner) Keep(::chmod(path.c_str(), before.st_mode & kAllBits));
+    errno = cause;
+  }
+  AccessChange(const AccessChange&) = delete;
+  AccessChange& operator=(const AccessChange&) = delete;
+
+  // False with errno set.  If the owner can't be changed, only the owner's permission bits are
+  // copied.  Where all files have the same bits there is nothing to do.
+  bool TakeFrom(const std::string& replaced) {
+    struct stat old {};
+    if (::stat(replaced.c_str(), &old) != 0 || ::stat(path.c_str(), &before) != 0) return false;
+    if (!S_ISREG(old.st_mode)) return true;
+    const bool isSameOwner = old.st_uid == before.st_uid && old.st_gid == before.st_gid;
+    hasOwner = !isSameOwner && ::chown(path.c_str(), old.st_uid, old.st_gid) == 0;
+    const mode_t mode = old.st_mode & (isSameOwner || hasOwner ? 0777U : 0700U);
+    if ((before.st_mode & 0777U) == mode) return true;
+    hasMode = ::chmod(path.c_str(), mode) == 0;
+    return hasMode;
+  }
+  void Done() { isDone = true; }
+
+ private:
+  static constexpr mode_t kAllBits = 07777;
+  static void Keep(int /*result*/) {}  // best effort
+
+  const std::string& path;
+  struct stat before {};
+  bool hasOwner = false;
+  bool hasMode = false;
+  bool isDone = false;
+};
 
 bool Perform(const Move& move) {
   const std::string& from = move.source.host;
@@ -163,8 +192,10 @@ bool Perform(const Move& move) {
   DirectoryChange added(move.newHost);
   DirectoryChange removed(from);
   const bool replaces = move.target.exists && !move.respelled;
-  if (replaces && !TakeOverAccess(from, move.newHost)) return false;
+  AccessChange access(from);
+  if (replaces && !access.TakeFrom(move.newHost)) return false;
   if (!Rename(from, move.newHost, replaces)) return false;
+  access.Done();
   added.Added();
   removed.Removed();
   return true;
