@@ -5,11 +5,13 @@
 #include <fstream>
 #include <nlohmann/json.hpp>
 #include <sstream>
+#include <stdexcept>
 
 #include "Console.h"
 #include "Failure.h"
 #include "Host.h"
 #include "HostFiles.h"
+#include "platform/base/Clock.h"
 
 namespace kozor::program {
 
@@ -51,6 +53,11 @@ std::string LibraryStyle(std::string name) {
   return name;
 }
 
+// Seconds since 1970 that a file time can express: from 1601 to 30827.
+std::int64_t InRange(std::int64_t seconds) {
+  return std::clamp<std::int64_t>(seconds, -kSecondsFrom1601To1970, 910'670'515'199);
+}
+
 void Put(Json& json, const CatalogueVolume& volume) {
   json = {{"number", volume.number},
           {"file", volume.file},
@@ -66,11 +73,20 @@ void Put(Json& json, const CatalogueFile& file) {
 }
 
 void Put(Json& json, const CatalogueFolder& folder) {
-  json = {{"name", HostStyle(folder.name)}, {"modified", folder.time}, {"mode", folder.mode}};
+  json = {
+      {"name", HostStyle(folder.name)}, {"modified", InRange(folder.time)}, {"mode", folder.mode}};
 }
 
 void Put(Json& json, const CatalogueLink& link) {
-  json = {{"name", HostStyle(link.name)}, {"target", link.target}, {"modified", link.time}};
+  json = {
+      {"name", HostStyle(link.name)}, {"target", link.target}, {"modified", InRange(link.time)}};
+}
+
+// Throws std::out_of_range.
+std::int64_t TimeIn(const Json& json) {
+  const std::int64_t seconds = json.at("modified");
+  if (seconds != InRange(seconds)) throw std::out_of_range("modified");
+  return seconds;
 }
 
 void Get(const Json& json, CatalogueVolume& volume) {
@@ -78,16 +94,16 @@ void Get(const Json& json, CatalogueVolume& volume) {
 }
 
 void Get(const Json& json, CatalogueFile& file) {
-  file = {LibraryStyle(json.at("name")), json.at("bytes"),  json.at("modified"), json.at("mode"),
-          json.at("attributes"),         json.at("volume"), json.at("offset"),   json.at("sha256")};
+  file = {LibraryStyle(json.at("name")), json.at("bytes"),  TimeIn(json),      json.at("mode"),
+          json.at("attributes"),         json.at("volume"), json.at("offset"), json.at("sha256")};
 }
 
 void Get(const Json& json, CatalogueFolder& folder) {
-  folder = {LibraryStyle(json.at("name")), json.at("modified"), json.at("mode")};
+  folder = {LibraryStyle(json.at("name")), TimeIn(json), json.at("mode")};
 }
 
 void Get(const Json& json, CatalogueLink& link) {
-  link = {LibraryStyle(json.at("name")), json.at("target"), json.at("modified")};
+  link = {LibraryStyle(json.at("name")), json.at("target"), TimeIn(json)};
 }
 
 template <typename Entry>
@@ -205,6 +221,8 @@ std::optional<Catalogue> ReadCatalogue(const fs::path& path) {
   std::ifstream file(path, std::ios::binary);
   if (!file && !Exists(path)) return std::nullopt;
   if (!file) throw Failure(Visible(path.string()) + ": can't read");
+  const Failure damage(Visible(path.string()) +
+                       ": the catalogue is damaged (move it away to do without)");
   try {
     const Json json = Json::parse(file);
     if (json.at("kozor-catalogue") != kFormat) {
@@ -218,8 +236,9 @@ std::optional<Catalogue> ReadCatalogue(const fs::path& path) {
     GetAll(json.at("links"), catalogue.links);
     return catalogue;
   } catch (const nlohmann::json::exception&) {
-    throw Failure(Visible(path.string()) +
-                  ": the catalogue is damaged (move it away to do without)");
+    throw damage;
+  } catch (const std::out_of_range&) {
+    throw damage;
   }
 }
 

@@ -201,6 +201,15 @@ TEST_F(KozorVolumes, LeaveAForeignFileInThePlaceOfTheCatalogue) {
   EXPECT_FALSE(std::filesystem::exists(folder.Path("notes.vol")));
 }
 
+TEST_F(KozorVolumes, RefuseACatalogueWithATimeThatNoFileHas) {
+  BackUp({}, "set.vol");
+  ASSERT_EQ(Shell("sed -i 's/\"modified\": [0-9]*/\"modified\": 9000000000000000000/' "
+                  "set.vol.json")
+                .status,
+            0);
+  EXPECT_THAT(MustFail({"restore", "set.vol", "-d", "out"}), HasSubstr("the catalogue is damaged"));
+}
+
 TEST_F(KozorVolumes, HoldFilesWhoseNamesDifferInCaseAlone) {
   MakeTree(folder, "tree", {{"Z", 1}, {"sub/C.txt", 20}});
   BackUp({}, "set-#.vol");
