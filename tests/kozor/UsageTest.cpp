@@ -3,6 +3,7 @@
 #include <chrono>
 #include <csignal>
 #include <thread>
+#include <tuple>
 
 #include "tests/engine/RawArchive.h"
 #include "tests/kozor/KozorProgram.h"
@@ -113,24 +114,19 @@ class KozorSignals : public KozorProgram {
   }
 };
 
-TEST_F(KozorSignals, LeaveNothingBehindWhenAddingToNothing) {
-  folder.WriteFile("tree/big", RandomBytes(32 << 20));
-  const int status = RunAndSignal("add a.lzh tree", "INT", [&] { return OwnDirectoryExists(); });
-  EXPECT_EQ(status, 128 + SIGINT);
-  EXPECT_THAT(TopNames(), ElementsAre("tree"));
-}
-
-TEST_F(KozorSignals, KeepTheOldArchive) {
+TEST_F(KozorSignals, KeepTheOldArchiveAndLeaveNothingElse) {
   folder.WriteFile("small", "x");
-  MustRun({"add", "a.lzh", "small"});
-  const Bytes before = folder.ReadFile("a.lzh");
+  MustRun({"add", "old.lzh", "small"});
+  const Bytes before = folder.ReadFile("old.lzh");
   folder.WriteFile("tree/big", RandomBytes(32 << 20));
-  for (const char* option : {"--new", "--overwrite"}) {
-    const int status = RunAndSignal(std::string("add ") + option + " a.lzh tree", "TERM",
-                                    [&] { return OwnDirectoryExists(); });
-    EXPECT_EQ(status, 128 + SIGTERM);
-    EXPECT_EQ(folder.ReadFile("a.lzh"), before);
-    EXPECT_THAT(TopNames(), ElementsAre("a.lzh", "small", "tree"));
+  const std::tuple<const char*, const char*, int> rows[] = {
+      {"add new.lzh tree", "INT", SIGINT},
+      {"add --new old.lzh tree", "TERM", SIGTERM},
+      {"add --overwrite old.lzh tree", "TERM", SIGTERM}};
+  for (const auto& [command, signal, number] : rows) {
+    EXPECT_EQ(RunAndSignal(command, signal, [&] { return OwnDirectoryExists(); }), 128 + number);
+    EXPECT_EQ(folder.ReadFile("old.lzh"), before);
+    EXPECT_THAT(TopNames(), ElementsAre("old.lzh", "small", "tree"));
   }
 }
 
