@@ -5,6 +5,10 @@
 // is the root.  That order makes the tree a Huffman tree.  Counting preserves it: before its weight
 // grows, a node is swapped with the first node of equal weight.
 //
+// What makes it fast: most counts swap nothing, so the path that decoding took down is also the
+// path of the counting up, and none of its steps has to wait for the one before.  The first bits of
+// a code are decoded by a table.  Swaps near the root, which make it invalid, are rare.
+//
 // Children are adjacent: those of branch b are in slots 2b (bit 0) and 2b - 1 (bit 1).  Nodes are
 // numbered: a branch by its b (from 1), a leaf by its symbol plus kSymbols, so that one table gives
 // the slot of either.
@@ -17,6 +21,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <utility>
 
 #include "engine/codec/BitReader.h"
@@ -35,16 +40,29 @@ class AdaptiveCode {
   // Adds a new symbol, which splits the leaf in the last slot.
   void Add(unsigned symbol);
 
-  // Needs kLongestBits in the reader.  The caller must call Count.
-  unsigned Decode(BitReader& in) const {
+  // Decodes a symbol and counts it.  Needs kLongestBits in the reader.
+  unsigned Decode(BitReader& in) {
     std::uint64_t bits = in.Buffer();
-    unsigned count = 0;
-    unsigned node = nodes[0];
+    const Beginning& beginning = beginnings[bits >> (64 - kTableBits)];
+    std::array<std::uint16_t, kLongestBits + 1> path;  // the slots below the root
+    std::ranges::copy(beginning.path, path.begin());
+    unsigned count = beginning.count;
+    unsigned node = beginning.node;
+    bits <<= count;
     for (; node < kSymbols; ++count, bits <<= 1) {
-      node = nodes[2 * node - static_cast<unsigned>(bits >> 63)];
+      const unsigned slot = 2 * node - static_cast<unsigned>(bits >> 63);
+      path[count] = static_cast<std::uint16_t>(slot);
+      node = nodes[slot];
     }
     in.Consume(count);
-    return node - kSymbols;
+
+    const unsigned symbol = node - kSymbols;
+    if (total == kMostTotal) [[unlikely]] {
+      Count(symbol);
+    } else {
+      CountPath(std::span(path).first(count));
+    }
+    return symbol;
   }
 
   struct Code {
@@ -62,26 +80,21 @@ class AdaptiveCode {
   void Count(unsigned symbol) {
     if (total == kMostTotal) Rebuild();
     ++total;
-    for (unsigned slot = slotOf[kSymbols + symbol]; slot != 0; slot = Parent(slot)) {
-      const unsigned weight = weights[slot];
-      const unsigned first = firstOfWeight[weight];
-      if (first != slot) {
-        Swap(first, slot);
-        slot = first;
-      }
-      // The nodes of the old weight now begin one slot later, and those of the new weight here,
-      // unless there are others.  Entries of weights that no node has are never read.
-      firstOfWeight[weight] = static_cast<std::uint16_t>(slot + 1);
-      weights[slot] = static_cast<std::uint16_t>(weight + 1);
-      if (weights[slot - 1] != weight + 1) {
-        firstOfWeight[weight + 1] = static_cast<std::uint16_t>(slot);
-      }
-    }
+    CountFrom(slotOf[kSymbols + symbol]);
+    if (!isTableValid) FillTable();
   }
 
  private:
   static constexpr unsigned kMostTotal = 0x8000;
   static constexpr std::uint16_t kRootWeight = 0xFFFF;  // equal to no other
+
+  // Where the first bits of a code lead to.
+  static constexpr unsigned kTableBits = 5;
+  struct Beginning {
+    std::array<std::uint16_t, kTableBits> path;
+    std::uint16_t count;  // of the slots in `path`, fewer if a leaf ends it
+    std::uint16_t node;   // in the last of them
+  };
 
   unsigned Parent(unsigned slot) const { return slotOf[(slot + 1) / 2]; }
 
@@ -95,15 +108,46 @@ class AdaptiveCode {
     Place(node, other);
   }
 
+  // Counts the leaf in the last slot of a path.  After a swap the path goes on elsewhere.
+  void CountPath(std::span<const std::uint16_t> path) {
+    ++total;
+    for (; !path.empty(); path = path.first(path.size() - 1)) {
+      const unsigned slot = path.back();
+      if (weights[slot - 1] == weights[slot]) [[unlikely]] {
+        CountFrom(slot);
+        break;
+      }
+      ++weights[slot];
+    }
+    if (!isTableValid) FillTable();
+  }
+
+  // Adds to the weight of the node in a slot, and to those of the nodes above it.
+  void CountFrom(unsigned slot) {
+    for (; slot != 0; slot = Parent(slot)) {
+      if (weights[slot - 1] == weights[slot]) {
+        unsigned first = slot - 1;
+        while (weights[first - 1] == weights[slot]) --first;
+        Swap(first, slot);
+        isTableValid = isTableValid && first > lastInTable;
+        slot = first;
+      }
+      ++weights[slot];
+    }
+  }
+
   void Rebuild();
   void FinishTree();
+  void FillTable();
 
   unsigned last = 0;   // slot in use
   unsigned total = 0;  // of all counts, as the format defines it
   std::array<std::uint16_t, 2 * kSymbols - 1> nodes;
   std::array<std::uint16_t, 2 * kSymbols - 1> weights;
   std::array<std::uint16_t, std::size_t{2} * kSymbols> slotOf;  // by node
-  std::array<std::uint16_t, kMostTotal + 2> firstOfWeight;
+  std::array<Beginning, 1U << kTableBits> beginnings{};         // by the first bits
+  unsigned lastInTable = 0;                                     // slot
+  bool isTableValid = false;
 };
 
 template <unsigned kSymbols>
@@ -126,6 +170,7 @@ void AdaptiveCode<kSymbols>::BeginWith(unsigned symbol) {
   total = 0;
   Place(kSymbols + symbol, 0);
   weights[0] = 1;
+  FillTable();
 }
 
 template <unsigned kSymbols>
@@ -137,12 +182,9 @@ void AdaptiveCode<kSymbols>::Add(unsigned symbol) {
   Place(kSymbols + symbol, last + 2);
   weights[last + 2] = 0;
   Place(branch, last);
-  if (last == 0) {
-    weights[0] = kRootWeight;
-    firstOfWeight[weight] = 1;
-  }
+  if (last == 0) weights[0] = kRootWeight;
   last += 2;
-  firstOfWeight[0] = static_cast<std::uint16_t>(last);
+  isTableValid = false;
   Count(symbol);
 }
 
@@ -179,13 +221,30 @@ void AdaptiveCode<kSymbols>::Rebuild() {
   FinishTree();
 }
 
-// Reads the total from the root and finds the first slot of each weight.
+// Reads the total from the root.
 template <unsigned kSymbols>
 void AdaptiveCode<kSymbols>::FinishTree() {
   total = weights[0];
   weights[0] = kRootWeight;
-  for (unsigned slot = last; slot > 0; --slot) {
-    firstOfWeight[weights[slot]] = static_cast<std::uint16_t>(slot);
+  FillTable();
+}
+
+template <unsigned kSymbols>
+void AdaptiveCode<kSymbols>::FillTable() {
+  isTableValid = true;
+  lastInTable = 0;
+  for (unsigned bits = 0; bits < beginnings.size(); ++bits) {
+    Beginning& beginning = beginnings[bits];
+    unsigned node = nodes[0];
+    unsigned count = 0;
+    while (node < kSymbols && count < kTableBits) {
+      const unsigned slot = 2 * node - (bits >> (kTableBits - 1 - count) & 1U);
+      beginning.path[count++] = static_cast<std::uint16_t>(slot);
+      lastInTable = std::max(lastInTable, slot);
+      node = nodes[slot];
+    }
+    beginning.count = static_cast<std::uint16_t>(count);
+    beginning.node = static_cast<std::uint16_t>(node);
   }
 }
 

@@ -52,9 +52,7 @@ class Lh2Scheme {
     for (; known < kDistanceSymbols && done > std::size_t{known} << kLowBits; ++known) {
       distanceCode.Add(known);
     }
-    const unsigned symbol = distanceCode.Decode(in);
-    distanceCode.Count(symbol);
-    return symbol;
+    return distanceCode.Decode(in);
   }
 
  private:
@@ -75,7 +73,6 @@ Status DecodeAdaptive(DecodeJob& job) {
     while (job.done < limit) {
       in.Refill();
       const unsigned symbol = itemCode.Decode(in);
-      itemCode.Count(symbol);
       if (symbol < kLiteralSymbols) {
         job.target[job.done++] = static_cast<std::uint8_t>(symbol);
       } else {
