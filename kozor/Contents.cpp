@@ -5,9 +5,9 @@
 #include "Contents.h"
 
 #include <algorithm>
+#include <functional>
 #include <limits>
 #include <string_view>
-#include <unordered_map>
 
 #include "Console.h"
 #include "Failure.h"
@@ -78,16 +78,6 @@ Member Describe(const container::Member& known, const container::MemberHeader& h
   return member;
 }
 
-// Of several members with one name the last counts.
-void MarkSuperseded(std::vector<Member>& members) {
-  std::unordered_map<std::string_view, Member*> latest;
-  for (Member& member : members) {
-    Member*& earlier = latest[member.name];
-    if (earlier != nullptr && member.kind != MemberKind::Nameless) earlier->superseded = true;
-    earlier = &member;
-  }
-}
-
 bool IsVolume(const std::filesystem::path& path) {
   try {
     const VolumeReader volume(path);
@@ -119,20 +109,20 @@ class Choice {
     folded = text::UpperKey(mask.Word());
   }
 
-  bool Means(const Member& member) const {
-    const std::string_view name = Trimmed(member.name);
+  bool Means(std::string_view member) const {
+    const std::string_view name = Trimmed(member);
     return hasWildcards ? mask.MeansItself(name) : IsOrLiesBelow(name, mask.Word());
   }
   // The same, ignoring case, for names that no member has exactly.
-  bool NearlyMeans(const Member& member) const {
-    const std::u16string name = text::UpperKey(Trimmed(member.name));
+  bool NearlyMeans(std::string_view member) const {
+    const std::u16string name = text::UpperKey(Trimmed(member));
     return !hasWildcards && name.starts_with(folded) &&
            (name.size() == folded.size() || name[folded.size()] == u'\\');
   }
 
   // The same for the file name, in any folder.
-  bool MeansFileName(const Member& member) const {
-    return !hasWildcards && mask.MeansItself(Trimmed(member.name));
+  bool MeansFileName(std::string_view member) const {
+    return !hasWildcards && mask.MeansItself(Trimmed(member));
   }
 
  private:
@@ -141,20 +131,61 @@ class Choice {
   std::u16string folded;
 };
 
-using Meaning = bool (Choice::*)(const Member&) const;
+using Meaning = bool (Choice::*)(std::string_view) const;
 
-// Tries several ways to match a word and returns the members of the first that finds any.
-std::vector<const Member*> FindMeant(const std::vector<Member>& members, const std::string& word,
-                                     std::initializer_list<Meaning> ways) {
+// The names of members, by position.
+struct Names {
+  std::size_t count;
+  std::function<std::string_view(std::size_t)> at;
+};
+
+Names NamesOf(const std::vector<Member>& members) {
+  return {members.size(), [&](std::size_t i) -> std::string_view { return members[i].name; }};
+}
+
+// Tries several ways to match a word and calls `take` for the members of the first that finds any.
+// Returns whether there are any.
+template <typename Take>
+bool FindMeant(const Names& names, const std::string& word, std::initializer_list<Meaning> ways,
+               Take take) {
   const Choice choice(word);
-  std::vector<const Member*> meant;
+  bool isAny = false;
   for (const Meaning means : ways) {
-    for (const Member& member : members) {
-      if ((choice.*means)(member)) meant.push_back(&member);
+    for (std::size_t i = 0; i < names.count; ++i) {
+      if (!(choice.*means)(names.at(i))) continue;
+      isAny = true;
+      take(i);
     }
-    if (!meant.empty()) break;
+    if (isAny) break;
   }
-  return meant;
+  return isAny;
+}
+
+std::vector<bool> ChooseByName(const Names& names, const std::vector<std::string>& words,
+                               const std::string& archiveName) {
+  std::vector<bool> chosen(names.count, words.empty());
+  for (const std::string& word : words) {
+    const bool isMeant =
+        FindMeant(names, word, {&Choice::Means, &Choice::NearlyMeans, &Choice::MeansFileName},
+                  [&](std::size_t i) { chosen[i] = true; });
+    if (!isMeant) Complain(Visible(word) + ": no such member in " + Visible(archiveName));
+  }
+  return chosen;
+}
+
+// Calls `read`, and gives the archiver's failures words.
+template <typename Read>
+void WithReasons(const std::string& archive, const std::string& name, Read read) {
+  try {
+    read();
+  } catch (const container::Failure& failure) {
+    // The library's numbers are the archiver's minus 0x8000.
+    const auto error = static_cast<ZorError>(static_cast<int>(failure.code) - 0x8000);
+    if (error == ZorErrorEngine8019 && IsVolume(HostPath(archive))) {
+      throw Failure(Visible(name) + ": a volume of a backup set (kozor info shows it)");
+    }
+    throw Failure(Visible(name) + ": " + std::string(ErrorText(error)));
+  }
 }
 
 }  // namespace
@@ -172,38 +203,78 @@ void RequireUnpackable(const Member& member) {
   }
 }
 
-std::vector<Member> ReadMembers(const std::string& archive, const std::string& name,
-                                bool* hasEndMark) {
+struct ArchiveReader::Opened {
+  explicit Opened(container::File& opened)
+      : source(opened), index(source, kUtf8, KzNameCodePage()) {}
+
+  // Of several members with one name the last counts.
+  bool IsSuperseded(std::size_t position, const std::string& name) const {
+    if (name.empty()) return false;
+    return std::max(index.FindExactly(name), index.FindLink(name)) > position;
+  }
+
+  container::BufferedFile source;
+  const container::ArchiveIndex index;
+};
+
+ArchiveReader::ArchiveReader(const std::string& archive, const std::string& shownName)
+    : path(archive), name(shownName), file(std::make_unique<container::File>()) {
   const FileState state = Inspect(HostPath(archive));
   if (!Exists(HostPath(archive))) throw Failure(Visible(name) + ": no such archive");
   if (state.isDirectory) throw Failure(Visible(name) + ": a directory, not an archive");
   if (!state.problem.empty()) throw Failure(Visible(name) + ": " + state.problem);
-  container::File file;
-  if (!file.Open(archive, container::File::Mode::Read)) {
+  if (!file->Open(archive, container::File::Mode::Read)) {
     throw Failure(Visible(name) + ": the archive can't be read, or another program is changing it");
   }
-  try {
-    container::BufferedFile source(file);
-    const container::ArchiveIndex index(source, kUtf8, KzNameCodePage());
-    std::vector<Member> members;
-    members.reserve(index.Members().size());
-    for (const container::Member& known : index.Members()) {
-      container::MemberHeader header;
-      container::ParseHeaderAt(source, known.offset, header);
-      members.push_back(Describe(known, header));
-      members.back().damaged = index.Damage() && known.fault;
-    }
-    MarkSuperseded(members);
-    if (hasEndMark != nullptr) *hasEndMark = index.HasEndMark();
-    return members;
-  } catch (const container::Failure& failure) {
-    // The library's numbers are the archiver's minus 0x8000.
-    const auto error = static_cast<ZorError>(static_cast<int>(failure.code) - 0x8000);
-    if (error == ZorErrorEngine8019 && IsVolume(HostPath(archive))) {
-      throw Failure(Visible(name) + ": a volume of a backup set (kozor info shows it)");
-    }
-    throw Failure(Visible(name) + ": " + std::string(ErrorText(error)));
-  }
+  WithReasons(path, name, [&] { opened = std::make_unique<Opened>(*file); });
+}
+
+ArchiveReader::~ArchiveReader() = default;
+
+std::size_t ArchiveReader::Count() const {
+  return opened->index.Members().size();
+}
+
+Member ArchiveReader::At(std::size_t position) {
+  Member member;
+  WithReasons(path, name, [&] {
+    const container::Member known = opened->index.Members()[position];
+    container::MemberHeader header;
+    container::ParseHeaderAt(opened->source, known.offset, header);
+    member = Describe(known, header);
+    member.damaged = opened->index.Damage() && known.fault;
+    member.superseded = opened->IsSuperseded(position, member.name);
+  });
+  return member;
+}
+
+std::vector<Member> ArchiveReader::All() {
+  std::vector<Member> members;
+  members.reserve(Count());
+  for (std::size_t i = 0; i < Count(); ++i) members.push_back(At(i));
+  return members;
+}
+
+std::vector<bool> ArchiveReader::Choose(const std::vector<std::string>& words) const {
+  const container::MemberTable& members = opened->index.Members();
+  return ChooseByName({members.size(), [&](std::size_t i) { return members.NameAt(i); }}, words,
+                      name);
+}
+
+bool ArchiveReader::HasEndMark() const {
+  return opened->index.HasEndMark();
+}
+
+std::size_t ArchiveReader::Damaged() const {
+  if (!opened->index.Damage()) return 0;
+  const container::MemberTable& members = opened->index.Members();
+  return static_cast<std::size_t>(
+      std::count_if(members.begin(), members.end(),
+                    [](const container::Member& member) { return member.fault.has_value(); }));
+}
+
+std::vector<Member> ReadMembers(const std::string& archive, const std::string& name) {
+  return ArchiveReader(archive, name).All();
 }
 
 void ChooseNamePage(const Arguments& arguments) {
@@ -224,13 +295,19 @@ SourceArchive::SourceArchive(std::string givenName) : name(std::move(givenName))
   } else {
     path = LibraryPath(FromUtf8(name));
   }
-  members = ReadMembers(path, name, &hasEndMark);
-  const auto damaged = std::count_if(members.begin(), members.end(),
-                                     [](const Member& member) { return member.damaged; });
+  reader.emplace(path, name);
+  hasEndMark = reader->HasEndMark();
+  const std::size_t damaged = reader->Damaged();
   if (damaged == 0) return;
-  const std::size_t whole = members.size() - static_cast<std::size_t>(damaged);
+  const std::size_t whole = reader->Count() - damaged;
   Complain(Visible(name) + ": the archive is damaged or cut short; " + std::to_string(whole) +
            (whole == 1 ? " member" : " members") + " can be read");
+}
+
+std::vector<Member> SourceArchive::TakeMembers() {
+  std::vector<Member> members = reader->All();
+  reader.reset();
+  return members;
 }
 
 std::filesystem::path SourceArchive::CopyPath() {
@@ -239,21 +316,16 @@ std::filesystem::path SourceArchive::CopyPath() {
 }
 
 std::vector<const Member*> Meant(const std::vector<Member>& members, const std::string& word) {
-  return FindMeant(members, word, {&Choice::Means, &Choice::NearlyMeans});
+  std::vector<const Member*> meant;
+  FindMeant(NamesOf(members), word, {&Choice::Means, &Choice::NearlyMeans},
+            [&](std::size_t i) { meant.push_back(&members[i]); });
+  return meant;
 }
 
 std::vector<const Member*> Choose(const std::vector<Member>& members,
                                   const std::vector<std::string>& words, const MaskList& excludes,
                                   const std::string& archiveName) {
-  std::vector<bool> chosen(members.size(), words.empty());
-  for (const std::string& word : words) {
-    const std::vector<const Member*> meant =
-        FindMeant(members, word, {&Choice::Means, &Choice::NearlyMeans, &Choice::MeansFileName});
-    if (meant.empty()) Complain(Visible(word) + ": no such member in " + Visible(archiveName));
-    for (const Member* member : meant) {
-      chosen[static_cast<std::size_t>(member - members.data())] = true;
-    }
-  }
+  const std::vector<bool> chosen = ChooseByName(NamesOf(members), words, archiveName);
   std::vector<const Member*> result;
   for (std::size_t i = 0; i < members.size(); ++i) {
     if (chosen[i] && !members[i].superseded && !excludes.Means(members[i].name)) {

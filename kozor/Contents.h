@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -10,6 +11,10 @@
 #include "Arguments.h"
 #include "Mask.h"
 #include "WorkFolder.h"
+
+namespace kozor::container {
+class File;
+}
 
 namespace kozor::program {
 
@@ -38,10 +43,38 @@ struct Member {
 // reserving space.
 void RequireUnpackable(const Member& member);
 
-// Reads all headers.  `archive` is a library path, `name` its name for messages.  Throws Failure if
-// it can't be read, isn't an archive, or is entirely damaged.
-std::vector<Member> ReadMembers(const std::string& archive, const std::string& name,
-                                bool* hasEndMark = nullptr);
+// The members of an archive, one at a time.  The archive stays open, and only its index is in
+// memory.  Throws Failure if it can't be read, isn't an archive, or is entirely damaged.
+class ArchiveReader {
+ public:
+  // `archive` is a library path, `shownName` its name for messages.
+  ArchiveReader(const std::string& archive, const std::string& shownName);
+  ~ArchiveReader();
+  ArchiveReader(const ArchiveReader&) = delete;
+  ArchiveReader& operator=(const ArchiveReader&) = delete;
+
+  std::size_t Count() const;
+  // In the archive's order.  Reads the header, which is cheapest from the first to the last.
+  Member At(std::size_t position);
+  std::vector<Member> All();
+  // By position, the members that any of the words selects; see the function Choose.
+  std::vector<bool> Choose(const std::vector<std::string>& words) const;
+  // Without one, members may have been cut off.
+  bool HasEndMark() const;
+  // How many members are damaged.
+  std::size_t Damaged() const;
+
+ private:
+  struct Opened;
+
+  const std::string path;
+  const std::string name;
+  std::unique_ptr<container::File> file;
+  std::unique_ptr<Opened> opened;
+};
+
+// All members of an archive; see ArchiveReader.
+std::vector<Member> ReadMembers(const std::string& archive, const std::string& name);
 
 // An archive to read, as the user names it.
 //
@@ -53,7 +86,10 @@ class SourceArchive {
 
   const std::string& Path() const { return path; }  // the library's
   const std::string& Name() const { return name; }
-  const std::vector<Member>& Members() const { return members; }
+  // Valid until TakeMembers is called.
+  ArchiveReader& Reader() { return *reader; }
+  // Reads all members and closes the archive.
+  std::vector<Member> TakeMembers();
   // Without one, members may have been cut off.
   bool HasEndMark() const { return hasEndMark; }
 
@@ -62,7 +98,7 @@ class SourceArchive {
 
   const std::string name;
   std::string path;
-  std::vector<Member> members;
+  std::optional<ArchiveReader> reader;
   bool hasEndMark = false;
   std::optional<TemporaryFolder> copy;
 };

@@ -113,10 +113,10 @@ class Extraction {
 void Extract(const Arguments& arguments) {
   const DeliveryRules rules = ReadDeliveryRules(arguments);
   ChooseNamePage(arguments);
-  const SourceArchive archive(arguments.Operand(0, "ARCHIVE"));
-  const std::vector<const Member*> members =
-      Choose(archive.Members(), arguments.OperandsFrom(1), MaskList(arguments.Values("--exclude")),
-             archive.Name());
+  SourceArchive archive(arguments.Operand(0, "ARCHIVE"));
+  const std::vector<Member> all = archive.TakeMembers();
+  const std::vector<const Member*> members = Choose(
+      all, arguments.OperandsFrom(1), MaskList(arguments.Values("--exclude")), archive.Name());
   Delivery delivery(AbsolutePath(arguments.Value("-d", ".")), rules);
   MemberReader reader(archive.Path(), archive.Name(), TotalBytes(members));
   Extraction(delivery, reader, arguments.Has("--keep-setid") ? 07777 : 0777).Run(members);

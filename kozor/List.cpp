@@ -93,19 +93,76 @@ std::string Counted(std::size_t count, const char* what) {
   return std::to_string(count) + ' ' + what + (count == 1 ? "" : "s");
 }
 
-void PrintTotal(const std::vector<const Member*>& members) {
+// Prints members as they are read: a million of them take no memory but the index.
+class Printer {
+ public:
+  explicit Printer(const Arguments& given) : arguments(given) {}
+
+  void Print(const Member& member) {
+    bytes += member.size;
+    ++counts.at(static_cast<std::size_t>(member.kind));
+    if (arguments.Has("--names")) {
+      PrintText(HostStyle(member.name) + (arguments.Has("--null") ? '\0' : '\n'));
+    } else if (arguments.Has("--long")) {
+      PrintLine(LongLine(member));
+    } else {
+      PrintLine(EntryLine(SizeColumn(member), TimeText(member.Seconds()), member.attribute,
+                          ShownName(member)));
+    }
+  }
+
+  void Finish() const {
+    if (arguments.Has("--names")) return;
+    const auto [files, folders, links, nameless] = counts;
+    std::string line = std::to_string(bytes) + " bytes in " + Counted(files, "file");
+    if (folders > 0) line += ", " + Counted(folders, "folder");
+    if (links > 0) line += ", " + Counted(links, "link");
+    if (nameless > 0) line += ", " + std::to_string(nameless) + " without a name";
+    PrintLine(line);
+  }
+
+ private:
+  const Arguments& arguments;
   std::uint64_t bytes = 0;
   std::array<std::size_t, 4> counts{};
-  for (const Member* member : members) {
-    bytes += member->size;
-    ++counts.at(static_cast<std::size_t>(member->kind));
+};
+
+class JsonPrinter {
+ public:
+  explicit JsonPrinter(const std::string& archive) {
+    PrintText("{\n  \"archive\": " + Dump(archive) + ",\n  \"members\": [");
   }
-  const auto [files, folders, links, nameless] = counts;
-  std::string line = std::to_string(bytes) + " bytes in " + Counted(files, "file");
-  if (folders > 0) line += ", " + Counted(folders, "folder");
-  if (links > 0) line += ", " + Counted(links, "link");
-  if (nameless > 0) line += ", " + std::to_string(nameless) + " without a name";
-  PrintLine(line);
+
+  void Print(const Member& member) {
+    std::string text = "\n" + Dump(Json(member));
+    for (std::size_t at = 0; at != text.npos; at = text.find('\n', at + 1)) {
+      text.insert(at + 1, kIndent);
+    }
+    PrintText((isFirst ? "" : ",") + text);
+    isFirst = false;
+  }
+
+  void Finish() const { PrintLine(isFirst ? "]\n}" : "\n  ]\n}"); }
+
+ private:
+  static constexpr const char* kIndent = "    ";
+  static std::string Dump(const nlohmann::ordered_json& json) {
+    return json.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
+  }
+
+  bool isFirst = true;
+};
+
+template <typename MemberPrinter>
+void PrintAll(ArchiveReader& reader, const Arguments& arguments, MemberPrinter printer) {
+  const MaskList excludes(arguments.Values("--exclude"));
+  const std::vector<bool> chosen = reader.Choose(arguments.OperandsFrom(1));
+  for (std::size_t i = 0; i < reader.Count(); ++i) {
+    if (!chosen[i]) continue;
+    const Member member = reader.At(i);
+    if (!member.superseded && !excludes.Means(member.name)) printer.Print(member);
+  }
+  printer.Finish();
 }
 
 void List(const Arguments& arguments) {
@@ -114,27 +171,9 @@ void List(const Arguments& arguments) {
   arguments.Exclude("--names", {"--long"});
   arguments.Require("--null", "--names");
   ChooseNamePage(arguments);
-  const SourceArchive archive(name);
-  const std::vector<const Member*> members = Choose(archive.Members(), arguments.OperandsFrom(1),
-                                                    MaskList(arguments.Values("--exclude")), name);
-  if (arguments.Has("--json")) {
-    nlohmann::ordered_json json;
-    json["archive"] = name;
-    json["members"] = nlohmann::ordered_json::array();
-    for (const Member* member : members) json["members"].push_back(Json(*member));
-    return PrintLine(json.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace));
-  }
-  for (const Member* member : members) {
-    if (arguments.Has("--names")) {
-      PrintText(HostStyle(member->name) + (arguments.Has("--null") ? '\0' : '\n'));
-    } else if (arguments.Has("--long")) {
-      PrintLine(LongLine(*member));
-    } else {
-      PrintLine(EntryLine(SizeColumn(*member), TimeText(member->Seconds()), member->attribute,
-                          ShownName(*member)));
-    }
-  }
-  if (!arguments.Has("--names")) PrintTotal(members);
+  SourceArchive archive(name);
+  if (arguments.Has("--json")) return PrintAll(archive.Reader(), arguments, JsonPrinter(name));
+  PrintAll(archive.Reader(), arguments, Printer(arguments));
 }
 
 }  // namespace

@@ -40,10 +40,10 @@ SourceArchive OpenArchive(const Arguments& arguments) {
 // Unpacks the chosen members one by one and passes each to `whole` after its checksum has been
 // verified.
 template <typename Whole>
-std::size_t UnpackEach(const SourceArchive& archive, const Arguments& arguments, Whole whole) {
-  const std::vector<const Member*> members =
-      Choose(archive.Members(), arguments.OperandsFrom(1), MaskList(arguments.Values("--exclude")),
-             archive.Name());
+std::size_t UnpackEach(SourceArchive& archive, const Arguments& arguments, Whole whole) {
+  const std::vector<Member> all = archive.TakeMembers();
+  const std::vector<const Member*> members = Choose(
+      all, arguments.OperandsFrom(1), MaskList(arguments.Values("--exclude")), archive.Name());
   MemberReader reader(archive.Path(), archive.Name(), TotalBytes(members));
   ScratchMemory scratch;
   std::size_t good = 0;
@@ -66,7 +66,7 @@ std::size_t UnpackEach(const SourceArchive& archive, const Arguments& arguments,
 
 void Print(const Arguments& arguments) {
   arguments.Operand(1, "MEMBER");
-  const SourceArchive archive = OpenArchive(arguments);
+  SourceArchive archive = OpenArchive(arguments);
   UnpackEach(archive, arguments, [](const Member&, std::span<unsigned char> contents) {
     HideProgress();
     WriteStandardOutput(contents.data(), contents.size());
@@ -74,7 +74,7 @@ void Print(const Arguments& arguments) {
 }
 
 void Test(const Arguments& arguments) {
-  const SourceArchive archive = OpenArchive(arguments);
+  SourceArchive archive = OpenArchive(arguments);
   const std::size_t good =
       UnpackEach(archive, arguments, [](const Member& member, std::span<unsigned char>) {
         Mention(VisibleLibraryName(member.name) + ": OK");
