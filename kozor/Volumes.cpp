@@ -117,8 +117,12 @@ bool Volumes::Ready(const ONABORTPARAM& param) {
   std::string objection = asItStands ? ObjectionTo(param) : ReasonText(param.volumeResult);
   if (asItStands && objection.empty()) return true;
   const int number = param.volume + 1;
-  const std::string wanted = Visible(volumeName.Path(number).string()) + ": volume " +
-                             std::to_string(number) + " is needed";
+  const std::string path = Visible(volumeName.Path(number).string()) + ": ";
+  if (asItStands && volumeName.IsPattern()) {
+    whyStopped = path + objection;
+    return false;
+  }
+  const std::string wanted = path + "volume " + std::to_string(number) + " is needed";
   do {
     whyStopped = wanted + (objection.empty() ? "" : ", but " + objection);
     if (volumeName.IsPattern()) return false;
