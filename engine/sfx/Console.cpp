@@ -102,12 +102,12 @@ std::string Reason(long error) {
       return "no such file or directory";
     case EACCES:
     case EPERM:
-      return "no permission";
+      return "permission denied";
     case EROFS:
       return "the file system is read-only";
     case ENOSPC:
     case EDQUOT:
-      return "no room on the disk";
+      return "the disk is full";
     case EFBIG:
       return "too large for the file system";
     case ENOMEM:

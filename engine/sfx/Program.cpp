@@ -22,20 +22,19 @@ using container::ByteSpan;
 using container::MemberHeader;
 
 constexpr std::string_view kHelp =
-    R"([OPTION...] [DIRECTORY]
+    R"([OPTION]... [DIRECTORY]
 
-This program carries an LZH archive and extracts it into DIRECTORY, or into the
-current directory.  It overwrites nothing, and writes nothing outside.
+Extracts the LZH archive inside this program into DIRECTORY, by default the
+current directory.  Keeps existing files, and writes nothing outside.
 
-  -l        list what the archive holds
-  -t        test it: unpack everything, write nothing
-  -o        overwrite files that exist already
-  -r        take names that begin at the root directory from DIRECTORY on;
-            without it such files are not extracted
-  --help    show this text
+  -l        list the archive
+  -t        test the archive: unpack everything, write nothing
+  -o        overwrite existing files
+  -r        extract absolute names below DIRECTORY; without this option they
+            are left out
+  --help    show this help
 
-It ends with 0 when all went well, 1 when anything failed, 2 when it doesn't
-understand its command line.)";
+Exit status: 0 success, 1 something failed, 2 invalid command line.)";
 
 enum class Task { Extract, List, Test, Help };
 
@@ -84,7 +83,7 @@ void Test(const Entry& entry, const MemberHeader& header, ByteSpan packed, Tally
   if (!entry.isDirectory) {
     if (const char* fault = TestData(header, packed)) return tally.Fail(entry, fault);
   }
-  Say({"good  ", Visible(entry.name)});
+  Say({"OK    ", Visible(entry.name)});
   tally.Count(entry, header);
 }
 
@@ -109,7 +108,7 @@ bool ForEachMember(ByteSpan program, Work work) {
   container::MemorySource source(program);
   const std::uint64_t begin = container::EndOfProgram(source);
   if (begin == 0) {
-    Complain({"no archive stands behind the program, or it was cut off"});
+    Complain({"the program contains no archive, or was cut short"});
     return false;
   }
   container::MemberWalker walker(source, begin);
@@ -121,7 +120,7 @@ bool ForEachMember(ByteSpan program, Work work) {
                          static_cast<std::size_t>(header.packedBytes)));
   }
   if (walker.HasEndMark()) return true;
-  Complain({"the archive is damaged or cut off here; what follows is lost"});
+  Complain({"the archive is damaged or cut short here; the rest is lost"});
   return false;
 }
 
@@ -167,7 +166,7 @@ bool Perform(const Options& options, ByteSpan program) {
       break;
     case Task::Test:
       isWhole = TestAll(program, tally);
-      done = " good";
+      done = " OK";
       break;
     default:
       isWhole = ExtractAll(program, options, tally);
@@ -196,7 +195,7 @@ int RunProgram(std::span<const char* const> words) {
   const ByteSpan program = OwnFile();
   const bool isDone = !program.empty() && Perform(options, program);
   if (!FlushOutput()) {
-    Complain({"the report could not be written"});
+    Complain({"can't write to standard output"});
     return 1;
   }
   return isDone ? 0 : 1;

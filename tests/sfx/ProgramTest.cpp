@@ -134,11 +134,11 @@ TEST_F(SfxProgram, NamesWhatItCannotExtract) {
 TEST_F(SfxProgram, UnderstandsItsCommandLineOrSaysSo) {
   MakeProgram("a.run", RawArchive({{.name = "a"}}));
   const std::tuple<const char*, int, const char*> rows[] = {
-      {"$RUN --help", 0, "Usage: a.run [OPTION...] [DIRECTORY]"},
+      {"$RUN --help", 0, "Usage: a.run [OPTION]... [DIRECTORY]"},
       {"$RUN -x", 2, "a.run: unknown option -x"},
       {"$RUN one two", 2, "more than one directory"},
       {"$RUN -- -x && ls -- -x", 0, "a\n"},
-      {"($RUN -l > /dev/full)", 1, "the report could not be written"},
+      {"($RUN -l > /dev/full)", 1, "can't write to standard output"},
       {"touch f && $RUN f", 1, "f: a file or a link is in the way"}};
   for (const auto& [command, status, says] : rows) {
     const CommandResult result = Run("a.run", command);
