@@ -1,10 +1,15 @@
 // SamplesTest.cpp - archives by many old programs, if a folder of them is available.
 //
 // KOZOR_TESTDATA names the folder; the default is ../shared/testdata beside the source tree.  Its
-// lzh/MANIFEST.tsv lists the levels, methods, number of members and CRCs of each archive.
+// lzh/MANIFEST.tsv lists the levels, methods, number of members and CRCs of each archive;
+// Samples.tsv beside this file lists the names, sizes and times that other programs show for their
+// files.
 #include <algorithm>
 #include <cstdlib>
+#include <ctime>
 #include <fstream>
+#include <iostream>
+#include <map>
 #include <sstream>
 
 #include "engine/codec/Codec.h"
@@ -29,6 +34,19 @@ std::vector<std::string> Split(const std::string& text, char separator) {
   return fields;
 }
 
+// The lines of a table but the first, cut at tabulators.
+std::vector<std::vector<std::string>> ReadTable(const fs::path& path) {
+  std::vector<std::vector<std::string>> rows;
+  std::ifstream table(path);
+  std::string line;
+  std::getline(table, line);
+  while (std::getline(table, line)) {
+    rows.push_back(Split(line, '\t'));
+    rows.back().resize(6);
+  }
+  return rows;
+}
+
 struct Sample {
   std::string path;
   std::vector<std::string> methods;
@@ -38,15 +56,20 @@ struct Sample {
 
 std::vector<Sample> ReadManifest() {
   std::vector<Sample> samples;
-  std::ifstream manifest(SampleFolder() / "MANIFEST.tsv");
-  std::string line;
-  std::getline(manifest, line);
-  while (std::getline(manifest, line)) {
-    std::vector<std::string> fields = Split(line, '\t');
-    fields.resize(6);
+  for (const auto& fields : ReadTable(SampleFolder() / "MANIFEST.tsv")) {
     samples.push_back({fields[0], Split(fields[2], ','), Split(fields[4], ','), fields[5]});
   }
   return samples;
+}
+
+// "name size time" of the files in each archive.
+std::map<std::string, std::vector<std::string>> ReadFiles() {
+  std::map<std::string, std::vector<std::string>> files;
+  for (auto& fields : ReadTable(fs::path(KOZOR_SOURCE_DIR) / "tests/engine/Samples.tsv")) {
+    std::ranges::replace(fields[1], '/', '\\');
+    files[fields[0]].push_back(fields[1] + " " + fields[2] + " " + fields[3]);
+  }
+  return files;
 }
 
 class EngineSamples : public EngineTest {
@@ -56,23 +79,28 @@ class EngineSamples : public EngineTest {
                   fs::copy_options::overwrite_existing);
   }
 
-  // In the form of the list, or with a description of the failure.
-  std::vector<std::string> ExtractedCrcs() {
-    std::vector<std::string> crcs;
-    for (const std::string& name : Names("x.lzh")) {
-      const Extracted extracted = Extract("x.lzh", name);
+  // In the forms of the lists, or with a description of the failure.
+  void ExtractAll(std::vector<std::string>& crcs, std::vector<std::string>& files) {
+    for (const UnlhaMemberRecord& record : Search("x.lzh")) {
+      const Extracted extracted = ExtractInto("x.lzh", record.name, record.size);
       char crc[5];
       std::snprintf(crc, sizeof(crc), "%04x", codec::Crc16(extracted.bytes));
       crcs.push_back(extracted.code == 0 ? crc : "code " + std::to_string(extracted.code));
+      const std::time_t seconds = extracted.time;
+      char time[20];
+      std::strftime(time, sizeof(time), "%Y-%m-%dT%H:%M:%S", std::gmtime(&seconds));
+      files.push_back(record.name + (" " + std::to_string(record.size)) + " " + time);
     }
-    return crcs;
   }
 };
 
-TEST_F(EngineSamples, EveryCrcIsRight) {
+TEST_F(EngineSamples, EveryCrcNameSizeAndTimeIsRight) {
   const std::vector<Sample> samples = ReadManifest();
   if (samples.empty()) GTEST_SKIP() << "no samples in " << SampleFolder();
+  SetEnvironment("TZ", "UTC");
+  const auto listed = ReadFiles();
   int checked = 0;
+  int compared = 0;
   for (const Sample& sample : samples) {
     SCOPED_TRACE(sample.path + " " + sample.note);
     if (sample.note.starts_with("original size")) continue;  // gigabytes
@@ -80,14 +108,21 @@ TEST_F(EngineSamples, EveryCrcIsRight) {
     Take(sample);
     const bool isCut = sample.note.starts_with("cut off");
     EXPECT_EQ(Opens("x.lzh"), !isCut);
-    if (isCut || sample.methods[0] == "-") continue;
     std::vector<std::string> expected = sample.crcs;
-    std::vector<std::string> actual = ExtractedCrcs();
+    std::vector<std::string> actual, files;
+    ExtractAll(actual, files);
+    if (const auto found = listed.find(sample.path); found != listed.end()) {
+      EXPECT_EQ(files, found->second);
+      compared += static_cast<int>(files.size());
+    }
+    if (isCut || sample.methods[0] == "-") continue;
     std::erase(expected, "0000");  // directories and links, which aren't listed, and empty files
     std::erase(actual, "0000");
     EXPECT_EQ(actual, expected);
   }
-  std::cout << checked << " of " << samples.size() << " samples checked\n";
+  SetEnvironment("TZ", nullptr);
+  std::cout << checked << " of " << samples.size() << " samples checked, names, sizes and times of "
+            << compared << " files\n";
 }
 
 TEST_F(EngineSamples, SizesBeyond4GiBAreListedAsTheLargest) {
