@@ -17,6 +17,7 @@
 #include "engine/container/Failure.h"
 #include "engine/container/File.h"
 #include "engine/container/FirstHeader.h"
+#include "engine/container/MacBinary.h"
 #include "engine/container/MemberName.h"
 #include "engine/container/MemberWalker.h"
 #include "engine/container/NamePages.h"
@@ -65,6 +66,8 @@ Member Describe(const container::Member& known, const container::MemberHeader& h
   member.lastWrite = known.lastWrite.Utc();
   member.attribute = static_cast<std::uint8_t>(known.attribute);
   member.unixMode = header.unixMode;
+  member.capsuleOffset = header.capsule.offset;
+  member.capsuleBytes = header.capsule.bytes;
   member.overclaims =
       known.unpacking &&
       known.originalBytes > codec::MostUnpackedBytes(*known.unpacking, known.packedBytes);
@@ -275,6 +278,17 @@ std::size_t ArchiveReader::Damaged() const {
 
 std::vector<Member> ReadMembers(const std::string& archive, const std::string& name) {
   return ArchiveReader(archive, name).All();
+}
+
+std::span<unsigned char> Unwrapped(const Member& member, std::span<unsigned char> data) {
+  if (member.capsuleBytes != 0) {
+    const bool isInside = member.capsuleOffset <= data.size() &&
+                          member.capsuleBytes <= data.size() - member.capsuleOffset;
+    return isInside ? data.subspan(member.capsuleOffset, member.capsuleBytes) : data;
+  }
+  const std::string_view name = member.name;
+  const auto fork = container::FindDataFork(data, name.substr(name.rfind('\\') + 1));
+  return fork ? data.subspan(fork->offset, fork->bytes) : data;
 }
 
 void ChooseNamePage(const Arguments& arguments) {

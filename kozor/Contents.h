@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -29,12 +30,14 @@ struct Member {
   std::uint64_t size = 0;  // unpacked, in bytes
   std::uint64_t packedBytes = 0;
   std::optional<std::uint16_t> crc;
-  std::uint64_t lastWrite = 0;  // 100 ns since 1601, UTC
-  std::uint8_t attribute = 0;   // FILE_ATTRIBUTE_* bits
-  unsigned int unixMode = 0;    // including the file type; 0 if not recorded
-  bool superseded = false;      // a later member has the same name
-  bool overclaims = false;      // its packed data can't unpack to this size
-  bool damaged = false;         // its header or data is known to be damaged
+  std::uint64_t lastWrite = 0;      // 100 ns since 1601, UTC
+  std::uint8_t attribute = 0;       // FILE_ATTRIBUTE_* bits
+  unsigned int unixMode = 0;        // including the file type; 0 if not recorded
+  std::uint32_t capsuleOffset = 0;  // of the file itself in the unpacked data, and its size, if the
+  std::uint32_t capsuleBytes = 0;   // header tells them; else 0
+  bool superseded = false;          // a later member has the same name
+  bool overclaims = false;          // its packed data can't unpack to this size
+  bool damaged = false;             // its header or data is known to be damaged
 
   std::int64_t Seconds() const;  // last write since 1970
 };
@@ -42,6 +45,10 @@ struct Member {
 // Throws FileFailure for a member whose size shows that it can't be unpacked.  Call it before
 // reserving space.
 void RequireUnpackable(const Member& member);
+
+// The file itself in a member's unpacked data: without the wrapper of a Macintosh program, and
+// without what its header says stands round the file.  All of the data if there is neither.
+std::span<unsigned char> Unwrapped(const Member& member, std::span<unsigned char> data);
 
 // The members of an archive, one at a time.  The archive stays open, and only its index is in
 // memory.  Throws Failure if it can't be read, isn't an archive, or is entirely damaged.

@@ -1,4 +1,7 @@
 // Extract.cpp - kozor extract: unpacks members into files.
+#include <algorithm>
+#include <span>
+
 #include "Archive.h"
 #include "Commands.h"
 #include "Console.h"
@@ -20,7 +23,10 @@ which is matched in its directory and all below.  "-" as ARCHIVE is standard
 input.
 )";
 
-constexpr std::array<Option, 2> kOwnOptions = {{
+constexpr std::array<Option, 3> kOwnOptions = {{
+    {"--unwrap", "",
+     "extract only the data fork of files in MacBinary, and\nonly the part of the data that the "
+     "header marks as the\nfile, if it does"},
     {"--keep-setid", "",
      "restore set-uid, set-gid and sticky bits; the first\ntwo let others act with your rights"},
     kNamePageOption,
@@ -29,8 +35,11 @@ constexpr auto kOptions = Join(kDeliveryOptions, kOwnOptions);
 
 class Extraction {
  public:
-  Extraction(Delivery& target, MemberReader& source, unsigned int modeBits)
-      : delivery(target), reader(source), permissions(modeBits) {}
+  Extraction(Delivery& target, MemberReader& source, const Arguments& arguments)
+      : delivery(target),
+        reader(source),
+        permissions(arguments.Has("--keep-setid") ? 07777 : 0777),
+        unwraps(arguments.Has("--unwrap")) {}
 
   // Complains about members that can't be extracted.
   void Run(const std::vector<const Member*>& members) {
@@ -64,13 +73,27 @@ class Extraction {
 
   void ExtractFile(const Member& member) {
     RequireUnpackable(member);
-    const Item item = {member.name, member.size, member.Seconds()};
+    if (!unwraps) {
+      return MakeFile(member, member.size,
+                      [&](std::span<unsigned char> target) { reader.Unpack(member, target); });
+    }
+    const std::span<unsigned char> data = scratch.Get(member.size);
+    reader.Unpack(member, data);
+    const std::span<unsigned char> file = Unwrapped(member, data);
+    MakeFile(member, file.size(),
+             [&](std::span<unsigned char> target) { std::ranges::copy(file, target.begin()); });
+  }
+
+  // `fill` writes the contents.
+  template <typename Fill>
+  void MakeFile(const Member& member, std::uint64_t bytes, Fill fill) {
+    const Item item = {member.name, bytes, member.Seconds()};
     if (!delivery.Wants(item)) return;
     const std::string workName = std::to_string(++made);
     WorkFolder& work = delivery.Work();
     try {
-      NewFile file(work, workName, member.size);
-      reader.Unpack(member, file.Contents());
+      NewFile file(work, workName, bytes);
+      fill(file.Contents());
       file.Finish(member.unixMode & permissions, member.lastWrite);
       SetAttribute(work.LibraryPathOf(workName), member.attribute);
       delivery.Deliver(item, workName);
@@ -105,6 +128,8 @@ class Extraction {
   Delivery& delivery;
   MemberReader& reader;
   const unsigned int permissions;  // the bits of a mode that are extracted
+  const bool unwraps;
+  ScratchMemory scratch;  // for members to unwrap
   std::vector<const Member*> folders;
   std::vector<const Member*> links;
   std::uint64_t made = 0;
@@ -119,7 +144,7 @@ void Extract(const Arguments& arguments) {
       all, arguments.OperandsFrom(1), MaskList(arguments.Values("--exclude")), archive.Name());
   Delivery delivery(AbsolutePath(arguments.Value("-d", ".")), rules);
   MemberReader reader(archive.Path(), archive.Name(), TotalBytes(members));
-  Extraction(delivery, reader, arguments.Has("--keep-setid") ? 07777 : 0777).Run(members);
+  Extraction(delivery, reader, arguments).Run(members);
 }
 
 }  // namespace

@@ -17,6 +17,11 @@ std::u16string Utf16Text(ByteSpan payload) {
   return text;
 }
 
+// OS-9, OS-9/68K, and OS-9 on the X68000.
+bool IsOs9(std::uint8_t osId) {
+  return osId == '9' || osId == 'K' || osId == 'X';
+}
+
 // The times in a chain.  A FILETIME has precedence over UNIX seconds, in whatever order they occur.
 struct ChainTimes {
   std::uint64_t fileTime = 0;
@@ -57,16 +62,25 @@ void ApplyExtension(std::uint8_t id, ByteSpan payload, MemberHeader& header, Cha
       if (holds(4)) header.name.codePage = ReadU32(payload, 0);
       break;
     case 0x50:
-      if (holds(2)) header.unixMode = ReadU16(payload, 0);
+      if (holds(2)) {
+        const std::uint16_t mode = ReadU16(payload, 0);
+        header.unixMode = IsOs9(header.osId) ? UnixModeOfOs9(mode) : mode;
+      }
       break;
     case 0x54:
       if (holds(4)) times.unixTime = FileTimeOfUnix(ReadU32(payload, 0));
+      break;
+    case 0x7D:  // where the file itself is in the unpacked data
+      if (holds(8)) header.capsule = {ReadU32(payload, 0), ReadU32(payload, 4)};
       break;
     case 0x7F:  // OS/2, level 3
       if (holds(4)) {
         header.attribute = ReadU16(payload, 0);
         header.unixMode = ReadU16(payload, 2);
       }
+      break;
+    case 0xCC:  // OS-9 on the 6809
+      if (holds(9)) header.unixMode = UnixModeOfOs9(ReadU16(payload, 7));
       break;
     case 0xFF:  // level 3
       if (holds(4)) header.unixMode = ReadU32(payload, 0);
@@ -77,6 +91,19 @@ void ApplyExtension(std::uint8_t id, ByteSpan payload, MemberHeader& header, Cha
 }
 
 }  // namespace
+
+std::uint32_t UnixModeOfOs9(std::uint16_t attributes) {
+  constexpr unsigned kDirectory = 0x80;
+  // Three bits for the owner and three for everyone, each from the lowest: read, write, execute.
+  const auto reversed = [](unsigned bits) {
+    return (bits & 1U) << 2 | (bits & 2U) | (bits & 4U) >> 2;
+  };
+  const unsigned owner = reversed(attributes);
+  const unsigned everyone = reversed(attributes >> 3U);
+  if (owner == 0 && everyone == 0) return 0;
+  const unsigned type = (attributes & kDirectory) != 0 ? 0040000 : 0100000;
+  return type | owner << 6 | everyone << 3 | everyone;
+}
 
 HeaderStatus ReadExtensionChain(ByteSpan bytes, const ChainBounds& bounds, MemberHeader& header,
                                 ChainResult& result) {

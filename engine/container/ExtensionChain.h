@@ -24,4 +24,8 @@ struct ChainResult {
 HeaderStatus ReadExtensionChain(ByteSpan bytes, const ChainBounds& bounds, MemberHeader& header,
                                 ChainResult& result);
 
+// The UNIX mode for the attributes of a file of OS-9, which have no group; 0 if they allow nobody
+// anything, which some writers store for unknown.
+std::uint32_t UnixModeOfOs9(std::uint16_t attributes);
+
 }  // namespace kozor::container

@@ -66,9 +66,12 @@ void ReadDosTime(ByteSpan bytes, MemberHeader& header) {
 void ReadLevel0Extra(ByteSpan extra, MemberHeader& header) {
   if (extra.empty() || IsPmarc(header.method)) return;
   const bool isUnix = extra[0] == 'U' && extra.size() >= 12;
-  const bool isOs9 = extra[0] == 'K' && extra.size() >= 16;
-  if (isUnix || isOs9) header.utcTime = FileTimeOfUnix(ReadU32(extra, 2));
+  const bool isOs9On68K = extra[0] == 'K' && extra.size() >= 16;
+  const bool isOs9 = extra[0] == '9' && extra.size() >= 22 && extra[9] == 0xCC;
+  if (isUnix || isOs9On68K) header.utcTime = FileTimeOfUnix(ReadU32(extra, 2));
   if (isUnix) header.unixMode = ReadU16(extra, 6);
+  if (isOs9On68K) header.unixMode = UnixModeOfOs9(ReadU16(extra, 10));
+  if (isOs9) header.unixMode = UnixModeOfOs9(ReadU16(extra, 1));
 }
 
 HeaderStatus ParseLevel0(ByteSpan bytes, MemberHeader& header) {

@@ -46,6 +46,12 @@ struct NameFields {
   std::uint32_t codePage = 0;  // extension 0x46, of the byte strings above; 0 if not recorded
 };
 
+// A part of a member's unpacked data.
+struct DataPart {
+  std::uint32_t offset = 0;
+  std::uint32_t bytes = 0;
+};
+
 struct MemberHeader {
   std::uint8_t level = 0;
   MethodId method{};
@@ -66,6 +72,9 @@ struct MemberHeader {
   // put their own bits there.
   std::uint16_t attribute = 0x20;
   std::uint32_t unixMode = 0;  // including the file type; 0 if not recorded
+
+  // The part of the unpacked data that is the file itself, if a header names it; no bytes if not.
+  DataPart capsule;
 
   // The method for unpacking the data; empty if there is no decoder.
   std::optional<codec::Method> UnpackingMethod() const;

@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <numeric>
 #include <tuple>
 
 #include "engine/container/Failure.h"
@@ -162,6 +163,33 @@ TEST(EngineMemberHeader, Os9HeaderMayCountTwoBytesTooFew) {
   EXPECT_EQ(Parsed(bytes).headerBytes, size);
   bytes[23] = 'M';
   EXPECT_EQ(Parse(bytes), HeaderStatus::Broken);
+}
+
+TEST(EngineMemberHeader, TakesTheModesOfOs9) {
+  const std::string os9(std::string("\x18\x07\x09\x03\x01\x16\x00\x0B\x00\0\0\0", 12));
+  const std::tuple<char, RawExtension, unsigned> rows[] = {
+      {'9', {0xCC, os9}, 0100644},                       // rw-, r--
+      {'K', {0x50, std::string("\x27\0", 2)}, 0100711},  // rwe, --e
+      {'K', {0x50, "\xBF\xFF"}, 0040777},
+      {'K', {0x50, std::string(2, '\0')}, 0},
+      {'U', {0x50, "\xA4\x81"}, 0100644},
+  };
+  for (const auto& [osId, extension, mode] : rows) {
+    const RawMember member{.name = "a", .extensions = {extension}, .osId = osId};
+    EXPECT_EQ(Parsed(RawHeader(member)).unixMode, mode);
+  }
+  // After the CRC of level 0: OS-9, and OS-9/68K with the time.
+  const std::pair<const char*, unsigned> areas[] = {
+      {"39 0b 00 00 c3 16 00 0f 00 cc 18 07 09 03 01 16 00 0b 00 00 00 00", 0100644},
+      {"4b 00 d0 20 2c 4c d0 20 2c 4c bf ff 00 00 00 00", 0040777},
+  };
+  for (const auto& [area, mode] : areas) {
+    Bytes bytes = FromHex(kExamples[0] + std::string(area));
+    const std::size_t added = FromHex(area).size();
+    bytes[0] = static_cast<std::uint8_t>(bytes[0] + added);
+    bytes[1] = static_cast<std::uint8_t>(std::accumulate(bytes.begin() + 2, bytes.end(), 0U));
+    EXPECT_EQ(Parsed(bytes).unixMode, mode);
+  }
 }
 
 TEST(EngineMemberHeader, StoredMemberWithADirectoryAndNoNameIsADirectory) {

@@ -90,14 +90,22 @@ TEST_F(KozorExtract, RefusesTargetsOutsideTheDestinationUnlessToldTo) {
   EXPECT_TRUE(folder.Exists("elsewhere/in.txt"));
 }
 
-TEST_F(KozorExtract, StaysInsideWhateverNamesClimb) {
-  folder.WriteFile("hostile.lzh",
-                   RawArchive({Member("..\\..\\up.txt", "x"), Member("sub/../../up2.txt", "x"),
-                               Member("D:\\drive.txt", "x")}));
+TEST_F(KozorExtract, StaysInsideWhateverNamesAreHostile) {
+  std::vector<RawMember> members = {{.name = std::string(300, 'n'), .contents = "long"}};
+  for (const char* name :
+       {"..\\..\\up.txt", "sub/../../up2.txt", "D:\\drive.txt", "\\\\server\\share\\x", "NUL",
+        "dir\\con.txt", "a\x1B[2Jb", "file:stream", "Case", "case"}) {
+    members.push_back(Member(name, name));
+  }
+  folder.WriteFile("hostile.lzh", RawArchive(members));
   fs::create_directory(folder.Path("deep"));
-  Kozor({"extract", "hostile.lzh", "-d", "deep/out"});
+  EXPECT_THAT(MustFail({"extract", "hostile.lzh", "-d", "deep/out"}), HasSubstr("nnn: "));
   EXPECT_THAT(TopNames(), ElementsAre("deep", "hostile.lzh"));
-  EXPECT_THAT(FilesIn("deep"), testing::Each(testing::StartsWith("out/")));
+  EXPECT_THAT(FilesIn("deep"),
+              testing::UnorderedElementsAre(
+                  "out/up.txt", "out/sub/up2.txt", "out/drive.txt", "out/server/share/x", "out/NUL",
+                  "out/dir/con.txt", "out/a_[2Jb", "out/file_stream", "out/Case", "out/case"));
+  EXPECT_EQ(folder.ReadFile("deep/out/Case"), ToBytes("Case"));
 }
 
 TEST_F(KozorExtract, ExtractsTheRestOfADamagedArchiveAndPrintsNothingOfTheMember) {
@@ -239,6 +247,29 @@ TEST_F(KozorExtract, BringsOutModesFoldersAndLinks) {
       Kozor({"list", "a.lzh"}).output,
       AllOf(HasSubstr("  empty/\n"), HasSubstr("  link -> tool\n"), HasSubstr("  (no name)\n"),
             HasSubstr("in 1 file, 1 folder, 4 links, 1 without a name\n")));
+}
+
+TEST_F(KozorExtract, TakesFilesOutOfTheirWrappersWhenToldTo) {
+  std::string wrapped(128, '\0');
+  wrapped.replace(1, 6,
+                  "\x05"
+                  "a.txt");
+  wrapped[86] = 3;  // bytes of the data fork
+  wrapped[89] = 1;  // 256 of the resource fork
+  const std::string forks = "yes" + std::string(125, '\0') + std::string(256, 'r');
+  RawMember capsule = {.level = 3, .name = "c", .contents = "<<it>>"};
+  capsule.extensions = {{0x7D, std::string("\2\0\0\0\2\0\0\0", 8)}};
+  RawMember lying = {.level = 3, .name = "d", .contents = "short"};
+  lying.extensions = {{0x7D, std::string("\4\0\0\0\2\0\0\0", 8)}};
+  folder.WriteFile("a.lzh", RawArchive({Member("a.txt", wrapped + forks),
+                                        Member("b.txt", wrapped + forks), capsule, lying}));
+  MustRun({"extract", "--unwrap", "a.lzh", "-d", "out"});
+  EXPECT_EQ(folder.ReadFile("out/a.txt"), ToBytes("yes"));
+  EXPECT_EQ(folder.ReadFile("out/b.txt").size(), 512U);  // the wrapper has another name
+  EXPECT_EQ(folder.ReadFile("out/c"), ToBytes("it"));
+  EXPECT_EQ(folder.ReadFile("out/d"), ToBytes("short"));
+  MustRun({"extract", "a.lzh", "-d", "whole"});
+  EXPECT_EQ(folder.ReadFile("whole/a.txt").size(), 512U);
 }
 
 TEST_F(KozorExtract, ListsSizesTimesAttributesAndNames) {
