@@ -83,6 +83,8 @@ void SetUpHost() {
   CatchSignals(SA_RESTART);
   // A file that exceeds the size limit makes the write fail instead of ending the process.
   std::signal(SIGXFSZ, SIG_IGN);
+  // Without it the C library looks at this file again for each time that it converts.
+  setenv("TZ", ":/etc/localtime", 0);
 }
 
 void FlushFilesAtClose() {
