@@ -24,8 +24,8 @@ function(kozor_include_folders target)
   endforeach()
 endfunction()
 
-# For every target: the language level, hidden symbols, warnings, the preset's sanitizers, and the
-# headers of the target's own folder.
+# For every target: the language level, hidden symbols, warnings, the preset's sanitizers and
+# counters, and the headers of the target's own folder.
 function(kozor_own_code target)
   cmake_path(RELATIVE_PATH CMAKE_CURRENT_SOURCE_DIR BASE_DIRECTORY ${PROJECT_SOURCE_DIR}
     OUTPUT_VARIABLE folder)
@@ -58,6 +58,10 @@ function(kozor_own_code target)
       # The library and the archiver each declare the types of the binding for themselves.
       $<$<CXX_COMPILER_ID:Clang>:-fno-sanitize=function>)
     target_link_options(${target} PRIVATE -fsanitize=${KOZOR_SANITIZE})
+  endif()
+  if(KOZOR_COVERAGE)
+    target_compile_options(${target} PRIVATE -fprofile-instr-generate -fcoverage-mapping)
+    target_link_options(${target} PRIVATE -fprofile-instr-generate)
   endif()
 endfunction()
 
