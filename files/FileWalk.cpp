@@ -25,6 +25,9 @@ constexpr DWORD kFilteredAttributes = FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_H
                                       FILE_ATTRIBUTE_ARCHIVE | FILE_ATTRIBUTE_TEMPORARY |
                                       FILE_ATTRIBUTE_COMPRESSED | FILE_ATTRIBUTE_OFFLINE;
 
+// With a filter of all of these, only names and directories matter.
+constexpr DWORD kFileAttributes = kFilteredAttributes & ~DWORD{FILE_ATTRIBUTE_DIRECTORY};
+
 // Identifies a directory independently of the path that leads to it.
 struct DirectoryIdentity {
   DWORD volume;
@@ -114,7 +117,10 @@ class Walker {
   template <class Action>
   void ForEachEntry(const CString& mask, FINDEX_SEARCH_OPS wanted, Action action) {
     WIN32_FIND_DATAA found;
-    HANDLE handle = FindFirstFileExA(mask, FindExInfoStandard, &found, wanted, nullptr, 0);
+    const bool anyFilePasses = (walk.searchMask & kFileAttributes) == kFileAttributes;
+    HANDLE handle = anyFilePasses || wanted == FindExSearchLimitToDirectories
+                        ? KzFindFirstName(mask, wanted, &found)
+                        : FindFirstFileExA(mask, FindExInfoStandard, &found, wanted, nullptr, 0);
     if (handle == INVALID_HANDLE_VALUE) return NoteError(ERROR_FILE_NOT_FOUND);
     const SearchHandle search(handle);
     do {

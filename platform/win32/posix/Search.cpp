@@ -1,7 +1,7 @@
 // Search.cpp - FindFirstFileA and related calls.
 //
 // A search reads its directory once and keeps the matching names in order.  The metadata of an
-// entry is read only when the entry is returned.
+// entry is read only when the entry is returned, and only if more than its name is wanted.
 #include <dirent.h>
 #include <fcntl.h>
 
@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "platform/text/WildCard.h"
+#include "platform/win32/HostRules.h"
 #include "platform/win32/PosixAdmin.h"
 #include "platform/win32/posix/Attributes.h"
 #include "platform/win32/posix/HandleTable.h"
@@ -48,11 +49,15 @@ bool ComesBefore(const Entry& a, const Entry& b) {
   return order != 0 ? order < 0 : a.hostName < b.hostName;
 }
 
+void SetName(WIN32_FIND_DATAA& data, const std::string& libraryName) {
+  std::memcpy(data.cFileName, libraryName.c_str(), libraryName.size() + 1);
+}
+
 void FillData(WIN32_FIND_DATAA& data, const Metadata& metadata, DWORD attributes,
               const std::string& libraryName) {
   data = {};
   FillMetadata(data, metadata, attributes);
-  std::memcpy(data.cFileName, libraryName.c_str(), libraryName.size() + 1);
+  SetName(data, libraryName);
 }
 
 // The name to list.  If the code page can't distinguish two files of a directory, only the one that
@@ -68,6 +73,9 @@ std::string ListedName(int directory, const std::string& hostName) {
   return libraryName;
 }
 
+// What a search tells about its entries.
+enum class Wanted { Everything, Names };
+
 // A link or an entry of unknown type may be a directory.
 bool MayBeDirectory(unsigned char type) {
   return type == DT_DIR || type == DT_LNK || type == DT_UNKNOWN;
@@ -79,8 +87,8 @@ class Search : public Object {
   Search() = default;
   // The entries of an open directory stream that match.
   Search(DIR* stream, std::string hostDirectory, const WildCard& mask, bool withDots,
-         FINDEX_SEARCH_OPS operation)
-      : directory(stream), host(std::move(hostDirectory)) {
+         FINDEX_SEARCH_OPS operation, Wanted wantedFacts)
+      : directory(stream), host(std::move(hostDirectory)), wanted(wantedFacts) {
     if (!host.ends_with('/')) host += '/';
     while (const dirent* const entry = ReadEntry()) {
       if (operation == FindExSearchLimitToDirectories && !MayBeDirectory(entry->d_type)) continue;
@@ -118,6 +126,15 @@ class Search : public Object {
   }
 
   bool Describe(const Entry& entry, WIN32_FIND_DATAA& data) {
+    const bool needsLook = entry.type == DT_LNK || entry.type == DT_UNKNOWN;
+    if (wanted == Wanted::Everything || needsLook) return Look(entry, data);
+    const bool isDirectory = entry.type == DT_DIR;
+    data.dwFileAttributes = isDirectory ? FILE_ATTRIBUTE_DIRECTORY : FILE_ATTRIBUTE_NORMAL;
+    SetName(data, ListedName(::dirfd(directory), entry.hostName));
+    return true;
+  }
+
+  bool Look(const Entry& entry, WIN32_FIND_DATAA& data) {
     Metadata metadata;
     DWORD attributes = 0;
     const bool isKnown = ReadMetadata(::dirfd(directory), entry.hostName.c_str(), metadata);
@@ -140,6 +157,7 @@ class Search : public Object {
 
   DIR* directory = nullptr;
   std::string host;  // of the directory, with a trailing '/'
+  Wanted wanted = Wanted::Everything;
   std::vector<Entry> entries;
   std::size_t next = 0;
   DWORD readError = ERROR_SUCCESS;
@@ -183,7 +201,7 @@ DIR* OpenDirectory(const LibraryPath& path, std::string& host) {
 }
 
 std::shared_ptr<Search> FindMatching(const LibraryPath& path, FINDEX_SEARCH_OPS operation,
-                                     WIN32_FIND_DATAA& data) {
+                                     Wanted wanted, WIN32_FIND_DATAA& data) {
   std::u16string mask;
   std::string host;
   if (!MaskKey(path.mask, mask)) return nullptr;
@@ -191,10 +209,18 @@ std::shared_ptr<Search> FindMatching(const LibraryPath& path, FINDEX_SEARCH_OPS 
   if (directory == nullptr) return nullptr;
   // The root of a drive has no "." and "..".
   const bool withDots = !path.IsRoot() || path.share;
-  auto search =
-      std::make_shared<Search>(directory, std::move(host), WildCard(mask), withDots, operation);
+  auto search = std::make_shared<Search>(directory, std::move(host), WildCard(mask), withDots,
+                                         operation, wanted);
   if (search->Next(data)) return search;
   return Refuse(search->ReadError() != ERROR_SUCCESS ? search->ReadError() : ERROR_FILE_NOT_FOUND);
+}
+
+HANDLE FindFirst(LPCSTR name, FINDEX_SEARCH_OPS operation, Wanted wanted, WIN32_FIND_DATAA& data) {
+  std::optional<LibraryPath> path = ParsePath(name, PathUse::Search);
+  if (!path) return INVALID_HANDLE_VALUE;
+  auto search =
+      path->mask.empty() ? FindOne(*path, data) : FindMatching(*path, operation, wanted, data);
+  return search ? AddHandle(std::move(search)) : INVALID_HANDLE_VALUE;
 }
 
 }  // namespace
@@ -213,11 +239,11 @@ HANDLE WINAPI FindFirstFileExA(LPCSTR name, FINDEX_INFO_LEVELS level, LPVOID rec
     SetLastError(ERROR_INVALID_PARAMETER);
     return INVALID_HANDLE_VALUE;
   }
-  std::optional<LibraryPath> path = ParsePath(name, PathUse::Search);
-  if (!path) return INVALID_HANDLE_VALUE;
-  auto& data = *static_cast<WIN32_FIND_DATAA*>(record);
-  auto search = path->mask.empty() ? FindOne(*path, data) : FindMatching(*path, operation, data);
-  return search ? AddHandle(std::move(search)) : INVALID_HANDLE_VALUE;
+  return FindFirst(name, operation, Wanted::Everything, *static_cast<WIN32_FIND_DATAA*>(record));
+}
+
+HANDLE KzFindFirstName(const char* name, FINDEX_SEARCH_OPS operation, WIN32_FIND_DATAA* data) {
+  return FindFirst(name, operation, Wanted::Names, *data);
 }
 
 BOOL WINAPI FindNextFileA(HANDLE find, LPWIN32_FIND_DATAA data) {
