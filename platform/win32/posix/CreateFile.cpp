@@ -159,9 +159,10 @@ std::shared_ptr<File> OpenExisting(const Request& request, const Found& found) {
   return file;
 }
 
-// Null, with `raced` set, if another process made the file meanwhile and it may be opened instead.
+// `hostError` receives errno if the file couldn't be created: EEXIST if there is one.
 std::shared_ptr<File> CreateNew(const Request& request, const LibraryPath& path, const Found& found,
-                                Creation& creation, bool& raced) {
+                                Creation& creation, int& hostError) {
+  hostError = 0;
   if (path.trailingSeparator) return Refuse(ERROR_INVALID_NAME);
   const bool readOnly = (request.flags & FILE_ATTRIBUTE_READONLY) != 0;
   DirectoryChange change(found.host);
@@ -171,7 +172,7 @@ std::shared_ptr<File> CreateNew(const Request& request, const LibraryPath& path,
                    readOnly ? kNewReadOnlyMode : kNewFileMode);
   if (descriptor < 0) {
     creation.Keep();
-    raced = errno == EEXIST && request.disposition != CREATE_NEW;
+    hostError = errno;
     return Refuse(errno == EEXIST ? ERROR_FILE_EXISTS : ErrorFromErrno(errno));
   }
   auto file = TakeOver(descriptor, found, request.access);
@@ -189,23 +190,41 @@ std::shared_ptr<File> CreateNew(const Request& request, const LibraryPath& path,
   return file;
 }
 
+// Most files to create are new: then this saves the look-up.  Returns false if that has to decide.
+bool CreateAtOnce(const Request& request, const LibraryPath& path, Creation& creation,
+                  std::shared_ptr<File>& file) {
+  const bool isNewMostly =
+      request.disposition == CREATE_NEW || request.disposition == CREATE_ALWAYS;
+  if (!isNewMostly || !IsCreatedExactly(path)) return false;
+  Found missing;
+  missing.host = path.Host();
+  int hostError = 0;
+  file = CreateNew(request, path, missing, creation, hostError);
+  return hostError == 0;
+}
+
 // Tries again if the file appears or disappears between the look-up and the opening.
 std::shared_ptr<File> Open(const Request& request, const LibraryPath& path, Creation& creation) {
   constexpr int kTries = 10;
+  std::shared_ptr<File> file;
+  if (CreateAtOnce(request, path, creation, file)) {
+    if (file) SetLastError(ERROR_SUCCESS);
+    return file;
+  }
   for (int i = 0; i < kTries; ++i) {
     const Found found = LookUp(path, request.Creates() ? Purpose::Create : Purpose::Find);
     if (found.exists) {
       const DWORD refusal = RefusalOfExisting(request, path, found);
       if (refusal != ERROR_SUCCESS) return Refuse(refusal);
-      auto file = OpenExisting(request, found);
+      file = OpenExisting(request, found);
       if (file) SetLastError(request.TellsOfExisting() ? ERROR_ALREADY_EXISTS : ERROR_SUCCESS);
       return file;
     }
     if (found.error != ERROR_FILE_NOT_FOUND || !request.Creates()) return Refuse(found.error);
-    bool raced = false;
-    auto file = CreateNew(request, path, found, creation, raced);
+    int hostError = 0;
+    file = CreateNew(request, path, found, creation, hostError);
     if (file) SetLastError(ERROR_SUCCESS);
-    if (file || !raced) return file;
+    if (hostError != EEXIST || request.disposition == CREATE_NEW) return file;
   }
   return Refuse(ERROR_SHARING_VIOLATION);
 }

@@ -37,11 +37,6 @@ class Wanted {
     if (match == Match::ExactCase) exactKey = ExactKey(name);
   }
 
-  // Whether any name other than itself can match.
-  bool MayDiffer() const {
-    return match == Match::IgnoreCase || (ActiveCodePage() == text::kCodePage932 && !ascii);
-  }
-
   bool Matches(std::string_view candidate) const {
     if (candidate == name) return false;
     if (match == Match::ExactCase) return ExactKey(candidate) == exactKey;
@@ -117,10 +112,14 @@ Remembered remembered;
 
 }  // namespace
 
+bool OthersMayMatch(const std::string& name, Match match) {
+  return match == Match::IgnoreCase || (ActiveCodePage() == text::kCodePage932 && !IsAscii(name));
+}
+
 std::optional<std::string> FindMatchingName(const std::string& hostDirectory,
                                             const std::string& name, Match match) {
+  if (!OthersMayMatch(name, match)) return std::nullopt;
   const Wanted wanted(name, match);
-  if (!wanted.MayDiffer()) return std::nullopt;
   const std::scoped_lock guard(lock);
   if (remembered.IsCurrent(hostDirectory)) return remembered.Find(wanted);
   Metadata metadata;  // read before the names, so that a change meanwhile is noticed

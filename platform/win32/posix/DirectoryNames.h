@@ -16,6 +16,9 @@ enum class Match {
   ExactCase,
 };
 
+// Whether an entry of another name can match `name` at all.
+bool OthersMayMatch(const std::string& name, Match match);
+
 // An entry of the directory that matches `name` but isn't `name` itself.  Of several, the first by
 // byte values, so that the result doesn't depend on the host's order.
 std::optional<std::string> FindMatchingName(const std::string& hostDirectory,

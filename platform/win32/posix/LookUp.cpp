@@ -92,6 +92,11 @@ Found LookUp(const LibraryPath& path, Purpose purpose) {
   return Resolver(path).Resolve(purpose);
 }
 
+bool IsCreatedExactly(const LibraryPath& path) {
+  return !path.names.empty() && !path.trailingSeparator &&
+         !OthersMayMatch(path.names.back(), MatchFor(Purpose::Create));
+}
+
 bool LookUpExisting(const LibraryPath& path, Found& found) {
   found = LookUp(path);
   if (!found.exists) return Fail(found.error);

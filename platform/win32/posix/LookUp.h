@@ -35,4 +35,8 @@ Found LookUp(const LibraryPath& path, Purpose purpose = Purpose::Find);
 // the path has a trailing separator and it isn't a directory (ERROR_INVALID_NAME).
 bool LookUpExisting(const LibraryPath& path, Found& found);
 
+// Whether a file of this path can be created without a look-up: no name but its own counts as
+// existing.
+bool IsCreatedExactly(const LibraryPath& path);
+
 }  // namespace kozor::posix

@@ -105,17 +105,28 @@ struct flock LockOf(const LockRange& range, short type) {
   return lock;
 }
 
-// A shared lock, so that it doesn't fail because another handle has the same claims.
-bool LockClaims(int file, unsigned claims) {
-  const off_t place = kLockBase + kLockStep * static_cast<off_t>(claims);
-  struct flock lock = LockOf({place, place + 1}, F_RDLCK);
+bool Lock(int file, struct flock lock) {
   int result = 0;
   do {
     result = ::fcntl(file, F_OFD_SETLK, &lock);
   } while (result != 0 && errno == EINTR);
-  // EAGAIN: another program has locked the whole file exclusively.  Other failures come from
-  // file systems without locks.
-  return result == 0 || errno != EAGAIN;
+  return result == 0;
+}
+
+// A handle that writes and shares nothing conflicts with all others: an exclusive lock of all
+// positions tests and takes in one call.
+constexpr unsigned kSharesNothing = Writes | DeniesRead | DeniesWrite | DeniesDelete;
+
+bool LockAll(int file, unsigned claims) {
+  return (claims & kSharesNothing) == kSharesNothing && Lock(file, LockOf(kAllLocks, F_WRLCK));
+}
+
+// A shared lock, so that it doesn't fail because another handle has the same claims.
+bool LockClaims(int file, unsigned claims) {
+  const off_t place = kLockBase + kLockStep * static_cast<off_t>(claims);
+  // EAGAIN: someone has locked all positions exclusively.  Other failures come from file systems
+  // without locks.
+  return Lock(file, LockOf({place, place + 1}, F_RDLCK)) || errno != EAGAIN;
 }
 
 // Whether another open file holds one of these claims.  Only single-byte locks count, not wider
@@ -124,7 +135,10 @@ bool LockClaims(int file, unsigned claims) {
 bool AnyLocked(int file, unsigned claims, const LockRange& range = kAllLocks) {
   if (range.begin >= range.end) return false;
   struct flock lock = LockOf(range, F_WRLCK);
-  if (::fcntl(file, F_OFD_GETLK, &lock) != 0 || lock.l_type != F_RDLCK) return false;
+  if (::fcntl(file, F_OFD_GETLK, &lock) != 0 || lock.l_type == F_UNLCK) return false;
+  if (lock.l_type == F_WRLCK) {
+    return lock.l_start == kAllLocks.begin && lock.l_len == kAllLocks.end - kAllLocks.begin;
+  }
   const off_t distance = lock.l_start - kLockBase;
   if (lock.l_len != 1 || distance < 0 || distance % kLockStep != 0) return false;
   if ((static_cast<unsigned>(distance / kLockStep) & claims) != 0) return true;
@@ -156,6 +170,7 @@ bool ShareHold::Take(int file, const FileId& fileId, const ShareMode& mode) {
   claims = wanted;
   // Lock first, then query: of two simultaneous requests both may be refused, but never both
   // granted.
+  if (LockAll(file, claims)) return true;
   if (!LockClaims(file, claims) || AnyLocked(file, ConflictsOf(claims))) {
     return Fail(ERROR_SHARING_VIOLATION);
   }
