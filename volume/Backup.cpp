@@ -63,9 +63,9 @@ class BackupRun final : public ZorVolumeRun {
 
   void StoreFile(const CString& name) {
     sourcePath = ZorIsFullPath(name) != 0 ? name : baseDirectory + name;
-    RecordAttributes();
     CFile source;
     OpenSource(source);
+    RecordStatus(source);
     const std::uint32_t headBytes = RecordName(name);
 
     BeginFile(sourcePath, record.fileBytes);
@@ -80,21 +80,22 @@ class BackupRun final : public ZorVolumeRun {
     EndFile();
   }
 
-  void RecordAttributes() {
+  void OpenSource(CFile& source) {
+    if (source.Open(sourcePath, CFile::modeRead | CFile::shareExclusive) != 0) return;
     CFileStatus status;
-    if (!CFile::GetStatus(sourcePath, status)) throw ZorFailure{ZorErrorFileFailure};
-    record.attribute = status.m_attribute;
-    record.timeStamp = kozor::UnixIn31Bits(kozor::Ticks(status.m_mtime)).value_or(0);
+    const bool isThere = CFile::GetStatus(sourcePath, status) != 0;
+    throw ZorFailure{isThere ? ZorErrorFileOpen : ZorErrorFileFailure};
   }
 
-  // Opens the source and records its size.
-  void OpenSource(CFile& source) {
-    if (source.Open(sourcePath, CFile::modeRead | CFile::shareExclusive) == 0) {
-      throw ZorFailure{ZorErrorFileOpen};
+  // Of the open file, so that all facts are of the same file.
+  void RecordStatus(const CFile& source) {
+    CFileStatus status;
+    if (!source.GetStatus(status) || status.m_size > kMaxBytes) {
+      throw ZorFailure{ZorErrorFileFailure};
     }
-    const std::uint64_t size = source.GetLength();
-    if (size > kMaxBytes) throw ZorFailure{ZorErrorFileFailure};
-    record.fileBytes = static_cast<std::uint32_t>(size);
+    record.attribute = status.m_attribute;
+    record.timeStamp = kozor::UnixIn31Bits(kozor::Ticks(status.m_mtime)).value_or(0);
+    record.fileBytes = static_cast<std::uint32_t>(status.m_size);
   }
 
   // Returns the size of the whole head in bytes.

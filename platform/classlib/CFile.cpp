@@ -55,6 +55,17 @@ const char* TextOf(const char* path) {
   return path != nullptr ? path : "";
 }
 
+// For the records of searches and of open files.
+template <typename Record>
+void Fill(CFileStatus& status, const Record& entry) {
+  status.m_ctime = entry.ftCreationTime;
+  status.m_mtime = entry.ftLastWriteTime;
+  status.m_atime = entry.ftLastAccessTime;
+  status.m_size = kozor::JoinHalves(entry.nFileSizeHigh, entry.nFileSizeLow);
+  status.m_attribute =
+      static_cast<unsigned char>(entry.dwFileAttributes & ~DWORD{FILE_ATTRIBUTE_NORMAL});
+}
+
 // A path as a search accepts it: without a trailing backslash, unless that is part of a root.
 CString WithoutTrailingBackslash(const char* path) {
   std::string_view entry = path;
@@ -138,12 +149,14 @@ int CFile::GetStatus(const char* path, CFileStatus& status) {
   HANDLE search = FindFirstFileA(WithoutTrailingBackslash(path), &entry);
   if (search == INVALID_HANDLE_VALUE) return 0;
   FindClose(search);
-  status.m_ctime = entry.ftCreationTime;
-  status.m_mtime = entry.ftLastWriteTime;
-  status.m_atime = entry.ftLastAccessTime;
-  status.m_size = kozor::JoinHalves(entry.nFileSizeHigh, entry.nFileSizeLow);
-  status.m_attribute =
-      static_cast<unsigned char>(entry.dwFileAttributes & ~DWORD{FILE_ATTRIBUTE_NORMAL});
+  Fill(status, entry);
+  return 1;
+}
+
+int CFile::GetStatus(CFileStatus& status) const {
+  BY_HANDLE_FILE_INFORMATION information;
+  if (!GetFileInformationByHandle(file, &information)) return 0;
+  Fill(status, information);
   return 1;
 }
 

@@ -76,6 +76,9 @@ class ZOR_PLATFORM_API CFile : public CObject {
   // Closes without reporting errors; buffered data is discarded.
   virtual void Abort();
 
+  // Describes the open file.  Returns non-zero on success, else 0.
+  int GetStatus(CFileStatus& status) const;
+
   bool IsOpen() const { return file != INVALID_HANDLE_VALUE; }
 
   // Describes the file or directory at `path`, with or without a trailing backslash.  Returns
