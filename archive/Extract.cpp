@@ -8,6 +8,8 @@
 #include "archive/MemberOperation.h"
 #include "files/ParentDirectory.h"
 #include "files/Path.h"
+#include "platform/base/Clock.h"
+#include "platform/win32/HostRules.h"
 
 namespace {
 
@@ -69,8 +71,8 @@ class ExtractOperation final : public ZorUnpackOperation {
     std::int32_t time = 0;
     std::uint16_t attribute = 0;
     UnpackInto(line, time, attribute);
-    // Best effort, and only after the file is closed: closing it would change its time again.
-    ZorSetFileTimeStamp(target, time);
+    // Best effort, and again if closing the file may have changed its time.
+    if (!kClosingKeepsTimes) ZorSetFileTimeStamp(target, time);
     if (owner.GetExtractFileAttibuteMode() != 0) ZorSetFileAttribute(target, attribute);
   }
 
@@ -87,7 +89,8 @@ class ExtractOperation final : public ZorUnpackOperation {
       return engine.UnlhaExtractMem(nullptr, line.Text(), view, file.Capacity(), &time, &attribute,
                                     &written);
     });
-    if (!file.Finish()) throw FailureOf(file);
+    const auto lastWrite = kozor::FromTicks<FILETIME>(kozor::FileTimeOfUnix(time));
+    if (!file.Finish(time >= 0 ? &lastWrite : nullptr)) throw FailureOf(file);
   }
 
   const ZorFind& find;

@@ -41,21 +41,23 @@ ZorMappedFile::~ZorMappedFile() {
 }
 
 // A file can't be trimmed while it is mapped.
-bool ZorMappedFile::Finish() {
+bool ZorMappedFile::Finish(const FILETIME* lastWrite) {
   if (view != nullptr) UnmapViewOfFile(view);
   view = nullptr;
   if (mapping != nullptr) CloseHandle(mapping);
   mapping = nullptr;
   const bool trimmed = file == INVALID_HANDLE_VALUE || Trim();
   if (!trimmed) systemError = GetLastError();
+  if (lastWrite != nullptr) SetFileTime(file, nullptr, nullptr, lastWrite);
   const bool closed = Close();
   if (trimmed && !closed) systemError = GetLastError();
   return trimmed && closed;
 }
 
 bool ZorMappedFile::Trim() {
-  const LONG back = -static_cast<LONG>(kSlack);
-  return SetFilePointer(file, back, nullptr, FILE_END) == size && SetEndOfFile(file);
+  LONG high = 0;
+  return SetFilePointer(file, static_cast<LONG>(size), &high, FILE_BEGIN) == size &&
+         SetEndOfFile(file);
 }
 
 bool ZorMappedFile::Close() {

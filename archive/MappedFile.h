@@ -19,8 +19,9 @@ class ZorMappedFile {
   // Creates the file, replacing an existing one, and returns Capacity() writable bytes.  Returns
   // null on failure: SystemError has the cause, and a file already created stays, untrimmed.
   unsigned char* Map();
-  // Cuts the slack off and closes the file.  False if either fails: SystemError has the cause.
-  bool Finish();
+  // Cuts the slack off, sets the last-write time if one is given (best effort), and closes the
+  // file. False if cutting or closing fails: SystemError has the cause.
+  bool Finish(const FILETIME* lastWrite = nullptr);
   std::uint32_t Capacity() const { return size + kSlack; }
   std::uint32_t SystemError() const { return systemError; }
 

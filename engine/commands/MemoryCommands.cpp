@@ -142,7 +142,7 @@ void Archiver::ExtractToMemory(std::string_view text, std::span<std::uint8_t> bu
                                const ProgressListener& listener, ExtractedMember& result) {
   const CommandLine line = ParseMemoryCall(text);
   const std::string& name = line.operands.front().text;
-  const auto [file, index] = indexes.Open(line.archive);
+  const auto [file, index] = indexes.OpenAgain(line.archive);
   const auto position = index->Find(name);
   if (!position || index->Members().KindAt(*position) != container::MemberKind::File) {
     throw Failure(ResultCode::NotFound);

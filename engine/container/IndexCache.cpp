@@ -66,7 +66,10 @@ ReadArchive IndexCache::Open(const std::string& path) {
   const std::scoped_lock lock(mutex);
   if (const auto stamp = FindStamp(path)) {
     const Entry* const known = LookupGood(path, *stamp);
-    if (auto file = known != nullptr ? known->file.lock() : nullptr) return {file, known->index};
+    if (auto file = known != nullptr ? known->file.lock() : nullptr) {
+      if (keepsOpen) kept = file;
+      return {file, known->index};
+    }
   }
   const auto file = std::make_shared<File>();
   if (!file->Open(path, File::Mode::Read)) {
@@ -78,6 +81,15 @@ ReadArchive IndexCache::Open(const std::string& path) {
   entry.file = file;
   if (keepsOpen) kept = file;
   return {file, entry.index};
+}
+
+ReadArchive IndexCache::OpenAgain(const std::string& path) {
+  {
+    const std::scoped_lock lock(mutex);
+    const Entry* const known = kept != nullptr ? Lookup(path) : nullptr;
+    if (known != nullptr && known->file.lock() == kept) return {kept, known->index};
+  }
+  return Open(path);
 }
 
 void IndexCache::KeepOpen(bool on) {

@@ -30,6 +30,10 @@ class IndexCache {
   // of its metadata.  Also throws ResultCode::ArchiveNotFound and ResultCode::ArchiveNotOpened.
   ReadArchive Open(const std::string& path);
 
+  // The same within an operation that keeps the archive open and has opened it just before: then it
+  // isn't looked up again.
+  ReadArchive OpenAgain(const std::string& path);
+
   // Keeps the archive opened last open until another is opened.  Off by default.
   void KeepOpen(bool on);
   // Closes all archives, those of open handles too, which then search by their indexes alone.  Call

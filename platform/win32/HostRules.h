@@ -21,6 +21,10 @@ struct KzUnixFacts {
 // A program has this suffix; on POSIX it needs mode bits as well.
 constexpr char kProgramSuffix[] = ".exe";
 
+// Whether a time set by SetFileTime certainly outlasts the closing of that handle, also after the
+// file has been mapped.
+constexpr bool kClosingKeepsTimes = false;
+
 inline int KzMakeProgram(const char* /*path*/, const char* /*like*/) {
   return 1;
 }
@@ -79,6 +83,7 @@ inline int KzDeleteHeld(const char* path, HANDLE* held) {
 #else
 
 constexpr char kProgramSuffix[] = ".run";
+constexpr bool kClosingKeepsTimes = true;
 
 // Makes the file `path` executable for everyone who may read it, after limiting read access to that
 // of the file `like`.  Both are library paths.  The owner can always read and run it.  Returns 1,
