@@ -3,6 +3,7 @@
 #include <array>
 #include <charconv>
 #include <cstdio>
+#include <memory>
 #include <optional>
 #include <random>
 #include <set>
@@ -15,6 +16,7 @@
 #include "Failure.h"
 #include "Host.h"
 #include "Selection.h"
+#include "VolumeFollower.h"
 #include "VolumeReader.h"
 #include "Volumes.h"
 #include "WorkFolder.h"
@@ -80,6 +82,7 @@ class BackupVolumes : public Volumes {
  public:
   // Call after the last volume.  Writes the catalogue of the stored files, folders and links.
   void WriteCatalogue(const FileGroup& group) {
+    FinishFollowing();
     while (!scanner.AtEnd()) ScanUpTo(static_cast<int>(scanner.Result().volumes.size()) + 1);
     Catalogue& catalogue = scanner.Result();
     const fs::path base = HostPath(group.base);
@@ -135,9 +138,11 @@ class BackupVolumes : public Volumes {
     return std::min(maxBytes, space - kept);
   }
 
-  // Before the medium is changed, the volume on it is read back for its checksum.
+  // A volume is read back for its checksum while it is being written, at the latest before the
+  // medium is changed.
   int OnAbort(const ONABORTPARAM& param) override {
     if (param.phase == PhaseVolume) ScanUpTo(param.volume);
+    if (param.phase == PhaseFileRunning || param.phase == PhaseFileEnd) Follow(param.volume);
     return Volumes::OnAbort(param);
   }
 
@@ -182,12 +187,31 @@ class BackupVolumes : public Volumes {
     }
   }
 
+  void Follow(int number) {
+    if (follower) return follower->NoteProgress();
+    if (!hasCatalogue || triedToFollow == number) return;
+    triedToFollow = number;
+    follower = VolumeFollower::Start(scanner, volumeName.Path(number));
+  }
+
+  void FinishFollowing() {
+    const std::unique_ptr<VolumeFollower> last = std::move(follower);
+    if (!last) return;
+    last->Finish();
+    NoteScanned();
+  }
+
+  void NoteScanned() {
+    const CatalogueVolume& volume = scanner.Result().volumes.back();
+    WriteChecksum(volume, volumeName.Path(volume.number));
+  }
+
   void ScanUpTo(int number) {
     if (!hasCatalogue) return;
+    FinishFollowing();
     while (static_cast<int>(scanner.Result().volumes.size()) < number) {
-      const fs::path path = volumeName.Path(static_cast<int>(scanner.Result().volumes.size()) + 1);
-      scanner.Scan(path);
-      WriteChecksum(scanner.Result().volumes.back(), path);
+      scanner.Scan(volumeName.Path(static_cast<int>(scanner.Result().volumes.size()) + 1));
+      NoteScanned();
     }
   }
 
@@ -214,6 +238,8 @@ class BackupVolumes : public Volumes {
   bool mayReplace;
   const bool hasCatalogue;
   SetScanner scanner;
+  std::unique_ptr<VolumeFollower> follower;  // of the volume that is being written, if it can be
+  int triedToFollow = 0;                     // number of that volume
 };
 
 // Parses "--volume-size"; a volume can have at most 4 GiB - 1 bytes.

@@ -137,6 +137,10 @@ std::string IdentityOf(const VolumeHeader& header) {
 
 void SetScanner::Scan(const fs::path& path) {
   VolumeReader volume(path);
+  Scan(path, volume);
+}
+
+void SetScanner::Scan(const fs::path& path, VolumeReader& volume) {
   const auto number = static_cast<int>(catalogue.volumes.size()) + 1;
   if (volume.Header().number != number) {
     throw Failure(Visible(path.string()) + ": another volume of the set");
@@ -154,10 +158,13 @@ void SetScanner::Scan(const fs::path& path) {
   Sha256 volumeSum;
   std::vector<unsigned char> block(1 << 16);
   std::uint64_t at = 0;
+  // Reads on up to `end`, or to the end of the volume.
   const auto pass = [&](std::uint64_t end, bool isFile) {
     while (at < end) {
-      const std::span<unsigned char> piece = std::span(block).first(
-          static_cast<std::size_t>(std::min<std::uint64_t>(block.size(), end - at)));
+      const std::uint64_t wanted = std::min<std::uint64_t>(block.size(), end - at);
+      const std::uint64_t here = std::min(wanted, volume.Await(at + wanted) - at);
+      if (here == 0) return;
+      const auto piece = std::span(block).first(static_cast<std::size_t>(here));
       volume.Read(at, piece);
       volumeSum.Add(piece);
       if (isFile) fileSum.Add(piece);
@@ -166,9 +173,9 @@ void SetScanner::Scan(const fs::path& path) {
     }
   };
   const auto passFile = [&] {
-    const std::uint64_t here = std::min(bytesLeft, volume.Size() - at);
-    pass(at + here, true);
-    bytesLeft -= here;
+    const std::uint64_t start = at;
+    pass(at + bytesLeft, true);
+    bytesLeft -= at - start;
     if (bytesLeft == 0) catalogue.files.back().sha256 = fileSum.Finish();
   };
   pass(volume.PayloadOffset(), false);

@@ -62,6 +62,7 @@ class SetScanner {
  public:
   // Throws Failure if the volume isn't the next one of the set, or is damaged.
   void Scan(const std::filesystem::path& path);
+  void Scan(const std::filesystem::path& path, VolumeReader& volume);
   // Whether the last file of the set has been read completely.
   bool AtEnd() const { return !isFirst && recordsLeft == 0 && bytesLeft == 0; }
   Catalogue& Result() { return catalogue; }

@@ -2,14 +2,15 @@
 // Format: docs/volume-format.md.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <filesystem>
+#include <limits>
+#include <memory>
 #include <optional>
 #include <span>
 #include <string>
 #include <vector>
-
-#include "platform/classlib/ClassLib.h"
 
 namespace kozor::program {
 
@@ -34,42 +35,52 @@ struct VolumeRecord {
   std::uint64_t offset = 0;  // of its data on the volume
 };
 
+// The bytes of a volume: a file, or one that is still being written (VolumeFollower.h).
+class VolumeBytes {
+ public:
+  virtual ~VolumeBytes() = default;
+  // Returns how many bytes there are, at least `wanted` unless the volume ends before.
+  virtual std::uint64_t Await(std::uint64_t wanted) = 0;
+  // Reads bytes that are there.  Throws Failure.
+  virtual void Read(std::uint64_t offset, std::span<unsigned char> bytes) = 0;
+};
+
 // All operations throw Failure, with the volume's name, if the bytes can't be read or are
 // malformed.
 class VolumeReader {
  public:
   explicit VolumeReader(const std::filesystem::path& path);
+  VolumeReader(std::filesystem::path path, std::unique_ptr<VolumeBytes> volumeBytes);
 
   const VolumeHeader& Header() const { return header; }
   // The offset at which the payload begins, and the size of the volume.
   std::uint64_t PayloadOffset() const { return payload; }
-  std::uint64_t Size() const { return end; }
+  std::uint64_t Size() { return Await(std::numeric_limits<std::uint64_t>::max()); }
+  // As in VolumeBytes.
+  std::uint64_t Await(std::uint64_t wanted) { return bytes->Await(wanted); }
 
   // Skips bytes at the start of the payload that belong to a file from the previous volume.
-  void Skip(std::uint64_t bytes) { at += bytes; }
+  void Skip(std::uint64_t count) { at += count; }
   // The next record that begins on the volume; nothing after the last one.
   std::optional<VolumeRecord> Next();
   // The record whose head stands at this place.
   VolumeRecord RecordAt(std::uint64_t offset);
   // The bytes of the last file that continue on later volumes.
-  std::uint64_t BytesCarriedOver() const { return at > end ? at - end : 0; }
+  std::uint64_t BytesCarriedOver() { return at - std::min(at, Size()); }
 
   // Reads bytes of the volume.  Small reads go through a read-ahead buffer.
-  void Read(std::uint64_t offset, std::span<unsigned char> bytes);
+  void Read(std::uint64_t offset, std::span<unsigned char> target);
 
  private:
   std::string ReadText(std::uint64_t offset, std::size_t size);
-  void ReadFile(std::uint64_t offset, std::span<unsigned char> bytes);
-  // Runs `work` and turns the file's exceptions into Failure.
-  template <typename Work>
-  void Guarded(const Work& work) const;
+  void ReadHeader();
+  bool Reaches(std::uint64_t size) { return Await(size) >= size; }
 
   std::filesystem::path path;
-  CFile file;
+  std::unique_ptr<VolumeBytes> bytes;
   VolumeHeader header;
   std::uint64_t payload = 0;
-  std::uint64_t at = 0;   // offset of the next record
-  std::uint64_t end = 0;  // length of the file
+  std::uint64_t at = 0;  // offset of the next record
   std::vector<unsigned char> buffer;
   std::uint64_t bufferBegin = 0;
 };
