@@ -79,36 +79,34 @@ fs::path Delivery::PathOf(const std::string& name) {
   return HostName(rest);
 }
 
-void Delivery::Begin(const std::string& name) {
-  mayReplace = false;
-  finalLink = Destination::FinalLink::IsFollowed;
-  path = PathOf(name);
-  place = destination.Find(path, finalLink);
+Order Delivery::Begin(const std::string& name) {
+  Order order{.path = PathOf(name), .place = {}};
+  order.place = destination.Find(order.path, order.finalLink);
+  return order;
 }
 
-bool Delivery::Wants(const Item& item, Destination::FinalLink itsFinalLink) {
-  mayReplace = false;
-  finalLink = itsFinalLink;
-  path = PathOf(item.name);
-  for (;;) {
-    place = destination.Find(path, finalLink);
-    if (!place.occupant) return true;
-    switch (Judge(item, *place.occupant, false)) {
+std::optional<Order> Delivery::Wants(const Item& item, Destination::FinalLink finalLink) {
+  Order order{.path = PathOf(item.name), .place = {}, .finalLink = finalLink};
+  order.place = destination.FindNew(order.path, finalLink);
+  while (order.place.occupant) {
+    switch (Judge(item, *order.place.occupant, false, order)) {
       case Verdict::Replace:
-        mayReplace = true;
-        return true;
+        order.mayReplace = true;
+        return order;
       case Verdict::Keep:
-        return false;
+        return std::nullopt;
       case Verdict::Compare:
-        return true;
+        return order;
       case Verdict::Rename:
-        break;  // look at the new place
+        order.place = destination.Find(order.path, finalLink);
+        break;
     }
   }
+  return order;
 }
 
 // If the host ignores case, only the first of the names that differ only in case gets the place.
-void Delivery::RequireNoTwin() {
+void Delivery::RequireNoTwin(const fs::path& path) {
   if (!HostIgnoresCase()) return;
   const std::string own = path.generic_string();
   const std::string& first = delivered.try_emplace(text::UpperKey(own), own).first->second;
@@ -117,26 +115,29 @@ void Delivery::RequireNoTwin() {
   }
 }
 
-void Delivery::Deliver(const Item& item, const std::string& workName) {
-  RequireNoTwin();
+void Delivery::Deliver(const Item& item, const std::string& workName, Order& order) {
+  RequireNoTwin(order.path);
   for (;;) {
     const auto existing =
-        mayReplace ? Destination::Existing::IsReplaced : Destination::Existing::Stays;
-    if (destination.MoveIn(workName, place, existing)) return;
-    place = destination.Find(path, finalLink);
-    if (!place.occupant) continue;
-    const Occupant& occupant = *place.occupant;
-    const Verdict verdict = !occupant.isDirectory && destination.HasContentsOf(workName, place)
-                                ? Verdict::Replace
-                                : Judge(item, occupant, true);
+        order.mayReplace ? Destination::Existing::IsReplaced : Destination::Existing::Stays;
+    if (destination.MoveIn(workName, order.place, existing)) return;
+    const auto lookAgain = [&] { order.place = destination.Find(order.path, order.finalLink); };
+    lookAgain();
+    if (!order.place.occupant) continue;
+    const Occupant& occupant = *order.place.occupant;
+    const Verdict verdict =
+        !occupant.isDirectory && destination.HasContentsOf(workName, order.place)
+            ? Verdict::Replace
+            : Judge(item, occupant, true, order);
     if (verdict == Verdict::Keep) return Work().Remove(workName);
-    if (verdict == Verdict::Rename) place = destination.Find(path, finalLink);
-    mayReplace = verdict == Verdict::Replace;
+    if (verdict == Verdict::Rename) lookAgain();
+    order.mayReplace = verdict == Verdict::Replace;
   }
 }
 
 // `known`: the contents have been compared and differ.
-Delivery::Verdict Delivery::Judge(const Item& item, const Occupant& occupant, bool known) {
+Delivery::Verdict Delivery::Judge(const Item& item, const Occupant& occupant, bool known,
+                                  Order& order) {
   if (occupant.isDirectory) throw FileFailure("a directory is in the way");
   switch (rules.existing) {
     case DeliveryRules::Existing::IsReplaced:
@@ -150,14 +151,14 @@ Delivery::Verdict Delivery::Judge(const Item& item, const Occupant& occupant, bo
   }
   const bool mayBeSame = occupant.isLink || (occupant.isFile && occupant.size == item.size);
   if (!known && mayBeSame) return Verdict::Compare;
-  if (CanAsk()) return Ask(item, occupant);
+  if (CanAsk()) return Ask(item, occupant, order);
   throw FileFailure(std::string(occupant.isReadOnly ? "a read-only file" : "another file") +
                     " is in the way and was kept (--force replaces it)");
 }
 
-Delivery::Verdict Delivery::Ask(const Item& item, const Occupant& occupant) {
+Delivery::Verdict Delivery::Ask(const Item& item, const Occupant& occupant, Order& order) {
   const std::string question =
-      Visible(path.string()) + " exists: " + std::to_string(occupant.size) + " bytes, " +
+      Visible(order.path.string()) + " exists: " + std::to_string(occupant.size) + " bytes, " +
       TimeText(occupant.time) + (occupant.isReadOnly ? ", read-only" : "") + ".\nReplace it with " +
       std::to_string(item.size) + " bytes, " + TimeText(item.time) +
       "? [y]es, [n]o, [a]ll, n[o]ne, [r]ename, [q]uit:";
@@ -184,11 +185,11 @@ Delivery::Verdict Delivery::Ask(const Item& item, const Occupant& occupant) {
             answer.find('/') != std::string::npos) {
           break;
         }
-        path.replace_filename(FromUtf8(answer));
+        order.path.replace_filename(FromUtf8(answer));
         return Verdict::Rename;
       }
       case 'q':
-        throw Failure("stopped before " + Visible(path.string()));
+        throw Failure("stopped before " + Visible(order.path.string()));
       default:
         break;
     }
@@ -204,11 +205,12 @@ void Delivery::FinishFolder(const std::string& name, unsigned int mode, std::uin
 }
 
 void Delivery::MakeLink(const Item& item, const std::string& target, std::uint64_t lastWrite) {
-  if (!Wants(item, Destination::FinalLink::IsMeant)) return;
+  std::optional<Order> order = Wants(item, Destination::FinalLink::IsMeant);
+  if (!order) return;
   const std::string workName = "link";
   Work().Remove(workName);
-  destination.PrepareLink(workName, place, target, lastWrite);
-  Deliver(item, workName);
+  destination.PrepareLink(workName, order->place, target, lastWrite);
+  Deliver(item, workName, *order);
 }
 
 }  // namespace kozor::program

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <map>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -53,6 +54,14 @@ written, and the exit status is 1.
 )";
 DeliveryRules ReadDeliveryRules(const Arguments& arguments);
 
+// Where a file goes.
+struct Order {
+  std::filesystem::path path;
+  Place place;
+  Destination::FinalLink finalLink = Destination::FinalLink::IsFollowed;
+  bool mayReplace = false;  // an existing file
+};
+
 // For each file: call Begin or Wants, create the file in Work() under any name, and call Deliver.
 // All of these throw FileFailure if the file can't be delivered.
 class Delivery {
@@ -61,15 +70,17 @@ class Delivery {
       : rules(deliveryRules), destination(directory, deliveryRules.links) {}
 
   // Begins with a file of which only the name is known.
-  void Begin(const std::string& name);
-  // The same with all that is known.  Returns false if an existing file stays and so this one
-  // needn't be created.
-  bool Wants(const Item& item) { return Wants(item, Destination::FinalLink::IsFollowed); }
+  Order Begin(const std::string& name);
+  // The same with all that is known.  Empty if an existing file stays and so this one needn't be
+  // created.
+  std::optional<Order> Wants(const Item& item) {
+    return Wants(item, Destination::FinalLink::IsFollowed);
+  }
   WorkFolder& Work() { return destination.Work(); }
   // The free space in bytes where Work() is.
   std::uint64_t FreeBytes() { return destination.FreeBytes(); }
   // Moves the file to its place.  If a different existing file stays there, removes the new one.
-  void Deliver(const Item& item, const std::string& workName);
+  void Deliver(const Item& item, const std::string& workName, Order& order);
 
   // Folders and links get their metadata here: permission bits, unless they are 0, and the
   // last-write time in 100 ns since 1601.
@@ -78,19 +89,15 @@ class Delivery {
   void MakeLink(const Item& item, const std::string& target, std::uint64_t lastWrite);
 
  private:
-  bool Wants(const Item& item, Destination::FinalLink itsFinalLink);
+  std::optional<Order> Wants(const Item& item, Destination::FinalLink finalLink);
   enum class Verdict { Replace, Keep, Compare, Rename };
   std::filesystem::path PathOf(const std::string& name);
-  void RequireNoTwin();
-  Verdict Judge(const Item& item, const Occupant& occupant, bool known);
-  Verdict Ask(const Item& item, const Occupant& occupant);
+  void RequireNoTwin(const std::filesystem::path& path);
+  Verdict Judge(const Item& item, const Occupant& occupant, bool known, Order& order);
+  Verdict Ask(const Item& item, const Occupant& occupant, Order& order);
 
   DeliveryRules rules;
   Destination destination;
-  std::filesystem::path path;  // of the current file
-  Place place;                 // of the current file
-  Destination::FinalLink finalLink = Destination::FinalLink::IsFollowed;
-  bool mayReplace = false;    // the current file may replace an existing one
   bool rootTakenOff = false;  // already reported
   // The names delivered so far, by themselves in upper case; kept where the host ignores case.
   std::map<std::u16string, std::string> delivered;

@@ -36,17 +36,16 @@ bool MayLeadOut(const fs::path& folder, const fs::path& target) {
 Destination::Destination(fs::path directory, Links linksRule)
     : root(std::move(directory)), links(linksRule) {}
 
-HostHandle Destination::Root() {
-  if (!rootDirectory.IsOpen()) {
+const OpenFolderHandle& Destination::Root() {
+  if (!rootDirectory) {
     std::error_code error;
     fs::create_directories(root, error);
-    rootDirectory = OpenDirectory(root);
-    if (!rootDirectory.IsOpen()) {
-      throw Failure(Visible(root.string()) + ": " + LastSystemError());
-    }
+    auto opened = std::make_shared<Descriptor>(OpenDirectory(root));
+    if (!opened->IsOpen()) throw Failure(Visible(root.string()) + ": " + LastSystemError());
+    rootDirectory = std::move(opened);
     root = fs::canonical(root, error);
   }
-  return rootDirectory.Number();
+  return rootDirectory;
 }
 
 std::optional<fs::path> Destination::Inside(const fs::path& real) const {
@@ -76,56 +75,63 @@ fs::path Destination::Resolve(const fs::path& link) {
   return real;
 }
 
-// Opens a directory below the destination; `reached` receives its real path.  Valid until the next
-// call.
-HostHandle Destination::Open(const fs::path& path, fs::path& reached, int linksLeft) {
+// Opens a directory below the destination; `reached` receives its real path.
+OpenFolderHandle Destination::Open(const fs::path& path, fs::path& reached, int linksLeft) {
   constexpr std::size_t kMostLevels = 32;
-  lastDirectory = kNotOpen;
+  lastDirectory = nullptr;
+  lastIsNew = false;
   if (path.is_absolute()) {
     std::error_code error;
     fs::create_directories(path, error);
     reached = path;
-    beyondLevels = OpenDirectory(path);
-    if (!beyondLevels.IsOpen()) FailBySystem();
-    return beyondLevels.Number();
+    auto opened = std::make_shared<Descriptor>(OpenDirectory(path));
+    if (!opened->IsOpen()) FailBySystem();
+    return opened;
   }
-  HostHandle directory = Root();
+  OpenFolderHandle directory = Root();
   reached.clear();
   auto part = path.begin();
   auto level = levels.begin();
   for (; part != path.end() && level != levels.end() && part->string() == level->name;
        ++part, ++level) {
-    directory = level->directory.Number();
+    directory = level->directory;
+    lastIsNew = level->isNew;
     reached /= *part;
   }
   levels.erase(level, levels.end());
   for (; part != path.end(); ++part) {
-    Descriptor next = OpenOrMakeFolder(directory, part->string());
-    if (!next.IsOpen()) {
+    auto next = std::make_shared<Descriptor>(
+        OpenOrMakeFolder(directory->Number(), part->string(), lastIsNew));
+    if (!next->IsOpen()) {
       const std::string problem = LastSystemError();
-      if (!IsLink(directory, part->string())) throw FileFailure(problem);
+      if (!IsLink(directory->Number(), part->string())) throw FileFailure(problem);
       if (linksLeft == 0) throw FileFailure("too many levels of symbolic links");
       fs::path rest = Resolve(reached / *part);
       while (++part != path.end()) rest /= *part;
       return Open(rest, reached, linksLeft - 1);
     }
-    directory = next.Number();
+    directory = std::move(next);
     reached /= *part;
-    if (levels.size() < kMostLevels) {
-      levels.push_back({part->string(), std::move(next)});
-    } else {
-      beyondLevels = std::move(next);
-    }
+    if (levels.size() < kMostLevels) levels.push_back({part->string(), directory, lastIsNew});
   }
   return directory;
 }
 
-Place Destination::Find(const fs::path& path, FinalLink finalLink) {
+void Destination::OpenFolderOf(const fs::path& path) {
   const fs::path folder = path.parent_path();
-  if (lastDirectory == kNotOpen || folder != lastAsked) {
-    lastDirectory = Open(folder, lastReached, kMostLinks);
-    lastAsked = folder;
-  }
+  if (lastDirectory && folder == lastAsked) return;
+  lastDirectory = Open(folder, lastReached, kMostLinks);
+  lastAsked = folder;
+}
+
+Place Destination::FindNew(const fs::path& path, FinalLink finalLink) {
+  OpenFolderOf(path);
+  if (lastIsNew) return {lastDirectory, path.filename().string(), lastReached};
+  return Find(path, finalLink);
+}
+
+Place Destination::Find(const fs::path& path, FinalLink finalLink) {
+  OpenFolderOf(path);
   Place place{lastDirectory, path.filename().string(), lastReached};
   place.occupant = LookAt(place);
   const bool isLink = place.occupant && place.occupant->isLink;
@@ -134,7 +140,7 @@ Place Destination::Find(const fs::path& path, FinalLink finalLink) {
 }
 
 WorkFolder& Destination::Work() {
-  if (!work) work.emplace(Root());
+  if (!work) work.emplace(Root()->Number());
   return *work;
 }
 
@@ -147,22 +153,22 @@ std::uint64_t Destination::FreeBytes() {
 
 bool Destination::MoveIn(const std::string& workName, const Place& place, Existing existing) {
   const bool replace = existing == Existing::IsReplaced;
-  const Move move = MoveTo(Work().Directory(), workName, place.directory, place.name, replace);
+  const Move move = MoveTo(Work().Directory(), workName, place.Directory(), place.name, replace);
   if (move != Move::OtherFileSystem) return move == Move::Done;
   // The place is on another file system, mounted below the destination.
-  const WorkFolder besidePlace(place.directory);
+  const WorkFolder besidePlace(place.Directory());
   const HostHandle beside = besidePlace.Directory();
   CopyFileIn(Work().Directory(), workName, beside, workName);
-  if (MoveTo(beside, workName, place.directory, place.name, replace) != Move::Done) return false;
+  if (MoveTo(beside, workName, place.Directory(), place.name, replace) != Move::Done) return false;
   Work().Remove(workName);
   return true;
 }
 
 bool Destination::HasContentsOf(const std::string& workName, const Place& place) {
   const std::string link = LinkTarget(Work().Directory(), workName);
-  if (!link.empty()) return link == LinkTarget(place.directory, place.name);
+  if (!link.empty()) return link == LinkTarget(place.Directory(), place.name);
   const Descriptor ours = OpenFile(Work().Directory(), workName);
-  const Descriptor theirs = OpenFile(place.directory, place.name);
+  const Descriptor theirs = OpenFile(place.Directory(), place.name);
   if (!ours.IsOpen() || !theirs.IsOpen()) return false;
   std::vector<char> first(kBlockBytes);
   std::vector<char> second(kBlockBytes);
@@ -184,7 +190,7 @@ void Destination::MakeFolder(const fs::path& path) {
 
 void Destination::FinishFolder(const fs::path& path, unsigned int mode, std::uint64_t lastWrite) {
   fs::path ignored;
-  FinishDirectory(Open(path, ignored, kMostLinks), mode, lastWrite);
+  FinishDirectory(Open(path, ignored, kMostLinks)->Number(), mode, lastWrite);
 }
 
 void Destination::PrepareLink(const std::string& workName, const Place& place,

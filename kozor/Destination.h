@@ -8,6 +8,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -16,13 +17,16 @@
 
 namespace kozor::program {
 
-// The location of a file: a name in an open directory.  Valid until the next call of Find,
-// MakeFolder or FinishFolder.
+// A directory stays open as long as anyone uses it.
+using OpenFolderHandle = std::shared_ptr<const Descriptor>;
+
+// The location of a file: a name in an open directory.
 struct Place {
-  HostHandle directory = kNotOpen;
+  OpenFolderHandle directory;
   std::string name;
   std::filesystem::path folder{};      // the directory, relative to the destination, free of links
   std::optional<Occupant> occupant{};  // at the time of the search
+  HostHandle Directory() const { return directory->Number(); }
 };
 
 // Every function throws FileFailure if it fails.
@@ -35,6 +39,9 @@ class Destination {
   // selects its target or the link itself.
   enum class FinalLink { IsFollowed, IsMeant };
   Place Find(const std::filesystem::path& path, FinalLink finalLink = FinalLink::IsFollowed);
+  // The same, but takes for granted that nothing is in a directory that was made here.  MoveIn
+  // notices if something is.
+  Place FindNew(const std::filesystem::path& path, FinalLink finalLink);
 
   // The folder for unfinished files; created on first use.
   WorkFolder& Work();
@@ -59,32 +66,35 @@ class Destination {
                    const std::filesystem::path& target, std::uint64_t lastWrite);
 
  private:
-  HostHandle Root();
-  HostHandle Open(const std::filesystem::path& path, std::filesystem::path& reached, int linksLeft);
+  const OpenFolderHandle& Root();
+  OpenFolderHandle Open(const std::filesystem::path& path, std::filesystem::path& reached,
+                        int linksLeft);
+  void OpenFolderOf(const std::filesystem::path& path);
   std::filesystem::path Resolve(const std::filesystem::path& link);
   std::optional<std::filesystem::path> Inside(const std::filesystem::path& real) const;
 
   std::filesystem::path root;
   const Links links;
-  Descriptor rootDirectory;
+  OpenFolderHandle rootDirectory;
   std::optional<WorkFolder> work;
   // The directories from the root down to the one opened last.  They are kept because files mostly
   // come sorted by directories.
   struct Level {
     std::string name;
-    Descriptor directory;
+    OpenFolderHandle directory;
+    bool isNew;  // made here, so that only files of this run are in it
   };
   std::vector<Level> levels;
-  Descriptor beyondLevels;  // the last one, if it isn't in `levels`
   // The directory found last, if any.
-  HostHandle lastDirectory = kNotOpen;
+  OpenFolderHandle lastDirectory;
+  bool lastIsNew = false;
   std::filesystem::path lastAsked;
   std::filesystem::path lastReached;
 };
 
 // What exists at a place, without following links; null if nothing does.
 inline std::optional<Occupant> LookAt(const Place& place) {
-  return LookAt(place.directory, place.name);
+  return LookAt(place.Directory(), place.name);
 }
 
 }  // namespace kozor::program

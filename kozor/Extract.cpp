@@ -6,9 +6,9 @@
 #include "Commands.h"
 #include "Console.h"
 #include "Delivery.h"
+#include "DeliveryLine.h"
 #include "Failure.h"
 #include "Host.h"
-#include "ZorFileServices.h"
 
 namespace kozor::program {
 
@@ -39,10 +39,23 @@ class Extraction {
       : delivery(target),
         reader(source),
         permissions(arguments.Has("--keep-setid") ? 07777 : 0777),
-        unwraps(arguments.Has("--unwrap")) {}
+        unwraps(arguments.Has("--unwrap")),
+        line(target, [](const Item& item) { Mention(VisibleLibraryName(item.name)); }) {}
 
   // Complains about members that can't be extracted.
   void Run(const std::vector<const Member*>& members) {
+    try {
+      ExtractAll(members);
+    } catch (...) {
+      line.Finish();
+      throw;
+    }
+    line.Finish();
+    Finish();
+  }
+
+ private:
+  void ExtractAll(const std::vector<const Member*>& members) {
     for (const Member* member : members) {
       StopIfAsked();
       try {
@@ -51,10 +64,8 @@ class Extraction {
         Complain(VisibleLibraryName(member->name) + ": " + failure.what());
       }
     }
-    Finish();
   }
 
- private:
   void Extract(const Member& member) {
     switch (member.kind) {
       case MemberKind::File:
@@ -88,25 +99,10 @@ class Extraction {
   template <typename Fill>
   void MakeFile(const Member& member, std::uint64_t bytes, Fill fill) {
     const Item item = {member.name, bytes, member.Seconds()};
-    if (!delivery.Wants(item)) return;
-    const std::string workName = std::to_string(++made);
-    WorkFolder& work = delivery.Work();
-    try {
-      NewFile file(work, workName, bytes);
-      fill(file.Contents());
-      file.Finish(member.unixMode & permissions, member.lastWrite);
-      SetAttribute(work.LibraryPathOf(workName), member.attribute);
-      delivery.Deliver(item, workName);
-    } catch (...) {
-      work.Remove(workName);
-      throw;
-    }
-    Mention(VisibleLibraryName(member.name));
-  }
-
-  // A file without a stored attribute already has the default one.
-  static void SetAttribute(const std::string& path, std::uint8_t attribute) {
-    if (attribute != FILE_ATTRIBUTE_ARCHIVE) ZorSetFileAttribute(path.c_str(), attribute);
+    std::optional<Order> order = delivery.Wants(item);
+    if (!order) return;
+    const FileFacts facts = {member.unixMode & permissions, member.lastWrite, member.attribute};
+    line.Add(item, *std::move(order), facts, fill);
   }
 
   // Links come last, so that no file of the archive is written through one.  Folders get their
@@ -132,7 +128,7 @@ class Extraction {
   ScratchMemory scratch;  // for members to unwrap
   std::vector<const Member*> folders;
   std::vector<const Member*> links;
-  std::uint64_t made = 0;
+  DeliveryLine line;
 };
 
 void Extract(const Arguments& arguments) {

@@ -51,8 +51,8 @@ extern const char* const kTemporaryVariable;
 Descriptor OpenDirectory(const std::filesystem::path& path);
 // Opens a directory in an open one, but no link to one.  "." opens the same directory again.
 Descriptor OpenFolder(HostHandle in, const std::string& name);
-// The same; creates a missing directory.
-Descriptor OpenOrMakeFolder(HostHandle in, const std::string& name);
+// The same; creates a missing directory.  `isNew` receives whether it did.
+Descriptor OpenOrMakeFolder(HostHandle in, const std::string& name, bool& isNew);
 // A path that leads to the file while the directory is open, even if directories are renamed.
 std::filesystem::path PathIn(HostHandle directory, const std::string& name);
 // The names in a directory; empty if it can't be read.
@@ -112,6 +112,8 @@ void FinishDirectory(HostHandle directory, unsigned int mode, std::uint64_t last
 void FinishFile(Descriptor& file, unsigned int mode, std::uint64_t lastWrite);
 
 Descriptor CreateNewFile(HostHandle in, const std::string& name);
+// The permission bits of an open file; 0 if the system has none.
+unsigned int ModeOf(HostHandle file);
 void WriteAll(HostHandle file, std::span<const std::byte> bytes);
 // Returns when what was written is on the medium.
 void Flush(HostHandle file);

@@ -10,12 +10,12 @@
 #include "Commands.h"
 #include "Console.h"
 #include "Delivery.h"
+#include "DeliveryLine.h"
 #include "Failure.h"
 #include "Host.h"
 #include "Mask.h"
 #include "Salvage.h"
 #include "Volumes.h"
-#include "ZorFileServices.h"
 #include "platform/base/Clock.h"
 
 namespace kozor::program {
@@ -84,7 +84,7 @@ class RestoreVolumes : public Volumes {
     if (!masks.Empty() && !masks.Means(name)) return "";
     if (excludes.Means(name)) return "";
     try {
-      delivery.Begin(name);
+      order = delivery.Begin(name);
       workName = std::to_string(++made);
       if (size) delivery.Work().RequireRoom(*size);
       return delivery.Work().LibraryPathOf(workName).c_str();
@@ -119,7 +119,7 @@ class RestoreVolumes : public Volumes {
     try {
       const std::optional<Occupant> file = LookAt(work.Directory(), workName);
       if (!file) throw FileFailure("the file has vanished");
-      delivery.Deliver({currentName, file->size, file->time}, workName);
+      delivery.Deliver({currentName, file->size, file->time}, workName, order);
       // A set keeps whole seconds.
       if (file->nanoseconds != 0) throw FileFailure("restored, but its time can't be set");
     } catch (const FileFailure& failure) {
@@ -135,6 +135,7 @@ class RestoreVolumes : public Volumes {
   std::optional<std::array<std::string, 3>> setAreas;  // of the first volume accepted
   std::deque<std::uint32_t> sizes;  // of the volume's next files, if they may not all find room
   std::string workName;             // of the current file
+  Order order;                      // of the current file
   std::uint64_t made = 0;
 };
 
@@ -147,7 +148,11 @@ class CatalogueRestore {
         name(volumeName),
         delivery(target),
         linkRule(linksRule),
-        progress(known.TotalBytes()) {}
+        progress(known.TotalBytes()),
+        line(target, [this](const Item& item) {
+          progress.FileEnds(item.size);
+          Mention(VisibleLibraryName(item.name));
+        }) {}
 
   // `wanted` returns whether a name is selected.
   template <typename Wanted>
@@ -156,12 +161,18 @@ class CatalogueRestore {
     for (const CatalogueFolder& folder : catalogue.folders) {
       if (wanted(folder.name)) Try(folder.name, [&] { delivery.MakeFolder(folder.name); });
     }
-    for (const CatalogueFile& file : catalogue.files) {
-      StopIfAsked();
-      if (!wanted(file.name) || LiesBelowLink(file.name)) continue;
-      if (!goesOn) Volume(file.volume);
-      Try(file.name, [&] { RestoreFile(file, goesOn); });
+    try {
+      for (const CatalogueFile& file : catalogue.files) {
+        StopIfAsked();
+        if (!wanted(file.name) || LiesBelowLink(file.name)) continue;
+        if (!goesOn) Volume(file.volume);
+        Try(file.name, [&] { RestoreFile(file, goesOn); });
+      }
+    } catch (...) {
+      line.Finish();
+      throw;
     }
+    line.Finish();
     for (const auto& [linkName, found] : links) {
       const CatalogueLink& link = *found;
       const Item item = {linkName, 0, link.time};
@@ -228,23 +239,11 @@ class CatalogueRestore {
 
   void RestoreFile(const CatalogueFile& file, bool goesOn) {
     const Item item = {file.name, file.bytes, file.time};
-    if (!delivery.Wants(item)) return;
-    const std::string workName = std::to_string(++made);
-    WorkFolder& work = delivery.Work();
-    try {
-      NewFile target(work, workName, file.bytes);
-      ReadFile(file, target.Contents(), goesOn);
-      target.Finish(file.mode, FileTimeOfUnix(file.time));
-      if (file.attribute != FILE_ATTRIBUTE_ARCHIVE) {
-        ZorSetFileAttribute(work.LibraryPathOf(workName).c_str(), file.attribute);
-      }
-      delivery.Deliver(item, workName);
-    } catch (...) {
-      work.Remove(workName);
-      throw;
-    }
-    progress.FileEnds(file.bytes);
-    Mention(VisibleLibraryName(file.name));
+    std::optional<Order> order = delivery.Wants(item);
+    if (!order) return;
+    const FileFacts facts = {file.mode, FileTimeOfUnix(file.time), file.attribute};
+    line.Add(item, *std::move(order), facts,
+             [&](std::span<unsigned char> contents) { ReadFile(file, contents, goesOn); });
   }
 
   void ReadFile(const CatalogueFile& file, std::span<unsigned char> contents, bool goesOn) {
@@ -313,7 +312,7 @@ class CatalogueRestore {
   std::map<std::string, const CatalogueLink*> links;  // restored as links
   std::optional<VolumeReader> openVolume;
   int volumeNumber = 0;
-  std::uint64_t made = 0;
+  DeliveryLine line;
 };
 
 // The catalogue, if there is one for this set and all volumes are accessible at once.

@@ -95,6 +95,11 @@ void WorkFolder::Remove(const std::string& file) const {
   RemoveFile(directory.Number(), file);
 }
 
+unsigned int WorkFolder::FirstMode(HostHandle newFile) const {
+  std::call_once(modeIsKnown, [&] { firstMode = ModeOf(newFile); });
+  return firstMode;
+}
+
 TemporaryFolder::TemporaryFolder() try : parent(std::filesystem::temp_directory_path()) {
   const Descriptor directory = OpenDirectory(parent);
   if (!directory.IsOpen()) FailBySystem();
@@ -104,11 +109,12 @@ TemporaryFolder::TemporaryFolder() try : parent(std::filesystem::temp_directory_
                 "): " + failure.what());
 }
 
-NewFile::NewFile(const WorkFolder& folder, const std::string& name, std::uint64_t bytes)
-    : file(CreateNewFile(folder.Directory(), name)) {
+NewFile::NewFile(const WorkFolder& workFolder, std::string fileName, std::uint64_t bytes)
+    : folder(workFolder), name(std::move(fileName)) {
   constexpr std::uint64_t kMostInBuffer = 256 << 10;
   const auto length = static_cast<std::size_t>(bytes);
   if (bytes > kMostInBuffer) {
+    file = CreateNewFile(folder.Directory(), name);
     contents = ReserveAndMap(file.Number(), bytes);
   } else {
     buffer = std::make_unique_for_overwrite<unsigned char[]>(length);
@@ -122,9 +128,13 @@ void NewFile::Unmap() {
 }
 
 void NewFile::Finish(unsigned int mode, std::uint64_t lastWrite) {
-  if (buffer) WriteAll(file.Number(), std::as_bytes(contents));
+  if (buffer) {
+    file = CreateNewFile(folder.Directory(), name);
+    WriteAll(file.Number(), std::as_bytes(contents));
+  }
   Unmap();
-  FinishFile(file, mode, lastWrite);
+  const bool hasMode = mode == folder.FirstMode(file.Number());
+  FinishFile(file, hasMode ? 0 : mode, lastWrite);
 }
 
 std::span<unsigned char> ScratchMemory::Get(std::uint64_t bytes) {

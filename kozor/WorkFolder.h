@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <span>
 #include <string>
@@ -38,8 +39,12 @@ class WorkFolder {
   void RequireRoom(std::uint64_t bytes) const;
   // Removes a file from it, if it exists.
   void Remove(const std::string& file) const;
+  // The permission bits that files in it have from the start, read from the first one.
+  unsigned int FirstMode(HostHandle newFile) const;
 
  private:
+  mutable std::once_flag modeIsKnown;
+  mutable unsigned int firstMode = 0;
   Descriptor parent;
   Descriptor directory;
   std::string name;
@@ -59,11 +64,13 @@ class TemporaryFolder {
 
 // A new file in a work folder; its contents are written to memory.
 //
-// A short file isn't mapped but written from a buffer by Finish, which takes half the time.
+// A short file isn't mapped: Finish creates it and writes its contents from a buffer, which takes
+// half the time.
 class NewFile {
  public:
-  // Reserves disk space for a long file, so that a full disk is detected here.  Throws FileFailure.
-  NewFile(const WorkFolder& folder, const std::string& name, std::uint64_t bytes);
+  // Creates a long file and reserves disk space for it, so that a full disk is detected here.
+  // Throws FileFailure.
+  NewFile(const WorkFolder& workFolder, std::string fileName, std::uint64_t bytes);
   ~NewFile() { Unmap(); }
   NewFile(const NewFile&) = delete;
   NewFile& operator=(const NewFile&) = delete;
@@ -77,6 +84,8 @@ class NewFile {
  private:
   void Unmap();
 
+  const WorkFolder& folder;
+  const std::string name;
   Descriptor file;
   std::unique_ptr<unsigned char[]> buffer;  // of a short file
   std::span<unsigned char> contents;

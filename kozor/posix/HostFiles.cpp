@@ -104,10 +104,12 @@ Descriptor OpenFolder(HostHandle in, const std::string& name) {
   return Descriptor(openat(File(in), name.c_str(), kOpenDirectory | O_NOFOLLOW));
 }
 
-Descriptor OpenOrMakeFolder(HostHandle in, const std::string& name) {
+Descriptor OpenOrMakeFolder(HostHandle in, const std::string& name, bool& isNew) {
+  isNew = false;
   Descriptor opened = OpenFolder(in, name);
   if (opened.IsOpen() || errno != ENOENT) return opened;
-  if (mkdirat(File(in), name.c_str(), kAnyMode) != 0 && errno != EEXIST) return opened;
+  isNew = mkdirat(File(in), name.c_str(), kAnyMode) == 0;
+  if (!isNew && errno != EEXIST) return opened;
   return OpenFolder(in, name);
 }
 
@@ -277,6 +279,12 @@ Descriptor CreateNewFile(HostHandle in, const std::string& name) {
   Descriptor file(openat(File(in), name.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
   if (!file.IsOpen()) FailBySystem();
   return file;
+}
+
+unsigned int ModeOf(HostHandle file) {
+  struct stat state {};
+  if (fstat(File(file), &state) != 0) FailBySystem();
+  return state.st_mode & 07777;
 }
 
 void WriteAll(HostHandle file, std::span<const std::byte> bytes) {

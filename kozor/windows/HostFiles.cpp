@@ -126,11 +126,12 @@ Descriptor OpenFolder(HostHandle in, const std::string& name) {
                     true);
 }
 
-Descriptor OpenOrMakeFolder(HostHandle in, const std::string& name) {
+Descriptor OpenOrMakeFolder(HostHandle in, const std::string& name, bool& isNew) {
+  isNew = false;
   Descriptor opened = OpenFolder(in, name);
   if (opened.IsOpen() || GetLastError() != ERROR_FILE_NOT_FOUND) return opened;
-  const BOOL made = CreateDirectoryW(PathOf(in, name).c_str(), nullptr);
-  if (!made && GetLastError() != ERROR_ALREADY_EXISTS) return opened;
+  isNew = CreateDirectoryW(PathOf(in, name).c_str(), nullptr) != 0;
+  if (!isNew && GetLastError() != ERROR_ALREADY_EXISTS) return opened;
   return OpenFolder(in, name);
 }
 
@@ -342,6 +343,10 @@ Descriptor CreateNewFile(HostHandle in, const std::string& name) {
                          CREATE_NEW, FILE_ATTRIBUTE_NORMAL);
   if (!file.IsOpen()) FailBySystem();
   return file;
+}
+
+unsigned int ModeOf(HostHandle /*file*/) {
+  return 0;
 }
 
 void WriteAll(HostHandle file, std::span<const std::byte> bytes) {
