@@ -104,9 +104,11 @@ void MemberPacker::ReadMember(const std::shared_ptr<Member>& member, std::uint64
 }
 
 void MemberPacker::ReadSegment(Member& member, PackJob& job, std::uint64_t expectedBytes) {
-  // Ask for one byte more than expected: a short read then shows the end without another call.
+  // A file of known size is read up to that size, without a further call for its end; what someone
+  // appends meanwhile is left out.  The size 0 may mean that the system doesn't know it.
+  const bool isKnown = expectedBytes != 0;
   auto wanted =
-      static_cast<std::size_t>(std::min<std::uint64_t>(expectedBytes + 1, codec::kSegmentBytes));
+      static_cast<std::size_t>(std::clamp<std::uint64_t>(expectedBytes, 1, codec::kSegmentBytes));
   for (;;) {
     job.Reserve(job.begin + wanted);
     const std::span<std::uint8_t> target(job.buffer.get() + job.end, job.begin + wanted - job.end);
@@ -114,7 +116,7 @@ void MemberPacker::ReadSegment(Member& member, PackJob& job, std::uint64_t expec
     Count(member.header, target.first(read));
     job.end += read;
     bytesRead += read;
-    if (read < target.size() || wanted == codec::kSegmentBytes) return;
+    if (isKnown || read < target.size() || wanted == codec::kSegmentBytes) return;
     wanted = codec::kSegmentBytes;
   }
 }
