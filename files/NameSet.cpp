@@ -2,6 +2,7 @@
 // use it.
 #include "files/NameSet.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <random>
 
@@ -16,9 +17,25 @@ std::size_t Seed() {
   return seed;
 }
 
-CString CompleteForm(const CString& name, const CString& base) {
-  return base.IsEmpty() || ZorHasRoot(name) ? name : base + name;
+bool IsAnyRooted(const ZorFileList& list) {
+  return std::any_of(list.begin(), list.end(),
+                     [](const CString& name) { return ZorHasRoot(name); });
 }
+
+// Makes names complete that are to be compared with each other.  Names that all lack a root differ
+// in the same way with and without a base.
+class Completion {
+ public:
+  Completion(const CString& baseDirectory, bool isAnyRooted)
+      : base(baseDirectory), isNeeded(isAnyRooted && !baseDirectory.IsEmpty()) {}
+  CString operator()(const CString& name) const {
+    return isNeeded && !ZorHasRoot(name) ? base + name : name;
+  }
+
+ private:
+  const CString& base;
+  const bool isNeeded;
+};
 
 template <typename Unwanted>
 void RemoveIf(ZorFileList& list, Unwanted unwanted) {
@@ -57,13 +74,15 @@ std::size_t ZorNameSet::Hash::operator()(const CString& name) const {
 }
 
 void ZorRemoveDuplicates(ZorFileList& list, const CString& base) {
+  const Completion complete(base, IsAnyRooted(list));
   ZorNameSet seen;
-  RemoveIf(list, [&](const CString& name) { return !seen.Add(CompleteForm(name, base)); });
+  RemoveIf(list, [&](const CString& name) { return !seen.Add(complete(name)); });
 }
 
 void ZorRemoveExcluded(ZorFileList& list, const ZorFileList& excluded, const CString& base) {
   if (excluded.IsEmpty()) return;
+  const Completion complete(base, IsAnyRooted(list) || IsAnyRooted(excluded));
   ZorNameSet names;
-  for (const CString& name : excluded) names.Add(CompleteForm(name, base));
-  RemoveIf(list, [&](const CString& name) { return names.Contains(CompleteForm(name, base)); });
+  for (const CString& name : excluded) names.Add(complete(name));
+  RemoveIf(list, [&](const CString& name) { return names.Contains(complete(name)); });
 }
