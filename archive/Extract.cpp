@@ -31,6 +31,12 @@ const char* ShortName(const char* member) {
   return directory != nullptr ? directory : member;
 }
 
+// Whether a file just created has this attribute anyway.  A dot at the start may hide it.
+bool HasFromStart(const char* path, unsigned int attribute) {
+  const char* const name = ZorGetFileName(path);
+  return attribute == FILE_ATTRIBUTE_ARCHIVE && name != nullptr && *name != '.';
+}
+
 class ExtractOperation final : public ZorUnpackOperation {
  public:
   // Without `directory` the base directory of the selection is the destination.
@@ -73,7 +79,9 @@ class ExtractOperation final : public ZorUnpackOperation {
     UnpackInto(line, time, attribute);
     // Best effort, and again if closing the file may have changed its time.
     if (!kClosingKeepsTimes) ZorSetFileTimeStamp(target, time);
-    if (owner.GetExtractFileAttibuteMode() != 0) ZorSetFileAttribute(target, attribute);
+    if (owner.GetExtractFileAttibuteMode() != 0 && !HasFromStart(target, attribute)) {
+      ZorSetFileAttribute(target, attribute);
+    }
   }
 
   void UnpackInto(const ZorLineBuilder& line, std::int32_t& time, std::uint16_t& attribute) {
