@@ -166,9 +166,6 @@ class UpToDate {
 std::vector<FileGroup> SelectFiles(const Arguments& arguments, const std::string& name,
                                    const fs::path& archive) {
   const fs::path directory = FromUtf8(arguments.Value("--dir"));
-  if (!directory.empty() && !fs::is_directory(directory)) {
-    throw Failure(Visible(directory.string()) + ": no such directory");
-  }
   const bool keepsFacts = KeepsUnixFacts(arguments);
   SelectionRequest request = {
       .base = FromUtf8(arguments.Value("--dir", arguments.Value("-C", "."))),
@@ -254,13 +251,17 @@ void AddFiles(const Arguments& arguments, const std::string& name) {
 
 void AddStandardInput(const Arguments& arguments, const std::string& name) {
   arguments.AllowOperands(1);
+  const std::string memberName = arguments.Value("--stdin");
+  if (!CanBeExpressed(AbsolutePath(memberName))) {
+    throw UsageError("--stdin: " + Visible(memberName) + ": " + kUnnameable);
+  }
   const std::vector<unsigned char> data = ReadStandardInput();
   Output output(name, arguments.Has("--new"), arguments.Value("--work-dir"));
   Archive archive;
   Prepare(archive, arguments, output);
   archive.Require(
-      archive.CompressMem(output.Path().c_str(), MemberName(arguments.Value("--stdin")).c_str(),
-                          data.data(), static_cast<unsigned long>(data.size()), output.Append()),
+      archive.CompressMem(output.Path().c_str(), MemberName(memberName).c_str(), data.data(),
+                          static_cast<unsigned long>(data.size()), output.Append()),
       name);
   output.Commit();
 }

@@ -32,8 +32,6 @@ constexpr std::uintmax_t kMaxFileBytes = 0xFFFFFFFF;
 // The longest name that the archiver can list, in bytes.
 constexpr std::size_t kMaxNameBytes = 512;
 
-constexpr const char* kUnnameable = "the name contains a character that can't be stored";
-
 // The search for one word: `mask` in `directory`, with or without the folders below.
 struct Search {
   std::string directory;  // library path
@@ -321,6 +319,9 @@ ZorFind FileGroup::Find(std::vector<std::string>& others) const {
 }
 
 std::vector<FileGroup> Select(const SelectionRequest& request) {
+  if (!fs::is_directory(request.base)) {
+    throw Failure(Visible(Shown(request.base)) + ": no such directory");
+  }
   const LinkManner manner(request.links);
   const MaskList excludes(request.excludes);
   // The first one is for the base, the others for the roots of the disks that other words lead to.

@@ -18,6 +18,9 @@
 
 namespace kozor::program {
 
+// Why a file is left out whose name Windows can't have.
+inline constexpr const char* kUnnameable = "the name contains a character that can't be stored";
+
 // Files with names relative to one base directory.
 struct FileGroup {
   std::string base;                 // library path without a trailing backslash, except "C:\"

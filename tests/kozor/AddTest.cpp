@@ -218,8 +218,10 @@ TEST_F(KozorAdd, DoesNothingWhenAWordMeansNothing) {
   for (const std::string word : {"missing.txt", "*.missing", "*/a.txt", "sub/missing/*.txt"}) {
     EXPECT_THAT(MustFail({"add", "a.lzh", "-C", "tree", "a.txt", word}), HasSubstr("kozor: "));
   }
-  EXPECT_THAT(MustFail({"add", "--work-dir", "none", "a.lzh", "tree"}),
-              HasSubstr("none: no such directory"));
+  for (const char* option : {"--work-dir", "-C"}) {
+    EXPECT_THAT(MustFail({"add", option, "none", "a.lzh", "tree"}),
+                HasSubstr("none: no such directory"));
+  }
   EXPECT_THAT(TopNames(), ElementsAre("tree"));
 }
 

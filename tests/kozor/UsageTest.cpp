@@ -39,6 +39,7 @@ TEST_F(KozorUsage, RefusesCommandLinesThatMakeNoSense) {
       {"add", "a.lzh", "x", "-C"},
       {"add", "--new=yes", "a.lzh", "x"},
       {"add", "--stdin", "x", "a.lzh", "y"},
+      {"add", "--stdin", "b:c", "a.lzh"},
       {"extract"},
       {"add", "--stdin", "--dir", "tree", "a.lzh"},
       {"add", "--dir", "tree", "a.lzh", "-C", "x"},
