@@ -73,7 +73,8 @@ TEST_F(EngineAtomicity, TwoProcessesLoseNoUpdate) {
   // Repeats each change while the other process has the archive open.
   const auto start = [&](const std::function<int(int)>& change) {
     const pid_t child = fork();
-    for (int i = 0; child == 0;) {
+    int i = 0;
+    while (child == 0) {
       const int code = i < pairs ? change(i) : 0;
       if (i == pairs || (code != 0 && code != 0x8018)) _exit(code == 0 ? 0 : 1);
       if (code == 0) ++i;
