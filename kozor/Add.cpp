@@ -49,7 +49,7 @@ exit status is 1: unreadable and special files, files of 4 GiB or more, and
 names with a control character or one of \ : * ? " < > |
 )";
 
-constexpr std::array<Option, 12> kOwnOptions = {{
+constexpr std::array<Option, 13> kOwnOptions = {{
     kBaseOption,
     kExcludeOption,
     {"--new", "",
@@ -60,7 +60,10 @@ constexpr std::array<Option, 12> kOwnOptions = {{
      "they are reported and nothing is added"},
     {"--sfx", "",
      "make a self-extracting program of the archive as well,\n"
-     "beside it: a.run of a.lzh (on Linux for x86-64;\na.run --help); implies --no-unix"},
+     "beside it: a.run of a.lzh, or a.exe for Windows\n(a.run --help); implies --no-unix"},
+    {"--for", "SYSTEM",
+     "with --sfx: linux or windows (or linux-x64,\n"
+     "linux-arm64, windows-x64); default: this system"},
     {"--work-dir", "DIR", "directory for temporary files (default: that of the\narchive)"},
     {"--dir", "DIRECTORY",
      "add everything below DIRECTORY, empty directories\n"
@@ -99,8 +102,8 @@ bool HasClashes(const std::vector<FileGroup>& groups, const Output& output,
 }
 
 // The self-extracting program may replace an older one, but no other file.
-void RequireRoomForProgram(const fs::path& archive) {
-  const fs::path program = ProgramOf(archive);
+void RequireRoomForProgram(const fs::path& archive, const std::string& suffix) {
+  const fs::path program = ProgramOf(archive, suffix);
   if (!Exists(program)) return;
   ZorArchive object;
   if (object.IsEnabled() && object.IsArchive(LibraryPath(program).c_str())) return;
@@ -224,7 +227,9 @@ void AddFiles(const Arguments& arguments, const std::string& name) {
   const std::vector<FileGroup> groups = SelectFiles(arguments, name, own);
   if (arguments.Has("--dry-run")) return PrintNames(groups);
   if (groups.empty()) return Remark(Visible(name) + ": up to date");
-  if (arguments.Has("--sfx")) RequireRoomForProgram(own);
+  const bool makesProgram = arguments.Has("--sfx");
+  const std::string suffix = makesProgram ? ProgramSuffix(arguments) : "";
+  if (makesProgram) RequireRoomForProgram(own, suffix);
   Line line(groups);
   Output output(name, arguments.Has("--new"), arguments.Value("--work-dir"));
   const auto refuseClashes = [&] {
@@ -241,12 +246,12 @@ void AddFiles(const Arguments& arguments, const std::string& name) {
   }
   Archive archive(line.bytes);
   Prepare(archive, arguments, output);
-  const int done = archive.Compress(*line.find, output.Path().c_str(), output.Append(),
-                                    arguments.Has("--sfx") ? 1 : 0);
+  const int done =
+      archive.Compress(*line.find, output.Path().c_str(), output.Append(), makesProgram ? 1 : 0);
   if (!done && archive.GetError() == ZorErrorSameName) refuseClashes();
   archive.Require(done, name);
   if (!archive.RequireAll(line.files) && replaces) throw Failure(kOldStays);
-  output.Commit();
+  output.Commit(suffix);
 }
 
 void AddStandardInput(const Arguments& arguments, const std::string& name) {
@@ -277,6 +282,7 @@ void Add(const Arguments& arguments) {
   arguments.Exclude("--sfx", {"--unix"});
   arguments.Exclude("--stdin", {"--sfx", "--exclude", "-C", "--update", "--files-from", "--dry-run",
                                 "--unix", "--no-unix"});
+  arguments.Require("--for", "--sfx");
   arguments.Require("--null", "--files-from");
   SetUpPacking(arguments);
   const std::string& name = arguments.Operand(0, "ARCHIVE");

@@ -63,15 +63,17 @@ void Output::MakeOwnDirectory() {
   workDirectory = LibraryPath(parent / FromUtf8(ownDirectory->Name()));
 }
 
-void Output::Commit() {
+void Output::Commit(const std::string& programSuffix) {
   if (staging.empty()) return;
   const fs::path made = staging / archive.filename();
-  if (Exists(ProgramOf(made))) fs::rename(ProgramOf(made), ProgramOf(archive));
+  if (!programSuffix.empty()) {
+    fs::rename(ProgramOf(made, programSuffix), ProgramOf(archive, programSuffix));
+  }
   fs::rename(made, archive);
 }
 
-fs::path ProgramOf(fs::path archive) {
-  return archive.replace_extension(".run");
+fs::path ProgramOf(fs::path archive, const std::string& suffix) {
+  return archive.replace_extension(suffix);
 }
 
 }  // namespace kozor::program

@@ -10,7 +10,7 @@
 namespace kozor::program {
 
 // The self-extracting program that is made of an archive stands beside it.
-std::filesystem::path ProgramOf(std::filesystem::path archive);
+std::filesystem::path ProgramOf(std::filesystem::path archive, const std::string& suffix);
 
 // An archive to write, and the work directory for it.
 //
@@ -28,8 +28,8 @@ class Output {
   int Append() const { return append; }
   const std::string& WorkDirectory() const { return workDirectory; }
 
-  // Moves a finished new archive, and the program made from it, to their places.
-  void Commit();
+  // Moves a finished new archive, and the program of that suffix made from it, to their places.
+  void Commit(const std::string& programSuffix = "");
 
  private:
   void MakeOwnDirectory();

@@ -66,7 +66,25 @@ std::string OwnSwitches() {
   return value;
 }
 
+// The full name of the system of --for, or of this one: "linux-x64".
+std::string ProgramSystem(const Arguments& arguments) {
+  const std::string given = arguments.Value("--for", KOZOR_OWN_SYSTEM);
+  const std::string name = given == "linux" || given == "windows" ? given + "-x64" : given;
+  std::istringstream systems(KOZOR_SFX_SYSTEMS);
+  for (std::string system; systems >> system;) {
+    if (system == name) return system;
+  }
+  const bool makesAny = *KOZOR_SFX_SYSTEMS != '\0';
+  throw UsageError("--sfx: this build makes no self-extracting programs for " +
+                   (given.empty() ? "this system" : Visible(given)) +
+                   (makesAny ? ", but for " KOZOR_SFX_SYSTEMS : ""));
+}
+
 }  // namespace
+
+std::string ProgramSuffix(const Arguments& arguments) {
+  return ProgramSystem(arguments).starts_with("windows") ? ".exe" : ".run";
+}
 
 bool KeepsUnixFacts(const Arguments& arguments) {
   return !arguments.Has("--no-unix") && !arguments.Has("--sfx");
@@ -87,6 +105,7 @@ void SetUpPacking(const Arguments& arguments) {
   const int threads = arguments.Number("--threads", 1, 999, 0);
   if (threads > 0) switches += " -j" + std::to_string(threads);
   if (KeepsUnixFacts(arguments)) switches += " -unix";
+  if (arguments.Has("--sfx")) switches += " -gfor=" + ProgramSystem(arguments);
   SetEnvironment(kVariable, switches);
 }
 

@@ -22,6 +22,10 @@ inline constexpr std::array<Option, 5> kPackingOptions = {{
      "followed"},
 }};
 
+// The suffix of a self-extracting program for the system of --for, or for this one.  Throws
+// UsageError if this build makes none for it.
+std::string ProgramSuffix(const Arguments& arguments);
+
 // Whether permission bits, links and folders are stored.
 bool KeepsUnixFacts(const Arguments& arguments);
 

@@ -73,10 +73,17 @@ void ApplyPackSwitch(std::string_view word, PackSettings& packing) {
   }
 }
 
+// The switches that the environment may hold, too.
+void ApplyCommonSwitch(const std::string& word, CommandLine& line) {
+  constexpr std::string_view kSystem = "-gfor=";
+  if (word.starts_with(kSystem)) line.programSystem = word.substr(kSystem.size());
+  ApplyPackSwitch(word, line.packing);
+}
+
 void ApplyDefaultSwitch(const std::string& word, CommandLine& line) {
   constexpr std::string_view kWith = "-with";
   if (word.starts_with(kWith)) line.sourceList = word.substr(kWith.size());
-  ApplyPackSwitch(word, line.packing);
+  ApplyCommonSwitch(word, line);
 }
 
 void ApplyDefaults(CommandLine& line) {
@@ -89,7 +96,7 @@ void ApplySwitch(const std::string& word, CommandLine& line) {
   if (word.starts_with("-w")) line.workDirectory = WorkDirectory(word.substr(2));
   if (word == "-d1") line.isDirectoryMode = true;
   if (word == "-gw4") line.makesProgram = true;
-  ApplyPackSwitch(word, line.packing);
+  ApplyCommonSwitch(word, line);
 }
 
 using WordIterator = std::vector<Operand>::iterator;

@@ -38,14 +38,15 @@ struct CommandLine {
   PackSettings packing;
   bool isDirectoryMode = false;  // -d1
   bool makesProgram = false;     // -gw4
+  std::string programSystem;     // -gfor=; empty: the system that the archiver is built for
 };
 
 // Words are separated by blanks; double quotes enclose, and are never part of, a word.  Words that
 // begin with '-' are switches up to the first operand, which is the archive; unknown ones are
 // accepted.  After the archive every word is an operand.
 //
-// The environment variable KOZOR_ARCHIVER holds switches for PackSettings, and -with, that are read
-// before those of a line.  Anything else in it is ignored.
+// The environment variable KOZOR_ARCHIVER holds switches for PackSettings, -gfor= and -with, that
+// are read before those of a line.  Anything else in it is ignored.
 
 // Parses a line of Unlha, with a command.  Throws ResultCode::UnknownCommand, and
 // ResultCode::NoFileName if the archive or the files that the command needs are missing.  An `a`

@@ -27,13 +27,13 @@ std::string BaseNameOf(const std::string& path) {
 
 // The program goes into the directory that the second operand names.  If that is missing, or is the
 // archive itself (given without a directory), it goes beside the archive.
-std::string TargetOf(const CommandLine& line) {
+std::string TargetOf(const CommandLine& line, std::string_view suffix) {
   const std::string& archive = line.archive;
   const bool isBeside =
       line.operands.empty() || line.operands[0].text.empty() || line.operands[0].text == archive;
   const std::string directory =
       isBeside ? container::FolderOf(archive) : container::PathOf(line.operands[0].text).AsFolder();
-  return directory + BaseNameOf(archive) + kProgramSuffix;
+  return (directory + BaseNameOf(archive)).append(suffix);
 }
 
 // Throws if the target must not be replaced, above all if it is the archive itself.
@@ -53,13 +53,14 @@ void MakeProgram(const std::string& path, const std::string& archive) {
 }  // namespace
 
 void Archiver::Convert(const CommandLine& line, const ProgressListener& listener) {
-  const auto stub = sfx::Stub();
-  if (stub.empty()) throw Failure(ResultCode::UnknownCommand);
+  const sfx::Stub* const found = sfx::FindStub(line.programSystem);
+  if (found == nullptr) throw Failure(ResultCode::UnknownCommand);
+  const auto stub = found->program;
   const std::string& path = line.archive;
   const auto [archive, index] = indexes.Open(path);
   if (index->PrefixBytes() != 0) throw Failure(ResultCode::UnknownKind);
   if (index->Members().empty()) throw Failure(ResultCode::NotFound);
-  const std::string target = TargetOf(line);
+  const std::string target = TargetOf(line, found->suffix);
   CheckTarget(target, *archive);
 
   TemporaryArchive temporary(container::FolderOf(target));

@@ -2,9 +2,8 @@
 #include "engine/sfx/Console.h"
 
 #include <algorithm>
-#include <cerrno>
 
-#include "engine/sfx/linux/SystemCalls.h"
+#include "engine/sfx/System.h"
 #include "platform/text/CodePage.h"
 
 namespace kozor::sfx {
@@ -17,16 +16,6 @@ std::size_t buffered = 0;
 bool isBroken = false;
 std::string_view programName;
 
-bool WriteWhole(int file, std::string_view text) {
-  while (!text.empty()) {
-    const long written = host::Write(file, text.data(), text.size());
-    if (written == -EINTR) continue;
-    if (written <= 0) return false;
-    text.remove_prefix(static_cast<std::size_t>(written));
-  }
-  return true;
-}
-
 }  // namespace
 
 void SetProgramName(std::string_view name) {
@@ -37,7 +26,7 @@ void Say(std::initializer_list<std::string_view> pieces) {
   const std::string line = Join({Join(pieces), "\n"});
   if (line.size() > kBufferBytes - buffered) FlushOutput();
   if (line.size() > kBufferBytes) {
-    if (!WriteWhole(host::kStandardOutput, line)) isBroken = true;
+    if (!host::WriteText(host::Stream::Output, line)) isBroken = true;
     return;
   }
   line.copy(buffer + buffered, line.size());
@@ -45,14 +34,14 @@ void Say(std::initializer_list<std::string_view> pieces) {
 }
 
 bool FlushOutput() {
-  if (!WriteWhole(host::kStandardOutput, {buffer, buffered})) isBroken = true;
+  if (!host::WriteText(host::Stream::Output, {buffer, buffered})) isBroken = true;
   buffered = 0;
   return !isBroken;
 }
 
 void Complain(std::initializer_list<std::string_view> pieces) {
   FlushOutput();
-  WriteWhole(host::kStandardError, Join({Visible(programName), ": ", Join(pieces), "\n"}));
+  host::WriteText(host::Stream::Errors, Join({Visible(programName), ": ", Join(pieces), "\n"}));
 }
 
 // Allocates nothing: memory may be exhausted.
@@ -60,7 +49,7 @@ void Die(std::string_view reason) {
   FlushOutput();
   for (const std::string_view piece :
        {std::string_view("fatal: "), reason, std::string_view("\n")}) {
-    WriteWhole(host::kStandardError, piece);
+    host::WriteText(host::Stream::Errors, piece);
   }
   host::Exit(1);
 }
@@ -94,37 +83,6 @@ std::string Decimal(std::uint64_t number, std::size_t width, char fill) {
     number /= 10;
   } while (number != 0);
   return digits.substr(std::min(begin, kMaxDigits - width));
-}
-
-std::string Reason(long error) {
-  switch (-error) {
-    case ENOENT:
-      return "no such file or directory";
-    case EACCES:
-    case EPERM:
-      return "permission denied";
-    case EROFS:
-      return "the file system is read-only";
-    case ENOSPC:
-    case EDQUOT:
-      return "the disk is full";
-    case EFBIG:
-      return "too large for the file system";
-    case ENOMEM:
-      return "not enough memory";
-    case ENAMETOOLONG:
-      return "the name is too long";
-    case ENOTDIR:
-    case ELOOP:
-      return "a file or a link is in the way";
-    case EISDIR:
-    case ENOTEMPTY:
-      return "a directory is in the way";
-    case EEXIST:
-      return "exists already";
-    default:
-      return Join({"system error ", Decimal(static_cast<std::uint64_t>(-error))});
-  }
 }
 
 }  // namespace kozor::sfx

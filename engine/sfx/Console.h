@@ -32,7 +32,4 @@ std::string Join(std::initializer_list<std::string_view> pieces);
 // A number in decimal digits, padded on the left to `width`, at most 20.
 std::string Decimal(std::uint64_t number, std::size_t width = 1, char fill = ' ');
 
-// The text for a negative error number.
-std::string Reason(long error);
-
 }  // namespace kozor::sfx

@@ -4,19 +4,16 @@
 // files are accessed relative to the open directory.  So existing links, and links made meanwhile,
 // can't redirect it.
 //
-// Results are 0 or a negative error number (Console.h, Reason).
+// Results are 0 or a negative error number (System.h, Reason).
 #pragma once
 
-#include <cstdint>
-#include <span>
-#include <string>
-#include <string_view>
+#include "engine/sfx/Files.h"
 
 namespace kozor::sfx {
 
 // The location of a file or directory: an open directory and a name in it.
 struct Place {
-  int directory;
+  host::Handle directory;
   std::string name;
 };
 
@@ -27,8 +24,7 @@ class Destination {
   Destination(const Destination&) = delete;
   Destination& operator=(const Destination&) = delete;
 
-  // Opens the directory that the user has named; links in its path are followed.  Makes it and its
-  // parents if they are missing.
+  // Opens the directory that the user has named, or makes it.
   long Open(std::string_view path);
 
   // Finds the place for a relative name with '/' between components; makes missing directories on
@@ -38,20 +34,14 @@ class Destination {
  private:
   void CloseDirectory();
 
-  int root = -1;
+  host::Handle root = host::kNotOpen;
   // The directory found last: members are mostly sorted by directory.
-  int directory = -1;
+  host::Handle directory = host::kNotOpen;
   std::string directoryName;
 };
 
 // Makes a directory, or accepts an existing one.
 long MakeDirectory(const Place& place);
-
-// Sets the time of last write; `fileTime` is in units of 100 ns since 1601.
-long SetTime(const Place& place, std::uint64_t fileTime);
-
-// Whether anything exists at the place, including a link.
-bool IsTaken(const Place& place);
 
 // A file that gets its name only when it is complete.  Until then it has a temporary name in the
 // same directory, and the destructor removes it.
@@ -62,23 +52,19 @@ class NewFile {
   NewFile(const NewFile&) = delete;
   NewFile& operator=(const NewFile&) = delete;
 
-  enum class Access { ReadWrite, ReadOnly };  // of the finished file; subject to the umask
   // Creates the file and reserves its blocks, so that a full disk is reported here.
-  long Create(const Place& wanted, std::uint64_t bytes, Access access);
-  // The contents.
+  long Create(const Place& wanted, std::uint64_t bytes, Access wantedAccess);
   std::span<std::uint8_t> Contents() const { return contents; }
 
-  enum class Existing { Stays, IsReplaced };
-  // Sets the file's time and renames it atomically.  -EEXIST if something exists there and must
-  // stay.
+  // Sets the file's time, in units of 100 ns since 1601, and renames it atomically.
   long Publish(std::uint64_t fileTime, Existing existing);
 
  private:
-  long Reserve(std::uint64_t bytes) const;
-  long TakeName(Existing existing);
+  void UnmapContents();
 
   Place place{};
-  int file = -1;
+  Access access = Access::ReadWrite;
+  host::Handle file = host::kNotOpen;
   std::string temporaryName;  // empty if there is no such file
   std::span<std::uint8_t> contents;
 };

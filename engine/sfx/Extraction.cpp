@@ -2,6 +2,7 @@
 #include "engine/sfx/Extraction.h"
 
 #include "engine/sfx/Console.h"
+#include "engine/sfx/System.h"
 #include "engine/sfx/Unpacking.h"
 
 namespace kozor::sfx {
@@ -30,7 +31,8 @@ void Extraction::Extract(const Entry& entry, const MemberHeader& header, ByteSpa
 void Extraction::SetDirectoryTimes() {
   for (std::size_t i = directories.size(); i-- != 0;) {
     Place place;
-    if (destination.Find(PathOf(directories[i]), place) == 0) SetTime(place, directories[i].time);
+    if (destination.Find(PathOf(directories[i]), place) < 0) continue;
+    host::SetFolderTime(place.directory, place.name, directories[i].time);
   }
 }
 
@@ -48,9 +50,10 @@ std::string Extraction::TryToExtract(const Entry& entry, const MemberHeader& hea
                                      ByteSpan packed) {
   if (const char* refusal = WhyRefused(entry)) return refusal;
   Place place;
-  if (const long error = destination.Find(PathOf(entry), place); error < 0) return Reason(error);
+  if (const long error = destination.Find(PathOf(entry), place); error < 0)
+    return host::Reason(error);
   if (!entry.isDirectory) return ExtractFile(place, entry, header, packed);
-  if (const long error = MakeDirectory(place); error < 0) return Reason(error);
+  if (const long error = MakeDirectory(place); error < 0) return host::Reason(error);
   directories.push_back(entry);
   return {};
 }
@@ -58,17 +61,18 @@ std::string Extraction::TryToExtract(const Entry& entry, const MemberHeader& hea
 std::string Extraction::ExtractFile(const Place& place, const Entry& entry,
                                     const MemberHeader& header, ByteSpan packed) const {
   constexpr const char* kNotOverwritten = "exists already, not overwritten (see -o)";
-  const bool mayReplace = rules.existing == NewFile::Existing::IsReplaced;
-  if (!mayReplace && IsTaken(place)) return kNotOverwritten;
+  const bool mayReplace = rules.existing == Existing::IsReplaced;
+  if (!mayReplace && host::IsTaken(place.directory, place.name)) return kNotOverwritten;
   if (const char* fault = FaultOf(header)) return fault;
   NewFile file;
-  const auto access = entry.isReadOnly ? NewFile::Access::ReadOnly : NewFile::Access::ReadWrite;
+  const auto access = entry.isReadOnly ? Access::ReadOnly : Access::ReadWrite;
   long error = file.Create(place, header.originalBytes, access);
-  if (error < 0) return Reason(error);
+  if (error < 0) return host::Reason(error);
   if (const char* fault = UnpackInto(file.Contents(), header, packed)) return fault;
   error = file.Publish(entry.time, rules.existing);
   if (error == 0) return {};
-  return !mayReplace && IsTaken(place) ? kNotOverwritten : Reason(error);
+  return !mayReplace && host::IsTaken(place.directory, place.name) ? kNotOverwritten
+                                                                   : host::Reason(error);
 }
 
 }  // namespace kozor::sfx

@@ -12,7 +12,7 @@
 namespace kozor::sfx {
 
 struct ExtractionRules {
-  NewFile::Existing existing = NewFile::Existing::Stays;
+  Existing existing = Existing::Stays;
   bool takesRooted = false;  // rooted names are taken relative to the destination
 };
 

@@ -11,9 +11,9 @@
 #include "engine/sfx/Destination.h"
 #include "engine/sfx/Entry.h"
 #include "engine/sfx/Extraction.h"
+#include "engine/sfx/System.h"
 #include "engine/sfx/Tally.h"
 #include "engine/sfx/Unpacking.h"
-#include "engine/sfx/linux/SystemCalls.h"
 
 namespace kozor::sfx {
 namespace {
@@ -59,7 +59,7 @@ bool ReadOptions(std::span<const char* const> words, Options& options) {
     } else if (word == "-t") {
       options.task = Task::Test;
     } else if (word == "-o") {
-      options.rules.existing = NewFile::Existing::IsReplaced;
+      options.rules.existing = Existing::IsReplaced;
     } else if (word == "-r") {
       options.rules.takesRooted = true;
     } else if (word == "--help") {
@@ -85,20 +85,6 @@ void Test(const Entry& entry, const MemberHeader& header, ByteSpan packed, Tally
   }
   Say({"OK    ", Visible(entry.name)});
   tally.Count(entry, header);
-}
-
-// Maps the file that this program was started from, for good.
-ByteSpan OwnFile() {
-  const int file = host::OpenAt(AT_FDCWD, "/proc/self/exe", O_RDONLY);
-  const long size = file < 0 ? file : host::SizeOf(file);
-  const long address =
-      size <= 0 ? size : host::Map(static_cast<std::uint64_t>(size), PROT_READ, MAP_PRIVATE, file);
-  if (address <= 0) {
-    Complain({"can't read the archive: ", Reason(address), " (is /proc mounted?)"});
-    return {};
-  }
-  host::Close(file);
-  return {reinterpret_cast<const std::uint8_t*>(address), static_cast<std::size_t>(size)};
 }
 
 // Calls `work` with each member's entry, header and packed data.  Returns false after a message if
@@ -139,7 +125,7 @@ bool TestAll(ByteSpan program, Tally& tally) {
 bool ExtractAll(ByteSpan program, const Options& options, Tally& tally) {
   Destination destination;
   if (const long error = destination.Open(options.directory); error < 0) {
-    Complain({Visible(options.directory), ": ", Reason(error)});
+    Complain({Visible(options.directory), ": ", host::Reason(error)});
     return false;
   }
   Extraction extraction(options.rules, destination, tally);
@@ -182,8 +168,8 @@ bool Perform(const Options& options, ByteSpan program) {
 }  // namespace
 
 int RunProgram(std::span<const char* const> words) {
-  std::string_view name = words.empty() ? std::string_view() : words.front();
-  name.remove_prefix(name.rfind('/') + 1);
+  const std::string_view name =
+      words.empty() ? std::string_view() : host::FileNameOf(words.front());
   if (!name.empty()) SetProgramName(name);
 
   Options options;
@@ -192,7 +178,9 @@ int RunProgram(std::span<const char* const> words) {
     Say({"Usage: ", Visible(name), " ", kHelp});
     return FlushOutput() ? 0 : 1;
   }
-  const ByteSpan program = OwnFile();
+  std::string problem;
+  const ByteSpan program = host::OwnFile(problem);
+  if (program.empty()) Complain({"can't read the archive: ", problem});
   const bool isDone = !program.empty() && Perform(options, program);
   if (!FlushOutput()) {
     Complain({"can't write to standard output"});

@@ -1,12 +1,20 @@
-// Stub.h - the program that precedes the archive in a self-extracting file.
+// Stub.h - the programs that precede the archive in a self-extracting file, one for each system.
 #pragma once
 
 #include <cstdint>
 #include <span>
+#include <string_view>
 
 namespace kozor::sfx {
 
-// The whole program file; empty if it can't be built for this system (docs/archiver.md).
-std::span<const std::uint8_t> Stub();
+struct Stub {
+  std::string_view system;                // "linux-x64", "windows-x64", "linux-arm64"
+  std::string_view suffix;                // of the file, with the dot
+  std::span<const std::uint8_t> program;  // the whole program file
+};
+
+// The stub for a system; for an empty name, that of the system for which the archiver is built.
+// Null if this build has none (docs/archiver.md).
+const Stub* FindStub(std::string_view system = {});
 
 }  // namespace kozor::sfx

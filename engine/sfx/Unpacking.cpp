@@ -2,7 +2,7 @@
 #include "engine/sfx/Unpacking.h"
 
 #include "engine/codec/Codec.h"
-#include "engine/sfx/linux/SystemCalls.h"
+#include "engine/sfx/System.h"
 
 namespace kozor::sfx {
 namespace {
@@ -52,20 +52,18 @@ const char* TestData(const container::MemberHeader& header, container::ByteSpan 
   if (const char* fault = FaultOf(header)) return fault;
   const std::uint64_t bytes = header.originalBytes;
   if (bytes == 0) return UnpackInto({}, header, packed);
-  const long address =
-      host::Map(bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1);
-  if (address < 0) return "not enough memory";
-  auto* const memory = reinterpret_cast<std::uint8_t*>(address);
+  std::uint8_t* const memory = host::ReserveMemory(bytes);
+  if (memory == nullptr) return "not enough memory";
   std::size_t dropped = 0;
   const auto dropBehind = [&](std::size_t done) {
     if (done < dropped + 2 * kReach) return;
     const std::size_t end = (done - kReach) / kReach * kReach;
-    host::Drop(memory + dropped, end - dropped);
+    host::DropMemory(memory + dropped, end - dropped);
     dropped = end;
   };
   const char* const fault =
       Unpack({memory, static_cast<std::size_t>(bytes)}, header, packed, dropBehind);
-  host::Unmap(memory, bytes);
+  host::FreeMemory(memory, bytes);
   return fault;
 }
 

@@ -305,10 +305,16 @@ void MakeLink(HostHandle in, const std::string& name, const fs::path& target,
   const std::wstring path = PathOf(in, name);
   fs::path native = target;
   native.make_preferred();
+  // Windows tells links to directories from others.  Without a target the link is one to a file.
+  const fs::path absolute = SystemPath(fs::path(At(in).path) / native);
+  const DWORD attributes = GetFileAttributesW(absolute.c_str());
+  const bool isDirectory =
+      attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+  const DWORD kind = isDirectory ? SYMBOLIC_LINK_FLAG_DIRECTORY : 0;
   // Most users may make links only in developer mode, with this flag.
   constexpr DWORD kUnprivileged = 0x2;
-  if (!CreateSymbolicLinkW(path.c_str(), native.c_str(), kUnprivileged) &&
-      !CreateSymbolicLinkW(path.c_str(), native.c_str(), 0)) {
+  if (!CreateSymbolicLinkW(path.c_str(), native.c_str(), kind | kUnprivileged) &&
+      !CreateSymbolicLinkW(path.c_str(), native.c_str(), kind)) {
     FailBySystem();
   }
   const Descriptor link =

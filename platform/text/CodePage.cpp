@@ -31,20 +31,13 @@ constexpr unsigned TrailByte(std::size_t index) {
 }
 
 char32_t DecodePair932(unsigned lead, unsigned trail) {
-  static const auto rows = [] {
-    std::array<const char16_t*, 256> byLead{};
-    for (std::size_t i = 0; i < kCp932RowCount; ++i) {
-      byLead[kCp932Rows[i].lead] = kCp932Rows[i].characters;
-    }
-    return byLead;
-  }();
   const std::size_t index = TrailIndex(trail);
   if (index == kTrails) return kNoCharacter;
   if (lead >= kFirstUserLead && lead <= kLastUserLead) {
     return static_cast<char32_t>(kFirstUserCharacter + (lead - kFirstUserLead) * kTrails + index);
   }
-  if (rows[lead] == nullptr || rows[lead][index] <= u' ') return kNoCharacter;
-  return rows[lead][index];
+  const char16_t* const row = FindRow932(lead);
+  return row != nullptr && row[index] > u' ' ? row[index] : kNoCharacter;
 }
 
 char32_t DecodeSingle932(unsigned byte) {

@@ -15,6 +15,9 @@ struct Cp932Row {
 extern const Cp932Row kCp932Rows[];
 extern const std::size_t kCp932RowCount;
 
+// The characters of a lead byte; null if it has none.
+const char16_t* FindRow932(unsigned lead);
+
 // Bytes 0x80 to 0xFF of single-byte code pages.
 extern const char16_t kCp1252High[129];
 extern const char16_t kCp437High[129];

@@ -18,9 +18,6 @@ struct KzUnixFacts {
 #include "platform/win32/windows/ActivePage.h"
 #include "platform/win32/windows/Calls.h"
 
-// A program has this suffix; on POSIX it needs mode bits as well.
-constexpr char kProgramSuffix[] = ".exe";
-
 // Whether a time set by SetFileTime certainly outlasts the closing of that handle, also after the
 // file has been mapped.
 constexpr bool kClosingKeepsTimes = false;
@@ -82,7 +79,6 @@ inline int KzDeleteHeld(const char* path, HANDLE* held) {
 
 #else
 
-constexpr char kProgramSuffix[] = ".run";
 constexpr bool kClosingKeepsTimes = true;
 
 // Makes the file `path` executable for everyone who may read it, after limiting read access to that

@@ -18,7 +18,8 @@ class SfxConvert : public SfxTest {
 // Bytes after the end mark are left out, and a missing end mark is added.
 TEST_F(SfxConvert, PutsTheStubBeforeTheUnchangedArchive) {
   const Bytes archive = folder.ReadFile("a.lzh");
-  const Bytes program = Join({{sfx::Stub().begin(), sfx::Stub().end()}, archive});
+  const auto stub = sfx::FindStub()->program;
+  const Bytes program = Join({{stub.begin(), stub.end()}, archive});
   for (const Bytes& given :
        {archive, Join({archive, archive}), Bytes(archive.begin(), archive.end() - 1)}) {
     folder.WriteFile("a.lzh", given);
@@ -87,6 +88,7 @@ TEST_F(SfxConvert, FailsWithACodeAndLeavesEverythingAsItWas) {
   };
   for (const auto& [operands, code] : rows) EXPECT_EQ(Convert(operands), code) << operands;
   EXPECT_EQ(Command("s -gw1" + Quoted("a.lzh")), 0x801C);
+  EXPECT_EQ(Convert("-gfor=nothing-known" + Quoted("a.lzh")), 0x801C);
   EXPECT_EQ(folder.List(), before);
   EXPECT_EQ(folder.ReadFile("kept.run").size(), 8U);
 }

@@ -10,19 +10,19 @@ namespace kozor::test {
 class SfxTest : public EngineTest {
  protected:
   void SetUp() override {
-    if (sfx::Stub().empty()) GTEST_SKIP() << "no self-extracting programs on this system";
+    if (sfx::FindStub() == nullptr) GTEST_SKIP() << "no self-extracting programs on this system";
     std::filesystem::create_directories(folder.Path("out"));
   }
 
   // `s -gw4` with any operands.
-  int Convert(const std::string& operands) { return Command("s -gw4" + operands); }
+  int Convert(const std::string& operands) { return Command("s -gw4 " + operands); }
   int ConvertBeside(const std::string& archive) {
     return Convert(Quoted(archive) + " \"" + folder.Lib() + "\\\"");
   }
 
   // Puts the stub before any bytes.
   void MakeProgram(const std::string& name, const Bytes& archive) const {
-    const auto stub = sfx::Stub();
+    const auto stub = sfx::FindStub()->program;
     folder.WriteFile(name, Join({Bytes(stub.begin(), stub.end()), archive}));
     std::filesystem::permissions(folder.Path(name), std::filesystem::perms::owner_all);
   }

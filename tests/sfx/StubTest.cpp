@@ -6,15 +6,17 @@
 #include "engine/container/FirstHeader.h"
 #include "engine/container/MemberHeader.h"
 #include "tests/sfx/SfxFixture.h"
+#include "tests/support/CodePageScope.h"
 
 namespace kozor::test {
 namespace {
 
+constexpr const char* kSystems[] = {"linux-x64", "linux-arm64", "windows-x64"};
+
 using SfxStub = SfxTest;
 
-TEST_F(SfxStub, IsSmallAndNeedsNothing) {
-  const auto stub = sfx::Stub();
-  EXPECT_LT(stub.size(), 64U << 10);
+TEST_F(SfxStub, NeedsNothing) {
+  const auto stub = sfx::FindStub()->program;
   Elf64_Ehdr header;
   ASSERT_GE(stub.size(), sizeof header);
   std::memcpy(&header, stub.data(), sizeof header);
@@ -27,9 +29,7 @@ TEST_F(SfxStub, IsSmallAndNeedsNothing) {
   }
 }
 
-// Neither to us nor to programs that only check the id.
-TEST_F(SfxStub, HoldsNothingThatLooksLikeAHeader) {
-  const auto stub = sfx::Stub();
+void ExpectNoHeaderIn(container::ByteSpan stub) {
   const Bytes whole = Join({{stub.begin(), stub.end()}, RawArchive({{.name = "a.txt"}})});
   for (std::size_t at = 0; at < stub.size(); ++at) {
     const container::ByteSpan bytes = container::ByteSpan(whole).subspan(at);
@@ -41,6 +41,18 @@ TEST_F(SfxStub, HoldsNothingThatLooksLikeAHeader) {
   }
   container::MemorySource source(whole);
   EXPECT_EQ(container::FindFirstHeader(source), stub.size());
+}
+
+// Neither to us nor to programs that only check the id.
+TEST_F(SfxStub, IsSmallAndHoldsNothingThatLooksLikeAHeader) {
+  for (const char* system : kSystems) {
+    SCOPED_TRACE(system);
+    const sfx::Stub* const found = sfx::FindStub(system);
+    if (found == nullptr) continue;
+    const auto stub = found->program;
+    EXPECT_LT(stub.size(), 64U << 10);
+    ExpectNoHeaderIn(stub);
+  }
 }
 
 TEST_F(SfxStub, IsPassedOverByOtherPrograms) {
@@ -56,6 +68,19 @@ TEST_F(SfxStub, IsPassedOverByOtherPrograms) {
     EXPECT_EQ(CompareTrees(folder.Path("tree"), folder.Path("out")), "") << reader;
   }
   if (readers == 0) GTEST_SKIP() << "neither lhasa nor 7zz is installed";
+}
+
+// The one for 64-bit Arm is run by an emulator.  tests/exchange runs that for Windows.
+TEST_F(SfxStub, OfAnotherProcessorRunsThere) {
+  if (sfx::FindStub("linux-arm64") == nullptr) GTEST_SKIP() << "this build has no such stub";
+  if (!HaveProgram("qemu-aarch64-static")) GTEST_SKIP() << "qemu-aarch64-static is not installed";
+  MakeTree(folder, "tree", {{"a.txt", 20'000}, {"\u8868/b.bin", 300}});
+  const CodePageScope utf8(65001);
+  ASSERT_EQ(AddTree("a.lzh", "tree"), 0);
+  ASSERT_EQ(Convert("-gfor=linux-arm64" + Quoted("a.lzh")), 0);
+  const CommandResult result = Run("a.run", "qemu-aarch64-static $RUN");
+  EXPECT_EQ(result.status, 0) << result.output;
+  EXPECT_EQ(CompareTrees(folder.Path("tree"), folder.Path("out")), "");
 }
 
 }  // namespace

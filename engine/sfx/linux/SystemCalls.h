@@ -1,4 +1,4 @@
-// SystemCalls.h - system calls for x86-64 without a C library: the program must be small and run on
+// SystemCalls.h - system calls without a C library: the program must be small and run on
 // any Linux, whatever is installed.
 //
 // All return the kernel's result: a negative error number on failure.
@@ -14,9 +14,7 @@
 
 namespace kozor::sfx::host {
 
-inline constexpr int kStandardOutput = 1;
-inline constexpr int kStandardError = 2;
-
+#if defined(__x86_64__)
 inline long Call(long number, long a, long b = 0, long c = 0, long d = 0, long e = 0, long f = 0) {
   register long d4 asm("r10") = d;
   register long e5 asm("r8") = e;
@@ -28,13 +26,25 @@ inline long Call(long number, long a, long b = 0, long c = 0, long d = 0, long e
                : "rcx", "r11", "memory");
   return result;
 }
+#elif defined(__aarch64__)
+inline long Call(long number, long a, long b = 0, long c = 0, long d = 0, long e = 0, long f = 0) {
+  register long number8 asm("x8") = number;
+  register long a0 asm("x0") = a;
+  register long b1 asm("x1") = b;
+  register long c2 asm("x2") = c;
+  register long d3 asm("x3") = d;
+  register long e4 asm("x4") = e;
+  register long f5 asm("x5") = f;
+  asm volatile("svc #0"
+               : "+r"(a0)
+               : "r"(number8), "r"(b1), "r"(c2), "r"(d3), "r"(e4), "r"(f5)
+               : "memory");
+  return a0;
+}
+#endif
 
 inline long Address(const void* pointer) {
   return reinterpret_cast<long>(pointer);
-}
-
-[[noreturn]] inline void Exit(int status) {
-  for (;;) Call(SYS_exit_group, status);
 }
 
 // Names are relative to an open directory, or to the current one: AT_FDCWD.
@@ -43,7 +53,7 @@ inline int OpenAt(int directory, const char* name, int flags, unsigned mode = 0)
   return static_cast<int>(
       Call(SYS_openat, directory, Address(name), flags | O_CLOEXEC, static_cast<long>(mode)));
 }
-inline void Close(int file) {
+inline void CloseFile(int file) {
   Call(SYS_close, file);
 }
 inline long Write(int file, const void* bytes, std::size_t count) {
@@ -76,7 +86,7 @@ inline long SetTimesAt(int directory, const char* name, const struct timespec (&
               name != nullptr ? AT_SYMLINK_NOFOLLOW : 0);
 }
 // Grows a file to `bytes` bytes and allocates its blocks; not every file system can (EOPNOTSUPP).
-inline long Allocate(int file, std::uint64_t bytes) {
+inline long AllocateBlocks(int file, std::uint64_t bytes) {
   return Call(SYS_fallocate, file, 0, 0, static_cast<long>(bytes));
 }
 
@@ -84,15 +94,12 @@ inline long Allocate(int file, std::uint64_t bytes) {
 inline long Map(std::uint64_t bytes, int protection, int flags, int file) {
   return Call(SYS_mmap, 0, static_cast<long>(bytes), protection, flags, file, 0);
 }
-inline void Unmap(const void* begin, std::uint64_t bytes) {
+inline void UnmapBytes(const void* begin, std::uint64_t bytes) {
   Call(SYS_munmap, Address(begin), static_cast<long>(bytes));
 }
 // Returns the memory of an anonymous mapping to the system; it then reads as zeros.
 inline void Drop(const void* begin, std::uint64_t bytes) {
   Call(SYS_madvise, Address(begin), static_cast<long>(bytes), MADV_DONTNEED);
-}
-inline long ProcessId() {
-  return Call(SYS_getpid, 0);
 }
 
 }  // namespace kozor::sfx::host

@@ -1,15 +1,8 @@
-// Runtime.cpp - the parts of the C and C++ run-time libraries that the program needs.
-//
-// There are no exceptions: where the C++ library would throw, the program ends with a message.
-// Objects with static storage must be constant or initialised on first use, and are never
-// destroyed.
+// Memory.cpp - the heap, and the functions for blocks of memory that a C library would offer.
 #include <bit>
 #include <cstddef>
 #include <cstdint>
-#include <functional>
 #include <new>
-#include <span>
-#include <string_view>
 
 #include "engine/sfx/Console.h"
 #include "engine/sfx/linux/SystemCalls.h"
@@ -89,15 +82,50 @@ void operator delete(void* memory, std::size_t) noexcept {
   Release(memory);
 }
 
-// The compiler generates calls of these.  The string instructions are fast on long runs and small;
-// memmove copies backwards only if it has to.
+// The compiler generates calls of these.  memmove copies backwards only if it has to.  In the loops
+// an empty asm keeps the compiler from turning them into calls of the function that they are in.
 extern "C" {
 
+#if defined(__x86_64__)
+// The string instructions are fast on long runs and small.
 void* memcpy(void* to, const void* from, std::size_t count) {
   void* const result = to;
   asm volatile("rep movsb" : "+D"(to), "+S"(from), "+c"(count) : : "memory");
   return result;
 }
+
+void* memset(void* to, int value, std::size_t count) {
+  void* const result = to;
+  asm volatile("rep stosb" : "+D"(to), "+c"(count) : "a"(value) : "memory");
+  return result;
+}
+#else
+void* memcpy(void* to, const void* from, std::size_t count) {
+  auto* target = static_cast<std::uint8_t*>(to);
+  const auto* source = static_cast<const std::uint8_t*>(from);
+  for (; count >= sizeof(std::uint64_t); count -= sizeof(std::uint64_t)) {
+    std::uint64_t word;
+    __builtin_memcpy(&word, source, sizeof word);
+    __builtin_memcpy(target, &word, sizeof word);
+    source += sizeof word;
+    target += sizeof word;
+    asm volatile("" : : : "memory");
+  }
+  for (; count != 0; --count) {
+    *target++ = *source++;
+    asm volatile("" : : : "memory");
+  }
+  return to;
+}
+
+void* memset(void* to, int value, std::size_t count) {
+  for (auto* target = static_cast<std::uint8_t*>(to); count != 0; --count) {
+    *target++ = static_cast<std::uint8_t>(value);
+    asm volatile("" : : : "memory");
+  }
+  return to;
+}
+#endif
 
 void* memmove(void* to, const void* from, std::size_t count) {
   auto* target = static_cast<std::uint8_t*>(to);
@@ -105,15 +133,9 @@ void* memmove(void* to, const void* from, std::size_t count) {
   if (target <= source || target >= source + count) return memcpy(to, from, count);
   while (count-- != 0) {
     target[count] = source[count];
-    asm volatile("" : : : "memory");  // keeps the compiler from turning this into a call of memmove
+    asm volatile("" : : : "memory");
   }
   return to;
-}
-
-void* memset(void* to, int value, std::size_t count) {
-  void* const result = to;
-  asm volatile("rep stosb" : "+D"(to), "+c"(count) : "a"(value) : "memory");
-  return result;
 }
 
 int memcmp(const void* a, const void* b, std::size_t count) {
@@ -142,46 +164,9 @@ std::size_t strlen(const char* text) {
   std::size_t length = 0;
   while (text[length] != '\0') {
     ++length;
-    asm volatile("" : : : "memory");  // as above, for strlen
+    asm volatile("" : : : "memory");
   }
   return length;
 }
 
-void abort() {
-  kozor::sfx::Die("this should never happen");
-}
-
-[[noreturn]] void __cxa_pure_virtual() {
-  abort();
-}
-
-// Registers destructors for the end of the program, which are never run.
-void* __dso_handle = nullptr;
-int __cxa_atexit(void (*)(void*), void*, void*) {
-  return 0;
-}
-}
-
-namespace std {
-
-// The containers call these for an invalid size or position.
-void __throw_length_error(const char*) {
-  kozor::sfx::Die("not enough memory");
-}
-void __throw_bad_alloc() {
-  kozor::sfx::Die("not enough memory");
-}
-void __throw_bad_array_new_length() {
-  kozor::sfx::Die("not enough memory");
-}
-void __throw_logic_error(const char*) {
-  abort();
-}
-void __throw_out_of_range_fmt(const char*, ...) {
-  abort();
-}
-void __throw_bad_function_call() {
-  abort();
-}
-
-}  // namespace std
+}  // extern "C"
