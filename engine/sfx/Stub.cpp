@@ -24,7 +24,7 @@
       "End_" #identifier) ".text\n");                                                         \
   extern "C" const std::uint8_t kozorStubBegin_##identifier[];                                \
   extern "C" const std::uint8_t kozorStubEnd_##identifier[];
-#include "StubTable.h"
+#include "engine/sfx/StubTable.h"
 #undef KOZOR_STUB
 
 namespace kozor::sfx {
@@ -33,7 +33,7 @@ namespace {
 #define KOZOR_STUB(identifier, system, suffix, file) \
   {system, suffix, {kozorStubBegin_##identifier, kozorStubEnd_##identifier}},
 const Stub kStubs[] = {
-#include "StubTable.h"
+#include "engine/sfx/StubTable.h"
     {}};
 
 }  // namespace
