@@ -35,7 +35,7 @@ constexpr PageName kPages[] = {
 
 class Converter {
  public:
-  explicit Converter(const PageName& page) : number(page.number) {}
+  explicit Converter(const PageName& page) : number(SystemNumber(page.number)) {}
   bool IsOpen() const { return IsValidCodePage(number) != 0; }
   char32_t Convert(const char* bytes, std::size_t count) const {
     wchar_t unit = 0;
@@ -45,6 +45,9 @@ class Converter {
   }
 
  private:
+  // Windows converts EUC-JP by the number 20932 only.
+  static unsigned SystemNumber(unsigned page) { return page == 51932 ? 20932 : page; }
+
   const unsigned number;
 };
 

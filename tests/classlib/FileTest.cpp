@@ -121,10 +121,12 @@ TEST_F(ClassLibFile, StatusFindsEntriesOfDirectoriesOnly) {
   ASSERT_TRUE(SetFileAttributesA(folder.Lib("dir/file").c_str(), FILE_ATTRIBUTE_HIDDEN));
   CFileStatus status{};
   EXPECT_TRUE(CFile::GetStatus(folder.Lib("dir/file").c_str(), status));
-  EXPECT_EQ(status.m_attribute, CFile::hidden);
+  if (Can(Ability::KeepingAttributes)) {
+    EXPECT_EQ(status.m_attribute, CFile::hidden);
+  }
   EXPECT_EQ(status.m_size, 5u);
   for (const char* name : {"dir", "dir\\", "\x95\x5C", "\x95\x5C\\"}) {
-    EXPECT_TRUE(CFile::GetStatus(folder.Lib(name).c_str(), status)) << name;
+    EXPECT_TRUE(CFile::GetStatus((folder.Lib() + "\\" + name).c_str(), status)) << name;
     EXPECT_EQ(status.m_attribute, CFile::directory) << name;
   }
   status.m_size = 99;
@@ -145,7 +147,7 @@ TEST_F(ClassLibStdioFile, WritesAndReadsLinesOfAnyLength) {
     CStdioFile file(path.c_str(), CFile::modeCreate | CFile::modeWrite | CFile::typeText);
     for (const std::string& line : lines) {
       file.WriteString((line + "\n").c_str());
-      expected += line + "\n";
+      expected += line + kTextLineEnd;
     }
     file.WriteString("no line end");
     expected += "no line end";

@@ -39,6 +39,7 @@ TEST_F(EngineAdd, FirstRunMakesTheArchiveSecondAppendsInPlaceThirdReplaces) {
 }
 
 TEST_F(EngineAdd, KeepsUnixFactsOnlyWhenToldTo) {
+  if (!Can(Ability::MakingLinks)) GTEST_SKIP() << "no symbolic links can be made here";
   std::filesystem::create_symlink("a.txt", folder.Path("src/link"));
   std::filesystem::create_directory_symlink("sub", folder.Path("src/dir"));
   std::filesystem::create_symlink("nowhere", folder.Path("src/dangling"));
@@ -139,14 +140,17 @@ TEST_F(EngineAdd, ArchiveIsNeverPutIntoItself) {
   EXPECT_THAT(Names("src/x.lzh", "*.lzh"), IsEmpty());
   const Bytes before = folder.ReadFile("src/x.lzh");
   std::filesystem::create_hard_link(folder.Path("src/x.lzh"), folder.Path("src/link"));
-  std::filesystem::create_directory_symlink(folder.Path("src"), folder.Path("far"));
+  const bool isLinked = Can(Ability::MakingLinks);
+  if (isLinked) std::filesystem::create_directory_symlink(folder.Path("src"), folder.Path("far"));
   folder.WriteFile("names.rsp", "x.lzh\n");
   const std::string response = "@" + folder.Lib("names.rsp");
   for (const bool isThere : {true, false}) {
     if (!isThere) std::filesystem::remove(folder.Path("src/x.lzh"));
     EXPECT_EQ(Add("src/x.lzh", "src", {"x.lzh"}), 0);
     EXPECT_EQ(Add("src/x.lzh", "src", {response, "sub\\..\\X.LZH"}), 0);
-    EXPECT_EQ(Add("far/x.lzh", "src", {"x.lzh"}), 0);
+    if (isLinked) {
+      EXPECT_EQ(Add("far/x.lzh", "src", {"x.lzh"}), 0);
+    }
     EXPECT_EQ(folder.Exists("src/x.lzh"), isThere);
   }
   ASSERT_EQ(Add("src/x.lzh", "src", {"x.lzh", "a.txt"}), 0);
@@ -164,6 +168,7 @@ TEST_F(EngineAdd, NameGivenTwiceIsAddedOnceAndMeansOneFile) {
 }
 
 TEST_F(EngineAdd, NamesThatDifferInCaseAlone) {
+  if (!Can(Ability::TellingCaseApart)) GTEST_SKIP() << "such names are one file here";
   folder.WriteFile("src/a.txt", "small");
   folder.WriteFile("src/A.TXT", "LARGE");
   ASSERT_EQ(Add("x.lzh", "src", {"a.txt", "A.TXT"}), 0);
@@ -191,6 +196,7 @@ TEST_F(EngineAdd, MethodIsTheOneOfTheSwitchOrNone) {
 }
 
 TEST_F(EngineAdd, AttributesComeBack) {
+  if (!Can(Ability::KeepingAttributes)) GTEST_SKIP() << "Wine keeps few attributes";
   SetFileAttributesA(folder.Lib("src/a.txt").c_str(),
                      FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN);
   ASSERT_EQ(Add("x.lzh", "src", {"a.txt", "empty"}), 0);

@@ -75,8 +75,8 @@ std::map<std::string, std::vector<std::string>> ReadFiles() {
 class EngineSamples : public EngineTest {
  protected:
   void Take(const Sample& sample) {
-    fs::copy_file(SampleFolder() / sample.path, folder.Path("x.lzh"),
-                  fs::copy_options::overwrite_existing);
+    fs::remove(folder.Path("x.lzh"));
+    fs::copy_file(SampleFolder() / sample.path, folder.Path("x.lzh"));
   }
 
   // In the forms of the lists, or with a description of the failure.

@@ -18,6 +18,12 @@ namespace kozor::test {
 
 namespace fs = std::filesystem;
 
+bool Can(Ability /*ability*/) {
+  return true;
+}
+
+const char* const kTextLineEnd = "\n";
+
 fs::path MakeTestDirectory() {
   std::string pattern = (fs::temp_directory_path() / "kozor-test-XXXXXX").string();
   if (mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("can't make " + pattern);
