@@ -77,6 +77,15 @@ build() {
   quietly "build/$preset/build.log" cmake --build --preset "$preset"
 }
 
+# build_targets PRESET TARGET...: the same for some targets only.
+build_targets() {
+  local preset=$1
+  shift
+  say "Building ($preset: $*)"
+  quietly "build/$preset/configure.log" cmake --preset "$preset"
+  quietly "build/$preset/build.log" cmake --build --preset "$preset" --target "$@"
+}
+
 # run_tests PRESET: runs all tests of a build and prints a summary: failures, and skipped tests with
 # their reasons.
 run_tests() {

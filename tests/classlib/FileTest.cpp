@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "platform/classlib/ClassLib.h"
+#include "tests/support/Ability.h"
 #include "tests/support/CodePageScope.h"
 #include "tests/support/TestFolder.h"
 

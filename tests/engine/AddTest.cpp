@@ -2,6 +2,7 @@
 #include <utility>
 
 #include "tests/engine/EngineFixture.h"
+#include "tests/support/Ability.h"
 
 namespace kozor::test {
 namespace {

@@ -4,6 +4,7 @@
 #include "platform/win32/CodePages.h"
 #include "tests/engine/EngineFixture.h"
 #include "tests/engine/RawArchive.h"
+#include "tests/support/Ability.h"
 
 namespace kozor::test {
 namespace {

@@ -3,6 +3,7 @@
 
 #include "tests/engine/EngineFixture.h"
 #include "tests/engine/RawArchive.h"
+#include "tests/support/Ability.h"
 
 namespace kozor::test {
 namespace {

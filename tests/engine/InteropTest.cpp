@@ -1,6 +1,7 @@
 // InteropTest.cpp - other programs read what we write, and we read what others write.
 
 #include "tests/engine/EngineFixture.h"
+#include "tests/support/Ability.h"
 
 namespace kozor::test {
 namespace {

@@ -8,6 +8,7 @@
 
 #include "ZorFileServices.h"
 #include "ZorFind.h"
+#include "tests/support/Ability.h"
 #include "tests/support/CodePageScope.h"
 #include "tests/support/TestFolder.h"
 

@@ -9,19 +9,6 @@
 
 namespace kozor::test {
 
-// What not every system can do, or not under Wine; tests of it are skipped there.
-enum class Ability {
-  MakingLinks,          // symbolic ones, as an ordinary user
-  TellingCaseApart,     // names that differ in case alone are two files
-  ChangingOpenFiles,    // that somebody else reads
-  LongPaths,            // in std::filesystem, beyond 260 characters
-  KeepingAttributes,    // hidden and the like; Wine keeps few, and reports "archive" always
-  ChangingWithinATick,  // a file twice between two ticks of the clock; Wine is too slow
-};
-bool Can(Ability ability);
-// The line end that text files have.
-extern const char* const kTextLineEnd;
-
 // Makes a new empty directory below the one for temporaries.
 std::filesystem::path MakeTestDirectory();
 // From now on test directories are made in memory, if the system can.

@@ -1,6 +1,7 @@
 // FormatTest.cpp - the bytes on the media, written and read.
 #include <algorithm>
 
+#include "tests/support/Ability.h"
 #include "tests/volume/VolumeTest.h"
 #include "volume/VolumeFormat.h"
 

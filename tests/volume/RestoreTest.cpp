@@ -2,6 +2,7 @@
 // targets; and refusals.
 
 #include "ZorFileServices.h"
+#include "tests/support/Ability.h"
 #include "tests/volume/VolumeTest.h"
 
 namespace kozor::test {

@@ -4,6 +4,7 @@
 #include <optional>
 #include <utility>
 
+#include "tests/support/Ability.h"
 #include "tests/volume/VolumeTest.h"
 
 namespace kozor::test {

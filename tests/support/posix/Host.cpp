@@ -13,6 +13,7 @@
 #include <stdexcept>
 
 #include "platform/win32/PosixAdmin.h"
+#include "tests/support/Ability.h"
 
 namespace kozor::test {
 

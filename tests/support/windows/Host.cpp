@@ -10,6 +10,8 @@
 #include <iterator>
 #include <stdexcept>
 
+#include "tests/support/Ability.h"
+
 namespace kozor::test {
 
 namespace fs = std::filesystem;
