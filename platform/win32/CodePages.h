@@ -4,9 +4,9 @@
 
 #include "platform/Export.h"
 
-// Sets the active code page: 932 or 65001.  The default is 932; on Windows, the
-// system's ANSI code page.  Returns 1, or 0 with
-// ERROR_INVALID_PARAMETER for any other.  Existing path strings aren't converted.
+// Sets the active code page: 932 or 65001.  The default is 932; on Windows, the system's ANSI code
+// page.  Returns 1, or 0 with ERROR_INVALID_PARAMETER for any other.  Existing path strings aren't
+// converted.
 ZOR_PLATFORM_API int KzSetActiveCodePage(unsigned int codePage);
 
 // The code page of names in archives that don't record theirs: 932, 65001, 437, 850, 852, 866, 936,

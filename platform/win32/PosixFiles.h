@@ -111,16 +111,9 @@ ZOR_PLATFORM_API int WINAPI FindClose(HANDLE find);
 
 // Buffer functions return the length without the terminator, or the size needed with it if `bytes`
 // is too small, or 0 on failure.
-ZOR_PLATFORM_API DWORD WINAPI GetTempPathA(DWORD bytes, LPSTR buffer);
 ZOR_PLATFORM_API DWORD WINAPI GetCurrentDirectoryA(DWORD bytes, LPSTR buffer);
 ZOR_PLATFORM_API DWORD WINAPI GetFullPathNameA(LPCSTR name, DWORD bytes, LPSTR buffer,
                                                LPSTR* filePart);
-// Makes "<path>\<up to 3 characters of prefix><number in hex>.TMP" in `buffer` of MAX_PATH bytes.
-// If `unique` is 0, creates an empty file with the first free number.  Returns the number, or 0 on
-// failure.
-ZOR_PLATFORM_API UINT WINAPI GetTempFileNameA(LPCSTR path, LPCSTR prefix, UINT unique,
-                                              LPSTR buffer);
-
 // Makes a mapping of a file, PAGE_READONLY or PAGE_READWRITE; page-file mappings, names and
 // security are refused.  Size 0 means the file's size; ERROR_FILE_INVALID if that is 0.  A larger
 // size grows the file and reserves its blocks; without room it fails with ERROR_DISK_FULL and

@@ -1,12 +1,9 @@
-// PathApi.cpp - calls that return a path: the process's directory, full paths, temporary names, and
-// conversions of host paths.
+// PathApi.cpp - calls that return a path: the process's directory, full paths, and conversions of
+// host paths.
 #include <unistd.h>
 
 #include <array>
-#include <atomic>
 #include <climits>
-#include <cstdio>
-#include <cstdlib>
 #include <cstring>
 
 #include "platform/win32/AnsiPath.h"
@@ -22,7 +19,6 @@
 namespace {
 
 using namespace kozor::posix;
-using kozor::kAnsiSlashRules;
 
 // The common result of buffer calls: the length, or the size needed.
 DWORD GiveText(const std::optional<std::string>& text, DWORD bytes, LPSTR buffer) {
@@ -57,48 +53,6 @@ std::optional<std::string> FullPath(LPCSTR name) {
   return full;
 }
 
-std::string TemporaryDirectory() {
-  const char* const chosen = std::getenv("TMPDIR");
-  return chosen != nullptr && *chosen == '/' ? chosen : "/tmp";
-}
-
-// The first characters of the prefix, at most three bytes, without splitting a character.
-std::string ShortPrefix(LPCSTR prefix) {
-  LPCSTR end = prefix;
-  while (*end != '\0' && CharNextA(end) - prefix <= 3) end = CharNextA(end);
-  return {prefix, end};
-}
-
-std::string TempFileName(LPCSTR path, LPCSTR prefix, UINT number) {
-  std::array<char, 16> tail{};
-  std::snprintf(tail.data(), tail.size(), "%X.TMP", number);
-  const bool separated = kozor::text::Path(path, kAnsiSlashRules).EndsInSeparator();
-  return path + std::string(separated ? "" : "\\") + ShortPrefix(prefix) + tail.data();
-}
-
-// A number that differs between calls and between processes.
-UINT NextNumber() {
-  static std::atomic<UINT> calls{0};
-  const auto process = static_cast<UINT>(::getpid());
-  return (process * 31 + static_cast<UINT>(GetTickCount64()) + calls.fetch_add(1)) & 0xFFFF;
-}
-
-// Creates the file with the first free number from `number` on; returns 0 if there is none.
-UINT MakeTempFile(LPCSTR path, LPCSTR prefix, UINT number) {
-  constexpr UINT kNumbers = 0x10000;
-  for (UINT tries = 0; tries < kNumbers; ++tries, number = (number + 1) % kNumbers) {
-    if (number == 0) continue;
-    HANDLE file = CreateFileA(TempFileName(path, prefix, number).c_str(), GENERIC_WRITE, 0, nullptr,
-                              CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
-    if (file != INVALID_HANDLE_VALUE) {
-      CloseHandle(file);
-      return number;
-    }
-    if (GetLastError() != ERROR_FILE_EXISTS) return 0;
-  }
-  return 0;
-}
-
 // Converts a relative host path to a library path; returns false if a component can't be expressed.
 bool RelativeToLibrary(std::string_view hostPath, std::string& path) {
   std::string name;
@@ -111,12 +65,6 @@ bool RelativeToLibrary(std::string_view hostPath, std::string& path) {
 }
 
 }  // namespace
-
-DWORD WINAPI GetTempPathA(DWORD bytes, LPSTR buffer) {
-  std::optional<std::string> path = ToLibraryPath(TemporaryDirectory());
-  if (path && !path->ends_with('\\')) *path += '\\';
-  return GiveText(path, bytes, buffer);
-}
 
 DWORD WINAPI GetFinalPathNameByHandleA(HANDLE handle, LPSTR path, DWORD bytes, DWORD flags) {
   if (flags != 0) return static_cast<DWORD>(Fail(ERROR_INVALID_PARAMETER));
@@ -147,21 +95,6 @@ DWORD WINAPI GetFullPathNameA(LPCSTR name, DWORD bytes, LPSTR buffer, LPSTR* fil
   const std::size_t nameLength = length - kozor::AnsiPath(buffer).Folder().size();
   if (nameLength != 0) *filePart = buffer + (length - nameLength);
   return length;
-}
-
-UINT WINAPI GetTempFileNameA(LPCSTR path, LPCSTR prefix, UINT unique, LPSTR buffer) {
-  const DWORD attributes = GetFileAttributesA(path);
-  if (attributes == INVALID_FILE_ATTRIBUTES || (attributes & FILE_ATTRIBUTE_DIRECTORY) == 0) {
-    return static_cast<UINT>(Fail(ERROR_DIRECTORY));
-  }
-  if (TempFileName(path, prefix, 0xFFFF).size() >= MAX_PATH) {
-    return static_cast<UINT>(Fail(ERROR_BUFFER_OVERFLOW));
-  }
-  const UINT number = unique != 0 ? unique & 0xFFFF : MakeTempFile(path, prefix, NextNumber());
-  if (number == 0) return 0;
-  const std::string name = TempFileName(path, prefix, number);
-  std::memcpy(buffer, name.c_str(), name.size() + 1);
-  return number;
 }
 
 int KzHostToLibraryPath(const char* hostPath, std::string& libraryPath) {
