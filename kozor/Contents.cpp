@@ -211,9 +211,9 @@ struct ArchiveReader::Opened {
       : source(opened), index(source, kUtf8, KzNameCodePage()) {}
 
   // Of several members with one name the last counts.
-  bool IsSuperseded(std::size_t position, const std::string& name) const {
-    if (name.empty()) return false;
-    return std::max(index.FindExactly(name), index.FindLink(name)) > position;
+  bool IsSuperseded(std::size_t position, const std::string& member) const {
+    if (member.empty()) return false;
+    return std::max(index.FindExactly(member), index.FindLink(member)) > position;
   }
 
   container::BufferedFile source;
