@@ -74,7 +74,7 @@ class Converter {
   }
 
  private:
-  const iconv_t descriptor;
+  iconv_t descriptor;
 };
 
 #endif
