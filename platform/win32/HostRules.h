@@ -36,8 +36,8 @@ inline int KzFindNextFile(HANDLE find, WIN32_FIND_DATAA* data) {
 
 inline HANDLE KzFindFirstName(const char* name, FINDEX_SEARCH_OPS operation,
                               WIN32_FIND_DATAA* data) {
-  return kozor::windows::FindFirstFileExA(name, FindExInfoBasic, data, operation, nullptr,
-                                          FIND_FIRST_EX_LARGE_FETCH);
+  return FindFirstFileExA(name, FindExInfoBasic, data, operation, nullptr,
+                          FIND_FIRST_EX_LARGE_FETCH);
 }
 
 inline unsigned int KzNameCodePage() {
