@@ -77,6 +77,7 @@ class EngineSamples : public EngineTest {
   void Take(const Sample& sample) {
     fs::remove(folder.Path("x.lzh"));
     fs::copy_file(SampleFolder() / sample.path, folder.Path("x.lzh"));
+    fs::permissions(folder.Path("x.lzh"), fs::perms::owner_write, fs::perm_options::add);
   }
 
   // In the forms of the lists, or with a description of the failure.
