@@ -23,7 +23,9 @@ class EngineInterop : public EngineTest {
     std::filesystem::create_directories(folder.Path("out"));
   }
 
-  std::string ShellPath(const std::string& name) { return "'" + ShellPathOf(folder.Path(name)) + "'"; }
+  std::string ShellPath(const std::string& name) {
+    return "'" + ShellPathOf(folder.Path(name)) + "'";
+  }
 
   // Extracts x.lzh with another program into "out" and compares trees.
   void ExpectExtractedBy(const std::string& program, const std::string& arguments) {
