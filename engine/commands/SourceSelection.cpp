@@ -177,8 +177,11 @@ class Selection {
   void AddListed(const std::string& list) {
     std::string base;
     for (const std::string& name : ReadResponseFile(list)) {
-      const bool isBase = PathOf(name).IsRooted() && PathOf(name).IsFolder();
-      isBase ? void(base = name) : AddName(base, name);
+      if (PathOf(name).IsRooted() && PathOf(name).IsFolder()) {
+        base = name;
+      } else {
+        AddName(base, name);
+      }
     }
   }
 
