@@ -1,6 +1,7 @@
 // Extract.cpp - kozor extract: unpacks members into files.
 #include <algorithm>
 #include <span>
+#include <unordered_set>
 
 #include "Archive.h"
 #include "Commands.h"
@@ -56,12 +57,24 @@ class Extraction {
 
  private:
   void ExtractAll(const std::vector<const Member*>& members) {
+    CollectFolderNames(members);
     for (const Member* member : members) {
       StopIfAsked();
       try {
         Extract(*member);
       } catch (const FileFailure& failure) {
         Complain(VisibleLibraryName(member->name) + ": " + failure.what());
+      }
+    }
+  }
+
+  // The folders that the names of members lead through.
+  void CollectFolderNames(const std::vector<const Member*>& members) {
+    for (const Member* member : members) {
+      std::string_view name = member->name;
+      for (std::size_t end = name.rfind('\\'); end != name.npos && end != 0;
+           end = name.rfind('\\', end - 1)) {
+        if (!folderNames.insert(name.substr(0, end)).second) break;
       }
     }
   }
@@ -78,12 +91,20 @@ class Extraction {
         links.push_back(&member);
         return;
       case MemberKind::Nameless:
-        throw FileFailure("not extracted: a member without a usable name");
+        // Old UNIX programs lost the names of folders.
+        if (member.packedBytes != 0) {
+          throw FileFailure("not extracted: a member without a usable name");
+        }
+        return;
     }
   }
 
   void ExtractFile(const Member& member) {
     RequireUnpackable(member);
+    // OS/2 programs stored a folder's extended attributes as a file of its name.
+    if (folderNames.contains(member.name)) {
+      throw FileFailure("not extracted: the archive has a folder of this name");
+    }
     if (!unwraps) {
       return MakeFile(member, member.size,
                       [&](std::span<unsigned char> target) { reader.Unpack(member, target); });
@@ -126,6 +147,7 @@ class Extraction {
   const unsigned int permissions;  // the bits of a mode that are extracted
   const bool unwraps;
   ScratchMemory scratch;  // for members to unwrap
+  std::unordered_set<std::string_view> folderNames;
   std::vector<const Member*> folders;
   std::vector<const Member*> links;
   DeliveryLine line;

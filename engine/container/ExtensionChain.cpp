@@ -71,6 +71,7 @@ void ApplyExtension(std::uint8_t id, ByteSpan payload, MemberHeader& header, Cha
       if (holds(4)) times.unixTime = FileTimeOfUnix(ReadU32(payload, 0));
       break;
     case 0x7D:  // where the file itself is in the unpacked data
+    case 0xFC:  // the same in a draft
       if (holds(8)) header.capsule = {ReadU32(payload, 0), ReadU32(payload, 4)};
       break;
     case 0x7F:  // OS/2, level 3

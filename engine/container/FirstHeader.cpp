@@ -42,7 +42,7 @@ bool LooksLikeDamagedHeader(ByteSource& source, std::uint64_t offset) {
   const auto isOneOf = [](std::uint8_t byte, std::string_view set) {
     return set.find(static_cast<char>(byte)) != std::string_view::npos;
   };
-  if (id[1] == 'p' && id[2] == 'm' && id[3] == 's') return false;  // bait in CP/M stubs
+  if (id[3] == 's' && id[2] != 'z') return false;  // bait in stubs: "-pms-", "-lhs-"
   const int fits = (id[0] == '-') + isOneOf(id[1], "lp") + isOneOf(id[2], "hzm") +
                    isOneOf(id[3], "0123456789dsx") + (id[4] == '-');
   return fits >= 4;

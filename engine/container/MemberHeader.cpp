@@ -121,7 +121,8 @@ HeaderStatus ParseLevel1(ByteSpan bytes, MemberHeader& header) {
   return CheckHeaderCrc(bytes, chain, header);
 }
 
-// Only zeros may follow the chain; anything else means that the chain was cut off.
+// Unless a CRC covers the header, only zeros may follow the chain; anything else means that the
+// chain was cut off.
 bool IsPadding(ByteSpan bytes, std::size_t begin, std::size_t end) {
   return begin >= end || std::all_of(bytes.begin() + static_cast<std::ptrdiff_t>(begin),
                                      bytes.begin() + static_cast<std::ptrdiff_t>(end),
@@ -143,7 +144,7 @@ HeaderStatus ParseLevel2Or3(ByteSpan bytes, std::size_t total, std::size_t chain
   if (status != HeaderStatus::Complete) return status;
   if (chain.end > total && chain.end != total + 2) return HeaderStatus::Broken;
   header.headerBytes = static_cast<std::uint32_t>(std::max(total, chain.end));
-  if (!IsPadding(bytes, chain.end, total)) return HeaderStatus::Broken;
+  if (chain.crcPosition == 0 && !IsPadding(bytes, chain.end, total)) return HeaderStatus::Broken;
   if (HasLostItsCrc(bytes.first(header.headerBytes), bounds, chain)) {
     return HeaderStatus::ChecksumWrong;
   }
@@ -191,11 +192,20 @@ void SeparateMacintoshNames(NameFields& name) {
   if (name.directory) separate(*name.directory);
 }
 
-// Amiga archives store directories as stored members of size 0 with a directory and no name.
-bool IsAmigaDirectory(const MemberHeader& header) {
+// Some writers, on the Amiga for one, store directories as stored members of size 0 without a file
+// name.  In level 0 their path ends in a separator; '\\' is one if the attribute says so, because
+// it may be the second byte of a character.
+bool IsStoredDirectory(const MemberHeader& header) {
+  constexpr std::uint16_t kDirectory = 0x10;
   const NameFields& name = header.name;
-  return HasLetters(header.method, "lh0") && header.packedBytes == 0 && header.originalBytes == 0 &&
-         name.base.empty() && (!name.file || name.file->empty()) && !name.unicodeFile &&
+  if (!HasLetters(header.method, "lh0") || header.packedBytes != 0 || header.originalBytes != 0) {
+    return false;
+  }
+  if (header.level == 0) {
+    return name.base.ends_with('/') || name.base.ends_with('\xFF') ||
+           (name.base.ends_with('\\') && (header.attribute & kDirectory) != 0);
+  }
+  return name.base.empty() && (!name.file || name.file->empty()) && !name.unicodeFile &&
          name.directory && !name.directory->empty();
 }
 
@@ -214,7 +224,7 @@ HeaderStatus ParseMemberHeader(ByteSpan bytes, MemberHeader& header) {
   header.level = bytes[20];
   const HeaderStatus status = ParseByLevel(bytes, header);
   if (header.osId == 'm') SeparateMacintoshNames(header.name);
-  if (status == HeaderStatus::Complete && IsAmigaDirectory(header)) header.method[3] = 'd';
+  if (status == HeaderStatus::Complete && IsStoredDirectory(header)) header.method[3] = 'd';
   return status;
 }
 
@@ -239,7 +249,8 @@ bool MemberHeader::ClaimsTooMuch() const {
 
 bool IsArchiveMethod(const MethodId& method) {
   const bool isLarc = method[1] == 'l' && method[2] == 'z';
-  const bool isFamily = isLarc || (method[1] == 'l' && method[2] == 'h') || IsPmarc(method);
+  const bool isLha = method[1] == 'l' && (method[2] == 'h' || method[2] == 'x');
+  const bool isFamily = isLarc || isLha || IsPmarc(method);
   const bool isBait = method[3] == 's' && !isLarc;
   return method[0] == '-' && method[4] == '-' && isFamily && IsLetterOrDigit(method[3]) && !isBait;
 }

@@ -103,8 +103,8 @@ enum class HeaderStatus {
 // check for the end mark: a zero byte is a broken header here.
 HeaderStatus ParseMemberHeader(ByteSpan bytes, MemberHeader& header);
 
-// Whether the method belongs to a family used in archives: "-lh?-", "-lz?-", "-pm?-", except the
-// ids that programs contain as bait ("-pms-", "-lhs-").
+// Whether the method belongs to a family used in archives: "-lh?-", "-lx?-", "-lz?-", "-pm?-",
+// except the ids that programs contain as bait ("-pms-", "-lhs-").
 bool IsArchiveMethod(const MethodId& method);
 
 }  // namespace kozor::container

@@ -75,6 +75,14 @@ std::u16string FromUtf16Field(std::u16string text) {
   return text;
 }
 
+// What a path has before its last component, with the separator.
+std::u16string DirectoryOf(std::u16string path) {
+  const auto last = std::find_if(path.rbegin(), path.rend(),
+                                 [](char16_t unit) { return kRules.IsSeparator(unit); });
+  path.erase(last.base(), path.end());
+  return path;
+}
+
 // The whole decoded path of a member, not yet cleaned.
 std::u16string GatherPath(const NameFields& fields, bool& altered) {
   const std::string none;
@@ -86,9 +94,10 @@ std::u16string GatherPath(const NameFields& fields, bool& altered) {
   std::u16string path = fields.unicodeDirectory ? FromUtf16Field(*fields.unicodeDirectory)
                                                 : DecodePieces(codePage, directoryBytes, altered);
   if (!path.empty() && !kRules.IsSeparator(path.back())) path += u'\\';
-  path += fields.unicodeFile ? FromUtf16Field(*fields.unicodeFile)
-                             : DecodePieces(codePage, fileBytes, altered);
-  return path;
+  if (!fields.unicodeFile) return path + DecodePieces(codePage, fileBytes, altered);
+  // Without a directory field the byte string may hold the directory too.
+  if (path.empty()) path = DirectoryOf(DecodePieces(codePage, fileBytes, altered));
+  return path + FromUtf16Field(*fields.unicodeFile);
 }
 
 // Fast path for most members: ASCII names without anything to drop or replace.  None for all

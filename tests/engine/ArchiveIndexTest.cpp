@@ -147,8 +147,9 @@ TEST(EngineArchiveIndex, FindsTheArchiveBehindAPrefix) {
                             program,
                             Join({program, texts}),
                             fake,
+                            bait,
                             Join({program, bait}),
-                            Bytes(300000, 'x'),
+                            Bytes((1 << 20) - 1, 'x'),
                             Join({Bytes(50, 'A'), inner, Bytes(1)})};
   for (const Bytes& prefix : prefixes) {
     const ArchiveIndex index = IndexOf(Join({prefix, TwoMembers()}));

@@ -192,11 +192,23 @@ TEST(EngineMemberHeader, TakesTheModesOfOs9) {
   }
 }
 
-TEST(EngineMemberHeader, StoredMemberWithADirectoryAndNoNameIsADirectory) {
-  RawMember amiga{.level = 1, .name = "", .extensions = {{0x02, "work\xFF"}}};
-  EXPECT_TRUE(Parsed(RawHeader(amiga)).IsDirectoryMethod());
-  amiga.contents = "x";
-  EXPECT_FALSE(Parsed(RawHeader(amiga)).IsDirectoryMethod());
+TEST(EngineMemberHeader, EmptyStoredMemberWithADirectoryAloneIsADirectory) {
+  const std::pair<RawMember, bool> rows[] = {
+      {{.level = 1, .extensions = {{0x02, "work\xFF"}}}, true},
+      {{.level = 1, .contents = "x", .extensions = {{0x02, "work\xFF"}}}, false},
+      {{.level = 0, .name = "work/"}, true},
+      {{.level = 0, .name = "work\\", .attribute = 0x10}, true},
+      {{.level = 0, .name = "\x95\x5C"}, false},  // one character
+  };
+  for (const auto& [member, isDirectory] : rows) {
+    EXPECT_EQ(Parsed(RawHeader(member)).IsDirectoryMethod(), isDirectory) << member.name;
+  }
+}
+
+TEST(EngineMemberHeader, WhatFollowsTheChainCountsOnlyWithoutAHeaderCrc) {
+  EXPECT_EQ(Parsed(RawHeader({.name = "a", .extra = "junk"})).name.file, "a");
+  EXPECT_EQ(Parse(RawHeader({.name = "a", .hasHeaderCrc = false, .extra = "junk"})),
+            HeaderStatus::Broken);
 }
 
 NewMember Example() {

@@ -31,6 +31,7 @@ TEST(EngineMemberName, EverySeparatorOfEveryWriterCounts) {
       {{.base = "e\\f.txt", .directory = "d\377"}, "d\\e\\f.txt"},
       {{.base = "base", .file = "f.txt"}, "f.txt"},
       {{.file = "f.txt", .unicodeFile = u"\u8868", .unicodeDirectory = u"d\uFFFF"}, "d\\\x95\x5C"},
+      {{.base = "d/e.txt", .unicodeFile = u"f.txt"}, "d\\f.txt"},
       {{.base = std::string("f.txt\0a comment", 15)}, "f.txt"},
   };
   for (const auto& [fields, shown] : rows) EXPECT_EQ(Shown(fields), shown);

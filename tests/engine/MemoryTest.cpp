@@ -102,14 +102,16 @@ TEST_F(EngineMemory, MembersThatCannotBeDelivered) {
   const std::uint32_t large = 0xFFFFFFFF;
   folder.WriteFile(
       "x.lzh",
-      RawArchive({{.name = "unknown", .contents = "123", .method = "-lh9-"},
+      RawArchive({{.name = "unknown", .contents = "123", .method = "-lx1-"},
                   {.name = "dir", .method = "-lhd-"},
                   {.name = "nonsense", .contents = "\xFF\xFF\xFF\xFF", .method = "-lh5-"},
                   {.name = "liar", .contents = "ab", .method = "-lh5-", .originalBytes = large},
-                  {.name = "crc", .contents = "text", .crc = 1}}));
+                  {.name = "crc", .contents = "text", .crc = 1},
+                  {.name = "good", .contents = "text"}}));
   EXPECT_EQ(Extract("x.lzh", "unknown").code, 0x8009);
   EXPECT_EQ(Extract("x.lzh", "nonsense").code, 0x8014);
   EXPECT_EQ(Extract("x.lzh", "crc").code, 0x800C);
+  EXPECT_EQ(Extract("x.lzh", "good").bytes, ToBytes("text"));
   EXPECT_EQ(Search("x.lzh", "liar")[0].size, 0U);  // callers reserve that many bytes
   EXPECT_EQ(ExtractInto("x.lzh", "liar", 100000).code, 0x8014);
   EXPECT_EQ(ExtractInto("x.lzh", "dir\\", 10).code, 0x800F);

@@ -81,6 +81,7 @@ Bytes RawHeader(const RawMember& member) {
   }
   if (member.level <= 1) SetBaseSum(bytes, baseBytes, member.sumError);
   if (member.level == 2) {
+    AppendText(bytes, member.extra);
     if (bytes.size() % 256 == 0) bytes.push_back(0);  // it would look like an end mark
     WriteNumber(bytes.data(), bytes.size(), 2);
   }

@@ -26,7 +26,7 @@ struct RawMember {
   std::uint8_t attribute = 0x20;    // the byte at offset 19
   char osId = 'M';
   bool hasHeaderCrc = true;  // levels 1 to 3
-  std::string extra = {};    // at the end of the base header of levels 0 and 1
+  std::string extra = {};    // at the end of the base header of levels 0 and 1, of a level 2 header
   // Claims about the contents in place of the truth, and errors added to what is computed.
   std::optional<std::uint32_t> originalBytes = {};
   std::optional<std::uint16_t> crc = {};

@@ -234,11 +234,15 @@ TEST_F(KozorExtract, BringsOutModesFoldersAndLinks) {
                                         tool,
                                         special("out|..\xFF", "x", 0120777),
                                         special("", "abs|\xFF", 0120777),
+                                        {.level = 0, .name = "", .method = "-lhd-"},
+                                        Member("folder", "its attributes"),
+                                        Member("folder\\file", "1"),
                                         {.level = 0, .name = "..", .contents = "?"}}));
   EXPECT_THAT(MustFail({"extract", "a.lzh", "-d", "out"}),
               AllOf(HasSubstr("out: refused: the link to ../x leads out"),
-                    HasSubstr("abs: refused"), HasSubstr("without a usable name")));
-  EXPECT_THAT(folder.List("out"), testing::IsSupersetOf({"empty/", "tool"}));
+                    HasSubstr("abs: refused"), HasSubstr("without a usable name"),
+                    HasSubstr("folder: not extracted: the archive has a folder of this name")));
+  EXPECT_THAT(folder.List("out"), testing::IsSupersetOf({"empty/", "folder/file", "tool"}));
   EXPECT_EQ(fs::read_symlink(folder.Path("out/link")), "tool");
   EXPECT_EQ(fs::read_symlink(folder.Path("out/deep/up")), "..");
   EXPECT_EQ(fs::status(folder.Path("out/tool")).permissions(), fs::perms(0755));
@@ -246,7 +250,7 @@ TEST_F(KozorExtract, BringsOutModesFoldersAndLinks) {
   EXPECT_THAT(
       Kozor({"list", "a.lzh"}).output,
       AllOf(HasSubstr("  empty/\n"), HasSubstr("  link -> tool\n"), HasSubstr("  (no name)\n"),
-            HasSubstr("in 1 file, 1 folder, 4 links, 1 without a name\n")));
+            HasSubstr("in 3 files, 1 folder, 4 links, 2 without a name\n")));
 }
 
 TEST_F(KozorExtract, TakesFilesOutOfTheirWrappersWhenToldTo) {
