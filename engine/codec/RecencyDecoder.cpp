@@ -2,7 +2,9 @@
 //
 // A list holds all 256 byte values, and each byte of the data, literal or copied, moves to its
 // front.  A literal is sent as an index into that list, so recent bytes have small numbers.
+#include <algorithm>
 #include <array>
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -16,50 +18,79 @@
 namespace kozor::codec {
 namespace {
 
-// A ring of byte values by recency.  Moving one takes constant time.
+// The byte values by recency, eight in each word, the most recent in the lowest byte.
 class RecencyList {
  public:
   RecencyList() {
     struct Range {
       unsigned first, last;
     };
-    unsigned previous = 0xFF;
+    unsigned index = 0;
     for (const Range range : {Range{0x20, 0x7F}, Range{0x00, 0x1F}, Range{0xA0, 0xDF},
                               Range{0x80, 0x9F}, Range{0xE0, 0xFF}}) {
-      for (unsigned byte = range.first; byte <= range.last; ++byte) {
-        Join(previous, byte);
-        previous = byte;
+      for (unsigned byte = range.first; byte <= range.last; ++byte, ++index) {
+        words[index / 8] |= std::uint64_t{byte} << index % 8 * 8;
       }
     }
   }
 
-  std::uint8_t At(unsigned index) const {
-    std::uint8_t byte = front;
-    if (index < 128) {
-      for (; index != 0; --index) byte = older[byte];
-    } else {
-      for (; index != 256; ++index) byte = newer[byte];
-    }
+  // Moves the byte with this index, below 256, to the front and returns it.
+  std::uint8_t Take(unsigned index) {
+    const auto byte = static_cast<std::uint8_t>(words[index / 8] >> index % 8 * 8);
+    std::uint64_t carry = byte;
+    std::uint64_t* word = words.data();
+    for (unsigned left = index / 8; left != 0; --left) carry = Push(*word++, carry);
+    PushUpTo(*word, index % 8, carry);
     return byte;
   }
 
-  void MoveToFront(std::uint8_t byte) {
-    if (byte == front) return;
-    Join(newer[byte], older[byte]);
-    Join(newer[front], byte);
-    Join(byte, front);
-    front = byte;
+  // The same for each of these bytes in turn.  Only the last place of each byte counts.
+  void MoveToFront(std::span<const std::uint8_t> bytes) {
+    constexpr std::size_t kFew = 8;
+    if (bytes.size() <= kFew) {
+      for (const std::uint8_t byte : bytes) MoveToFront(byte);
+      return;
+    }
+    std::array<std::uint8_t, 257> moved;  // the last first; one more for the byte after them
+    std::array<bool, 256> isMoved{};
+    std::size_t count = 0;
+    for (std::size_t i = bytes.size(); i != 0; --i) {
+      const std::uint8_t byte = bytes[i - 1];
+      moved[count] = byte;
+      count += isMoved[byte] ? 0U : 1U;
+      isMoved[byte] = true;
+    }
+    while (count != 0) MoveToFront(moved[--count]);
   }
 
  private:
-  void Join(unsigned newerByte, unsigned olderByte) {
-    older[newerByte] = static_cast<std::uint8_t>(olderByte);
-    newer[olderByte] = static_cast<std::uint8_t>(newerByte);
+  void MoveToFront(std::uint8_t byte) {
+    constexpr std::uint64_t kOnes = 0x0101010101010101;
+    std::uint64_t carry = byte;
+    for (std::uint64_t* word = words.data();; ++word) {
+      // A zero byte is where the byte is; the lowest one is found exactly.
+      const std::uint64_t difference = *word ^ byte * kOnes;
+      const std::uint64_t zeros = (difference - kOnes) & ~difference & kOnes << 7;
+      if (zeros != 0) {
+        return PushUpTo(*word, static_cast<unsigned>(std::countr_zero(zeros)) / 8, carry);
+      }
+      carry = Push(*word, carry);
+    }
   }
 
-  std::array<std::uint8_t, 256> older;
-  std::array<std::uint8_t, 256> newer;
-  std::uint8_t front = 0x20;
+  // Makes room at the front of a word; returns the byte that falls out at its end.
+  static std::uint64_t Push(std::uint64_t& word, std::uint64_t front) {
+    const std::uint64_t last = word >> 56;
+    word = word << 8 | front;
+    return last;
+  }
+  // The same, over the byte at a position in the word.
+  static void PushUpTo(std::uint64_t& word, unsigned position, std::uint64_t front) {
+    const std::uint64_t changed = ~std::uint64_t{0} >> (56 - 8 * position);
+    word = (word & ~changed) | ((word << 8 | front) & changed);
+  }
+
+  std::array<std::uint64_t, 32> words{};
 };
 
 // The output of both methods.
@@ -68,31 +99,44 @@ class RecencyOutput {
   explicit RecencyOutput(DecodeJob& decodeJob) : job(decodeJob) {}
 
   void PutLiteral(unsigned index) {
-    const std::uint8_t byte = recent.At(index);
-    recent.MoveToFront(byte);
-    job.target[job.done++] = byte;
+    if (listed != job.done) recent.MoveToFront(job.target.subspan(listed, job.done - listed));
+    job.target[job.done++] = recent.Take(index);
+    listed = job.done;
   }
 
   void Copy(std::size_t offset, std::size_t length) {
-    const std::size_t begin = job.done;
-    job.done = CopyMatch(job.target, begin, offset + 1, length);
-    for (const std::uint8_t byte : job.target.subspan(begin, job.done - begin)) {
-      recent.MoveToFront(byte);
-    }
+    job.done = CopyMatch(job.target, job.done, offset + 1, length);
   }
 
  private:
   DecodeJob& job;
-  RecencyList recent;
+  RecencyList recent;  // after `listed` bytes: copies are left to the next literal
+  std::size_t listed = 0;
 };
 
-// A range of numbers: `base` plus a field of `bits` bits.
+// A range of numbers: `base` plus a field of `bits` bits, at least 1.
 struct Span {
   unsigned base;
   unsigned bits;
 
-  unsigned Take(BitReader& in) const { return bits == 0 ? base : base + in.Take(bits); }
+  template <typename Bits>
+  unsigned Take(Bits& in) const {
+    return base + in.Take(bits);
+  }
 };
+
+// Calls `decode` with a copy of the buffer, which stays in registers, as long as `wanted` and two
+// refills are possible.
+template <typename Wanted, typename Decode>
+void DecodeInside(BitReader& in, Wanted wanted, Decode decode) {
+  struct Bits : BitBuffer {
+    void Refill() { RefillFast(); }
+  };
+  Bits bits{in};  // NOLINT(cppcoreguidelines-slicing): the buffer alone is wanted
+  const std::uint8_t* const pieceEnd = in.PieceEnd();
+  while (bits.CanRefill(2, pieceEnd) && wanted()) decode(bits);
+  in.GoOnFrom(bits);
+}
 
 // ----------------------------------------------------------------------------------------------
 // pm1
@@ -141,10 +185,10 @@ constexpr Pm1Code kPm1Codes[32] = {
     {""},  // always the first class
 };
 
-// Decodes a class.
-class Pm1ClassTable {
+// Decodes literals.
+class Pm1LiteralTable {
  public:
-  explicit Pm1ClassTable(const Pm1Code& code) {
+  explicit Pm1LiteralTable(const Pm1Code& code) {
     unsigned nextClass = code.firstClass;
     for (std::string_view left = code.text;;) {
       const std::size_t length = std::min(left.find_first_of(" /"), left.size());
@@ -155,26 +199,30 @@ class Pm1ClassTable {
     }
   }
 
-  // Consumes a code and returns its class.
-  const Span& Take(BitReader& in) const {
+  // Consumes a literal and returns its list index.
+  template <typename Bits>
+  unsigned Take(Bits& in) const {
     const Entry entry = entries[in.Peek(kBits)];
-    in.Consume(entry.bits);
-    return kPm1Classes[entry.literalClass];
+    in.Consume(entry.codeBits);
+    return entry.base + in.Take(entry.bits);
   }
 
  private:
   static constexpr unsigned kBits = 5;  // of the longest code
   struct Entry {
-    std::uint8_t literalClass;
-    std::uint8_t bits;
+    std::uint8_t codeBits = 0;
+    std::uint8_t base = 0;  // of the class
+    std::uint8_t bits = 1;
   };
 
   void Enter(std::string_view code, unsigned literalClass) {
     std::size_t first = 0;
     for (const char bit : code) first = first << 1 | (bit == '1' ? 1U : 0U);
     const std::size_t count = std::size_t{1} << (kBits - code.size());
-    const Entry entry{static_cast<std::uint8_t>(literalClass),
-                      static_cast<std::uint8_t>(code.size())};
+    const Span& indices = kPm1Classes[literalClass];
+    const Entry entry{static_cast<std::uint8_t>(code.size()),
+                      static_cast<std::uint8_t>(indices.base),
+                      static_cast<std::uint8_t>(indices.bits)};
     std::fill_n(entries.begin() + static_cast<std::ptrdiff_t>(first * count), count, entry);
   }
 
@@ -184,7 +232,7 @@ class Pm1ClassTable {
 class Pm1Decoder {
  public:
   explicit Pm1Decoder(DecodeJob& decodeJob)
-      : job(decodeJob), in(decodeJob.packed), classes(kPm1Codes[in.ReadBits(5)]), out(decodeJob) {}
+      : job(decodeJob), in(decodeJob.packed), literals(kPm1Codes[in.ReadBits(5)]), out(decodeJob) {}
 
   // Commands are copies (0 bit) and runs of literals (1 bit).  A run is followed by a copy without
   // a command bit, except for the longest run, after which another one may follow.
@@ -217,12 +265,16 @@ class Pm1Decoder {
   }
 
   bool PutLiterals(std::size_t run) {
-    for (run = std::min(run, job.target.size() - job.done); run != 0; --run) {
-      in.Refill();
-      out.PutLiteral(classes.Take(in).Take(in));
-      if (in.IsFarPastEnd()) return false;
-    }
-    return true;
+    run = std::min(run, job.target.size() - job.done);
+    const auto putLiteral = [&](auto& bits) {
+      bits.Refill();
+      out.PutLiteral(literals.Take(bits));
+      --run;
+    };
+    DecodeInside(
+        in, [&] { return run != 0; }, putLiteral);
+    while (run != 0 && !in.IsFarPastEnd()) putLiteral(in);
+    return !in.IsFarPastEnd();
   }
 
   bool Copy() {
@@ -286,7 +338,7 @@ class Pm1Decoder {
 
   DecodeJob& job;
   BitReader in;
-  const Pm1ClassTable classes;
+  const Pm1LiteralTable literals;
   RecencyOutput out;
 };
 
@@ -301,6 +353,14 @@ constexpr unsigned kPm2LongSymbol = 23;  // to 27: lengths with extra bits
 constexpr Span kPm2Longs[] = {{17, 3}, {25, 3}, {33, 5}, {65, 6}, {129, 7}};
 constexpr unsigned kPm2RepeatSymbol = 28;  // repeats the previous byte 256 times
 
+// Of a symbol, after its code: a list index, the offset of a pair, or a length.
+constexpr unsigned Pm2ExtraBits(unsigned symbol) {
+  if (symbol < kPm2PairSymbol) return kPm2Literals[symbol].bits;
+  if (symbol == kPm2PairSymbol) return 6;
+  const bool isLong = symbol >= kPm2LongSymbol && symbol < kPm2RepeatSymbol;
+  return isLong ? kPm2Longs[symbol - kPm2LongSymbol].bits : 0;
+}
+
 class Pm2Decoder {
  public:
   explicit Pm2Decoder(DecodeJob& decodeJob) : job(decodeJob), in(decodeJob.packed), out(decodeJob) {
@@ -309,7 +369,8 @@ class Pm2Decoder {
 
   Status DecodeUpTo(std::size_t limit) {
     while (job.done < limit) {
-      const bool isGood = (job.done < nextCodesAt || ReadCodes()) && DecodeItem();
+      const bool isGood =
+          (job.done < nextCodesAt || ReadCodes()) && DecodeItems(std::min(limit, nextCodesAt));
       if (in.IsFarPastEnd()) return Status::Truncated;
       if (!isGood) return in.IsPastEnd() ? Status::Truncated : Status::Damaged;
     }
@@ -378,27 +439,47 @@ class Pm2Decoder {
     return used < 2 || distanceCode.Build(lengths);
   }
 
-  bool DecodeItem() {
-    in.Refill();
-    const unsigned symbol = itemCode.Decode(in);
+  // At least one.
+  bool DecodeItems(std::size_t limit) {
+    bool isGood = true;
+    DecodeInside(
+        in, [&] { return isGood && job.done < limit; },
+        [&](auto& bits) { isGood = DecodeItem(bits); });
+    return isGood && (job.done >= limit || DecodeItem(in));
+  }
+
+  template <typename Bits>
+  bool DecodeItem(Bits& bits) {
+    bits.Refill();
+    const auto [symbol, extra] = itemCode.DecodeExtended(bits);
+    const auto number = [&left = extra](unsigned count) {
+      return static_cast<unsigned>(left >> (64 - count));
+    };
     if (symbol < kPm2PairSymbol) {
-      out.PutLiteral(kPm2Literals[symbol].Take(in));
+      const Span& indices = kPm2Literals[symbol];
+      out.PutLiteral(indices.base + number(indices.bits));
     } else if (symbol == kPm2PairSymbol) {
-      out.Copy(in.Take(6), 2);
+      out.Copy(number(6), 2);
+    } else if (symbol < kPm2LongSymbol) {
+      return CopyFar(bits, symbol - kPm2ShortSymbol + 3);
     } else if (symbol < kPm2RepeatSymbol) {
-      if (distanceCode.IsEmpty()) return false;
-      const std::size_t length = symbol < kPm2LongSymbol
-                                     ? symbol - kPm2ShortSymbol + 3
-                                     : kPm2Longs[symbol - kPm2LongSymbol].Take(in);
-      const unsigned distance = distanceCode.Decode(in);
-      in.Refill();
-      out.Copy(distance == 0 ? in.Take(6) : (64U << (distance - 1)) + in.Take(distance + 5),
-               length);
+      const Span& lengths = kPm2Longs[symbol - kPm2LongSymbol];
+      return CopyFar(bits, lengths.base + number(lengths.bits));
     } else if (symbol == kPm2RepeatSymbol) {
       out.Copy(0, 256);
     } else {
       return false;
     }
+    return true;
+  }
+
+  template <typename Bits>
+  bool CopyFar(Bits& bits, std::size_t length) {
+    if (distanceCode.IsEmpty()) return false;
+    const unsigned distance = distanceCode.Decode(bits);
+    bits.Refill();
+    out.Copy(distance == 0 ? bits.Take(6) : (64U << (distance - 1)) + bits.Take(distance + 5),
+             length);
     return true;
   }
 
@@ -410,7 +491,7 @@ class Pm2Decoder {
   RecencyOutput out;
   std::size_t nextCodesAt = 0;
   bool needsDistances = false;
-  HuffmanTable<kItemSymbols, 8> itemCode;
+  HuffmanTable<kItemSymbols, 8, Pm2ExtraBits> itemCode;
   HuffmanTable<kDistanceSymbols, 7> distanceCode;
 };
 
