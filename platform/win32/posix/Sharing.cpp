@@ -6,7 +6,10 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <mutex>
+#include <random>
+#include <thread>
 #include <unordered_map>
 #include <vector>
 
@@ -121,12 +124,16 @@ bool LockAll(int file, unsigned claims) {
   return (claims & kSharesNothing) == kSharesNothing && Lock(file, LockOf(kAllLocks, F_WRLCK));
 }
 
+LockRange PlaceOf(unsigned claims) {
+  const off_t place = kLockBase + kLockStep * static_cast<off_t>(claims);
+  return {place, place + 1};
+}
+
 // A shared lock, so that it doesn't fail because another handle has the same claims.
 bool LockClaims(int file, unsigned claims) {
-  const off_t place = kLockBase + kLockStep * static_cast<off_t>(claims);
   // EAGAIN: someone has locked all positions exclusively.  Other failures come from file systems
   // without locks.
-  return Lock(file, LockOf({place, place + 1}, F_RDLCK)) || errno != EAGAIN;
+  return Lock(file, LockOf(PlaceOf(claims), F_RDLCK)) || errno != EAGAIN;
 }
 
 // Whether another open file holds one of these claims.  Only single-byte locks count, not wider
@@ -144,6 +151,32 @@ bool AnyLocked(int file, unsigned claims, const LockRange& range = kAllLocks) {
   if ((static_cast<unsigned>(distance / kLockStep) & claims) != 0) return true;
   return AnyLocked(file, claims, {range.begin, lock.l_start}) ||
          AnyLocked(file, claims, {lock.l_start + 1, range.end});
+}
+
+// Locks first and then queries, so two simultaneous requests that conflict are never both granted.
+// A request that is refused holds nothing afterwards.
+bool Request(int file, unsigned claims) {
+  if (LockAll(file, claims)) return true;
+  if (!LockClaims(file, claims)) return false;
+  if (!AnyLocked(file, ConflictsOf(claims))) return true;
+  Lock(file, LockOf(PlaceOf(claims), F_UNLCK));
+  return false;
+}
+
+// Two simultaneous requests may refuse each other.  So each is repeated after random waits, each up
+// to twice as long as the one before, and one of them comes when the other is not asking.
+bool RequestRepeatedly(int file, unsigned claims) {
+  constexpr int kAttempts = 7;
+  constexpr std::chrono::microseconds kFirstWait(250);
+  if (Request(file, claims)) return true;
+  const auto now = std::chrono::steady_clock::now().time_since_epoch().count();
+  std::minstd_rand random(static_cast<unsigned>(now) ^ static_cast<unsigned>(::getpid()));
+  for (int repeat = 0; repeat < kAttempts - 1; ++repeat) {
+    const auto longest = kFirstWait * (1 << repeat);
+    std::this_thread::sleep_for(longest * (random() % 1024 + 1) / 1024);
+    if (Request(file, claims)) return true;
+  }
+  return false;
 }
 
 // The number of handles in this process that deny deleting the file.
@@ -168,13 +201,7 @@ bool ShareHold::Take(int file, const FileId& fileId, const ShareMode& mode) {
   if (!AddToTable(fileId, wanted)) return Fail(ERROR_SHARING_VIOLATION);
   id = fileId;
   claims = wanted;
-  // Lock first, then query: of two simultaneous requests both may be refused, but never both
-  // granted.
-  if (LockAll(file, claims)) return true;
-  if (!LockClaims(file, claims) || AnyLocked(file, ConflictsOf(claims))) {
-    return Fail(ERROR_SHARING_VIOLATION);
-  }
-  return true;
+  return RequestRepeatedly(file, claims) || Fail(ERROR_SHARING_VIOLATION);
 }
 
 bool IsDeleteDenied(const char* hostPath, const FileId& id) {
