@@ -5,7 +5,6 @@
 #include "Contents.h"
 
 #include <algorithm>
-#include <functional>
 #include <limits>
 #include <string_view>
 
@@ -136,44 +135,21 @@ class Choice {
 
 using Meaning = bool (Choice::*)(std::string_view) const;
 
-// The names of members, by position.
-struct Names {
-  std::size_t count;
-  std::function<std::string_view(std::size_t)> at;
-};
-
-Names NamesOf(const std::vector<Member>& members) {
-  return {members.size(), [&](std::size_t i) -> std::string_view { return members[i].name; }};
-}
-
-// Tries several ways to match a word and calls `take` for the members of the first that finds any.
-// Returns whether there are any.
-template <typename Take>
-bool FindMeant(const Names& names, const std::string& word, std::initializer_list<Meaning> ways,
-               Take take) {
+// Tries several ways to match a word and marks the members of the first that finds any.  Returns
+// whether there are any.
+bool MarkMeant(const container::MemberTable& members, const std::string& word,
+               std::initializer_list<Meaning> ways, std::vector<bool>& marked) {
   const Choice choice(word);
   bool isAny = false;
   for (const Meaning means : ways) {
-    for (std::size_t i = 0; i < names.count; ++i) {
-      if (!(choice.*means)(names.at(i))) continue;
+    for (std::size_t i = 0; i < members.size(); ++i) {
+      if (!(choice.*means)(members.NameAt(i))) continue;
       isAny = true;
-      take(i);
+      marked[i] = true;
     }
     if (isAny) break;
   }
   return isAny;
-}
-
-std::vector<bool> ChooseByName(const Names& names, const std::vector<std::string>& words,
-                               const std::string& archiveName) {
-  std::vector<bool> chosen(names.count, words.empty());
-  for (const std::string& word : words) {
-    const bool isMeant =
-        FindMeant(names, word, {&Choice::Means, &Choice::NearlyMeans, &Choice::MeansFileName},
-                  [&](std::size_t i) { chosen[i] = true; });
-    if (!isMeant) Complain(Visible(word) + ": no such member in " + Visible(archiveName));
-  }
-  return chosen;
 }
 
 // Calls `read`, and gives the archiver's failures words.
@@ -246,7 +222,6 @@ Member ArchiveReader::At(std::size_t position) {
     container::ParseHeaderAt(opened->source, known.offset, header);
     member = Describe(known, header);
     member.damaged = opened->index.Damage() && known.fault;
-    member.superseded = opened->IsSuperseded(position, member.name);
   });
   return member;
 }
@@ -258,10 +233,58 @@ std::vector<Member> ArchiveReader::All() {
   return members;
 }
 
-std::vector<bool> ArchiveReader::Choose(const std::vector<std::string>& words) const {
+std::string ArchiveReader::NameAt(std::size_t position) const {
+  return opened->index.Members().NameAt(position);
+}
+
+std::vector<bool> ArchiveReader::Meant(const std::string& word) const {
+  std::vector<bool> meant(Count());
+  MarkMeant(opened->index.Members(), word, {&Choice::Means, &Choice::NearlyMeans}, meant);
+  return meant;
+}
+
+std::vector<bool> ArchiveReader::Choose(const std::vector<std::string>& words,
+                                        const MaskList& excludes) const {
+  std::vector<bool> chosen(Count(), words.empty());
+  for (const std::string& word : words) {
+    const bool isMeant =
+        MarkMeant(opened->index.Members(), word,
+                  {&Choice::Means, &Choice::NearlyMeans, &Choice::MeansFileName}, chosen);
+    if (!isMeant) Complain(Visible(word) + ": no such member in " + Visible(name));
+  }
+  for (std::size_t i = 0; i < chosen.size(); ++i) {
+    if (!chosen[i]) continue;
+    const std::string member = NameAt(i);
+    chosen[i] = !opened->IsSuperseded(i, member) && !excludes.Means(member);
+  }
+  return chosen;
+}
+
+std::vector<bool> ArchiveReader::FilesNamedAsFolders(const std::vector<bool>& chosen) const {
   const container::MemberTable& members = opened->index.Members();
-  return ChooseByName({members.size(), [&](std::size_t i) { return members.NameAt(i); }}, words,
-                      name);
+  std::vector<bool> found(chosen.size());
+  std::string before;
+  for (std::size_t i = 0; i < chosen.size(); ++i) {
+    if (!chosen[i]) continue;
+    const std::string member = NameAt(i);
+    // Folders that the name before has, too, are known.
+    const auto differs = std::mismatch(member.begin(), member.end(), before.begin(), before.end());
+    auto end = static_cast<std::size_t>(differs.first - member.begin());
+    while ((end = member.find('\\', end)) != member.npos) {
+      const auto file = opened->index.FindExactly(std::string_view(member).substr(0, end++));
+      if (file && members.KindAt(*file) == container::MemberKind::File) found[*file] = true;
+    }
+    before = member;
+  }
+  return found;
+}
+
+std::uint64_t ArchiveReader::TotalBytes(const std::vector<bool>& chosen) const {
+  std::uint64_t bytes = 0;
+  for (std::size_t i = 0; i < chosen.size(); ++i) {
+    if (chosen[i]) bytes += opened->index.Members()[i].originalBytes;
+  }
+  return bytes;
 }
 
 bool ArchiveReader::HasEndMark() const {
@@ -310,7 +333,6 @@ SourceArchive::SourceArchive(std::string givenName) : name(std::move(givenName))
     path = LibraryPath(FromUtf8(name));
   }
   reader.emplace(path, name);
-  hasEndMark = reader->HasEndMark();
   const std::size_t damaged = reader->Damaged();
   if (damaged == 0) return;
   const std::size_t whole = reader->Count() - damaged;
@@ -318,41 +340,9 @@ SourceArchive::SourceArchive(std::string givenName) : name(std::move(givenName))
            (whole == 1 ? " member" : " members") + " can be read");
 }
 
-std::vector<Member> SourceArchive::TakeMembers() {
-  std::vector<Member> members = reader->All();
-  reader.reset();
-  return members;
-}
-
 std::filesystem::path SourceArchive::CopyPath() {
   if (!copy) copy.emplace();
   return copy->Path() / "archive.lzh";
-}
-
-std::vector<const Member*> Meant(const std::vector<Member>& members, const std::string& word) {
-  std::vector<const Member*> meant;
-  FindMeant(NamesOf(members), word, {&Choice::Means, &Choice::NearlyMeans},
-            [&](std::size_t i) { meant.push_back(&members[i]); });
-  return meant;
-}
-
-std::vector<const Member*> Choose(const std::vector<Member>& members,
-                                  const std::vector<std::string>& words, const MaskList& excludes,
-                                  const std::string& archiveName) {
-  const std::vector<bool> chosen = ChooseByName(NamesOf(members), words, archiveName);
-  std::vector<const Member*> result;
-  for (std::size_t i = 0; i < members.size(); ++i) {
-    if (chosen[i] && !members[i].superseded && !excludes.Means(members[i].name)) {
-      result.push_back(&members[i]);
-    }
-  }
-  return result;
-}
-
-std::uint64_t TotalBytes(const std::vector<const Member*>& members) {
-  std::uint64_t bytes = 0;
-  for (const Member* member : members) bytes += member->size;
-  return bytes;
 }
 
 }  // namespace kozor::program

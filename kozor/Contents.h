@@ -35,7 +35,6 @@ struct Member {
   unsigned int unixMode = 0;        // including the file type; 0 if not recorded
   std::uint32_t capsuleOffset = 0;  // of the file itself in the unpacked data, and its size, if the
   std::uint32_t capsuleBytes = 0;   // header tells them; else 0
-  bool superseded = false;          // a later member has the same name
   bool overclaims = false;          // its packed data can't unpack to this size
   bool damaged = false;             // its header or data is known to be damaged
 
@@ -64,8 +63,23 @@ class ArchiveReader {
   // In the archive's order.  Reads the header, which is cheapest from the first to the last.
   Member At(std::size_t position);
   std::vector<Member> All();
-  // By position, the members that any of the words selects; see the function Choose.
-  std::vector<bool> Choose(const std::vector<std::string>& words) const;
+  std::string NameAt(std::size_t position) const;
+  // By position, the members that a word of the command line selects:
+  //
+  //   docs/a.txt   the member of this name, or of one that differs only in case
+  //   docs, docs/  everything below this folder, and the folder
+  //   docs/*.txt   matching names in the folder docs and all folders below it
+  //
+  // A name that no member has exactly selects those that differ only in case.
+  std::vector<bool> Meant(const std::string& word) const;
+  // The members that any of the words selects, or all if there are no words, without superseded and
+  // excluded ones.  A name that selects nothing else selects files of that name in any folder.
+  // Complains about each word that selects nothing.
+  std::vector<bool> Choose(const std::vector<std::string>& words, const MaskList& excludes) const;
+  // The files whose names are also those of folders above chosen members.
+  std::vector<bool> FilesNamedAsFolders(const std::vector<bool>& chosen) const;
+  // The unpacked size of the chosen members in bytes.
+  std::uint64_t TotalBytes(const std::vector<bool>& chosen) const;
   // Without one, members may have been cut off.
   bool HasEndMark() const;
   // How many members are damaged.
@@ -93,12 +107,7 @@ class SourceArchive {
 
   const std::string& Path() const { return path; }  // the library's
   const std::string& Name() const { return name; }
-  // Valid until TakeMembers is called.
   ArchiveReader& Reader() { return *reader; }
-  // Reads all members and closes the archive.
-  std::vector<Member> TakeMembers();
-  // Without one, members may have been cut off.
-  bool HasEndMark() const { return hasEndMark; }
 
  private:
   std::filesystem::path CopyPath();
@@ -106,7 +115,6 @@ class SourceArchive {
   const std::string name;
   std::string path;
   std::optional<ArchiveReader> reader;
-  bool hasEndMark = false;
   std::optional<TemporaryFolder> copy;
 };
 
@@ -118,23 +126,5 @@ inline constexpr Option kNamePageOption = {
     "and others (default: guessed)"};
 // Call it before reading the archive.  Throws UsageError for an unknown page.
 void ChooseNamePage(const Arguments& arguments);
-
-// The members that a word of the command line selects, in the archive's order.
-//
-//   docs/a.txt   the member of this name, or of one that differs only in case
-//   docs, docs/  everything below this folder, and the folder
-//   docs/*.txt   matching names in the folder docs and all folders below it
-//
-// A name that no member has exactly selects those that differ only in case.
-std::vector<const Member*> Meant(const std::vector<Member>& members, const std::string& word);
-
-// The members that any of the words selects, or all if there are no words, without superseded and
-// excluded ones.  A name that selects nothing else selects files of that name in any folder.
-// Complains about each word that selects nothing.
-std::vector<const Member*> Choose(const std::vector<Member>& members,
-                                  const std::vector<std::string>& words, const MaskList& excludes,
-                                  const std::string& archiveName);
-
-std::uint64_t TotalBytes(const std::vector<const Member*>& members);
 
 }  // namespace kozor::program

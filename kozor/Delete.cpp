@@ -1,10 +1,18 @@
 // Delete.cpp - kozor delete: deletes members from an archive.
+#include <algorithm>
+#include <array>
+#include <string>
+#include <unordered_set>
+#include <vector>
+
 #include "Archive.h"
 #include "Commands.h"
 #include "Console.h"
 #include "Contents.h"
 #include "Failure.h"
 #include "Host.h"
+#include "SourceList.h"
+#include "WorkFolder.h"
 
 namespace kozor::program {
 
@@ -13,38 +21,62 @@ namespace {
 constexpr std::string_view kHelp =
     R"(Usage: kozor delete [OPTION]... ARCHIVE MASK...
 
-Deletes members from an LZH archive.  A MASK is the name of a member; a
-directory, with everything below it; or a name with * and ? in its last
-component, which is matched in its directory and all below.  If one MASK matches
-nothing, nothing is deleted.  An archive that loses its last member is removed.
+Deletes members from an LZH archive, all by one change.  A MASK is the name of a
+member; a directory, with everything below it; or a name with * and ? in its
+last component, which is matched in its directory and all below.  If one MASK
+matches nothing, nothing is deleted.  An archive that loses its last member is
+removed.
 )";
 
-constexpr std::array<Option, 1> kOptions = {kNamePageOption};
+constexpr std::array<Option, 2> kOptions = {{
+    {"--exclude", "MASK", "keep files and directories of this name; may be\nrepeated"},
+    kNamePageOption,
+}};
 
-// The masks for the archiver: a mask unchanged, a member's own name, or everything below a folder
-// and then the folder.
-std::vector<std::string> MasksFor(const std::string& word,
-                                  const std::vector<const Member*>& meant) {
-  std::string name = MemberName(word);
-  std::vector<std::string> masks;
-  for (const Member* member : meant) {
-    if (member->kind == MemberKind::Link) masks.push_back(member->name);
+// By position, the members that the words mean.  Throws Failure if one means nothing.
+std::vector<bool> MeantByAny(const ArchiveReader& reader, const std::vector<std::string>& words,
+                             const std::string& archiveName) {
+  std::vector<bool> all(reader.Count());
+  for (const std::string& word : words) {
+    const std::vector<bool> meant = reader.Meant(word);
+    if (std::find(meant.begin(), meant.end(), true) == meant.end()) {
+      throw Failure(Visible(word) + ": no such member in " + Visible(archiveName) +
+                    "; nothing was deleted");
+    }
+    for (std::size_t i = 0; i < all.size(); ++i) all[i] = all[i] || meant[i];
   }
-  if (HasWildcards(word)) {
-    masks.insert(masks.begin(), name);
-    return masks;
+  return all;
+}
+
+// Keeps what is excluded, and the folders above it.
+void KeepExcluded(const ArchiveReader& reader, const MaskList& excludes,
+                  std::vector<bool>& deleted) {
+  std::unordered_set<std::string> folders;
+  for (std::size_t i = 0; i < deleted.size(); ++i) {
+    const std::string name = reader.NameAt(i);
+    if (!deleted[i] || !excludes.Means(name)) continue;
+    deleted[i] = false;
+    for (std::size_t end = name.find('\\'); end != name.npos; end = name.find('\\', end + 1)) {
+      folders.insert(name.substr(0, end + 1));
+    }
   }
-  if (name.ends_with('\\')) name.pop_back();
-  bool hasFilesBelow = false;
-  for (const Member* member : meant) {
-    if (member->kind == MemberKind::Link) continue;
-    const std::size_t separator = member->kind == MemberKind::Folder ? 1 : 0;
-    const bool isMeantItself = member->name.size() == name.size() + separator;
-    if (isMeantItself) masks.push_back(member->name);
-    hasFilesBelow = hasFilesBelow || (!isMeantItself && member->kind == MemberKind::File);
+  for (std::size_t i = 0; i < deleted.size(); ++i) {
+    if (deleted[i] && folders.contains(reader.NameAt(i))) deleted[i] = false;
   }
-  if (hasFilesBelow) masks.insert(masks.begin(), name + "\\*.*");
-  return masks;
+}
+
+// The names to delete, one a line.  Shown names hold neither quotes nor line ends.
+std::string ListToDelete(const Arguments& arguments, const std::string& path,
+                         const std::string& archiveName) {
+  const ArchiveReader reader(path, archiveName);
+  std::vector<bool> deleted = MeantByAny(reader, arguments.OperandsFrom(1), archiveName);
+  const MaskList excludes(arguments.Values("--exclude"));
+  if (!excludes.Empty()) KeepExcluded(reader, excludes, deleted);
+  std::string list;
+  for (std::size_t i = 0; i < deleted.size(); ++i) {
+    if (deleted[i]) list += '"' + reader.NameAt(i) + "\"\n";
+  }
+  return list;
 }
 
 void Delete(const Arguments& arguments) {
@@ -52,26 +84,15 @@ void Delete(const Arguments& arguments) {
   const std::string& name = arguments.Operand(0, "ARCHIVE");
   arguments.Operand(1, "MASK");
   const std::string path = LibraryPath(FromUtf8(name));
-  std::vector<std::string> masks;
-  const std::vector<Member> members = ReadMembers(path, name);
-  for (const std::string& word : arguments.OperandsFrom(1)) {
-    const std::vector<const Member*> meant = Meant(members, word);
-    if (meant.empty()) {
-      throw Failure(Visible(word) + ": no such member in " + Visible(name) +
-                    "; nothing was deleted");
-    }
-    for (std::string& mask : MasksFor(word, meant)) masks.push_back(std::move(mask));
-  }
-  // One mask at a time: with several the library drops names that differ only in case.  It is no
-  // error if an earlier mask has deleted a member, or the whole archive, already.
+  const std::string list = ListToDelete(arguments, path, name);
+  if (list.empty()) return Remark(Visible(name) + ": nothing to delete");
+  const TemporaryFolder folder;
+  PassList(folder.Folder(), list);
+  // The archiver takes the names from the list.  The library wants a mask: an empty one means none.
+  ZorFind find;
+  find.AddTail("");
   Archive archive;
-  for (std::size_t i = 0; i < masks.size() && Exists(HostPath(path)); ++i) {
-    ZorFind find;
-    find.AddTail(masks[i].c_str());
-    const int deleted = archive.Delete(find, path.c_str());
-    if (i > 0 && !deleted && archive.GetError() == ZorErrorEngine800F) continue;
-    archive.Require(deleted, name + ": " + masks[i]);
-  }
+  archive.Require(archive.Delete(find, path.c_str()), name);
 }
 
 }  // namespace

@@ -1,7 +1,6 @@
 // Extract.cpp - kozor extract: unpacks members into files.
 #include <algorithm>
 #include <span>
-#include <unordered_set>
 
 #include "Archive.h"
 #include "Commands.h"
@@ -36,17 +35,19 @@ constexpr auto kOptions = Join(kDeliveryOptions, kOwnOptions);
 
 class Extraction {
  public:
-  Extraction(Delivery& target, MemberReader& source, const Arguments& arguments)
+  Extraction(Delivery& target, ArchiveReader& archive, MemberReader& source,
+             const Arguments& arguments)
       : delivery(target),
+        headers(archive),
         reader(source),
         permissions(arguments.Has("--keep-setid") ? 07777 : 0777),
         unwraps(arguments.Has("--unwrap")),
         line(target, [](const Item& item) { Mention(VisibleLibraryName(item.name)); }) {}
 
-  // Complains about members that can't be extracted.
-  void Run(const std::vector<const Member*>& members) {
+  // Extracts the members chosen by position.  Complains about those that can't be extracted.
+  void Run(const std::vector<bool>& chosen) {
     try {
-      ExtractAll(members);
+      ExtractAll(chosen);
     } catch (...) {
       line.Finish();
       throw;
@@ -56,39 +57,33 @@ class Extraction {
   }
 
  private:
-  void ExtractAll(const std::vector<const Member*>& members) {
-    CollectFolderNames(members);
-    for (const Member* member : members) {
+  void ExtractAll(const std::vector<bool>& chosen) {
+    const std::vector<bool> alsoFolders = headers.FilesNamedAsFolders(chosen);
+    for (std::size_t i = 0; i < chosen.size(); ++i) {
+      if (!chosen[i]) continue;
       StopIfAsked();
+      const Member member = headers.At(i);
       try {
-        Extract(*member);
+        // OS/2 programs stored a folder's extended attributes as a file of its name.
+        if (alsoFolders[i])
+          throw FileFailure("not extracted: the archive has a folder of this name");
+        Extract(i, member);
       } catch (const FileFailure& failure) {
-        Complain(VisibleLibraryName(member->name) + ": " + failure.what());
+        Complain(VisibleLibraryName(member.name) + ": " + failure.what());
       }
     }
   }
 
-  // The folders that the names of members lead through.
-  void CollectFolderNames(const std::vector<const Member*>& members) {
-    for (const Member* member : members) {
-      std::string_view name = member->name;
-      for (std::size_t end = name.rfind('\\'); end != name.npos && end != 0;
-           end = name.rfind('\\', end - 1)) {
-        if (!folderNames.insert(name.substr(0, end)).second) break;
-      }
-    }
-  }
-
-  void Extract(const Member& member) {
+  void Extract(std::size_t position, const Member& member) {
     switch (member.kind) {
       case MemberKind::File:
         return ExtractFile(member);
       case MemberKind::Folder:
         delivery.MakeFolder(member.name);
-        folders.push_back(&member);
+        folders.push_back(position);
         return;
       case MemberKind::Link:
-        links.push_back(&member);
+        links.push_back(position);
         return;
       case MemberKind::Nameless:
         // Old UNIX programs lost the names of folders.
@@ -101,10 +96,6 @@ class Extraction {
 
   void ExtractFile(const Member& member) {
     RequireUnpackable(member);
-    // OS/2 programs stored a folder's extended attributes as a file of its name.
-    if (folderNames.contains(member.name)) {
-      throw FileFailure("not extracted: the archive has a folder of this name");
-    }
     if (!unwraps) {
       return MakeFile(member, member.size,
                       [&](std::span<unsigned char> target) { reader.Unpack(member, target); });
@@ -129,27 +120,28 @@ class Extraction {
   // Links come last, so that no file of the archive is written through one.  Folders get their
   // times and modes after their contents.
   void Finish() {
-    for (const Member* link : links) {
+    for (const std::size_t position : links) {
+      const Member link = headers.At(position);
       try {
-        delivery.MakeLink({link->name, 0, link->Seconds()}, link->linkTarget, link->lastWrite);
+        delivery.MakeLink({link.name, 0, link.Seconds()}, link.linkTarget, link.lastWrite);
       } catch (const FileFailure& failure) {
-        Complain(VisibleLibraryName(link->name) + ": " + failure.what());
+        Complain(VisibleLibraryName(link.name) + ": " + failure.what());
       }
     }
-    for (auto folder = folders.rbegin(); folder != folders.rend(); ++folder) {
-      delivery.FinishFolder((*folder)->name, (*folder)->unixMode & permissions,
-                            (*folder)->lastWrite);
+    for (auto position = folders.rbegin(); position != folders.rend(); ++position) {
+      const Member folder = headers.At(*position);
+      delivery.FinishFolder(folder.name, folder.unixMode & permissions, folder.lastWrite);
     }
   }
 
   Delivery& delivery;
+  ArchiveReader& headers;
   MemberReader& reader;
   const unsigned int permissions;  // the bits of a mode that are extracted
   const bool unwraps;
-  ScratchMemory scratch;  // for members to unwrap
-  std::unordered_set<std::string_view> folderNames;
-  std::vector<const Member*> folders;
-  std::vector<const Member*> links;
+  ScratchMemory scratch;             // for members to unwrap
+  std::vector<std::size_t> folders;  // positions
+  std::vector<std::size_t> links;
   DeliveryLine line;
 };
 
@@ -157,12 +149,12 @@ void Extract(const Arguments& arguments) {
   const DeliveryRules rules = ReadDeliveryRules(arguments);
   ChooseNamePage(arguments);
   SourceArchive archive(arguments.Operand(0, "ARCHIVE"));
-  const std::vector<Member> all = archive.TakeMembers();
-  const std::vector<const Member*> members = Choose(
-      all, arguments.OperandsFrom(1), MaskList(arguments.Values("--exclude")), archive.Name());
+  ArchiveReader& headers = archive.Reader();
+  const std::vector<bool> chosen =
+      headers.Choose(arguments.OperandsFrom(1), MaskList(arguments.Values("--exclude")));
   Delivery delivery(AbsolutePath(arguments.Value("-d", ".")), rules);
-  MemberReader reader(archive.Path(), archive.Name(), TotalBytes(members));
-  Extraction(delivery, reader, arguments).Run(members);
+  MemberReader reader(archive.Path(), archive.Name(), headers.TotalBytes(chosen));
+  Extraction(delivery, headers, reader, arguments).Run(chosen);
 }
 
 }  // namespace

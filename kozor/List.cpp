@@ -155,12 +155,10 @@ class JsonPrinter {
 
 template <typename MemberPrinter>
 void PrintAll(ArchiveReader& reader, const Arguments& arguments, MemberPrinter printer) {
-  const MaskList excludes(arguments.Values("--exclude"));
-  const std::vector<bool> chosen = reader.Choose(arguments.OperandsFrom(1));
-  for (std::size_t i = 0; i < reader.Count(); ++i) {
-    if (!chosen[i]) continue;
-    const Member member = reader.At(i);
-    if (!member.superseded && !excludes.Means(member.name)) printer.Print(member);
+  const std::vector<bool> chosen =
+      reader.Choose(arguments.OperandsFrom(1), MaskList(arguments.Values("--exclude")));
+  for (std::size_t i = 0; i < chosen.size(); ++i) {
+    if (chosen[i]) printer.Print(reader.At(i));
   }
   printer.Finish();
 }

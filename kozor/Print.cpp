@@ -41,23 +41,25 @@ SourceArchive OpenArchive(const Arguments& arguments) {
 // verified.
 template <typename Whole>
 std::size_t UnpackEach(SourceArchive& archive, const Arguments& arguments, Whole whole) {
-  const std::vector<Member> all = archive.TakeMembers();
-  const std::vector<const Member*> members = Choose(
-      all, arguments.OperandsFrom(1), MaskList(arguments.Values("--exclude")), archive.Name());
-  MemberReader reader(archive.Path(), archive.Name(), TotalBytes(members));
+  ArchiveReader& headers = archive.Reader();
+  const std::vector<bool> chosen =
+      headers.Choose(arguments.OperandsFrom(1), MaskList(arguments.Values("--exclude")));
+  MemberReader reader(archive.Path(), archive.Name(), headers.TotalBytes(chosen));
   ScratchMemory scratch;
   std::size_t good = 0;
-  for (const Member* member : members) {
+  for (std::size_t i = 0; i < chosen.size(); ++i) {
+    if (!chosen[i]) continue;
     StopIfAsked();
-    if (member->kind != MemberKind::File) continue;
+    const Member member = headers.At(i);
+    if (member.kind != MemberKind::File) continue;
     try {
-      RequireUnpackable(*member);
-      const std::span<unsigned char> contents = scratch.Get(member->size);
-      reader.Unpack(*member, contents);
-      whole(*member, contents);
+      RequireUnpackable(member);
+      const std::span<unsigned char> contents = scratch.Get(member.size);
+      reader.Unpack(member, contents);
+      whole(member, contents);
       ++good;
     } catch (const FileFailure& failure) {
-      Complain(Visible(archive.Name()) + ": " + VisibleLibraryName(member->name) + ": " +
+      Complain(Visible(archive.Name()) + ": " + VisibleLibraryName(member.name) + ": " +
                failure.what());
     }
   }
@@ -83,7 +85,7 @@ void Test(const Arguments& arguments) {
   HideProgress();
   PrintLine(std::to_string(good) + (good == 1 ? " file" : " files") + " OK" +
             (bad > 0 ? ", " + std::to_string(bad) + " not" : ""));
-  if (!archive.HasEndMark()) {
+  if (!archive.Reader().HasEndMark()) {
     Complain(Visible(archive.Name()) +
              ": no end mark; the archive may have been cut, and further members lost");
   }

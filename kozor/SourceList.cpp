@@ -17,8 +17,6 @@ namespace kozor::program {
 
 namespace {
 
-constexpr const char* kListName = "sources";
-
 struct Unload {
   void operator()(HMODULE module) const { FreeLibrary(module); }
 };
@@ -60,13 +58,18 @@ void SourceList::Pass(const std::string& workDirectory) {
     const Descriptor directory = OpenDirectory(parent);
     if (!directory.IsOpen()) FailBySystem();
     folder.emplace(directory.Number());
-    Descriptor list = CreateNewFile(folder->Directory(), kListName);
-    WriteAll(list.Number(), std::as_bytes(std::span(text)));
-    if (!list.Finish()) FailBySystem();
+    PassList(*folder, text);
   } catch (const FileFailure& failure) {
     throw Failure(Visible(parent.string()) + ": " + failure.what());
   }
-  AddPackingSwitch("-with" + folder->Name() + '\\' + kListName);
+}
+
+void PassList(const WorkFolder& folder, std::string_view text) {
+  constexpr const char* kListName = "names";
+  Descriptor list = CreateNewFile(folder.Directory(), kListName);
+  WriteAll(list.Number(), std::as_bytes(std::span(text)));
+  if (!list.Finish()) FailBySystem();
+  AddPackingSwitch("\"-with" + folder.LibraryPathOf(kListName) + '"');
 }
 
 void AddListOnly(const std::string& archive, const std::string& workDirectory,

@@ -8,6 +8,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "WorkFolder.h"
@@ -33,6 +34,10 @@ class SourceList {
   std::string lastBase;
   std::optional<WorkFolder> folder;
 };
+
+// Writes a list of names, one a line, into a new file in `folder`, and makes it part of the next
+// line of the archiver.  Throws FileFailure.
+void PassList(const WorkFolder& folder, std::string_view text);
 
 // Runs a line that adds only what the passed list names, for a list without files.  `archive` and
 // `workDirectory` are library paths, `name` is the archive as the user gave it.  Throws Failure,

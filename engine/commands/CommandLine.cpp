@@ -82,7 +82,7 @@ void ApplyCommonSwitch(const std::string& word, CommandLine& line) {
 
 void ApplyDefaultSwitch(const std::string& word, CommandLine& line) {
   constexpr std::string_view kWith = "-with";
-  if (word.starts_with(kWith)) line.sourceList = word.substr(kWith.size());
+  if (word.starts_with(kWith)) line.nameList = word.substr(kWith.size());
   ApplyCommonSwitch(word, line);
 }
 
@@ -147,7 +147,7 @@ CommandLine ParseCommand(std::string_view text) {
   if (words.empty()) throw Failure(ResultCode::UnknownCommand);
   CommandLine line = ParseArguments(words.begin() + 1, words.end());
   line.command = CommandOf(words.front().text, line);
-  const bool hasList = line.command == Command::Add && !line.sourceList.empty();
+  const bool hasList = line.command == Command::Add && !line.nameList.empty();
   RequireNames(line, line.command == Command::MakeProgram || hasList ? 0 : 1);
   return line;
 }

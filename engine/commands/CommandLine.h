@@ -34,7 +34,7 @@ struct CommandLine {
   std::string archive;
   std::vector<Operand> operands;  // words after the archive
   std::string workDirectory;      // for temporaries, ends in a separator; empty: beside the archive
-  std::string sourceList;         // -with: a file in that directory; empty: none
+  std::string nameList;           // -with: a file, by default in that directory; empty: none
   PackSettings packing;
   bool isDirectoryMode = false;  // -d1
   bool makesProgram = false;     // -gw4
@@ -50,7 +50,7 @@ struct CommandLine {
 
 // Parses a line of Unlha, with a command.  Throws ResultCode::UnknownCommand, and
 // ResultCode::NoFileName if the archive or the files that the command needs are missing.  An `a`
-// line with a source list needs no files.
+// line with a list of names needs no files.
 CommandLine ParseCommand(std::string_view line);
 
 // Parses a line of the memory calls, which names an archive and one member.  Throws

@@ -6,6 +6,7 @@
 #include "engine/commands/Archiver.h"
 #include "engine/container/Failure.h"
 #include "engine/container/MemberSearch.h"
+#include "engine/container/Path.h"
 
 namespace kozor::commands {
 namespace {
@@ -30,10 +31,19 @@ void SelectByWord(const std::string& word, ArchiveChange& change) {
   if (position) change.Remove(*position);
 }
 
+// Names in a list are exact, and none is a mask.
+void SelectListed(const std::string& path, ArchiveChange& change) {
+  const container::ArchiveIndex& index = change.Index();
+  for (const std::string& name : ReadResponseFile(path)) {
+    if (const auto position = index.FindExactly(name)) change.Remove(*position);
+    if (const auto position = index.FindLink(name)) change.Remove(*position);
+  }
+}
+
 // An archive may hold several members of one name, of which a look-up finds only the last.
 void SelectOlderOnes(ArchiveChange& change) {
   const auto& members = change.Index().Members();
-  std::unordered_set<std::string_view> names;
+  std::unordered_set<std::string> names;
   for (std::size_t i = 0; i < members.size(); ++i) {
     if (change.IsRemoved(i)) names.insert(members.NameAt(i));
   }
@@ -49,6 +59,9 @@ void Archiver::Delete(const CommandLine& line, const ProgressListener& listener)
   ArchiveChange change(indexes, line);
   if (change.IsNew()) throw Failure(ResultCode::ArchiveNotFound);
   for (const Operand& operand : line.operands) SelectByWord(operand.text, change);
+  if (!line.nameList.empty()) {
+    SelectListed(container::PathFrom(line.workDirectory, line.nameList), change);
+  }
   SelectOlderOnes(change);
 
   if (!change.LeavesMembers()) {

@@ -23,13 +23,9 @@ namespace {
 
 using container::Failure;
 using container::FileStamp;
+using container::PathFrom;
 using container::PathOf;
 using container::ResultCode;
-
-// A name relative to a base directory, unless it has a root.
-std::string PathFrom(const std::string& base, const std::string& name) {
-  return PathOf(name).IsRooted() ? name : base + name;
-}
 
 // A directory search, closed by the destructor.
 class DirectorySearch {
@@ -318,14 +314,14 @@ ResultCode SourceFailureCode() {
 std::vector<Source> SelectSources(const CommandLine& line) {
   std::vector<Operand> words = line.operands;
   std::erase_if(words, [](const Operand& word) { return word.text.empty(); });
-  if (words.empty() && line.sourceList.empty()) throw Failure(ResultCode::NoFileName);
+  if (words.empty() && line.nameList.empty()) throw Failure(ResultCode::NoFileName);
   Selection selection(line, GetACP());
   if (line.isDirectoryMode) {
     SelectTrees(words, selection);
   } else if (!words.empty()) {
     SelectNames(std::move(words), selection);
   }
-  if (!line.sourceList.empty()) selection.AddListed(line.workDirectory + line.sourceList);
+  if (!line.nameList.empty()) selection.AddListed(PathFrom(line.workDirectory, line.nameList));
   return selection.Finish();
 }
 

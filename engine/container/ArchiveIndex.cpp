@@ -201,7 +201,7 @@ std::size_t ArchiveIndex::KeyHashAt(std::uint32_t position) const {
 }
 
 void ArchiveIndex::EnterName(std::uint32_t position) {
-  const std::string_view name = members.NameAt(position);
+  const std::string name = members.NameAt(position);
   const auto hasName = [&](std::uint32_t at) { return members.NameAt(at) == name; };
   const auto nameHashAt = [this](std::uint32_t at) { return NameHash(members.NameAt(at)); };
   if (members.KindAt(position) == MemberKind::Unlisted) {
@@ -232,7 +232,7 @@ bool ArchiveIndex::HasKey(std::string_view name) const {
 // gets a mark: "__.txt", "__.txt~40517"; `uses` counts those that would have got this mark.
 void ArchiveIndex::MakeNameUnique(const Altered& member, std::size_t& uses) {
   if (members.KindAt(member.position) != MemberKind::File) return;
-  const std::string name(members.NameAt(member.position));
+  const std::string name = members.NameAt(member.position);
   if (!HasKey(name)) return;
   std::string marked;
   do {

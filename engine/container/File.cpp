@@ -38,6 +38,8 @@ OpenArguments ArgumentsOf(File::Mode mode) {
       return {GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ, OPEN_EXISTING};
     case File::Mode::Alone:
       return {GENERIC_READ | GENERIC_WRITE, 0, OPEN_EXISTING};
+    case File::Mode::Scratch:
+      return {GENERIC_READ | GENERIC_WRITE, kShareAll, CREATE_NEW, FILE_ATTRIBUTE_TEMPORARY};
     case File::Mode::CreateNew:
       break;
   }

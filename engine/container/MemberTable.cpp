@@ -10,8 +10,9 @@
 namespace kozor::container {
 namespace {
 
-constexpr std::size_t kBlockBytes = 64 << 10;
-constexpr std::size_t kMaxBlocks = 64 << 10;  // so that a place has 32 bits
+constexpr std::size_t kBlockBytes = BlockFile::kBlockBytes;
+constexpr std::size_t kBlocksInMemory = (4 << 20) / kBlockBytes;
+constexpr std::size_t kMaxBlocks = 1 << 20;  // so that a place has 32 bits
 constexpr std::size_t kFixedBytes = 11;
 constexpr std::size_t kMaxNumberBytes = 10;
 constexpr std::size_t kMaxNumbers = 6;
@@ -40,6 +41,7 @@ class RecordReader {
  public:
   explicit RecordReader(const std::uint8_t* record) : next(record) {}
 
+  void Skip(std::size_t bytes) { next += bytes; }
   std::uint8_t Byte() { return *next++; }
   std::uint64_t Number() {
     std::uint64_t value = 0;
@@ -79,19 +81,7 @@ LastWrite TimeOf(std::uint64_t number, unsigned signs) {
   return LastWrite(words);
 }
 
-}  // namespace
-
-const std::uint8_t* MemberTable::RecordAt(std::size_t position) const {
-  const std::uint32_t place = places[position];
-  return &blocks[place / kBlockBytes][place % kBlockBytes];
-}
-
-MemberKind MemberTable::KindAt(std::size_t position) const {
-  return static_cast<MemberKind>(*RecordAt(position) & kKindBits);
-}
-
-Member MemberTable::operator[](std::size_t position) const {
-  RecordReader record(RecordAt(position));
+Member ReadMember(RecordReader record) {
   Member member;
   const unsigned signs = record.Byte();
   member.kind = static_cast<MemberKind>(signs & kKindBits);
@@ -114,24 +104,54 @@ Member MemberTable::operator[](std::size_t position) const {
   return member;
 }
 
-std::string_view MemberTable::NameAt(std::size_t position) const {
-  RecordReader record(RecordAt(position) + kFixedBytes);
-  const auto nameBytes = static_cast<std::size_t>(record.Number());
-  for (std::size_t i = 1; i < kMaxNumbers; ++i) record.Number();
-  return record.Text(nameBytes);
+}  // namespace
+
+template <typename Use>
+auto MemberTable::WithRecord(std::size_t position, Use use) const {
+  const std::uint32_t place = places[position];
+  const Block& block = blocks[place / kBlockBytes];
+  if (!block.stored) return use(RecordReader(&block.bytes[place % kBlockBytes]));
+  const BlockFile::Pinned pinned = file->Pin(*block.stored, block.size);
+  return use(RecordReader(&pinned.Bytes()[place % kBlockBytes]));
+}
+
+MemberKind MemberTable::KindAt(std::size_t position) const {
+  return WithRecord(position, [](RecordReader record) {
+    return static_cast<MemberKind>(record.Byte() & kKindBits);
+  });
+}
+
+Member MemberTable::operator[](std::size_t position) const {
+  return WithRecord(position, ReadMember);
+}
+
+std::string MemberTable::NameAt(std::size_t position) const {
+  return WithRecord(position, [](RecordReader record) {
+    record.Skip(kFixedBytes);
+    const auto nameBytes = static_cast<std::size_t>(record.Number());
+    for (std::size_t i = 1; i < kMaxNumbers; ++i) record.Number();
+    return std::string(record.Text(nameBytes));
+  });
+}
+
+// The last block is always in memory.
+void MemberTable::BeginBlock() {
+  if (blocks.size() == kMaxBlocks) throw Failure(ResultCode::NotEnoughMemory);
+  blocks.emplace_back().bytes.reserve(kBlockBytes);
+  if (blocks.size() <= kBlocksInMemory) return;
+  if (!file) file = std::make_shared<BlockFile>();
+  Block& full = blocks[blocks.size() - 2];
+  full.stored = file->Store(full.bytes);
+  if (full.stored) std::vector<std::uint8_t>().swap(full.bytes);
 }
 
 std::uint32_t MemberTable::Store(const Member& member) {
   const std::size_t most = kFixedBytes + kMaxNumbers * kMaxNumberBytes + member.name.size();
-  if (blocks.empty() || blocks.back().size() + most > kBlockBytes) {
-    if (blocks.size() == kMaxBlocks || most > kBlockBytes) {
-      throw Failure(ResultCode::NotEnoughMemory);
-    }
-    blocks.emplace_back();
-  }
-  std::vector<std::uint8_t>& block = blocks.back();
-  const std::size_t place = (blocks.size() - 1) * kBlockBytes + block.size();
-  RecordWriter record(block);
+  if (most > kBlockBytes) throw Failure(ResultCode::NotEnoughMemory);
+  if (blocks.empty() || blocks.back().size + most > kBlockBytes) BeginBlock();
+  Block& block = blocks.back();
+  const std::size_t place = (blocks.size() - 1) * kBlockBytes + block.size;
+  RecordWriter record(block.bytes);
   unsigned signs = static_cast<unsigned>(member.kind) | (member.crc ? kHasCrc : 0);
   const std::uint64_t time = TimeNumber(member.lastWrite, signs);
   record.Byte(signs);
@@ -146,7 +166,8 @@ std::uint32_t MemberTable::Store(const Member& member) {
                                      member.packedBytes, member.originalBytes, time}) {
     record.Number(number);
   }
-  block.insert(block.end(), member.name.begin(), member.name.end());
+  block.bytes.insert(block.bytes.end(), member.name.begin(), member.name.end());
+  block.size = block.bytes.size();
   return static_cast<std::uint32_t>(place);
 }
 
@@ -165,7 +186,14 @@ void MemberTable::Cut(std::size_t count) {
   const std::uint32_t place = places[count];
   places.resize(count);
   blocks.resize(place / kBlockBytes + 1);
-  blocks.back().resize(place % kBlockBytes);
+  Block& last = blocks.back();
+  if (last.stored) {
+    const BlockFile::Pinned pinned = file->Pin(*last.stored, last.size);
+    last.bytes.assign(pinned.Bytes().begin(), pinned.Bytes().end());
+    last.stored.reset();
+  }
+  last.size = place % kBlockBytes;
+  last.bytes.resize(last.size);
 }
 
 }  // namespace kozor::container

@@ -18,4 +18,9 @@ inline std::string FolderOf(std::string_view path) {
   return std::string(PathOf(path).Folder());
 }
 
+// A name relative to a base directory, unless it has a root.
+inline std::string PathFrom(const std::string& base, const std::string& name) {
+  return PathOf(name).IsRooted() ? name : base + name;
+}
+
 }  // namespace kozor::container

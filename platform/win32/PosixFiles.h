@@ -111,6 +111,7 @@ ZOR_PLATFORM_API int WINAPI FindClose(HANDLE find);
 
 // Buffer functions return the length without the terminator, or the size needed with it if `bytes`
 // is too small, or 0 on failure.
+ZOR_PLATFORM_API DWORD WINAPI GetTempPathA(DWORD bytes, LPSTR buffer);
 ZOR_PLATFORM_API DWORD WINAPI GetCurrentDirectoryA(DWORD bytes, LPSTR buffer);
 ZOR_PLATFORM_API DWORD WINAPI GetFullPathNameA(LPCSTR name, DWORD bytes, LPSTR buffer,
                                                LPSTR* filePart);

@@ -7,6 +7,7 @@
 #include "engine/container/Failure.h"
 #include "engine/container/MemberName.h"
 #include "tests/engine/RawArchive.h"
+#include "tests/support/Host.h"
 
 namespace kozor::container {
 namespace {
@@ -102,6 +103,37 @@ TEST(EngineArchiveIndex, DamageCostsOneMemberAndIsListed) {
         EXPECT_EQ(index.Members()[i].fault.has_value(), i == 1);
       }
       EXPECT_TRUE(index.Find("fourth"));
+    }
+  }
+}
+
+// Beyond some megabytes the table of members is in a file, or in memory if there can't be one.
+TEST(EngineArchiveIndex, LargeTablesAreTheSameInAFileAndInMemory) {
+  constexpr std::size_t kCount = 40'000;
+  const auto nameOf = [](std::size_t i) { return std::string(180, 'n') + std::to_string(i); };
+  std::vector<RawMember> members(kCount, {.level = 0});
+  for (std::size_t i = 0; i < kCount; ++i) members[i].name = nameOf(i);
+  const Bytes bytes = RawArchive(members);
+  const Bytes more = RawArchive({{.name = "last"}});
+  MemorySource source(bytes);
+  const Bytes longer = Join({Bytes(bytes.begin(), bytes.end() - 1), more});
+  MemorySource appended(longer);
+  for (const char* temporaries :
+       {"/there/is/no/such/directory", static_cast<const char*>(nullptr)}) {
+    test::SetEnvironment("TMPDIR", temporaries);
+    const ArchiveIndex index(source, 932);
+    ArchiveIndex copy = index;
+    copy.ReadOn(appended);
+    ASSERT_EQ(copy.Members().size(), kCount + 1);
+    EXPECT_EQ(copy.Find("last"), kCount);
+    for (std::size_t step = 0; step < kCount; ++step) {
+      const std::size_t i = step * 7919 % kCount;
+      const Member member = index.Members()[i];
+      ASSERT_EQ(member.name, nameOf(i));
+      ASSERT_EQ(copy.Members()[i].offset, member.offset);
+      if (step % 100 == 0) {
+        ASSERT_EQ(index.Find(nameOf(i)), i);
+      }
     }
   }
 }

@@ -330,7 +330,7 @@ constexpr Row kRows[] = {
     {"AppendTree", "add a.lzh --dir ../more --overwrite", "old"},
     {"InWorkDirectory", "add --overwrite --work-dir ../memory a.lzh -C ../more .", "old"},
     {"MakeProgram", "add --sfx a.lzh -C ../more d.txt", "old"},
-    {"Delete", "delete a.lzh b.bin", "old"},
+    {"Delete", "delete a.lzh b.bin a.txt", "old"},
     {"DeleteAll", "delete a.lzh *.*", "old"},
     {"Extract", "extract --force ../old/a.lzh -d out", "out", true},
     {"Backup", "backup --id 7 --volume-size 100K v-#.vol -C ../src .", nullptr},

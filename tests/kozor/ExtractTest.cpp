@@ -307,6 +307,14 @@ TEST_F(KozorExtract, DeletesWhatIsNamedAndNothingElse) {
   EXPECT_THAT(Members("a.lzh"), ElementsAre("sub/a.txt", "sub/deep/", "sub/"));
   MustRun({"delete", "a.lzh", "sub/"});
   EXPECT_FALSE(folder.Exists("a.lzh"));
+
+  MakeArchive();
+  MustRun({"delete", "a.lzh", "--exclude", "deep", "*"});
+  EXPECT_THAT(Members("a.lzh"), ElementsAre("sub/deep/c.c", "sub/deep/", "sub/"));
+  folder.WriteFile("a.lzh",
+                   RawArchive({Member("ab", "1"), Member(" a", "2"), Member("a\"\nb", "3")}));
+  MustRun({"delete", "a.lzh", " a", "a__b"});
+  EXPECT_THAT(Members("a.lzh"), ElementsAre("ab"));
 }
 
 }  // namespace

@@ -1,9 +1,10 @@
-// PathApi.cpp - calls that return a path: the process's directory, full paths, and conversions of
-// host paths.
+// PathApi.cpp - calls that return a path: the process's directory and that for temporaries, full
+// paths, and conversions of host paths.
 #include <unistd.h>
 
 #include <array>
 #include <climits>
+#include <cstdlib>
 #include <cstring>
 
 #include "platform/win32/AnsiPath.h"
@@ -53,6 +54,11 @@ std::optional<std::string> FullPath(LPCSTR name) {
   return full;
 }
 
+std::string TemporaryDirectory() {
+  const char* const chosen = std::getenv("TMPDIR");
+  return chosen != nullptr && *chosen == '/' ? chosen : "/tmp";
+}
+
 // Converts a relative host path to a library path; returns false if a component can't be expressed.
 bool RelativeToLibrary(std::string_view hostPath, std::string& path) {
   std::string name;
@@ -65,6 +71,12 @@ bool RelativeToLibrary(std::string_view hostPath, std::string& path) {
 }
 
 }  // namespace
+
+DWORD WINAPI GetTempPathA(DWORD bytes, LPSTR buffer) {
+  std::optional<std::string> path = ToLibraryPath(TemporaryDirectory());
+  if (path && !path->ends_with('\\')) *path += '\\';
+  return GiveText(path, bytes, buffer);
+}
 
 DWORD WINAPI GetFinalPathNameByHandleA(HANDLE handle, LPSTR path, DWORD bytes, DWORD flags) {
   if (flags != 0) return static_cast<DWORD>(Fail(ERROR_INVALID_PARAMETER));
