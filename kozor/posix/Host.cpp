@@ -2,6 +2,7 @@
 #include "kozor/Host.h"
 
 #include <dirent.h>
+#include <fcntl.h>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -64,6 +65,18 @@ std::string ReadingProblem(const fs::path& path) {
     errno = error;
   }
   return errno == 0 ? "" : "can't read the directory: " + HostErrorText(errno);
+}
+
+// Whether a file has contents beyond its size, as those of /proc, which all have the size 0.  The
+// library stores as many bytes as the size says.
+bool HasContentsBeyondSize(const fs::path& path) {
+  const int file = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+  if (file < 0) return false;
+  char byte = 0;
+  struct stat info {};
+  const bool hasContents = read(file, &byte, 1) == 1 && fstat(file, &info) == 0;
+  close(file);
+  return hasContents && info.st_size == 0;  // else it has grown since
 }
 
 // `path` is absolute and contains no link.
@@ -175,6 +188,8 @@ FileState Inspect(const fs::path& path) {
     state.problem = "permission denied";
   } else if (state.isDirectory) {
     state.problem = ReadingProblem(path);
+  } else if (info.st_size == 0 && HasContentsBeyondSize(path)) {
+    state.problem = "its size is 0, but it has contents";
   }
   state.isRefused = !state.problem.empty();
   return state;
