@@ -85,19 +85,25 @@ std::vector<fs::path> InputsIn(const fs::path& path) {
 
 #ifdef KOZOR_MUTATOR
 
+void WriteInput(const fs::path& path, const Bytes& input) {
+  std::ofstream(path, std::ios::binary)
+      .write(reinterpret_cast<const char*>(input.data()),
+             static_cast<std::streamsize>(input.size()));
+}
+
 // Runs this many inputs, each changed several times and sometimes crossed.  The current one is kept
-// in the file "mutated-input", in case it ends the program.
-void RunMutations(const std::vector<Bytes>& seeds, unsigned long count, unsigned seed) {
+// in the file "mutated-input", in case it ends the program.  With a folder they are only written
+// there, by their numbers.
+void RunMutations(const std::vector<Bytes>& seeds, unsigned long count, unsigned seed,
+                  const fs::path& folder) {
   kozor::fuzz::Dice dice(seed);
   for (unsigned long i = 0; i < count;) {
     Bytes input = dice.OneOf(seeds);
     for (std::size_t left = dice.Below(8) + 1; left != 0 && i < count; --left, ++i) {
       input = dice.OneIn(6) ? CrossOver(input, dice.OneOf(seeds), dice) : Mutate(input, dice);
       input.resize(std::min<std::size_t>(input.size(), 8192));
-      std::ofstream("mutated-input", std::ios::binary)
-          .write(reinterpret_cast<const char*>(input.data()),
-                 static_cast<std::streamsize>(input.size()));
-      kozor::fuzz::RunWithinBounds(input);
+      WriteInput(folder.empty() ? "mutated-input" : folder / std::to_string(i), input);
+      if (folder.empty()) kozor::fuzz::RunWithinBounds(input);
       if (i % 10000 == 9999) std::printf("%lu mutations\n", i + 1), std::fflush(stdout);
     }
   }
@@ -107,7 +113,7 @@ void RunMutations(const std::vector<Bytes>& seeds, unsigned long count, unsigned
 
 #else
 
-void RunMutations(const std::vector<Bytes>&, unsigned long, unsigned) {
+void RunMutations(const std::vector<Bytes>&, unsigned long, unsigned, const fs::path&) {
   std::puts("no mutator");
 }
 
@@ -115,16 +121,19 @@ void RunMutations(const std::vector<Bytes>&, unsigned long, unsigned) {
 
 }  // namespace
 
-// Inputs, and folders of them; then, if wanted, -mutations=COUNT and -seed=NUMBER.
+// Inputs, and folders of them; then, if wanted, -mutations=COUNT, -seed=NUMBER and -write=FOLDER.
 int main(int argc, char** argv) {
   std::vector<Bytes> inputs;
   unsigned long mutations = 0;
   unsigned seed = 1;
+  fs::path folder;
   for (const std::string argument : std::span(argv, static_cast<std::size_t>(argc)).subspan(1)) {
     if (argument.starts_with("-mutations=")) {
       mutations = std::stoul(argument.substr(11));
     } else if (argument.starts_with("-seed=")) {
       seed = static_cast<unsigned>(std::stoul(argument.substr(6)));
+    } else if (argument.starts_with("-write=")) {
+      folder = argument.substr(7);
     } else {
       for (const fs::path& path : InputsIn(argument)) {
         std::printf("%s\n", path.string().c_str());
@@ -136,7 +145,7 @@ int main(int argc, char** argv) {
   }
   std::printf("%zu inputs\n", inputs.size());
   if (inputs.empty()) return 1;
-  if (mutations != 0) RunMutations(inputs, mutations, seed);
+  if (mutations != 0) RunMutations(inputs, mutations, seed, folder);
   return 0;
 }
 
