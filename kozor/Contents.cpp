@@ -271,8 +271,8 @@ std::vector<bool> ArchiveReader::FilesNamedAsFolders(const std::vector<bool>& ch
     const auto differs = std::mismatch(member.begin(), member.end(), before.begin(), before.end());
     auto end = static_cast<std::size_t>(differs.first - member.begin());
     while ((end = member.find('\\', end)) != member.npos) {
-      const auto file = opened->index.FindExactly(std::string_view(member).substr(0, end++));
-      if (file && members.KindAt(*file) == container::MemberKind::File) found[*file] = true;
+      const auto known = opened->index.FindExactly(std::string_view(member).substr(0, end++));
+      if (known && members.KindAt(*known) == container::MemberKind::File) found[*known] = true;
     }
     before = member;
   }

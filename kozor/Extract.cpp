@@ -65,8 +65,9 @@ class Extraction {
       const Member member = headers.At(i);
       try {
         // OS/2 programs stored a folder's extended attributes as a file of its name.
-        if (alsoFolders[i])
+        if (alsoFolders[i]) {
           throw FileFailure("not extracted: the archive has a folder of this name");
+        }
         Extract(i, member);
       } catch (const FileFailure& failure) {
         Complain(VisibleLibraryName(member.name) + ": " + failure.what());
