@@ -77,9 +77,6 @@ bool CanDecode(Method method);
 // method that Decode doesn't know.
 std::uint64_t MostUnpackedBytes(Method method, std::uint64_t packedBytes);
 
-// Whether there is an encoder for the method.
-bool CanEncode(Method method);
-
 // The encoder's levels, from the fastest to the one that packs best.  Up to level 6 parsing is
 // lazy, from 7 on near-optimal.  docs/performance.md has figures.
 inline constexpr int kFastestLevel = 1;
@@ -100,11 +97,9 @@ class Lh1Encoder;
 //   encoder.Finish(packed);
 class Encoder {
  public:
-  // Throws std::invalid_argument unless CanEncode(method) and the level is in range.
+  // Throws std::invalid_argument for another method or a level out of range.
   explicit Encoder(Method method, int level = kDefaultLevel);
   ~Encoder();
-  Encoder(Encoder&&) noexcept;
-  Encoder& operator=(Encoder&&) noexcept;
 
   void Append(std::span<const std::uint8_t> data, std::vector<std::uint8_t>& packed);
   // Writes the remaining bits and pads the last byte.  The encoder is then ready for another member
@@ -139,8 +134,6 @@ class SegmentEncoder {
   // Like Encoder, for methods with HistoryBytes.
   explicit SegmentEncoder(Method method, int level = kDefaultLevel);
   ~SegmentEncoder();
-  SegmentEncoder(SegmentEncoder&&) noexcept;
-  SegmentEncoder& operator=(SegmentEncoder&&) noexcept;
 
   // Appends the bits of the segment from `begin` to the end of `data`.  The bytes before it are its
   // history; only the last HistoryBytes are used.

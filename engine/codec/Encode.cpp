@@ -102,8 +102,6 @@ SegmentEncoder::SegmentEncoder(Method method, int level) {
   state = std::make_unique<State>(method, level);
 }
 SegmentEncoder::~SegmentEncoder() = default;
-SegmentEncoder::SegmentEncoder(SegmentEncoder&&) noexcept = default;
-SegmentEncoder& SegmentEncoder::operator=(SegmentEncoder&&) noexcept = default;
 
 void SegmentEncoder::Encode(std::span<const std::uint8_t> data, std::size_t begin,
                             SegmentPlace place, BitWriter& packed) {
@@ -156,8 +154,6 @@ Encoder::Encoder(Method method, int level) {
   }
 }
 Encoder::~Encoder() = default;
-Encoder::Encoder(Encoder&&) noexcept = default;
-Encoder& Encoder::operator=(Encoder&&) noexcept = default;
 
 // A full segment is packed only when more data comes, because the last one is treated differently.
 void Encoder::Append(std::span<const std::uint8_t> data, std::vector<std::uint8_t>& packed) {
@@ -179,10 +175,6 @@ void Encoder::Finish(std::vector<std::uint8_t>& packed) {
   state->EncodeSegment(SegmentPlace::Last, packed);
   state->buffer.clear();
   state->begin = 0;
-}
-
-bool CanEncode(Method method) {
-  return method == Method::Lh1 || FindWritten(method) != nullptr;
 }
 
 std::size_t HistoryBytes(Method method) {

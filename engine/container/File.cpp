@@ -78,12 +78,6 @@ bool RepeatWhileShared(const std::function<bool()>& call) {
 File::File(File&& other) noexcept
     : handle(std::exchange(other.handle, nullptr)), position(other.position) {}
 
-File& File::operator=(File&& other) noexcept {
-  std::swap(handle, other.handle);
-  std::swap(position, other.position);
-  return *this;
-}
-
 bool File::Open(const std::string& path, Mode mode) {
   Close();
   const OpenArguments arguments = ArgumentsOf(mode);

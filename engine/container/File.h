@@ -50,7 +50,6 @@ class File {
   File() = default;
   ~File() { Close(); }
   File(File&& other) noexcept;
-  File& operator=(File&& other) noexcept;
 
   // Returns false with GetLastError on failure.
   bool Open(const std::string& path, Mode mode);
