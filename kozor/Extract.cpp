@@ -64,21 +64,26 @@ class Extraction {
       StopIfAsked();
       const Member member = headers.At(i);
       try {
-        // OS/2 programs stored a folder's extended attributes as a file of its name.
-        if (alsoFolders[i]) {
-          throw FileFailure("not extracted: the archive has a folder of this name");
-        }
-        Extract(i, member);
+        Extract(i, member, alsoFolders[i] ? AnotherName(member.name) : member.name);
       } catch (const FileFailure& failure) {
         Complain(VisibleLibraryName(member.name) + ": " + failure.what());
       }
     }
   }
 
-  void Extract(std::size_t position, const Member& member) {
+  // OS/2 programs stored the extended attributes of a folder as a file of its name.
+  static std::string AnotherName(const std::string& name) {
+    std::string another = name + "~1";
+    Remark(VisibleLibraryName(name) + ": extracted as " + VisibleLibraryName(another) +
+           ", because the archive has a folder of this name");
+    return another;
+  }
+
+  // `name` is that of the file, which may differ from the member's.
+  void Extract(std::size_t position, const Member& member, const std::string& name) {
     switch (member.kind) {
       case MemberKind::File:
-        return ExtractFile(member);
+        return ExtractFile(member, name);
       case MemberKind::Folder:
         delivery.MakeFolder(member.name);
         folders.push_back(position);
@@ -95,23 +100,23 @@ class Extraction {
     }
   }
 
-  void ExtractFile(const Member& member) {
+  void ExtractFile(const Member& member, const std::string& name) {
     RequireUnpackable(member);
     if (!unwraps) {
-      return MakeFile(member, member.size,
+      return MakeFile(member, name, member.size,
                       [&](std::span<unsigned char> target) { reader.Unpack(member, target); });
     }
     const std::span<unsigned char> data = scratch.Get(member.size);
     reader.Unpack(member, data);
     const std::span<unsigned char> file = Unwrapped(member, data);
-    MakeFile(member, file.size(),
+    MakeFile(member, name, file.size(),
              [&](std::span<unsigned char> target) { std::ranges::copy(file, target.begin()); });
   }
 
   // `fill` writes the contents.
   template <typename Fill>
-  void MakeFile(const Member& member, std::uint64_t bytes, Fill fill) {
-    const Item item = {member.name, bytes, member.Seconds()};
+  void MakeFile(const Member& member, const std::string& name, std::uint64_t bytes, Fill fill) {
+    const Item item = {name, bytes, member.Seconds()};
     std::optional<Order> order = delivery.Wants(item);
     if (!order) return;
     const FileFacts facts = {member.unixMode & permissions, member.lastWrite, member.attribute};
