@@ -3,6 +3,7 @@
 #include <array>
 #include <charconv>
 #include <cstdio>
+#include <limits>
 #include <memory>
 #include <optional>
 #include <random>
@@ -111,10 +112,11 @@ class BackupVolumes : public Volumes {
   }
 
   BackupVolumes(const VolumeName& name, const Areas& setAreas, unsigned long maxVolumeBytes,
-                std::uint64_t totalBytes, bool replacesOtherSets, bool writesCatalogue)
+                int format, std::uint64_t totalBytes, bool replacesOtherSets, bool writesCatalogue)
       : Volumes(name, totalBytes),
         areas(setAreas),
         maxBytes(maxVolumeBytes),
+        mostVolumes(format == 100 ? 65'535 : std::numeric_limits<int>::max()),
         mayReplace(replacesOtherSets),
         hasCatalogue(writesCatalogue) {
     SetTitle(areas.label);
@@ -125,6 +127,7 @@ class BackupVolumes : public Volumes {
     set(&BackupVolumes::SetAppricationID, areas.id);
     set(&BackupVolumes::SetVolume, areas.label);
     set(&BackupVolumes::SetMemo, areas.memo);
+    SetBackupVersion(format);
   }
 
  protected:
@@ -141,7 +144,10 @@ class BackupVolumes : public Volumes {
   // A volume is read back for its checksum while it is being written, at the latest before the
   // medium is changed.
   int OnAbort(const ONABORTPARAM& param) override {
-    if (param.phase == PhaseVolume) ScanUpTo(param.volume);
+    if (param.phase == PhaseVolume) {
+      ScanUpTo(param.volume);
+      if (param.volume == mostVolumes) return Stop(Visible(volumeName.Word()) + kTooManyVolumes);
+    }
     if (param.phase == PhaseFileRunning || param.phase == PhaseFileEnd) Follow(param.volume);
     return Volumes::OnAbort(param);
   }
@@ -219,6 +225,8 @@ class BackupVolumes : public Volumes {
   static constexpr std::int64_t kLatestTime = 0x7FFFFFFF;
   // Space for the checksum file of a volume.
   static constexpr unsigned long kChecksumRoom = 16 << 10;
+  static constexpr const char* kTooManyVolumes =
+      ": a set of format 100 has 65,535 volumes at most; choose larger ones, or --format 101";
   static constexpr const char* kNoVolume = "a file that isn't a volume is in its place";
 
   bool MayReplace(const fs::path& path, const VolumeHeader& header) {
@@ -235,6 +243,7 @@ class BackupVolumes : public Volumes {
 
   const Areas& areas;
   const unsigned long maxBytes;
+  const int mostVolumes;  // whose numbers have room in the format
   bool mayReplace;
   const bool hasCatalogue;
   SetScanner scanner;
@@ -359,9 +368,8 @@ void Backup(const Arguments& arguments) {
   if (!others.empty()) find = links.emplace(group).Find();
   const bool hasCatalogue = !arguments.Has("--no-catalogue");
   if (hasCatalogue && !arguments.Has("--force")) RequireCataloguePlace(CataloguePath(name));
-  BackupVolumes volumes(name, areas, maxVolumeBytes, group.bytes, arguments.Has("--force"),
+  BackupVolumes volumes(name, areas, maxVolumeBytes, format, group.bytes, arguments.Has("--force"),
                         hasCatalogue);
-  volumes.SetBackupVersion(format);
   if (!arguments.Has("--sync-each")) FlushFilesAtClose();
   volumes.Require(volumes.Backup(find, nullptr));
   volumes.RequireAll(group.names.size());

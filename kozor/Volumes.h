@@ -55,6 +55,11 @@ class Volumes : public ZorMultiVolume {
   // text.
   virtual std::string ObjectionTo(const ONABORTPARAM& param);
 
+  // For OnAbort: ends the run for this reason, which Require throws.
+  int Stop(std::string why) {
+    whyStopped = std::move(why);
+    return 1;
+  }
   // Sets the text before names in the progress line.
   void SetTitle(const std::string& title) { progress = Progress(bytes, title); }
 
