@@ -31,23 +31,22 @@ namespace {
 
 constexpr unsigned int kUtf8 = 65001;
 
-// The target of a link.  A path that isn't valid in the recorded code page, or else in UTF-8, is
-// read as code page 932.
-std::string LinkTargetIn(container::NameFields fields) {
-  container::NameFields target = {.file = container::TakeLinkTarget(fields),
-                                  .codePage = fields.codePage};
-  const unsigned int page = target.codePage != 0 ? target.codePage : KzNameCodePage();
-  if (page != 0) container::ApplyPage(page, target);
+// The target of a link, or a comment.  Bytes that aren't valid in the recorded code page, or else
+// in UTF-8, are read as code page 932.
+std::string TextIn(std::string stored, unsigned int codePage) {
+  container::NameFields fields = {.file = std::move(stored), .codePage = codePage};
+  const unsigned int page = codePage != 0 ? codePage : KzNameCodePage();
+  if (page != 0) container::ApplyPage(page, fields);
   std::u16string text;
   bool ignored = false;
-  if (target.unicodeFile) {
-    text = *target.unicodeFile;
+  if (fields.unicodeFile) {
+    text = *fields.unicodeFile;
     std::replace(text.begin(), text.end(), u'\xFFFF', u'/');
     return container::EncodeTextLossy(kUtf8, text, ignored);
   }
-  std::string bytes = *target.file;
+  std::string bytes = *fields.file;
   std::replace(bytes.begin(), bytes.end(), '\xFF', '/');
-  const bool isShiftJis = target.codePage == container::kShiftJis;
+  const bool isShiftJis = fields.codePage == container::kShiftJis;
   if (!container::DecodeText(isShiftJis ? container::kShiftJis : container::kUtf8, bytes, text)) {
     text = container::DecodeTextLossy(container::kShiftJis, bytes, ignored);
   }
@@ -65,6 +64,7 @@ Member Describe(const container::Member& known, const container::MemberHeader& h
   member.lastWrite = known.lastWrite.Utc();
   member.attribute = static_cast<std::uint8_t>(known.attribute);
   member.unixMode = header.unixMode;
+  if (!header.comment.empty()) member.comment = TextIn(header.comment, header.name.codePage);
   member.capsuleOffset = header.capsule.offset;
   member.capsuleBytes = header.capsule.bytes;
   member.overclaims =
@@ -72,7 +72,8 @@ Member Describe(const container::Member& known, const container::MemberHeader& h
       known.originalBytes > codec::MostUnpackedBytes(*known.unpacking, known.packedBytes);
   if (header.IsLink()) {
     member.kind = MemberKind::Link;
-    member.linkTarget = LinkTargetIn(header.name);
+    container::NameFields name = header.name;
+    member.linkTarget = TextIn(container::TakeLinkTarget(name), name.codePage);
   } else if (header.IsDirectoryMethod()) {
     member.kind = MemberKind::Folder;
   }

@@ -25,6 +25,7 @@ struct Member {
   MemberKind kind = MemberKind::File;
   std::string name;        // in the library's form, with backslashes; a folder's ends in one
   std::string linkTarget;  // of a link, as stored, with '/'
+  std::string comment;     // UTF-8; mostly empty
   std::string method;      // "-lh5-"
   int level = 0;           // of the header
   std::uint64_t size = 0;  // unpacked, in bytes

@@ -86,6 +86,7 @@ nlohmann::ordered_json Json(const Member& member) {
   json["modified"] = member.Seconds();
   json["attributes"] = AttributeText(member.attribute);
   if (member.unixMode != 0) json["mode"] = member.unixMode;
+  if (!member.comment.empty()) json["comment"] = member.comment;
   return json;
 }
 

@@ -40,6 +40,10 @@ void ApplyExtension(std::uint8_t id, ByteSpan payload, MemberHeader& header, Cha
     case 0x02:
       header.name.directory = Text(payload);
       break;
+    case 0x3F:
+    case 0x71:  // by Amiga programs
+      header.comment = Text(payload);
+      break;
     case 0x40:
       if (holds(2)) header.attribute = ReadU16(payload, 0);
       break;

@@ -64,7 +64,11 @@ void ReadDosTime(ByteSpan bytes, MemberHeader& header) {
 
 // Some writers add fields after the CRC of a level 0 header.  The -pm?- family has a comment there.
 void ReadLevel0Extra(ByteSpan extra, MemberHeader& header) {
-  if (extra.empty() || IsPmarc(header.method)) return;
+  if (extra.empty()) return;
+  if (IsPmarc(header.method)) {
+    header.comment.assign(extra.begin(), extra.end());
+    return;
+  }
   const bool isUnix = extra[0] == 'U' && extra.size() >= 12;
   const bool isOs9On68K = extra[0] == 'K' && extra.size() >= 16;
   const bool isOs9 = extra[0] == '9' && extra.size() >= 22 && extra[9] == 0xCC;
@@ -192,6 +196,14 @@ void SeparateMacintoshNames(NameFields& name) {
   if (name.directory) separate(*name.directory);
 }
 
+// Amiga programs put a comment after the name and a zero byte.
+void CutComment(MemberHeader& header) {
+  const std::size_t end = header.name.base.find('\0');
+  if (end == std::string::npos) return;
+  header.comment = header.name.base.substr(end + 1);
+  header.name.base.resize(end);
+}
+
 // Some writers, on the Amiga for one, store directories as stored members of size 0 without a file
 // name.  In level 0 their path ends in a separator; '\\' is one if the attribute says so, because
 // it may be the second byte of a character.
@@ -223,6 +235,7 @@ HeaderStatus ParseMemberHeader(ByteSpan bytes, MemberHeader& header) {
   header.originalBytes = ReadU32(bytes, 11);
   header.level = bytes[20];
   const HeaderStatus status = ParseByLevel(bytes, header);
+  CutComment(header);
   if (header.osId == 'm') SeparateMacintoshNames(header.name);
   if (status == HeaderStatus::Complete && IsStoredDirectory(header)) header.method[3] = 'd';
   return status;

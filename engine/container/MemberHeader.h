@@ -73,6 +73,8 @@ struct MemberHeader {
   std::uint16_t attribute = 0x20;
   std::uint32_t unixMode = 0;  // including the file type; 0 if not recorded
 
+  std::string comment;  // in the code page of the names
+
   // The part of the unpacked data that is the file itself, if a header names it; no bytes if not.
   DataPart capsule;
 

@@ -79,10 +79,6 @@ TEST_F(EngineDelete, EndMarkIsOneAgain) {
   folder.WriteFile("x.lzh", Join({withoutMark, Bytes(60, 0x1A)}));
   ASSERT_EQ(Delete("x.lzh", {"first.txt"}), 0);
   EXPECT_TRUE(SameBytes(folder.ReadFile("x.lzh"), RawArchive({fourth})));
-  folder.WriteFile("y.lzh", withoutMark);
-  ASSERT_EQ(Compress("y.lzh", "new", {}), 0);
-  EXPECT_THAT(Names("y.lzh"), ElementsAre("first.txt", "fourth.doc", "new"));
-  EXPECT_EQ(folder.ReadFile("y.lzh").back(), 0);
 }
 
 TEST_F(EngineDelete, DirectoriesGoByNameOrMaskAndTheArchiveWithItsLastMember) {

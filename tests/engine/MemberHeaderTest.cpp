@@ -205,6 +205,15 @@ TEST(EngineMemberHeader, EmptyStoredMemberWithADirectoryAloneIsADirectory) {
   }
 }
 
+TEST(EngineMemberHeader, TakesCommentsFromWhereWritersPutThem) {
+  for (const RawMember& member : {RawMember{.level = 0, .name = std::string("a\0note", 6)},
+                                  {.level = 1, .name = "a", .extensions = {{0x71, "note"}}},
+                                  {.level = 2, .name = "a", .extensions = {{0x3F, "note"}}},
+                                  {.level = 0, .name = "a", .method = "-pm0-", .extra = "note"}}) {
+    EXPECT_EQ(Parsed(RawHeader(member)).comment, "note");
+  }
+}
+
 TEST(EngineMemberHeader, WhatFollowsTheChainCountsOnlyWithoutAHeaderCrc) {
   EXPECT_EQ(Parsed(RawHeader({.name = "a", .extra = "junk"})).name.file, "a");
   EXPECT_EQ(Parse(RawHeader({.name = "a", .hasHeaderCrc = false, .extra = "junk"})),
