@@ -59,6 +59,7 @@ TEST_F(ArchiveExtract, MakesFilesWithContentsTimesAndAttributesUnlessToldNotTo) 
   EXPECT_EQ(folder.GetTime("out/d/f.txt"), kStamp);
   EXPECT_EQ(Attribute("out/g.txt"), 0x21U);
 
+  SetReadOnly(folder.Path("out/g.txt"), false);
   std::filesystem::remove_all(folder.Path("out"));
   archive.SetExtractFileAttibuteMode(0);
   EXPECT_EQ(Run(), ZorErrorNone);

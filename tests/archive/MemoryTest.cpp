@@ -1,10 +1,10 @@
 // MemoryTest.cpp - the calls on one member, CompressMem, ExtractMem and GetFileInfo; and IsArchive.
-#include <cstdlib>
 #include <ctime>
 #include <limits>
 #include <utility>
 
 #include "RecordedArchive.h"
+#include "platform/base/Clock.h"
 
 namespace kozor::test {
 namespace {
@@ -90,21 +90,22 @@ TEST_F(ArchiveMemory, NeedsTheMember) {
 }
 
 TEST_F(ArchiveMemory, TellsOfAMemberInTheTermsOfTheSystem) {
-  SetEnvironment("TZ", "JST-9");
-  tzset();
+  SetTimeZone("JST-9");
   archive.SetBackgroundMode(0);
   unsigned long size = 0;
   unsigned long attribute = 0;
   FILETIME time{};
   EXPECT_EQ(GetInfo(&size, &time, &attribute), ZorErrorNone);
-  SetEnvironment("TZ", nullptr);
-  tzset();
+  std::tm local{};  // 0x2E45, 0x6000: 2003-02-05 12:00
+  local.tm_year = 103;
+  local.tm_mon = 1;
+  local.tm_mday = 5;
+  local.tm_hour = 12;
+  const std::int64_t seconds = std::mktime(&local);
+  SetTimeZone(nullptr);
   EXPECT_EQ(size, 5U);
   EXPECT_EQ(attribute, 0x20U);
-  SYSTEMTIME utc{};
-  FileTimeToSystemTime(&time, &utc);
-  EXPECT_EQ(utc.wYear * 10000 + utc.wMonth * 100 + utc.wDay, 20030205);  // of 0x2E45, 0x6000
-  EXPECT_EQ(utc.wHour, 12 - 9);
+  EXPECT_EQ(UnixOfFileTime(Ticks(time)), seconds);
   EXPECT_THAT(TakeCalls(),
               ElementsAre("GetRunning", "SetCursorMode 0", "OpenArchive #\\a.lzh 0x801006",
                           "FindFirst \"d\\f.txt\"", "GetAttribute", "CloseArchive"));

@@ -1,7 +1,7 @@
 // MissingArchiverTest.cpp - a machine without the archiver, or with one that lacks an entry point.
 #include <gtest/gtest.h>
 
-#include <algorithm>
+#include <filesystem>
 #include <string>
 
 #include "Selection.h"
@@ -52,9 +52,8 @@ TEST(ArchiveMissingArchiver, MakesEveryArchiveOperationFailAndChangesNothing) {
 }
 
 TEST(ArchiveMissingArchiver, IsWhatAnIncompleteOneCountsAs) {
-  std::string directory = "C:" INCOMPLETE_ARCHIVER_FOLDER;
-  std::replace(directory.begin(), directory.end(), '/', '\\');
-  ASSERT_NE(SetDllDirectoryA(directory.c_str()), 0);
+  const auto folder = std::filesystem::absolute(INCOMPLETE_ARCHIVER_FOLDER);  // with a drive
+  ASSERT_NE(SetDllDirectoryA(LibraryPathOf(folder).c_str()), 0);
   HMODULE module = LoadLibraryA("UNLHA32.DLL");
   ASSERT_NE(module, nullptr);
   EXPECT_NE(GetProcAddress(module, "UnlhaExtractMem"), nullptr);

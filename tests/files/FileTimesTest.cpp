@@ -2,12 +2,13 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
-#include <cstdlib>
-#include <ctime>
+#include <cstdint>
 #include <filesystem>
 #include <string>
+#include <utility>
 
 #include "ZorFileServices.h"
+#include "tests/support/Ability.h"
 #include "tests/support/TestFolder.h"
 
 namespace kozor::test {
@@ -28,8 +29,7 @@ class FilesFileTimes : public testing::Test {
 TEST_F(FilesFileTimes, AreTheSameInEveryZone) {
   for (const char* zone : {"UTC", "Asia/Tokyo", "Europe/London", "America/New_York",
                            "Australia/Lord_Howe", "Pacific/Apia", "XYZ-14", "XYZ12"}) {
-    kozor::test::SetEnvironment("TZ", zone);
-    tzset();
+    SetTimeZone(zone);
     for (const long time : {0L, 1L, 32'399L, 32'400L, 954'637'200L, 1'143'939'599L, 1'325'239'200L,
                             1'711'846'799L, 1'711'846'800L, 0x7FFFFFFFL}) {
       ASSERT_TRUE(ZorSetFileTimeStamp(path.c_str(), time)) << zone << ' ' << time;
@@ -39,17 +39,17 @@ TEST_F(FilesFileTimes, AreTheSameInEveryZone) {
       EXPECT_EQ(read, time) << zone;
     }
   }
-  kozor::test::SetEnvironment("TZ", nullptr);
-  tzset();
+  SetTimeZone(nullptr);
 }
 
 TEST_F(FilesFileTimes, OutOfRangeFailAndChangeNothing) {
   folder.SetTime("file", 5000);
-  for (const long time : {-1L, -2'000'000'000L, 0x80000000L}) {
-    EXPECT_FALSE(ZorSetFileTimeStamp(path.c_str(), time));
+  for (const std::int64_t time : {-1LL, -2'000'000'000LL, 0x80000000LL}) {
+    if (!std::in_range<long>(time)) continue;
+    EXPECT_FALSE(ZorSetFileTimeStamp(path.c_str(), static_cast<long>(time)));
   }
   EXPECT_EQ(folder.GetTime("file"), 5000);
-  for (const long time : {-1L, -3'000'000'000L, 0x80000000L}) {
+  for (const std::int64_t time : {-1LL, -3'000'000'000LL, 0x80000000LL}) {
     folder.SetTime("file", time);
     long read = 99;
     EXPECT_FALSE(ZorGetFileTimeStamp(path.c_str(), read)) << time;
@@ -85,15 +85,16 @@ TEST_F(FilesFileTimes, AreNotSetWhereWritingIsRefused) {
 }
 
 TEST_F(FilesFileTimes, AttributesOfAPlainFileAreZero) {
+  const unsigned int kept = Can(Ability::KeepingAttributes) ? ~0x80U : FILE_ATTRIBUTE_READONLY;
   unsigned int read = 99;
   for (const unsigned int attribute : {0x26u, 0x00u, 0x23u, 0x80u}) {
     ASSERT_TRUE(ZorSetFileAttribute(path.c_str(), attribute));
     EXPECT_TRUE(ZorGetFileAttribute(path.c_str(), read));
-    EXPECT_EQ(read, attribute & ~0x80u);
+    EXPECT_EQ(read & kept, attribute & kept);
   }
   EXPECT_FALSE(ZorGetFileAttribute("C:\\", read));
   EXPECT_FALSE(ZorSetFileAttribute(folder.Lib("none").c_str(), 0));
-  EXPECT_EQ(read, 0u);
+  EXPECT_EQ(read & kept, 0u);
 }
 
 }  // namespace

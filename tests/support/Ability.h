@@ -8,6 +8,7 @@ enum class Ability {
   MakingLinks,          // symbolic ones, as an ordinary user
   TellingCaseApart,     // names that differ in case alone are two files
   ChangingOpenFiles,    // that somebody else reads
+  MappingDrives,        // to folders, by DefineDosDeviceA; Wine finds no file there
   LongPaths,            // in std::filesystem, beyond 260 characters
   KeepingAttributes,    // hidden and the like; Wine keeps few, and reports "archive" always
   ChangingWithinATick,  // a file twice between two ticks of the clock; Wine is too slow

@@ -31,6 +31,8 @@ bool MapShare(const char* share, const std::filesystem::path& directory);
 
 // Sets an environment variable, or with null removes it.
 void SetEnvironment(const char* name, const char* value);
+// Sets the time zone of the process, or with null the system's.  On Windows it stays the system's.
+void SetTimeZone(const char* zone);
 
 // The last-write time in seconds since 1970.  Both throw std::runtime_error.
 std::int64_t TimeOf(const std::filesystem::path& path);

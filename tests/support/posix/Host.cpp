@@ -10,6 +10,7 @@
 #include <array>
 #include <cstdio>
 #include <cstdlib>
+#include <ctime>
 #include <stdexcept>
 
 #include "platform/win32/PosixAdmin.h"
@@ -73,6 +74,11 @@ void SetEnvironment(const char* name, const char* value) {
   } else {
     unsetenv(name);
   }
+}
+
+void SetTimeZone(const char* zone) {
+  SetEnvironment("TZ", zone);
+  tzset();
 }
 
 std::int64_t TimeOf(const fs::path& path) {

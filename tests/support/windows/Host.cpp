@@ -68,8 +68,9 @@ std::string ReadText(const fs::path& path) {
 }  // namespace
 
 bool Can(Ability ability) {
-  const bool differsUnderWine =
-      ability == Ability::KeepingAttributes || ability == Ability::ChangingWithinATick;
+  const bool differsUnderWine = ability == Ability::KeepingAttributes ||
+                                ability == Ability::MappingDrives ||
+                                ability == Ability::ChangingWithinATick;
   return differsUnderWine && !UnderWine();
 }
 
@@ -121,6 +122,8 @@ bool MapShare(const char* /*share*/, const fs::path& /*directory*/) {
 void SetEnvironment(const char* name, const char* value) {
   _putenv_s(name, value != nullptr ? value : "");
 }
+
+void SetTimeZone(const char* /*zone*/) {}
 
 std::int64_t TimeOf(const fs::path& path) {
   const File file(path, FILE_READ_ATTRIBUTES);
