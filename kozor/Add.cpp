@@ -62,8 +62,8 @@ constexpr std::array<Option, 13> kOwnOptions = {{
      "make a self-extracting program of the archive as well,\n"
      "beside it: a.run of a.lzh, or a.exe for Windows\n(a.run --help); implies --no-unix"},
     {"--for", "SYSTEM",
-     "with --sfx: linux or windows (or linux-x64,\n"
-     "linux-arm64, windows-x64); default: this system"},
+     "with --sfx: linux or windows (or linux-x64, linux-arm64,\n"
+     "windows-x64, windows-x86); default: this system"},
     {"--work-dir", "DIR", "directory for temporary files (default: that of the\narchive)"},
     {"--dir", "DIRECTORY",
      "add everything below DIRECTORY, empty directories\n"

@@ -66,10 +66,14 @@ std::string OwnSwitches() {
   return value;
 }
 
-// The full name of the system of --for, or of this one: "linux-x64".
+// The full name of the system of --for, or of this one: "linux-x64".  Without a processor it is
+// this one, or the usual one of the other system.
 std::string ProgramSystem(const Arguments& arguments) {
-  const std::string given = arguments.Value("--for", KOZOR_OWN_SYSTEM);
-  const std::string name = given == "linux" || given == "windows" ? given + "-x64" : given;
+  const std::string_view own = KOZOR_OWN_SYSTEM;
+  const std::string given = arguments.Value("--for", own);
+  const bool isOwn = own.starts_with(given + '-');
+  const std::string usual = given == "linux" || given == "windows" ? given + "-x64" : given;
+  const std::string name = isOwn ? std::string(own) : usual;
   std::istringstream systems(KOZOR_SFX_SYSTEMS);
   for (std::string system; systems >> system;) {
     if (system == name) return system;

@@ -8,7 +8,7 @@
 namespace kozor::sfx {
 
 struct Stub {
-  std::string_view system;                // "linux-x64", "windows-x64", "linux-arm64"
+  std::string_view system;                // "linux-x64" and so on
   std::string_view suffix;                // of the file, with the dot
   std::span<const std::uint8_t> program;  // the whole program file
 };

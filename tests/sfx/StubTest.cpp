@@ -11,7 +11,7 @@
 namespace kozor::test {
 namespace {
 
-constexpr const char* kSystems[] = {"linux-x64", "linux-arm64", "windows-x64"};
+constexpr const char* kSystems[] = {"linux-x64", "linux-arm64", "windows-x64", "windows-x86"};
 
 using SfxStub = SfxTest;
 

@@ -168,7 +168,8 @@ long ReserveAndMap(Handle file, std::uint64_t bytes, std::span<std::uint8_t>& co
   void* const address = MapViewOfFile(mapping, FILE_MAP_WRITE, 0, 0, 0);
   const long result = address == nullptr ? LastFailure() : 0;
   CloseHandle(mapping);
-  if (result == 0) contents = {static_cast<std::uint8_t*>(address), bytes};
+  const auto size = static_cast<std::size_t>(bytes);
+  if (result == 0) contents = {static_cast<std::uint8_t*>(address), size};
   return result;
 }
 

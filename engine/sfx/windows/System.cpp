@@ -2,6 +2,7 @@
 #include "engine/sfx/System.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "engine/sfx/Console.h"
 #include "engine/sfx/windows/Wide.h"
@@ -81,8 +82,9 @@ std::span<const std::uint8_t> OwnFile(std::string& problem) {
 }
 
 std::uint8_t* ReserveMemory(std::uint64_t bytes) {
+  if (!std::in_range<SIZE_T>(bytes)) return nullptr;
   return static_cast<std::uint8_t*>(
-      VirtualAlloc(nullptr, bytes, MEM_RESERVE | MEM_COMMIT, PAGE_READWRITE));
+      VirtualAlloc(nullptr, static_cast<SIZE_T>(bytes), MEM_RESERVE | MEM_COMMIT, PAGE_READWRITE));
 }
 
 void DropMemory(std::uint8_t* begin, std::size_t bytes) {
