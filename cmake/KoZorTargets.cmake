@@ -52,6 +52,9 @@ function(kozor_own_code target)
       -Wno-restrict  # gcc 12 warns about the inside of std::string's operator+ when optimising.
       -fno-gnu-unique)  # A unique symbol would keep the archiver loaded until the program ends.
   endif()
+  if(MINGW)
+    target_compile_definitions(${target} PRIVATE __MINGW_USE_VC2005_COMPAT)  # time_t has 64 bits on x86, too
+  endif()
   if(KOZOR_SANITIZE)
     target_compile_options(${target} PRIVATE -fsanitize=${KOZOR_SANITIZE}
       -fno-sanitize-recover=all -fno-omit-frame-pointer

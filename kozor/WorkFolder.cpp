@@ -141,8 +141,9 @@ std::span<unsigned char> ScratchMemory::Get(std::uint64_t bytes) {
   constexpr std::uint64_t kMostInMemory = 4 << 20;
   file.reset();
   if (bytes <= kMostInMemory) {
-    memory.resize(std::max<std::size_t>(memory.size(), bytes));
-    return std::span(memory).first(static_cast<std::size_t>(bytes));
+    const auto size = static_cast<std::size_t>(bytes);
+    memory.resize(std::max(memory.size(), size));
+    return std::span(memory).first(size);
   }
   if (!folder) folder.emplace();
   file = std::make_unique<NewFile>(folder->Folder(), "scratch", bytes);

@@ -43,7 +43,7 @@ class AdaptiveCode {
   // Decodes a symbol and counts it.  Needs kLongestBits in the reader.
   unsigned Decode(BitReader& in) {
     std::uint64_t bits = in.Buffer();
-    const Beginning& beginning = beginnings[bits >> (64 - kTableBits)];
+    const Beginning& beginning = beginnings[static_cast<unsigned>(bits >> (64 - kTableBits))];
     std::array<std::uint16_t, kLongestBits + 1> path;  // the slots below the root
     std::ranges::copy(beginning.path, path.begin());
     unsigned count = beginning.count;

@@ -126,7 +126,9 @@ Command CommandOf(const std::string& letter, const CommandLine& line) {
 
 std::string ReadText(const std::string& path) {
   container::File file;
-  if (!file.Open(path, container::File::Mode::Read)) throw Failure(ResultCode::ResponseFileNotRead);
+  if (!file.Open(path, container::File::Mode::Read) || !std::in_range<std::size_t>(file.Size())) {
+    throw Failure(ResultCode::ResponseFileNotRead);
+  }
   std::string text(static_cast<std::size_t>(file.Size()), '\0');
   text.resize(file.ReadAt(0, {reinterpret_cast<std::uint8_t*>(text.data()), text.size()}));
   return text;

@@ -13,7 +13,7 @@ void Require(bool good) {
 }
 
 unsigned SlowStream::Number(unsigned bits) {
-  if (isComposing) return Number(bits, random() % (1ULL << bits));
+  if (isComposing) return Number(bits, Below(std::size_t{1} << bits));
   unsigned value = 0;
   for (; bits != 0; --bits, ++bitsRead) {
     const std::size_t at = bitsRead / 8;
@@ -54,7 +54,8 @@ void SlowCode::SetLengths(const std::vector<unsigned>& lengths) {
 
 unsigned SlowCode::Decode(SlowStream& in, std::optional<unsigned> wish) const {
   if (in.isComposing) {
-    auto chosen = std::next(symbols.begin(), in.Below(symbols.size()));
+    const auto index = static_cast<std::ptrdiff_t>(in.Below(symbols.size()));
+    auto chosen = std::next(symbols.begin(), index);
     if (wish) chosen = std::ranges::find(symbols, *wish, [](auto& entry) { return entry.second; });
     in.Number(chosen->first.first, chosen->first.second);
     return chosen->second;

@@ -177,6 +177,10 @@ TEST_F(EngineBinding, CancelAtAnyReportLeavesTheArchiveAsItWas) {
   EXPECT_EQ(Extract("x.lzh", "new").code, 0x8020);
 }
 
+int WINAPI AlwaysGoOn(HWND, UINT, UINT, void*) {
+  return 1;
+}
+
 TEST_F(EngineBinding, OneRunAtATime) {
   int inside = 0;
   std::thread::id thread;
@@ -184,7 +188,7 @@ TEST_F(EngineBinding, OneRunAtATime) {
     if (state != 0) return 1;
     thread = std::this_thread::get_id();
     EXPECT_NE(engine.GetRunning(), 0);
-    EXPECT_EQ(engine.SetOwnerWindowEx(nullptr, [](HWND, UINT, UINT, void*) { return 1; }), 0);
+    EXPECT_EQ(engine.SetOwnerWindowEx(nullptr, AlwaysGoOn), 0);
     inside = Delete("x.lzh", {"a.txt"});
     return 1;
   });

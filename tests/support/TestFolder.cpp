@@ -95,7 +95,7 @@ void TestFolder::Damage(std::string_view name, std::size_t offset, std::uint8_t 
   if (!file.flush()) throw std::runtime_error("can't damage " + Path(name).string());
 }
 
-void TestFolder::Truncate(std::string_view name, std::size_t size) const {
+void TestFolder::Truncate(std::string_view name, std::uintmax_t size) const {
   fs::resize_file(Path(name), size);
 }
 

@@ -48,7 +48,7 @@ class TestFolder {
 
   // Overwrites one byte; truncates a file.
   void Damage(std::string_view name, std::size_t offset, std::uint8_t byte) const;
-  void Truncate(std::string_view name, std::size_t size) const;
+  void Truncate(std::string_view name, std::uintmax_t size) const;
 
  private:
   std::filesystem::path root;

@@ -153,7 +153,7 @@ TEST_F(VolumeRun, ASourceThatFailsEndsTheBackup) {
     std::uintmax_t volumeBytes;  // that are on the volume in the end
   } cases[] = {
       {"vanished", ZorMultiVolume::PhaseBegin, {}, kFirstFile},
-      {"4 GiB", ZorMultiVolume::PhaseBegin, 1ULL << 32, kFirstFile},
+      {"4 GiB", ZorMultiVolume::PhaseBegin, std::uint64_t{1} << 32, kFirstFile},
       {"emptied", ZorMultiVolume::PhaseFileBegin, 0, kFirstFile + kHead},
       {"shorter", ZorMultiVolume::PhaseFileRunning, 100'000, kFirstFile + kHead + 65'536},
   };

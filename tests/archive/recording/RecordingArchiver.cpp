@@ -1,12 +1,13 @@
 // RecordingArchiver.cpp - a mock archiver: logs its calls and replays a script.
 //
-// It accesses the records by the offsets of the interface and includes none of the library's
-// headers.
+// It accesses the records by the offsets of the interface and includes none of the headers that
+// declare it.
 #include <algorithm>
 #include <array>
 #include <cstring>
 #include <sstream>
 
+#include "platform/win32/Win32.h"
 #include "recording/Recording.h"
 
 namespace {
@@ -15,7 +16,7 @@ using kozor::test::Recording;
 using kozor::test::ScriptedMember;
 using kozor::test::ScriptedReport;
 
-using Callback = int (*)(void* window, unsigned int message, unsigned int state, void* record);
+using Callback = int(WINAPI*)(void* window, unsigned int message, unsigned int state, void* record);
 
 struct Archiver : Recording {
   Callback callback = nullptr;
@@ -86,71 +87,72 @@ Recording* RecordingOfArchiver() {
   return &Self();
 }
 
-int UnlhaGetRunning() {
+int WINAPI UnlhaGetRunning() {
   Self().Log("GetRunning");
   return Self().busy ? 1 : 0;
 }
 
-int Unlha(void* window, const char* line, char* output, std::uint32_t outputSize) {
+int WINAPI Unlha(void* window, const char* line, char* output, std::uint32_t outputSize) {
   const bool plain = window == nullptr && output == nullptr && outputSize == 0;
   Self().Log((plain ? "Unlha: " : "Unlha with output: ") + std::string(line));
   return Work();
 }
 
-int UnlhaCheckArchive(const char* path, int mode) {
+int WINAPI UnlhaCheckArchive(const char* path, int mode) {
   Self().Log("CheckArchive " + std::string(path) + " " + std::to_string(mode));
   return Self().checkResult;
 }
 
-int UnlhaSetOwnerWindowEx(void* window, Callback callback) {
+int WINAPI UnlhaSetOwnerWindowEx(void* window, Callback callback) {
   Self().Log(window == nullptr ? "SetOwnerWindowEx" : "SetOwnerWindowEx of a window");
   if (Self().refusesCallback) return 0;
   Self().callback = callback;
   return 1;
 }
 
-int UnlhaKillOwnerWindowEx(void* /*window*/) {
+int WINAPI UnlhaKillOwnerWindowEx(void* /*window*/) {
   Self().Log("KillOwnerWindowEx");
   if (Self().whenReleased) Self().whenReleased();
   Self().callback = nullptr;
   return 1;
 }
 
-int UnlhaSetCursorMode(int mode) {
+int WINAPI UnlhaSetCursorMode(int mode) {
   Self().Log("SetCursorMode " + std::to_string(mode));
   return 1;
 }
 
-void* UnlhaOpenArchive(void* /*window*/, const char* path, std::uint32_t mode) {
+void* WINAPI UnlhaOpenArchive(void* /*window*/, const char* path, std::uint32_t mode) {
   std::ostringstream line;
   line << "OpenArchive " << path << " 0x" << std::hex << mode;
   Self().Log(line.str());
   return Self().archivesThatOpen-- > 0 ? &Self() : nullptr;
 }
 
-int UnlhaCloseArchive(void* /*archive*/) {
+int WINAPI UnlhaCloseArchive(void* /*archive*/) {
   Self().Log("CloseArchive");
   return 0;
 }
 
-int UnlhaFindFirst(void* /*archive*/, const char* text, void* record) {
+int WINAPI UnlhaFindFirst(void* /*archive*/, const char* text, void* record) {
   Self().Log("FindFirst " + std::string(text));
   Self().text = text;
   Self().next = 0;
   return FindOn(record);
 }
 
-int UnlhaFindNext(void* /*archive*/, void* record) {
+int WINAPI UnlhaFindNext(void* /*archive*/, void* record) {
   return FindOn(record);
 }
 
-int UnlhaGetAttribute(void* /*archive*/) {
+int WINAPI UnlhaGetAttribute(void* /*archive*/) {
   Self().Log("GetAttribute");
   return Self().found->attribute;
 }
 
-int UnlhaExtractMem(void* /*window*/, const char* line, unsigned char* buffer, std::uint32_t size,
-                    std::int32_t* time, std::uint16_t* attribute, std::uint32_t* written) {
+int WINAPI UnlhaExtractMem(void* /*window*/, const char* line, unsigned char* buffer,
+                           std::uint32_t size, std::int32_t* time, std::uint16_t* attribute,
+                           std::uint32_t* written) {
   Self().Log("ExtractMem " + std::to_string(size) + (time != nullptr ? " time" : "") +
              (attribute != nullptr ? " attribute:" : ":") + line);
   const ScriptedMember& member = *Self().found;
@@ -162,9 +164,9 @@ int UnlhaExtractMem(void* /*window*/, const char* line, unsigned char* buffer, s
 }
 
 #ifndef LACKS_COMPRESS_MEM
-int UnlhaCompressMem(void* /*window*/, const char* line, const unsigned char* data,
-                     std::uint32_t size, const std::int32_t* time, const std::uint16_t* attribute,
-                     std::uint32_t* written) {
+int WINAPI UnlhaCompressMem(void* /*window*/, const char* line, const unsigned char* data,
+                            std::uint32_t size, const std::int32_t* time,
+                            const std::uint16_t* attribute, std::uint32_t* written) {
   const bool plain = time == nullptr && attribute == nullptr && written == nullptr;
   const std::string contents =
       data == nullptr ? "null" : std::string(reinterpret_cast<const char*>(data), size);
