@@ -84,20 +84,25 @@ bool AcceptsMember(ByteSource& source, std::uint64_t offset, std::uint64_t& look
   return isWhole;
 }
 
-// Whether undamaged members lead from here to the end of the file.  Positions in `seen` are known
-// not to.
-bool LeadsToTheEnd(ByteSource& source, std::uint64_t offset, std::uint64_t& lookedAt,
-                   std::unordered_set<std::uint64_t>& seen) {
+// Where undamaged members lead to.
+struct Chain {
+  std::uint64_t end = 0;   // 0 if there are none
+  bool isCertain = false;  // to the end of the file, or to further damage
+};
+
+// Follows the members from a position.  Those in `seen` belong to a chain that was refused.
+Chain FollowMembers(ByteSource& source, std::uint64_t offset, std::uint64_t& lookedAt,
+                    std::unordered_set<std::uint64_t>& seen) {
   MemberWalker walker(source, offset);
   MemberHeader header;
   while (walker.Next(header)) {
     lookedAt += header.headerBytes;
-    if (!IsArchiveMethod(header.method) || !seen.insert(walker.HeaderOffset()).second) return false;
+    if (!IsArchiveMethod(header.method) || !seen.insert(walker.HeaderOffset()).second) return {};
   }
   lookedAt += kCommonHeaderBytes + header.headerBytes;
+  if (walker.NextOffset() == offset) return {};
   const std::uint64_t end = walker.NextOffset() + (walker.HasEndMark() ? 1 : 0);
-  return walker.Status() == HeaderStatus::Complete && end == source.Size() &&
-         walker.NextOffset() != offset;
+  return {end, end == source.Size() || walker.Status() != HeaderStatus::Complete};
 }
 
 // Skips small archives inside a stub: if an archive after a prefix is followed by another header
@@ -155,11 +160,20 @@ std::uint64_t FindAfterDamage(ByteSource& source, std::uint64_t damaged, const M
     const bool isEnd = next == size || (next + 1 == size && !mark.empty() && mark[0] == 0);
     if (isEnd || (next < size && IsWholeMember(source, next, following))) return next;
   }
+  // The data of the damaged member may be an archive itself: its members lead to an end mark before
+  // that of this archive.
   std::unordered_set<std::uint64_t> seen;
+  std::uint64_t farthest = 0;
+  std::uint64_t leadingFarthest = size;
   const auto accepts = [&](std::uint64_t offset, std::uint64_t& lookedAt) {
-    return LeadsToTheEnd(source, offset, lookedAt, seen);
+    const Chain chain = FollowMembers(source, offset, lookedAt, seen);
+    if (chain.end > farthest) {
+      farthest = chain.end;
+      leadingFarthest = offset;
+    }
+    return chain.isCertain;
   };
-  return Scan(source, damaged + 1, size, accepts).value_or(size);
+  return Scan(source, damaged + 1, size, accepts).value_or(leadingFarthest);
 }
 
 }  // namespace kozor::container

@@ -20,7 +20,7 @@ bool IsArchive(ByteSource& source);
 
 // Returns the offset of the member after a damaged one: that given by the header at `damaged`, if
 // the archive continues there, else the first one from which undamaged members lead to the end of
-// the file, else the file's size.
+// the file or to further damage, else the first of those that lead farthest, else the file's size.
 std::uint64_t FindAfterDamage(ByteSource& source, std::uint64_t damaged, const MemberHeader& header,
                               HeaderStatus status);
 

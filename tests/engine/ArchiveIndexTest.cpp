@@ -90,19 +90,25 @@ TEST(EngineArchiveIndex, DamageCostsOneMemberAndIsListed) {
       {"the level", 20, ResultCode::HeaderDamaged},
   };
   for (const int level : {0, 1, 2, 3}) {
-    const RawMember second = {.level = level, .name = "second", .contents = "2"};
-    const std::size_t begin = RawArchive({{.name = "first"}}).size() - 1;
+    const Bytes inner = RawArchive({{.name = "inner"}});
+    const RawMember second = {
+        .level = level, .name = "second", .contents = std::string(inner.begin(), inner.end())};
+    const RawMember third = {.name = "third"};
+    const std::size_t begin = test::RawHeader({.name = "first"}).size();
+    const std::size_t again = begin + RawArchive({second, third}).size() - 1;
     for (const Row& row : rows) {
       SCOPED_TRACE(row.what + std::to_string(level));
-      Bytes bytes = RawArchive({{.name = "first"}, second, {.name = "third"}, {.name = "fourth"}});
+      Bytes bytes = Join({RawArchive({{.name = "first"}, second, third, second, {.name = "fifth"}}),
+                          ToBytes("after the end mark")});
       bytes[begin + row.at] ^= 0x40;
+      bytes[again + row.at] ^= 0x40;
       const ArchiveIndex index = IndexOf(bytes);
-      ASSERT_EQ(index.Members().size(), 4U);
+      ASSERT_EQ(index.Members().size(), 5U);
       EXPECT_TRUE(index.Damage());
-      for (std::size_t i = 0; i < 4; ++i) {
-        EXPECT_EQ(index.Members()[i].fault.has_value(), i == 1);
+      for (std::size_t i = 0; i < 5; ++i) {
+        EXPECT_EQ(index.Members()[i].fault.has_value(), i == 1 || i == 3);
       }
-      EXPECT_TRUE(index.Find("fourth"));
+      EXPECT_TRUE(index.Find("fifth"));
     }
   }
 }
