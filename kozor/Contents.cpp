@@ -64,7 +64,6 @@ Member Describe(const container::Member& known, const container::MemberHeader& h
   member.lastWrite = known.lastWrite.Utc();
   member.attribute = static_cast<std::uint8_t>(known.attribute);
   member.unixMode = header.unixMode;
-  if (!header.comment.empty()) member.comment = TextIn(header.comment, header.name.codePage);
   member.capsuleOffset = header.capsule.offset;
   member.capsuleBytes = header.capsule.bytes;
   member.overclaims =
@@ -222,6 +221,11 @@ Member ArchiveReader::At(std::size_t position) {
     container::MemberHeader header;
     container::ParseHeaderAt(opened->source, known.offset, header);
     member = Describe(known, header);
+    const auto& [offset, bytes] = header.comment;
+    if (bytes != 0) {
+      const container::ByteSpan comment = opened->source.At(known.offset + offset, bytes);
+      member.comment = TextIn({comment.begin(), comment.end()}, header.name.codePage);
+    }
     member.damaged = opened->index.Damage() && known.fault;
   });
   return member;

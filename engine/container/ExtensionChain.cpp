@@ -40,10 +40,6 @@ void ApplyExtension(std::uint8_t id, ByteSpan payload, MemberHeader& header, Cha
     case 0x02:
       header.name.directory = Text(payload);
       break;
-    case 0x3F:
-    case 0x71:  // by Amiga programs
-      header.comment = Text(payload);
-      break;
     case 0x40:
       if (holds(2)) header.attribute = ReadU16(payload, 0);
       break;
@@ -128,6 +124,9 @@ HeaderStatus ReadExtensionChain(ByteSpan bytes, const ChainBounds& bounds, Membe
     if (id == 0x00 && payload.size() >= 2) {
       result.crcPosition = position + 1;
       result.headerCrc = ReadU16(payload, 0);
+    } else if (id == 0x3F || id == 0x71) {  // the latter by Amiga programs
+      header.comment = {static_cast<std::uint32_t>(position + 1),
+                        static_cast<std::uint32_t>(payload.size())};
     } else {
       ApplyExtension(id, payload, header, times);
     }

@@ -64,11 +64,11 @@ void ReadDosTime(ByteSpan bytes, MemberHeader& header) {
 
 // Some writers add fields after the CRC of a level 0 header.  The -pm?- family has a comment there.
 void ReadLevel0Extra(ByteSpan extra, MemberHeader& header) {
-  if (extra.empty()) return;
   if (IsPmarc(header.method)) {
-    header.comment.assign(extra.begin(), extra.end());
-    return;
+    const auto bytes = static_cast<std::uint32_t>(extra.size());
+    header.comment = {header.headerBytes - bytes, bytes};
   }
+  if (extra.empty() || IsPmarc(header.method)) return;
   const bool isUnix = extra[0] == 'U' && extra.size() >= 12;
   const bool isOs9On68K = extra[0] == 'K' && extra.size() >= 16;
   const bool isOs9 = extra[0] == '9' && extra.size() >= 22 && extra[9] == 0xCC;
@@ -197,11 +197,13 @@ void SeparateMacintoshNames(NameFields& name) {
 }
 
 // Amiga programs put a comment after the name and a zero byte.
-void CutComment(MemberHeader& header) {
-  const std::size_t end = header.name.base.find('\0');
-  if (end == std::string::npos) return;
-  header.comment = header.name.base.substr(end + 1);
-  header.name.base.resize(end);
+void FindComment(MemberHeader& header) {
+  constexpr std::size_t kNameBegin = 22;
+  const std::string& name = header.name.base;
+  const std::size_t begin = std::min(name.find('\0'), name.size() - 1) + 1;
+  if (begin == name.size()) return;
+  header.comment = {static_cast<std::uint32_t>(kNameBegin + begin),
+                    static_cast<std::uint32_t>(name.size() - begin)};
 }
 
 // Some writers, on the Amiga for one, store directories as stored members of size 0 without a file
@@ -235,7 +237,7 @@ HeaderStatus ParseMemberHeader(ByteSpan bytes, MemberHeader& header) {
   header.originalBytes = ReadU32(bytes, 11);
   header.level = bytes[20];
   const HeaderStatus status = ParseByLevel(bytes, header);
-  CutComment(header);
+  FindComment(header);
   if (header.osId == 'm') SeparateMacintoshNames(header.name);
   if (status == HeaderStatus::Complete && IsStoredDirectory(header)) header.method[3] = 'd';
   return status;

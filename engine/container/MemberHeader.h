@@ -46,7 +46,7 @@ struct NameFields {
   std::uint32_t codePage = 0;  // extension 0x46, of the byte strings above; 0 if not recorded
 };
 
-// A part of a member's unpacked data.
+// A part of a header, or of a member's unpacked data.
 struct DataPart {
   std::uint32_t offset = 0;
   std::uint32_t bytes = 0;
@@ -73,7 +73,8 @@ struct MemberHeader {
   std::uint16_t attribute = 0x20;
   std::uint32_t unixMode = 0;  // including the file type; 0 if not recorded
 
-  std::string comment;  // in the code page of the names
+  // Where in the header a comment is, in the code page of the names; no bytes if there is none.
+  DataPart comment;
 
   // The part of the unpacked data that is the file itself, if a header names it; no bytes if not.
   DataPart capsule;

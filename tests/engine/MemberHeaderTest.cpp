@@ -210,7 +210,9 @@ TEST(EngineMemberHeader, TakesCommentsFromWhereWritersPutThem) {
                                   {.level = 1, .name = "a", .extensions = {{0x71, "note"}}},
                                   {.level = 2, .name = "a", .extensions = {{0x3F, "note"}}},
                                   {.level = 0, .name = "a", .method = "-pm0-", .extra = "note"}}) {
-    EXPECT_EQ(Parsed(RawHeader(member)).comment, "note");
+    const Bytes bytes = RawHeader(member);
+    const DataPart comment = Parsed(bytes).comment;
+    EXPECT_EQ(std::string(&bytes[comment.offset], &bytes[comment.offset + comment.bytes]), "note");
   }
 }
 
