@@ -173,7 +173,7 @@ bool CanBeExpressed(const fs::path& path) {
 }
 
 std::string LibraryPath(const fs::path& path) {
-  fs::path complete = WithoutPrefix(AbsolutePath(path));
+  fs::path complete = AbsolutePath(WithoutPrefix(path));
   complete.make_preferred();
   if (!CanBeExpressed(complete)) {
     throw Failure(Shown(path) + ": unsupported path");
