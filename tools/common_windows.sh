@@ -92,5 +92,5 @@ run_windows_tests() {
   grep -E '^(== |\[  (PASSED|SKIPPED) )' "$log"
   echo "Reasons for skipping, if any:"
   tr -d '\r' < "$log" | grep -A 1 ': Skipped$' | grep -v -e ': Skipped$' -e '^--$' | sort | uniq -c || true
-  with_wine tests/exchange/exchange "$PWD/build/release/bin/kozor" "$PWD/$build/bin/kozor.exe" "$1"
+  with_wine tests/exchange/exchange "$PWD/build/release/bin" "$PWD/$build/bin" "$1"
 }
