@@ -21,25 +21,23 @@ bool BeginsWithDrive(const std::string& name) {
   return name.size() >= 2 && name[1] == ':' && std::isalpha(static_cast<unsigned char>(name[0]));
 }
 
-constexpr const char* kNoSuchName =
-    "refused: not a valid file name (kozor print shows the contents)";
-
 // Throws if a component can't be a file name or is "..".
-void RequireSound(const std::string& name) {
+void RequireSound(const std::string& name, const char* hint) {
+  const auto refuse = [&] {
+    throw FileFailure(std::string("refused: not a valid file name") + hint);
+  };
   for (std::size_t start = 0; start <= name.size();) {
     const std::size_t end = std::min(name.find('\\', start), name.size());
     const std::string part = name.substr(start, end - start);
     if (part == "." || part == "..") {
       throw FileFailure("refused: the name contains . or .. as a component");
     }
-    if (!CanBeMade(part)) throw FileFailure(kNoSuchName);
+    if (!CanBeMade(part)) refuse();
     start = end + 1;
   }
   const bool control = std::any_of(name.begin(), name.end(),
                                    [](char c) { return static_cast<unsigned char>(c) < 0x20; });
-  if (control || name.find_first_of("\"*/:<>?|") != std::string::npos) {
-    throw FileFailure(kNoSuchName);
-  }
+  if (control || name.find_first_of("\"*/:<>?|") != std::string::npos) refuse();
 }
 
 }  // namespace
@@ -65,7 +63,7 @@ fs::path Delivery::PathOf(const std::string& name) {
   rest.erase(0, rest.find_first_not_of('\\'));
   while (rest.ends_with('\\')) rest.pop_back();
   if (rest.empty()) throw FileFailure("refused: the name is empty");
-  RequireSound(rest);
+  RequireSound(rest, rules.hint);
   if (rooted && rules.absoluteNames) {
     const bool onHost = !hasDrive && !name.starts_with("\\\\");
     return AbsolutePath(onHost ? "/" / HostName(rest) : HostPath(name));

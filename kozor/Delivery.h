@@ -27,6 +27,7 @@ struct DeliveryRules {
   Existing existing = Existing::Ask;
   Destination::Links links = Destination::Links::StayInside;
   bool absoluteNames = false;  // absolute names stay absolute
+  const char* hint = "";       // about files whose names can't be made
 };
 
 // The options that set the rules, for the commands that deliver files.

@@ -152,7 +152,8 @@ class Extraction {
 };
 
 void Extract(const Arguments& arguments) {
-  const DeliveryRules rules = ReadDeliveryRules(arguments);
+  DeliveryRules rules = ReadDeliveryRules(arguments);
+  rules.hint = " (kozor print shows the contents)";
   ChooseNamePage(arguments);
   SourceArchive archive(arguments.Operand(0, "ARCHIVE"));
   ArchiveReader& headers = archive.Reader();

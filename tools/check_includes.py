@@ -39,6 +39,7 @@ LAYERS = {
     "tests/codec": "engine/codec tests/support",
     "tests/engine": "engine/api engine/commands engine/container engine/codec platform/win32 tests/support",
     "tests/sfx": "engine/sfx engine/container engine/codec tests/engine tests/support",
+    "tests/exchange": "include platform/classlib tests/support",
     "tests/kozor": "kozor include tests/engine tests/support",
     "tests/faults": "tests/support",
 }
