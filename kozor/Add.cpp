@@ -4,8 +4,6 @@
 #include <fstream>
 #include <optional>
 #include <sstream>
-#include <unordered_map>
-#include <unordered_set>
 #include <vector>
 
 #include "Archive.h"
@@ -87,13 +85,12 @@ constexpr const char* kOldStays = "the old archive stays: a new one would lack w
 bool HasClashes(const std::vector<FileGroup>& groups, const Output& output,
                 const std::string& archiveName) {
   if (!Exists(HostPath(output.Path()))) return false;
-  std::unordered_set<std::string> members;
-  for (const Member& member : ReadMembers(output.Path(), archiveName)) members.insert(member.name);
+  const ArchiveReader members(output.Path(), archiveName);
   const int before = Complaints();
   for (const FileGroup& group : groups) {
     for (const auto* names : {&group.names, &group.links}) {
       for (const std::string& name : *names) {
-        if (!members.contains(name)) continue;
+        if (!members.FindReplacedBy(name)) continue;
         Complain(VisibleLibraryName(name) + ": the archive already has a member of that name");
       }
     }
@@ -113,11 +110,6 @@ void RequireRoomForProgram(const fs::path& archive, const std::string& suffix) {
 
 bool Overwrites(const Arguments& arguments) {
   return arguments.Has("--overwrite") || arguments.Has("--update") || arguments.Has("--dir");
-}
-
-void Prepare(Archive& archive, const Arguments& arguments, const Output& output) {
-  archive.SetWorkDirectory(output.WorkDirectory().c_str());
-  archive.SetOverwriteMode(Overwrites(arguments) ? 1 : 0);
 }
 
 // The operands, and the names in the file of --files-from.
@@ -154,16 +146,15 @@ std::vector<std::string> WhatToAdd(const Arguments& arguments) {
 class UpToDate {
  public:
   UpToDate(const std::string& archive, const std::string& name) {
-    if (!Exists(HostPath(archive))) return;
-    for (const Member& member : ReadMembers(archive, name)) times[member.name] = member.Seconds();
+    if (Exists(HostPath(archive))) members = std::make_shared<ArchiveReader>(archive, name);
   }
   bool operator()(const std::string& name, const FileState& state) const {
-    const auto found = times.find(name);
-    return found != times.end() && found->second >= state.time;
+    const auto found = members ? members->FindExactly(name) : std::nullopt;
+    return found && members->At(*found).Seconds() >= state.time;
   }
 
  private:
-  std::unordered_map<std::string, std::int64_t> times;
+  std::shared_ptr<ArchiveReader> members;  // null if there is no archive
 };
 
 std::vector<FileGroup> SelectFiles(const Arguments& arguments, const std::string& name,
@@ -206,7 +197,6 @@ struct Line {
         find = group.Find(others);
       }
       list.Add(group.base, others);
-      hasListedNames = hasListedNames || !others.empty() || !group.links.empty();
     }
     for (const FileGroup& group : groups) {
       list.Add(group.base, group.links);
@@ -218,7 +208,6 @@ struct Line {
   std::size_t files = 0;
   std::optional<ZorFind> find;  // empty if there are only folders and links
   SourceList list;
-  bool hasListedNames = false;  // other than folders
 };
 
 void AddFiles(const Arguments& arguments, const std::string& name) {
@@ -232,20 +221,24 @@ void AddFiles(const Arguments& arguments, const std::string& name) {
   if (makesProgram) RequireRoomForProgram(own, suffix);
   Line line(groups);
   Output output(name, arguments.Has("--new"), arguments.Value("--work-dir"));
+  const bool keepsMembers = !Overwrites(arguments) && !arguments.Has("--new");
   const auto refuseClashes = [&] {
-    if (Overwrites(arguments) || arguments.Has("--new")) return;
-    if (HasClashes(groups, output, name))
+    if (keepsMembers && HasClashes(groups, output, name)) {
       throw Failure("nothing was added (--overwrite replaces existing members)");
+    }
   };
-  // The library detects only the clashes of its own selection.
-  if (line.hasListedNames) refuseClashes();
   line.list.Pass(output.WorkDirectory());
+  // The archiver looks while it has the archive locked.  The library would list all members before,
+  // and detect the clashes of its own selection only.
+  if (keepsMembers) AddPackingSwitch("-keep");
   if (!line.find) {
+    refuseClashes();
     AddListOnly(output.Path(), output.WorkDirectory(), name);
     return output.Commit();
   }
   Archive archive(line.bytes);
-  Prepare(archive, arguments, output);
+  archive.SetWorkDirectory(output.WorkDirectory().c_str());
+  archive.SetOverwriteMode(1);
   const int done =
       archive.Compress(*line.find, output.Path().c_str(), output.Append(), makesProgram ? 1 : 0);
   if (!done && archive.GetError() == ZorErrorSameName) refuseClashes();
@@ -263,7 +256,8 @@ void AddStandardInput(const Arguments& arguments, const std::string& name) {
   const std::vector<unsigned char> data = ReadStandardInput();
   Output output(name, arguments.Has("--new"), arguments.Value("--work-dir"));
   Archive archive;
-  Prepare(archive, arguments, output);
+  archive.SetWorkDirectory(output.WorkDirectory().c_str());
+  archive.SetOverwriteMode(Overwrites(arguments) ? 1 : 0);
   archive.Require(
       archive.CompressMem(output.Path().c_str(), MemberName(memberName).c_str(), data.data(),
                           static_cast<unsigned long>(data.size()), output.Append()),

@@ -231,15 +231,17 @@ Member ArchiveReader::At(std::size_t position) {
   return member;
 }
 
-std::vector<Member> ArchiveReader::All() {
-  std::vector<Member> members;
-  members.reserve(Count());
-  for (std::size_t i = 0; i < Count(); ++i) members.push_back(At(i));
-  return members;
-}
-
 std::string ArchiveReader::NameAt(std::size_t position) const {
   return opened->index.Members().NameAt(position);
+}
+
+std::optional<std::size_t> ArchiveReader::FindExactly(const std::string& member) const {
+  return std::max(opened->index.FindExactly(member), opened->index.FindLink(member));
+}
+
+std::optional<std::size_t> ArchiveReader::FindReplacedBy(const std::string& member) const {
+  if (const auto found = FindExactly(member)) return found;
+  return KzCreatesExactly() ? std::nullopt : opened->index.Find(member);
 }
 
 std::vector<bool> ArchiveReader::Meant(const std::string& word) const {
@@ -302,10 +304,6 @@ std::size_t ArchiveReader::Damaged() const {
   return static_cast<std::size_t>(
       std::count_if(members.begin(), members.end(),
                     [](const container::Member& member) { return member.fault.has_value(); }));
-}
-
-std::vector<Member> ReadMembers(const std::string& archive, const std::string& name) {
-  return ArchiveReader(archive, name).All();
 }
 
 std::span<unsigned char> Unwrapped(const Member& member, std::span<unsigned char> data) {

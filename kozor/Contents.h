@@ -63,8 +63,11 @@ class ArchiveReader {
   std::size_t Count() const;
   // In the archive's order.  Reads the header, which is cheapest from the first to the last.
   Member At(std::size_t position);
-  std::vector<Member> All();
   std::string NameAt(std::size_t position) const;
+  // The last member or link of a name, which is a library path.
+  std::optional<std::size_t> FindExactly(const std::string& member) const;
+  // The one that a new member of this name would replace.
+  std::optional<std::size_t> FindReplacedBy(const std::string& member) const;
   // By position, the members that a word of the command line selects:
   //
   //   docs/a.txt   the member of this name, or of one that differs only in case
@@ -94,9 +97,6 @@ class ArchiveReader {
   std::unique_ptr<container::File> file;
   std::unique_ptr<Opened> opened;
 };
-
-// All members of an archive; see ArchiveReader.
-std::vector<Member> ReadMembers(const std::string& archive, const std::string& name);
 
 // An archive to read, as the user names it.
 //

@@ -1,6 +1,7 @@
 // Delete.cpp - kozor delete: deletes members from an archive.
 #include <algorithm>
 #include <array>
+#include <optional>
 #include <string>
 #include <unordered_set>
 #include <vector>
@@ -12,7 +13,6 @@
 #include "Failure.h"
 #include "Host.h"
 #include "SourceList.h"
-#include "WorkFolder.h"
 
 namespace kozor::program {
 
@@ -65,18 +65,20 @@ void KeepExcluded(const ArchiveReader& reader, const MaskList& excludes,
   }
 }
 
-// The names to delete, one a line.  Shown names hold neither quotes nor line ends.
-std::string ListToDelete(const Arguments& arguments, const std::string& path,
-                         const std::string& archiveName) {
+// Passes the names to delete to the archiver; `list` stays empty if there are none.  Shown names
+// hold neither quotes nor line ends.
+void PassNames(const Arguments& arguments, const std::string& path, const std::string& archiveName,
+               std::optional<NameList>& list) {
   const ArchiveReader reader(path, archiveName);
   std::vector<bool> deleted = MeantByAny(reader, arguments.OperandsFrom(1), archiveName);
   const MaskList excludes(arguments.Values("--exclude"));
   if (!excludes.Empty()) KeepExcluded(reader, excludes, deleted);
-  std::string list;
+  if (std::find(deleted.begin(), deleted.end(), true) == deleted.end()) return;
+  list.emplace(HostPath(path).parent_path());
   for (std::size_t i = 0; i < deleted.size(); ++i) {
-    if (deleted[i]) list += '"' + reader.NameAt(i) + "\"\n";
+    if (deleted[i]) list->Add('"' + reader.NameAt(i) + "\"\n");
   }
-  return list;
+  list->Pass();
 }
 
 void Delete(const Arguments& arguments) {
@@ -84,10 +86,9 @@ void Delete(const Arguments& arguments) {
   const std::string& name = arguments.Operand(0, "ARCHIVE");
   arguments.Operand(1, "MASK");
   const std::string path = LibraryPath(FromUtf8(name));
-  const std::string list = ListToDelete(arguments, path, name);
-  if (list.empty()) return Remark(Visible(name) + ": nothing to delete");
-  const TemporaryFolder folder;
-  PassList(folder.Folder(), list);
+  std::optional<NameList> list;
+  PassNames(arguments, path, name, list);
+  if (!list) return Remark(Visible(name) + ": nothing to delete");
   // The archiver takes the names from the list.  The library wants a mask: an empty one means none.
   ZorFind find;
   find.AddTail("");

@@ -17,6 +17,17 @@ namespace kozor::program {
 
 namespace {
 
+constexpr const char* kListName = "names";
+
+template <typename Call>
+void NamingFailures(const std::filesystem::path& directory, Call call) {
+  try {
+    call();
+  } catch (const FileFailure& failure) {
+    throw Failure(Visible(directory.string()) + ": " + failure.what());
+  }
+}
+
 struct Unload {
   void operator()(HMODULE module) const { FreeLibrary(module); }
 };
@@ -53,23 +64,37 @@ void SourceList::AddFolders(const std::string& base, std::vector<std::string> na
 
 void SourceList::Pass(const std::string& workDirectory) {
   if (text.empty()) return;
-  const std::filesystem::path parent = HostPath(workDirectory);
-  try {
-    const Descriptor directory = OpenDirectory(parent);
-    if (!directory.IsOpen()) FailBySystem();
-    folder.emplace(directory.Number());
-    PassList(*folder, text);
-  } catch (const FileFailure& failure) {
-    throw Failure(Visible(parent.string()) + ": " + failure.what());
-  }
+  list.emplace(HostPath(workDirectory));
+  list->Add(text);
+  list->Pass();
 }
 
-void PassList(const WorkFolder& folder, std::string_view text) {
-  constexpr const char* kListName = "names";
-  Descriptor list = CreateNewFile(folder.Directory(), kListName);
-  WriteAll(list.Number(), std::as_bytes(std::span(text)));
-  if (!list.Finish()) FailBySystem();
-  AddPackingSwitch("\"-with" + folder.LibraryPathOf(kListName) + '"');
+NameList::NameList(std::filesystem::path directory) : parent(std::move(directory)) {
+  NamingFailures(parent, [&] {
+    const Descriptor opened = OpenDirectory(parent);
+    if (!opened.IsOpen()) FailBySystem();
+    folder.emplace(opened.Number());
+    file = CreateNewFile(folder->Directory(), kListName);
+  });
+}
+
+void NameList::Add(std::string_view lines) {
+  constexpr std::size_t kPiece = 64 << 10;
+  waiting += lines;
+  if (waiting.size() >= kPiece) Write();
+}
+
+void NameList::Write() {
+  NamingFailures(parent, [&] { WriteAll(file.Number(), std::as_bytes(std::span(waiting))); });
+  waiting.clear();
+}
+
+void NameList::Pass() {
+  Write();
+  NamingFailures(parent, [&] {
+    if (!file.Finish()) FailBySystem();
+  });
+  AddPackingSwitch("\"-with" + folder->LibraryPathOf(kListName) + '"');
 }
 
 void AddListOnly(const std::string& archive, const std::string& workDirectory,

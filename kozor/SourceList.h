@@ -6,6 +6,7 @@
 // it in the library's line.
 #pragma once
 
+#include <filesystem>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -14,6 +15,25 @@
 #include "WorkFolder.h"
 
 namespace kozor::program {
+
+// A list of names, one a line, for the next line of the archiver.  It is in a file in a work folder
+// of its own, and valid while this object exists.  All calls throw Failure.
+class NameList {
+ public:
+  // `directory` is the host path of the directory for the work folder.
+  explicit NameList(std::filesystem::path directory);
+  void Add(std::string_view lines);
+  // Completes the file and makes it part of the line.
+  void Pass();
+
+ private:
+  void Write();
+
+  const std::filesystem::path parent;
+  std::optional<WorkFolder> folder;
+  Descriptor file;
+  std::string waiting;  // to be written
+};
 
 class SourceList {
  public:
@@ -32,12 +52,8 @@ class SourceList {
 
   std::string text;
   std::string lastBase;
-  std::optional<WorkFolder> folder;
+  std::optional<NameList> list;
 };
-
-// Writes a list of names, one a line, into a new file in `folder`, and makes it part of the next
-// line of the archiver.  Throws FileFailure.
-void PassList(const WorkFolder& folder, std::string_view text);
 
 // Runs a line that adds only what the passed list names, for a list without files.  `archive` and
 // `workDirectory` are library paths, `name` is the archive as the user gave it.  Throws Failure,

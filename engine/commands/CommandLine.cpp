@@ -63,6 +63,7 @@ void ApplyPackSwitch(std::string_view word, PackSettings& packing) {
   if (word == "-o7") packing.method = NewMethod::Lh7;
   if (word == "-z1") packing.method = NewMethod::Stored;
   if (word == "-unix") packing.keepsUnixFacts = true;
+  if (word == "-keep") packing.keepsMembers = true;
   if (word.starts_with("-ol")) {
     const auto level = NumberIn(word.substr(3), codec::kFastestLevel, codec::kSmallestLevel);
     if (level) packing.level = static_cast<int>(*level);
@@ -124,16 +125,6 @@ Command CommandOf(const std::string& letter, const CommandLine& line) {
   throw Failure(ResultCode::UnknownCommand);
 }
 
-std::string ReadText(const std::string& path) {
-  container::File file;
-  if (!file.Open(path, container::File::Mode::Read) || !std::in_range<std::size_t>(file.Size())) {
-    throw Failure(ResultCode::ResponseFileNotRead);
-  }
-  std::string text(static_cast<std::size_t>(file.Size()), '\0');
-  text.resize(file.ReadAt(0, {reinterpret_cast<std::uint8_t*>(text.data()), text.size()}));
-  return text;
-}
-
 std::string NameInLine(std::string_view line) {
   const std::size_t begin = std::min(line.find_first_not_of(kBlanks), line.size());
   const std::size_t end = line.find_last_not_of(kBlanks) + 1;
@@ -161,16 +152,35 @@ CommandLine ParseMemoryCall(std::string_view text) {
   return line;
 }
 
-std::vector<std::string> ReadResponseFile(const std::string& path) {
+void ForEachInResponseFile(const std::string& path,
+                           const std::function<void(const std::string&)>& use) {
   constexpr std::string_view kLineEnds = "\r\n\x1A";  // 0x1A marks the end of old text files
-  const std::string text = ReadText(path);
-  std::vector<std::string> names;
-  for (std::string_view rest = text; !rest.empty();) {
-    const std::size_t end = std::min(rest.find_first_of(kLineEnds), rest.size());
-    std::string name = NameInLine(rest.substr(0, end));
-    if (!name.empty()) names.push_back(std::move(name));
-    rest.remove_prefix(std::min(end + 1, rest.size()));
+  constexpr std::size_t kPieceBytes = 64 << 10;
+  container::File file;
+  if (!file.Open(path, container::File::Mode::Read)) throw Failure(ResultCode::ResponseFileNotRead);
+  const auto useLine = [&](std::string_view line) {
+    const std::string name = NameInLine(line);
+    if (!name.empty()) use(name);
+  };
+  std::vector<std::uint8_t> piece(kPieceBytes);
+  std::string text;  // not used yet
+  for (std::uint64_t offset = 0;; offset += kPieceBytes) {
+    const std::size_t read = file.ReadAt(offset, piece);
+    text.append(piece.begin(), piece.begin() + static_cast<std::ptrdiff_t>(read));
+    std::size_t begin = 0;
+    for (std::size_t end = 0; (end = text.find_first_of(kLineEnds, begin)) != text.npos;) {
+      useLine(std::string_view(text).substr(begin, end - begin));
+      begin = end + 1;
+    }
+    text.erase(0, begin);
+    if (read < kPieceBytes) break;
   }
+  useLine(text);
+}
+
+std::vector<std::string> ReadResponseFile(const std::string& path) {
+  std::vector<std::string> names;
+  ForEachInResponseFile(path, [&](const std::string& name) { names.push_back(name); });
   return names;
 }
 

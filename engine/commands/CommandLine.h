@@ -2,6 +2,7 @@
 // that operands name.
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -21,6 +22,7 @@ struct PackSettings {
   int level = codec::kDefaultLevel;   // -ol1 to -ol9
   unsigned threads = 0;               // -j<n>; 0: as many as there are processors
   bool keepsUnixFacts = false;        // -unix
+  bool keepsMembers = false;          // -keep: a name that the archive holds is refused
 };
 
 struct Operand {
@@ -60,5 +62,8 @@ CommandLine ParseMemoryCall(std::string_view line);
 // Reads the names in a response file: one per line, with any line ends.  Surrounding blanks and
 // double quotes are removed, empty lines ignored.  Throws ResultCode::ResponseFileNotRead.
 std::vector<std::string> ReadResponseFile(const std::string& path);
+// The same without holding all of them.
+void ForEachInResponseFile(const std::string& path,
+                           const std::function<void(const std::string&)>& use);
 
 }  // namespace kozor::commands

@@ -1,6 +1,7 @@
 // DeleteCommand.cpp - the command `d`: deletes members.
 #include <algorithm>
-#include <unordered_set>
+#include <optional>
+#include <string>
 
 #include "engine/commands/ArchiveChange.h"
 #include "engine/commands/Archiver.h"
@@ -15,6 +16,12 @@ using container::Failure;
 using container::MemberSearch;
 using container::ResultCode;
 
+// A name is exact, and never a mask.
+void SelectByName(const std::string& name, ArchiveChange& change) {
+  if (const auto position = change.Index().FindExactly(name)) change.Remove(*position);
+  if (const auto position = change.Index().FindLink(name)) change.Remove(*position);
+}
+
 // Selects the members for one word: the member of that name, a directory with or without its '\', a
 // link, or all matches of a mask.  Masks don't match links.
 void SelectByWord(const std::string& word, ArchiveChange& change) {
@@ -28,29 +35,22 @@ void SelectByWord(const std::string& word, ArchiveChange& change) {
   auto position = index.Find(word);
   if (!position) position = index.Find(word + '\\');
   if (!position) position = index.FindLink(word);
-  if (position) change.Remove(*position);
-}
-
-// Names in a list are exact, and none is a mask.
-void SelectListed(const std::string& path, ArchiveChange& change) {
-  const container::ArchiveIndex& index = change.Index();
-  for (const std::string& name : ReadResponseFile(path)) {
-    if (const auto position = index.FindExactly(name)) change.Remove(*position);
-    if (const auto position = index.FindLink(name)) change.Remove(*position);
-  }
+  if (position) SelectByName(index.Members().NameAt(*position), change);
 }
 
 // An archive may hold several members of one name, of which a look-up finds only the last.
 void SelectOlderOnes(ArchiveChange& change) {
-  const auto& members = change.Index().Members();
-  std::unordered_set<std::string> names;
-  for (std::size_t i = 0; i < members.size(); ++i) {
-    if (change.IsRemoved(i)) names.insert(members.NameAt(i));
+  const container::ArchiveIndex& index = change.Index();
+  const auto isRemoved = [&](std::optional<std::size_t> position) {
+    return position && change.IsRemoved(*position);
+  };
+  bool isAny = false;
+  for (std::size_t i = 0; i < index.Members().size(); ++i) {
+    const std::string name = index.Members().NameAt(i);
+    if (isRemoved(index.FindExactly(name)) || isRemoved(index.FindLink(name))) change.Remove(i);
+    isAny = isAny || change.IsRemoved(i);
   }
-  for (std::size_t i = 0; i < members.size(); ++i) {
-    if (names.contains(members.NameAt(i))) change.Remove(i);
-  }
-  if (names.empty()) throw Failure(ResultCode::NotFound);
+  if (!isAny) throw Failure(ResultCode::NotFound);
 }
 
 }  // namespace
@@ -60,7 +60,8 @@ void Archiver::Delete(const CommandLine& line, const ProgressListener& listener)
   if (change.IsNew()) throw Failure(ResultCode::ArchiveNotFound);
   for (const Operand& operand : line.operands) SelectByWord(operand.text, change);
   if (!line.nameList.empty()) {
-    SelectListed(container::PathFrom(line.workDirectory, line.nameList), change);
+    ForEachInResponseFile(container::PathFrom(line.workDirectory, line.nameList),
+                          [&](const std::string& name) { SelectByName(name, change); });
   }
   SelectOlderOnes(change);
 
