@@ -1,6 +1,7 @@
 // Delete.cpp - kozor delete: deletes members from an archive.
 #include <algorithm>
 #include <array>
+#include <filesystem>
 #include <optional>
 #include <string>
 #include <unordered_set>
@@ -74,7 +75,7 @@ void PassNames(const Arguments& arguments, const std::string& path, const std::s
   const MaskList excludes(arguments.Values("--exclude"));
   if (!excludes.Empty()) KeepExcluded(reader, excludes, deleted);
   if (std::find(deleted.begin(), deleted.end(), true) == deleted.end()) return;
-  list.emplace(HostPath(path).parent_path());
+  list.emplace(std::filesystem::temp_directory_path());
   for (std::size_t i = 0; i < deleted.size(); ++i) {
     if (deleted[i]) list->Add('"' + reader.NameAt(i) + "\"\n");
   }
