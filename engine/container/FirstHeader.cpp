@@ -19,7 +19,8 @@
 namespace kozor::container {
 namespace {
 
-constexpr std::uint64_t kMaxScan = 1 << 20;  // from the start, or from the end of the program
+constexpr std::uint64_t kMaxScan = 1 << 20;   // from the start, or from the end of the program
+constexpr std::size_t kFirstScanPiece = 512;  // after damage, the next member is mostly near
 constexpr std::size_t kScanPiece = 64 << 10;
 
 bool IsWholeMember(ByteSource& source, std::uint64_t offset, MemberHeader& header) {
@@ -59,9 +60,11 @@ std::optional<std::uint64_t> Scan(ByteSource& source, std::uint64_t begin, std::
                                   Accepts accepts) {
   limit = std::min(limit, source.Size());
   std::uint64_t lookedAt = 0;
+  std::size_t pieceBytes = kFirstScanPiece;
   for (std::uint64_t at = begin; at < limit;) {
     // Pieces overlap, so that a method id is never split.
-    const ByteSpan piece = source.At(at, kScanPiece);
+    const ByteSpan piece = source.At(at, pieceBytes);
+    pieceBytes = std::min(2 * pieceBytes, kScanPiece);
     if (piece.size() < kCommonHeaderBytes) break;
     std::vector<std::uint64_t> candidates;
     const std::size_t last = piece.size() - 6;
