@@ -5,10 +5,6 @@
 namespace kozor::test {
 namespace {
 
-const unsigned char* Bytes(const char* text) {
-  return reinterpret_cast<const unsigned char*>(text);
-}
-
 int Sign(int value) {
   return (value > 0) - (value < 0);
 }
@@ -63,13 +59,13 @@ TEST(PlatformCharacter, ComparisonsTakeCharactersWhole) {
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(testing::Message() << "row " << &row - rows);
-    EXPECT_EQ(Sign(_mbscmp(Bytes(row.a), Bytes(row.b))), row.exact);
-    EXPECT_EQ(Sign(_mbsicmp(Bytes(row.a), Bytes(row.b))), row.folded);
-    EXPECT_EQ(Sign(_mbsicmp(Bytes(row.b), Bytes(row.a))), -row.folded);
+    EXPECT_EQ(Sign(_mbscmp(Mbs(row.a), Mbs(row.b))), row.exact);
+    EXPECT_EQ(Sign(_mbsicmp(Mbs(row.a), Mbs(row.b))), row.folded);
+    EXPECT_EQ(Sign(_mbsicmp(Mbs(row.b), Mbs(row.a))), -row.folded);
   }
-  EXPECT_EQ(_mbsnbcmp(Bytes("abX"), Bytes("abY"), 2), 0);
-  EXPECT_EQ(Sign(_mbsnbcmp(Bytes("abX"), Bytes("abY"), 3)), -1);
-  EXPECT_EQ(_mbsnbcmp(Bytes("a\x81\x40"), Bytes("a\x81\x41"), 2), 0) << "half a character each";
+  EXPECT_EQ(_mbsnbcmp(Mbs("abX"), Mbs("abY"), 2), 0);
+  EXPECT_EQ(Sign(_mbsnbcmp(Mbs("abX"), Mbs("abY"), 3)), -1);
+  EXPECT_EQ(_mbsnbcmp(Mbs("a\x81\x40"), Mbs("a\x81\x41"), 2), 0) << "half a character each";
 }
 
 }  // namespace

@@ -35,6 +35,11 @@ inline bool UnderWine() {
   return wine;
 }
 
+// Text as the _mbs functions take it.
+inline const unsigned char* Mbs(const std::string& text) {
+  return reinterpret_cast<const unsigned char*>(text.c_str());
+}
+
 // An open file, closed by the destructor.
 class OpenFile {
  public:

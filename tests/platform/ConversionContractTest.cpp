@@ -76,6 +76,23 @@ TEST(PlatformConversionContract, EveryCodeOf932SurvivesTheRoundTrip) {
   EXPECT_EQ(assigned, 9604);
 }
 
+// Calls with a byte of every kind before every other.
+TEST(PlatformConversionContract, CharactersHaveTheSameBoundsAndOrderForEveryPairOfBytes) {
+  int folded = 0;
+  for (int first = 1; first < 256; ++first) {
+    for (int second = 0; second < 256; ++second) {
+      const std::string text = {static_cast<char>(first), static_cast<char>(second), 'z', '\0'};
+      const bool isPair = IsDBCSLeadByte(static_cast<BYTE>(first)) && second != 0;
+      EXPECT_EQ(CharNextA(text.c_str()) - text.c_str(), isPair ? 2 : 1) << first << ' ' << second;
+      if (!isPair || second < 0x40 || second + 0x21 > 0xFC) continue;
+      const std::string later = {text[0], static_cast<char>(second + 0x21), 'z'};
+      EXPECT_LT(_mbscmp(Mbs(text), Mbs(later)), 0) << first << ' ' << second;
+      folded += _mbsicmp(Mbs(text), Mbs(later)) == 0;
+    }
+  }
+  EXPECT_EQ(folded, 26) << "the full-width Latin letters";
+}
+
 TEST(PlatformConversionContract, InvalidTextIsRefusedOnDemand) {
   using Bad = std::pair<UINT, const char*>;
   for (const auto& [page, bytes] : {Bad{932, "a\x81"},

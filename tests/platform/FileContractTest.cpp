@@ -26,15 +26,19 @@ TEST_F(PlatformFileContract, DispositionsDecideByWhetherTheFileExists) {
       {TRUNCATE_EXISTING, true, ERROR_SUCCESS, ""},
   };
   for (const auto& row : rows) {
-    SCOPED_TRACE(testing::Message()
-                 << "disposition " << row.disposition << ", exists " << row.exists);
-    folder.Delete("f");
-    if (row.exists) folder.Write("f", "old");
-    SetLastError(kNonsense);
-    const bool opens = Opens(folder.Path("f"), kReadWrite, row.disposition);
-    EXPECT_EQ(GetLastError(), row.error);
-    EXPECT_EQ(opens, row.error == ERROR_SUCCESS || row.error == ERROR_ALREADY_EXISTS);
-    EXPECT_EQ(folder.Exists("f") ? folder.Read("f") : "none", row.contents);
+    for (const DWORD access : {DWORD{0}, DWORD{GENERIC_READ}, DWORD{GENERIC_WRITE}, kReadWrite}) {
+      SCOPED_TRACE(testing::Message() << "access " << access << ", disposition " << row.disposition
+                                      << ", exists " << row.exists);
+      // Emptying takes the right to write; but CREATE_ALWAYS doesn't ask for it.
+      if (row.disposition == TRUNCATE_EXISTING && (access & GENERIC_WRITE) == 0) continue;
+      folder.Delete("f");
+      if (row.exists) folder.Write("f", "old");
+      SetLastError(kNonsense);
+      const bool opens = Opens(folder.Path("f"), access, row.disposition);
+      EXPECT_EQ(GetLastError(), row.error);
+      EXPECT_EQ(opens, row.error == ERROR_SUCCESS || row.error == ERROR_ALREADY_EXISTS);
+      EXPECT_EQ(folder.Exists("f") ? folder.Read("f") : "none", row.contents);
+    }
   }
 }
 
