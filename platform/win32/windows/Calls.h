@@ -36,6 +36,8 @@ HANDLE FindFirstFileExA(LPCSTR name, FINDEX_INFO_LEVELS level, LPVOID data,
                         FINDEX_SEARCH_OPS operation, LPVOID filter, DWORD flags);
 BOOL FindNextFileA(HANDLE find, LPWIN32_FIND_DATAA data);
 
+DWORD GetTempPathA(DWORD bytes, LPSTR path);
+
 // These two return paths without the prefix \\?\.
 DWORD GetFullPathNameA(LPCSTR path, DWORD bytes, LPSTR full, LPSTR* filePart);
 DWORD GetFinalPathNameByHandleA(HANDLE file, LPSTR path, DWORD bytes, DWORD flags);

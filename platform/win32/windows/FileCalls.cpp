@@ -1,5 +1,6 @@
 // FileCalls.cpp - the calls of Calls.h that take file names.
 #include <algorithm>
+#include <array>
 #include <cstring>
 #include <iterator>
 #include <string>
@@ -138,6 +139,13 @@ DWORD GetFinalPathNameByHandleA(HANDLE file, LPSTR path, DWORD bytes, DWORD flag
   if (wide.empty()) return 0;
   wide.resize(GetFinalPathNameByHandleW(file, wide.data(), static_cast<DWORD>(wide.size()), flags));
   return GivePath(WithoutPrefix(wide), path, bytes);
+}
+
+DWORD GetTempPathA(DWORD bytes, LPSTR path) {
+  std::array<wchar_t, MAX_PATH + 1> wide{};
+  const DWORD length = GetTempPathW(static_cast<DWORD>(wide.size()), wide.data());
+  if (length == 0 || length >= wide.size()) return 0;
+  return GivePath({wide.data(), length}, path, bytes);
 }
 
 BOOL GetDiskFreeSpaceA(LPCSTR root, LPDWORD sectorsPerCluster, LPDWORD bytesPerSector,

@@ -23,6 +23,7 @@
 #define GetFileAttributesExA kozor::windows::GetFileAttributesExA
 #define GetFinalPathNameByHandleA kozor::windows::GetFinalPathNameByHandleA
 #define GetFullPathNameA kozor::windows::GetFullPathNameA
+#define GetTempPathA kozor::windows::GetTempPathA
 #define IsDBCSLeadByte kozor::windows::IsDBCSLeadByte
 #define MoveFileExA kozor::windows::MoveFileExA
 #define RemoveDirectoryA kozor::windows::RemoveDirectoryA
