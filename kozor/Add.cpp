@@ -227,7 +227,7 @@ void AddFiles(const Arguments& arguments, const std::string& name) {
       throw Failure("nothing was added (--overwrite replaces existing members)");
     }
   };
-  line.list.Pass(output.WorkDirectory());
+  const auto list = line.list.Pass(output.WorkDirectory());
   // The archiver looks while it has the archive locked.  The library would list all members before,
   // and detect the clashes of its own selection only.
   if (keepsMembers) AddPackingSwitch("-keep");

@@ -62,11 +62,12 @@ void SourceList::AddFolders(const std::string& base, std::vector<std::string> na
   Add(base, names);
 }
 
-void SourceList::Pass(const std::string& workDirectory) {
-  if (text.empty()) return;
-  list.emplace(HostPath(workDirectory));
+std::unique_ptr<NameList> SourceList::Pass(const std::string& workDirectory) const {
+  if (text.empty()) return nullptr;
+  auto list = std::make_unique<NameList>(HostPath(workDirectory));
   list->Add(text);
   list->Pass();
+  return list;
 }
 
 NameList::NameList(std::filesystem::path directory) : parent(std::move(directory)) {

@@ -7,6 +7,7 @@
 #pragma once
 
 #include <filesystem>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -43,16 +44,15 @@ class SourceList {
   // order set a folder's mode and time last.
   void AddFolders(const std::string& base, std::vector<std::string> names);
 
-  // Makes the list part of the next line that adds files.  It is valid while this object exists.
-  // `workDirectory` is the library path of the line's work directory.  Throws Failure.
-  void Pass(const std::string& workDirectory);
+  // Makes the list, if there is one, part of the next line that adds files.  `workDirectory` is the
+  // library path of the line's work directory, which has to outlive the result.  Throws Failure.
+  [[nodiscard]] std::unique_ptr<NameList> Pass(const std::string& workDirectory) const;
 
  private:
   void SetBase(const std::string& base);
 
   std::string text;
   std::string lastBase;
-  std::optional<NameList> list;
 };
 
 // Runs a line that adds only what the passed list names, for a list without files.  `archive` and

@@ -8,6 +8,7 @@
 #include <winioctl.h>
 
 #include <algorithm>
+#include <array>
 #include <cwctype>
 #include <memory>
 
@@ -140,15 +141,21 @@ fs::path PathIn(HostHandle directory, const std::string& name) {
 }
 
 std::vector<std::string> NamesIn(HostHandle directory) {
+  // Read by the handle: a search opens the directory anew, without sharing it with who may delete
+  // it.
   std::vector<std::string> names;
-  WIN32_FIND_DATAW found;
-  const HANDLE find = FindFirstFileW(PathOf(directory, "*").c_str(), &found);
-  if (find == INVALID_HANDLE_VALUE) return names;
-  do {
-    const fs::path name(found.cFileName);
-    if (name != L"." && name != L"..") names.push_back(name.string());
-  } while (FindNextFileW(find, &found));
-  FindClose(find);
+  alignas(FILE_ID_BOTH_DIR_INFO) std::array<char, 16 << 10> block;
+  for (auto kind = FileIdBothDirectoryRestartInfo;
+       GetFileInformationByHandleEx(System(directory), kind, block.data(), block.size());
+       kind = FileIdBothDirectoryInfo) {
+    const FILE_ID_BOTH_DIR_INFO* entry = nullptr;
+    for (std::size_t at = 0; entry == nullptr || entry->NextEntryOffset != 0;
+         at += entry->NextEntryOffset) {
+      entry = reinterpret_cast<const FILE_ID_BOTH_DIR_INFO*>(block.data() + at);
+      const fs::path name(std::wstring(entry->FileName, entry->FileNameLength / sizeof(wchar_t)));
+      if (name != L"." && name != L"..") names.push_back(name.string());
+    }
+  }
   return names;
 }
 
