@@ -32,8 +32,8 @@ bool BlockFile::Create() {
     const std::string path =
         directory.data() + ("kozor-" + std::to_string(start + attempt)) + ".tmp";
     if (file.Open(path, File::Mode::Scratch)) {
-      isUsable = DeleteFileA(path.c_str()) != 0;
-      return isUsable;
+      isUsable = true;
+      return true;
     }
     const DWORD error = GetLastError();
     if (error != ERROR_FILE_EXISTS && error != ERROR_ALREADY_EXISTS) break;

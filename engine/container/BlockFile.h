@@ -13,8 +13,8 @@
 
 namespace kozor::container {
 
-// The file is created in the directory for temporaries with the first block, has no name from then
-// on, and ends with the object.  Thread-safe.
+// The file is created in the directory for temporaries with the first block, is private, and ends
+// with the object, or the process.  Thread-safe.
 class BlockFile {
  public:
   static constexpr std::size_t kBlockBytes = 4 << 10;

@@ -39,7 +39,8 @@ OpenArguments ArgumentsOf(File::Mode mode) {
     case File::Mode::Alone:
       return {GENERIC_READ | GENERIC_WRITE, 0, OPEN_EXISTING};
     case File::Mode::Scratch:
-      return {GENERIC_READ | GENERIC_WRITE, kShareAll, CREATE_NEW, FILE_ATTRIBUTE_TEMPORARY};
+      return {GENERIC_READ | GENERIC_WRITE, 0, CREATE_NEW,
+              FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE};
     case File::Mode::CreateNew:
       break;
   }

@@ -42,7 +42,7 @@ class File {
     Read,       // others may read, write and delete
     Update,     // read and write; others may only read
     CreateNew,  // as Update, marked as temporary; fails if the file exists
-    Scratch,    // as CreateNew; others may do anything, and so its name may be removed
+    Scratch,    // as CreateNew; private, and deleted when it is closed
     Alone,      // as Update, and fails if anybody else has the file open
     Facts,      // metadata only; opens directories too
   };

@@ -13,7 +13,8 @@ ZOR_PLATFORM_API void WINAPI SetLastError(DWORD error);
 
 // Opens or creates a file.  `access` is GENERIC_READ, GENERIC_WRITE, both, or 0 to query metadata
 // only; `share` any FILE_SHARE_*; `disposition` one of the five; `flags` any FILE_ATTRIBUTE_* that
-// a new file can have, and FILE_FLAG_BACKUP_SEMANTICS, which opening a directory requires.
+// a new file can have, FILE_FLAG_BACKUP_SEMANTICS, which opening a directory requires, and, with
+// CREATE_NEW, FILE_FLAG_DELETE_ON_CLOSE: the name goes at once, and only the owner may open it.
 // `security` may be null; `templateFile` must be.  Returns INVALID_HANDLE_VALUE on failure.  On
 // success the last error is ERROR_ALREADY_EXISTS if CREATE_ALWAYS or OPEN_ALWAYS found a file, else
 // 0.

@@ -19,8 +19,10 @@ constexpr DWORD kKnownShare = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DE
 constexpr DWORD kAttributeFlags = FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN |
                                   FILE_ATTRIBUTE_SYSTEM | FILE_ATTRIBUTE_ARCHIVE |
                                   FILE_ATTRIBUTE_NORMAL | FILE_ATTRIBUTE_TEMPORARY;
-constexpr DWORD kKnownFlags = kAttributeFlags | FILE_FLAG_BACKUP_SEMANTICS;
+constexpr DWORD kKnownFlags =
+    kAttributeFlags | FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_DELETE_ON_CLOSE;
 constexpr mode_t kNewFileMode = 0666;
+constexpr mode_t kNamelessMode = 0600;
 constexpr mode_t kNewReadOnlyMode = 0444;
 
 // Never wait for the other end of a FIFO; never acquire a controlling terminal.
@@ -40,6 +42,11 @@ struct Request {
   bool Creates() const {
     return disposition == CREATE_NEW || disposition == CREATE_ALWAYS || disposition == OPEN_ALWAYS;
   }
+  bool DeletesOnClose() const { return (flags & FILE_FLAG_DELETE_ON_CLOSE) != 0; }
+  mode_t NewMode() const {
+    if (DeletesOnClose()) return kNamelessMode;
+    return (flags & FILE_ATTRIBUTE_READONLY) != 0 ? kNewReadOnlyMode : kNewFileMode;
+  }
   bool TellsOfExisting() const {
     return disposition == CREATE_ALWAYS || disposition == OPEN_ALWAYS;
   }
@@ -53,6 +60,7 @@ bool IsValid(const Request& request, const SECURITY_ATTRIBUTES* security, HANDLE
   if ((request.access & ~kKnownAccess) != 0 || (request.share & ~kKnownShare) != 0) return false;
   if ((request.flags & ~kKnownFlags) != 0 || templateFile != nullptr) return false;
   if (security != nullptr && security->lpSecurityDescriptor != nullptr) return false;
+  if (request.DeletesOnClose() && request.disposition != CREATE_NEW) return false;
   if (request.disposition < CREATE_NEW || request.disposition > TRUNCATE_EXISTING) return false;
   return request.disposition != TRUNCATE_EXISTING || request.Writes();
 }
@@ -164,12 +172,10 @@ std::shared_ptr<File> CreateNew(const Request& request, const LibraryPath& path,
                                 Creation& creation, int& hostError) {
   hostError = 0;
   if (path.trailingSeparator) return Refuse(ERROR_INVALID_NAME);
-  const bool readOnly = (request.flags & FILE_ATTRIBUTE_READONLY) != 0;
   DirectoryChange change(found.host);
   creation.Begin(found.host);
-  const int descriptor =
-      Calls().open(found.host.c_str(), O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | kOpenFlags,
-                   readOnly ? kNewReadOnlyMode : kNewFileMode);
+  const int descriptor = Calls().open(
+      found.host.c_str(), O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | kOpenFlags, request.NewMode());
   if (descriptor < 0) {
     creation.Keep();
     hostError = errno;
@@ -244,7 +250,7 @@ HANDLE WINAPI CreateFileA(LPCSTR name, DWORD access, DWORD share, LPSECURITY_ATT
   std::shared_ptr<File> file = Open(request, *path, creation);
   if (!file) return INVALID_HANDLE_VALUE;
   HANDLE handle = AddHandle(std::move(file));
-  creation.Keep();
+  if (!request.DeletesOnClose()) creation.Keep();
   return handle;
 }
 
