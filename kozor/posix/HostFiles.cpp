@@ -33,16 +33,8 @@ int File(HostHandle handle) {
   return static_cast<int>(handle);
 }
 
-// A time in 100 ns since 1601.
-timespec HostTime(std::uint64_t fileTime) {
-  timespec time{};
-  time.tv_sec = UnixOfFileTime(fileTime);
-  time.tv_nsec = NanosecondsOfFileTime(fileTime);
-  return time;
-}
-
 void SetTime(HostHandle file, std::uint64_t lastWrite) {
-  const timespec time = HostTime(lastWrite);
+  const timespec time = TimespecOfFileTime<timespec>(lastWrite);
   const std::array<timespec, 2> times = {time, time};
   if (futimens(File(file), times.data()) != 0) FailBySystem();
 }
@@ -257,13 +249,13 @@ Move MoveTo(HostHandle from, const std::string& name, HostHandle to, const std::
 void MakeLink(HostHandle in, const std::string& name, const std::filesystem::path& target,
               std::uint64_t lastWrite) {
   if (symlinkat(target.c_str(), File(in), name.c_str()) != 0) FailBySystem();
-  const timespec time = HostTime(lastWrite);
+  const timespec time = TimespecOfFileTime<timespec>(lastWrite);
   const std::array<timespec, 2> times = {time, time};
   utimensat(File(in), name.c_str(), times.data(), AT_SYMLINK_NOFOLLOW);
 }
 
 void FinishDirectory(HostHandle directory, unsigned int mode, std::uint64_t lastWrite) {
-  const timespec time = HostTime(lastWrite);
+  const timespec time = TimespecOfFileTime<timespec>(lastWrite);
   const std::array<timespec, 2> times = {time, time};
   if (utimensat(File(directory), ".", times.data(), 0) != 0) FailBySystem();
   if (mode != 0 && fchmodat(File(directory), ".", mode, 0) != 0) FailBySystem();

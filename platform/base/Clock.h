@@ -40,6 +40,15 @@ constexpr std::int32_t NanosecondsOfFileTime(std::uint64_t fileTime) {
   return static_cast<std::int32_t>(fileTime % kTicksPerSecond * (1'000'000'000 / kTicksPerSecond));
 }
 
+// The same in a struct timespec.
+template <typename Timespec>
+constexpr Timespec TimespecOfFileTime(std::uint64_t fileTime) {
+  Timespec time{};
+  time.tv_sec = UnixOfFileTime(fileTime);
+  time.tv_nsec = NanosecondsOfFileTime(fileTime);
+  return time;
+}
+
 // Convert a FILETIME to ticks and back.
 template <typename FileTime>
 constexpr std::uint64_t Ticks(const FileTime& time) {

@@ -12,13 +12,6 @@ namespace {
 
 constexpr int kDirectory = O_PATH | O_DIRECTORY;
 
-timespec HostTime(std::uint64_t fileTime) {
-  timespec time{};
-  time.tv_sec = UnixOfFileTime(fileTime);
-  time.tv_nsec = NanosecondsOfFileTime(fileTime);
-  return time;
-}
-
 // With a full disk, a store to a hole in a mapped file would be a fatal signal.
 long Reserve(int file, std::uint64_t bytes) {
   long result;
@@ -65,7 +58,7 @@ Handle OpenFolder(Handle in, const std::string& name) {
 }
 
 long SetFolderTime(Handle in, const std::string& name, std::uint64_t fileTime) {
-  const timespec time = HostTime(fileTime);
+  const timespec time = TimespecOfFileTime<timespec>(fileTime);
   return SetTimesAt(static_cast<int>(in), name.c_str(), {time, time});
 }
 
@@ -93,7 +86,7 @@ void Unmap(std::span<std::uint8_t> contents) {
 }
 
 long FinishFile(Handle file, std::uint64_t fileTime, Access) {
-  const timespec time = HostTime(fileTime);
+  const timespec time = TimespecOfFileTime<timespec>(fileTime);
   SetTimesAt(static_cast<int>(file), nullptr, {time, time});
   return 0;
 }
