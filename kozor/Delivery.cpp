@@ -103,9 +103,9 @@ std::optional<Order> Delivery::Wants(const Item& item, Destination::FinalLink fi
   return order;
 }
 
-// If the host ignores case, only the first of the names that differ only in case gets the place.
+// Where case is ignored, only the first of the names that differ only in case gets the place.
 void Delivery::RequireNoTwin(const fs::path& path) {
-  if (!HostIgnoresCase()) return;
+  if (!Work().IgnoresCase()) return;
   const std::string own = path.generic_string();
   const std::string& first = delivered.try_emplace(text::UpperKey(own), own).first->second;
   if (first != own) {

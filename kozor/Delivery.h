@@ -100,7 +100,7 @@ class Delivery {
   DeliveryRules rules;
   Destination destination;
   bool rootTakenOff = false;  // already reported
-  // The names delivered so far, by themselves in upper case; kept where the host ignores case.
+  // The names delivered so far, by themselves in upper case; kept where case is ignored.
   std::map<std::u16string, std::string> delivered;
 };
 

@@ -199,7 +199,11 @@ void Destination::PrepareLink(const std::string& workName, const Place& place,
     throw FileFailure("refused: the link to " + Visible(target.string()) +
                       " leads out of the destination (--allow-outside creates it)");
   }
-  MakeLink(Work().Directory(), workName, target, lastWrite);
+  try {
+    MakeLink(Work().Directory(), workName, target, lastWrite);
+  } catch (const FileFailure& failure) {
+    throw FileFailure("a symbolic link can't be made here: " + std::string(failure.what()));
+  }
 }
 
 }  // namespace kozor::program

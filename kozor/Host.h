@@ -54,8 +54,6 @@ bool CanBeExpressed(const std::filesystem::path& path);
 std::filesystem::path HostPath(const std::string& libraryPath);
 // Whether a file of this name (without a directory) can be created and found again.
 bool CanBeMade(const std::string& name);
-// Whether two names that differ only in case mean the same file.
-bool HostIgnoresCase();
 // A path for messages and comparisons, in UTF-8 as far as possible.
 std::string Shown(const std::filesystem::path& path);
 // A relative library name as the host writes it.  Bytes that aren't UTF-8 are read as code page

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cctype>
 #include <cstddef>
 #include <cstdio>
 #include <random>
@@ -93,6 +94,15 @@ void WorkFolder::RequireRoom(std::uint64_t bytes) const {
 
 void WorkFolder::Remove(const std::string& file) const {
   RemoveFile(directory.Number(), file);
+}
+
+bool WorkFolder::IgnoresCase() const {
+  if (!ignoresCase) {
+    std::string capitals = name;
+    for (char& c : capitals) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+    ignoresCase = LookAt(parent.Number(), capitals).has_value();
+  }
+  return *ignoresCase;
 }
 
 unsigned int WorkFolder::FirstMode(HostHandle newFile) const {

@@ -39,10 +39,13 @@ class WorkFolder {
   void RequireRoom(std::uint64_t bytes) const;
   // Removes a file from it, if it exists.
   void Remove(const std::string& file) const;
+  // Whether its file system takes names that differ only in case for the same.
+  bool IgnoresCase() const;
   // The permission bits that files in it have from the start, read from the first one.
   unsigned int FirstMode(HostHandle newFile) const;
 
  private:
+  mutable std::optional<bool> ignoresCase;
   mutable std::once_flag modeIsKnown;
   mutable unsigned int firstMode = 0;
   Descriptor parent;

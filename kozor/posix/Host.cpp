@@ -124,10 +124,6 @@ bool CanBeMade(const std::string& /*name*/) {
   return true;
 }
 
-bool HostIgnoresCase() {
-  return false;
-}
-
 std::string Shown(const fs::path& path) {
   return path.string();
 }

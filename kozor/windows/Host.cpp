@@ -140,10 +140,6 @@ bool CanBeMade(const std::string& name) {
   return !text::IsNameForbiddenByWindows(std::string_view(name));
 }
 
-bool HostIgnoresCase() {
-  return true;
-}
-
 std::string Shown(const fs::path& path) {
   return ToUtf8(path.native(), 0);
 }
