@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <sstream>
 
+#include "tests/support/Ability.h"
+
 namespace kozor::test {
 
 std::string Quoted(std::string_view word) {
@@ -16,6 +18,45 @@ std::string Quoted(std::string_view word) {
     }
   }
   return quoted + "'";
+}
+
+namespace {
+
+struct Demand {
+  const char* reason;
+  std::string_view tests;
+};
+
+// What makes no sense on Windows.
+constexpr Demand kDemands[] = {
+    {"needs links and modes",
+     " BringBackWithTheirCatalogueWhatTheFormatCantHold StayInsideTheDestination"
+     " RefusesTargetsOutsideTheDestinationUnlessToldTo BringsOutModesFoldersAndLinks"
+     " DeletesWhatIsNamedAndNothingElse NamesEveryFileThatHasToBeLeftOut "
+     "NamesFilesWithoutPermission"
+     " KeepsModesLinksAndEmptyFoldersSoThatATreeComesBackIdentical"
+     " BringsSetIdBitsBackOnlyWhenAskedTo "},
+    {"needs signals, named pipes or a terminal of POSIX",
+     " CantTellTheTerminalWhatToDo AskTheUserForTheNextMedium EndAWaitForStandardInput"
+     " KeepTheOldArchiveAndLeaveNothingElse ReplaceNothingUnaskedButWhatAKilledRunLeft "},
+    {"expects the names of POSIX: paths without a drive, case, nul, x.run",
+     " StoresFilesOutsideTheBaseFromTheRootOn KeepsFilesWhoseNamesDifferInCaseAlone"
+     " StaysInsideWhateverNamesAreHostile MakesASelfExtractingProgram NeverPutsTheArchiveIntoItself"
+     " RefusesCommandLinesThatMakeNoSense LinesOfTheProgramWorkInTheirOrder"
+     " FirstProgramBringsAFolderBack "},
+    {"std::filesystem neither removes read-only files nor replaces by a copy here",
+     " DoesWithExistingFilesWhatItIsTold OfAnotherSetAreRefused "},
+};
+
+}  // namespace
+
+void KozorProgram::SetUp() {
+  if (Can(Ability::MakingLinks)) return;
+  const testing::TestInfo& test = *testing::UnitTest::GetInstance()->current_test_info();
+  const std::string name = ' ' + std::string(test.name()) + ' ';
+  for (const Demand& demand : kDemands) {
+    if (demand.tests.find(name) != demand.tests.npos) GTEST_SKIP() << demand.reason;
+  }
 }
 
 CommandResult KozorProgram::Kozor(const Words& words) const {

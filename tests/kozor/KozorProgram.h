@@ -27,6 +27,8 @@ std::string Quoted(std::string_view word);
 
 class KozorProgram : public testing::Test {
  protected:
+  // Skips what the system's files, shell or terminal have no way to show.
+  void SetUp() override;
   // Runs "kozor words..." in the test's folder, with nothing on standard input.
   CommandResult Kozor(const Words& words) const;
   // Runs any shell command there; $KOZOR is the program.
