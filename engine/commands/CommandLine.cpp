@@ -163,14 +163,15 @@ void ForEachInResponseFile(const std::string& path,
     if (!name.empty()) use(name);
   };
   std::vector<std::uint8_t> piece(kPieceBytes);
-  std::string text;  // not used yet
+  std::string text;  // a line whose end hasn't been read yet
   for (std::uint64_t offset = 0;; offset += kPieceBytes) {
     const std::size_t read = file.ReadAt(offset, piece);
-    text.append(piece.begin(), piece.begin() + static_cast<std::ptrdiff_t>(read));
     std::size_t begin = 0;
-    for (std::size_t end = 0; (end = text.find_first_of(kLineEnds, begin)) != text.npos;) {
+    std::size_t end = text.size();
+    text.append(piece.begin(), piece.begin() + static_cast<std::ptrdiff_t>(read));
+    while ((end = text.find_first_of(kLineEnds, end)) != text.npos) {
       useLine(std::string_view(text).substr(begin, end - begin));
-      begin = end + 1;
+      begin = ++end;
     }
     text.erase(0, begin);
     if (read < kPieceBytes) break;
