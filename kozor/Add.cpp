@@ -78,8 +78,13 @@ constexpr std::array<Option, 13> kOwnOptions = {{
 }};
 constexpr auto kOptions = Join(kOwnOptions, kPackingOptions);
 
+constexpr const char* kNothingAdded = "nothing was added (--overwrite replaces existing members)";
 // An archive isn't given up for one that lacks files.
 constexpr const char* kOldStays = "the old archive stays: a new one would lack what can't be read";
+
+void ComplainOfClash(const std::string& name) {
+  Complain(VisibleLibraryName(name) + ": the archive already has a member of that name");
+}
 
 // Reports each selected file whose name is already in the archive.
 bool HasClashes(const std::vector<FileGroup>& groups, const Output& output,
@@ -90,8 +95,7 @@ bool HasClashes(const std::vector<FileGroup>& groups, const Output& output,
   for (const FileGroup& group : groups) {
     for (const auto* names : {&group.names, &group.links}) {
       for (const std::string& name : *names) {
-        if (!members.FindReplacedBy(name)) continue;
-        Complain(VisibleLibraryName(name) + ": the archive already has a member of that name");
+        if (members.FindReplacedBy(name)) ComplainOfClash(name);
       }
     }
   }
@@ -108,8 +112,15 @@ void RequireRoomForProgram(const fs::path& archive, const std::string& suffix) {
                 ": exists and isn't a self-extracting archive; not replaced");
 }
 
-bool Overwrites(const Arguments& arguments) {
-  return arguments.Has("--overwrite") || arguments.Has("--update") || arguments.Has("--dir");
+// Returns whether no member may be replaced, and tells the archiver, which looks while it has the
+// archive locked.  The library would list all members before, and detect the clashes of its own
+// selection only.
+bool KeepMembers(const Arguments& arguments) {
+  for (const char* const option : {"--overwrite", "--update", "--dir", "--new"}) {
+    if (arguments.Has(option)) return false;
+  }
+  AddPackingSwitch("-keep");
+  return true;
 }
 
 // The operands, and the names in the file of --files-from.
@@ -221,16 +232,13 @@ void AddFiles(const Arguments& arguments, const std::string& name) {
   if (makesProgram) RequireRoomForProgram(own, suffix);
   Line line(groups);
   Output output(name, arguments.Has("--new"), arguments.Value("--work-dir"));
-  const bool keepsMembers = !Overwrites(arguments) && !arguments.Has("--new");
+  const bool keepsMembers = KeepMembers(arguments);
   const auto refuseClashes = [&] {
     if (keepsMembers && HasClashes(groups, output, name)) {
-      throw Failure("nothing was added (--overwrite replaces existing members)");
+      throw Failure(kNothingAdded);
     }
   };
   const auto list = line.list.Pass(output.WorkDirectory());
-  // The archiver looks while it has the archive locked.  The library would list all members before,
-  // and detect the clashes of its own selection only.
-  if (keepsMembers) AddPackingSwitch("-keep");
   if (!line.find) {
     refuseClashes();
     AddListOnly(output.Path(), output.WorkDirectory(), name);
@@ -257,11 +265,16 @@ void AddStandardInput(const Arguments& arguments, const std::string& name) {
   Output output(name, arguments.Has("--new"), arguments.Value("--work-dir"));
   Archive archive;
   archive.SetWorkDirectory(output.WorkDirectory().c_str());
-  archive.SetOverwriteMode(Overwrites(arguments) ? 1 : 0);
-  archive.Require(
-      archive.CompressMem(output.Path().c_str(), MemberName(memberName).c_str(), data.data(),
-                          static_cast<unsigned long>(data.size()), output.Append()),
-      name);
+  archive.SetOverwriteMode(1);
+  const bool keepsMembers = KeepMembers(arguments);
+  const std::string member = MemberName(memberName);
+  const int done = archive.CompressMem(output.Path().c_str(), member.c_str(), data.data(),
+                                       static_cast<unsigned long>(data.size()), output.Append());
+  if (!done && keepsMembers && archive.GetError() == ZorErrorSameName) {
+    ComplainOfClash(member);
+    throw Failure(kNothingAdded);
+  }
+  archive.Require(done, name);
   output.Commit();
 }
 

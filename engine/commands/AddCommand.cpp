@@ -24,20 +24,17 @@ void OpenSource(const Source& source, File::Mode mode, File& file) {
   if (!file.Open(source.path, mode)) throw Failure(SourceFailureCode());
 }
 
-// Marks members that are replaced, or throws ResultCode::SameName if none may be.  Drops
-// directories that the archive already holds.
-void PlanReplacements(ArchiveChange& change, std::vector<Source>& sources, bool keepsMembers) {
+// Removes members that are replaced.  Drops directories that the archive already holds.
+void PlanReplacements(ArchiveChange& change, std::vector<Source>& sources) {
   if (change.Index().Members().empty()) return;
   std::erase_if(sources, [&](const Source& source) {
-    const bool isDirectory = source.kind == SourceKind::Directory;
-    const std::string nameOfLink = source.name.substr(0, source.name.size() - isDirectory);
-    const auto link = change.LinkReplacedBy(nameOfLink);
-    const auto replaced = change.ReplacedBy(source.name);
-    if (keepsMembers && !isDirectory && (link || replaced)) throw Failure(ResultCode::SameName);
-    if (link) change.Remove(*link);
-    if (!replaced) return false;
-    if (!isDirectory) change.Remove(*replaced);
-    return isDirectory;
+    if (source.kind != SourceKind::Directory) {
+      change.RemoveReplacedBy(source.name);
+      return false;
+    }
+    const std::string nameOfLink = source.name.substr(0, source.name.size() - 1);
+    if (const auto link = change.LinkReplacedBy(nameOfLink)) change.Remove(*link);
+    return change.ReplacedBy(source.name).has_value();
   });
 }
 
@@ -75,7 +72,7 @@ void Archiver::Add(const CommandLine& line, const ProgressListener& listener) {
   std::vector<Source> sources = SelectSources(line);
   if (sources.empty() && !line.isDirectoryMode) return;  // only the archive itself was named
   ArchiveChange change(indexes, line);
-  PlanReplacements(change, sources, line.packing.keepsMembers);
+  PlanReplacements(change, sources);
   if (sources.empty() && !change.IsNew()) return;
 
   Progress progress(listener);

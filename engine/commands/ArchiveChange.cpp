@@ -71,6 +71,14 @@ std::optional<std::size_t> ArchiveChange::ReplacedBy(const std::string& name) co
   return KzCreatesExactly() ? Index().FindExactly(name) : Index().Find(name);
 }
 
+void ArchiveChange::RemoveReplacedBy(const std::string& name) {
+  for (const auto position : {LinkReplacedBy(name), ReplacedBy(name)}) {
+    if (!position) continue;
+    if (line.packing.keepsMembers) throw Failure(ResultCode::SameName);
+    Remove(*position);
+  }
+}
+
 bool ArchiveChange::LeavesMembers() const {
   return std::find(removed.begin(), removed.end(), false) != removed.end();
 }

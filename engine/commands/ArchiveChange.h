@@ -34,6 +34,9 @@ class ArchiveChange {
 
   // By position in the index.
   void Remove(std::size_t position) { removed[position] = true; }
+  // Removes what a new file or link of this name replaces.  Throws ResultCode::SameName if there is
+  // something and the line has the switch -keep.
+  void RemoveReplacedBy(const std::string& name);
   bool IsRemoved(std::size_t position) const { return removed[position]; }
   bool LeavesMembers() const;
   std::uint64_t KeptBytes() const { return container::KeptBytes(Index(), removed); }

@@ -169,7 +169,7 @@ std::uint32_t Archiver::CompressFromMemory(std::string_view text, const MemoryMe
   const std::string name = container::StoredNameOf(given, workingPage);
   if (name.empty()) throw Failure(ResultCode::FileNotOpened);
   if (name.size() > container::kMaxShownBytes) throw Failure(ResultCode::NameTooLong);
-  if (const auto replaced = change.ReplacedBy(name)) change.Remove(*replaced);
+  change.RemoveReplacedBy(name);
 
   container::NewMember member;
   member.name = container::EncodeName(name, workingPage);
