@@ -253,6 +253,7 @@ void AddFiles(const Arguments& arguments, const std::string& name) {
   archive.Require(done, name);
   if (!archive.RequireAll(line.files) && replaces) throw Failure(kOldStays);
   output.Commit(suffix);
+  for (const FileGroup& group : groups) ReportChangedFiles(group);
 }
 
 void AddStandardInput(const Arguments& arguments, const std::string& name) {

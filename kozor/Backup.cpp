@@ -159,7 +159,7 @@ class BackupVolumes : public Volumes {
     const FileState state = Inspect(path);
     if (state.isDirectory || !state.problem.empty()) return kNoVolume;
     // Left by a run that was killed before its first write.
-    if (state.size == 0) return "";
+    if (state.version.size == 0) return "";
     try {
       const VolumeHeader header = VolumeReader(path).Header();
       const bool ours =
@@ -374,6 +374,7 @@ void Backup(const Arguments& arguments) {
   volumes.Require(volumes.Backup(find, nullptr));
   volumes.RequireAll(group.names.size());
   if (hasCatalogue) volumes.WriteCatalogue(group);
+  ReportChangedFiles(group);
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 #include <ctime>
 #include <filesystem>
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -70,6 +71,14 @@ inline std::filesystem::path AbsolutePath(const std::string& word) {
 
 // Whether anything exists at `path`, including a dangling link.
 bool Exists(const std::filesystem::path& path);
+// What distinguishes a file's contents from those before a write.
+struct FileVersion {
+  std::uint64_t size = 0;      // in bytes
+  std::int64_t lastWrite = 0;  // in the host's finest unit
+  bool operator==(const FileVersion&) const = default;
+};
+// Of the file at `path`, following links; empty if there is none.
+std::optional<FileVersion> VersionOf(const std::filesystem::path& path);
 // What exists at `path`, following links.
 struct FileState {
   std::string problem;     // why it can't be read, in words; empty when it can
@@ -77,7 +86,7 @@ struct FileState {
   bool isDirectory = false;
   bool isLink = false;
   bool leadsNowhere = false;  // a link that has no target, or itself
-  std::uintmax_t size = 0;    // of a file, in bytes
+  FileVersion version;        // of a file
   std::int64_t time = 0;      // last write, seconds since 1970
   unsigned int mode = 0;      // permission bits
 };

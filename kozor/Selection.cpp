@@ -94,6 +94,24 @@ bool IsUnnameable(const std::string& path) {
   return path.find('?') != std::string::npos;
 }
 
+// Converts library paths.  Files of one folder come in succession, so the folder is converted only
+// once.
+class HostPaths {
+ public:
+  fs::path operator()(const std::string& path) {
+    const text::Path pieces(path);
+    if (pieces.Folder() != lastFolder) {
+      lastFolder = pieces.Folder();
+      lastHostFolder = HostPath(lastFolder);
+    }
+    return lastHostFolder / HostName(std::string(pieces.FileName()));
+  }
+
+ private:
+  std::string lastFolder;
+  fs::path lastHostFolder;
+};
+
 // Collects the files of one group, word by word.
 class Collector {
  public:
@@ -146,7 +164,7 @@ class Collector {
       return;
     }
     if (IsUnnameable(path)) return LeaveOutUnnameable(path);
-    const fs::path host = HostPathOf(path);
+    const fs::path host = hostPathOf(path);
     const FileState state = Inspect(host);
     const bool isLink = request.links != LinkRule::Followed && state.isLink;
     if (isLink && request.links == LinkRule::Kept) return TakeLink(path, name);
@@ -160,7 +178,7 @@ class Collector {
       if (!isLink) TakeFolder(name);
     } else if (request.isOwnFile && request.isOwnFile(host)) {
       ++leftOut;
-    } else if (state.size > kMaxFileBytes) {
+    } else if (state.version.size > kMaxFileBytes) {
       LeaveOut(path, "files of 4 GiB or more can't be stored");
     } else if (name.size() > kMaxNameBytes) {
       LeaveOut(path, "the name is too long");
@@ -168,20 +186,11 @@ class Collector {
       ++leftOut;
       ++upToDate;
     } else {
-      group.bytes += state.size;
+      group.bytes += state.version.size;
       group.names.push_back(name);
       group.modes.push_back(state.mode);
+      group.versions.push_back(state.version);
     }
-  }
-
-  // Files of one folder come in succession, so the folder is converted only once.
-  fs::path HostPathOf(const std::string& path) {
-    const text::Path pieces(path);
-    if (pieces.Folder() != lastFolder) {
-      lastFolder = pieces.Folder();
-      lastHostFolder = HostPath(lastFolder);
-    }
-    return lastHostFolder / HostName(std::string(pieces.FileName()));
   }
 
   // Counts the link as left out of the files, so that they aren't selected by the mask.
@@ -190,7 +199,7 @@ class Collector {
     if (name.size() > kMaxNameBytes) return LeaveOut(path, "the name is too long");
     LinkState link;
     try {
-      link = InspectLink(HostPathOf(path));
+      link = InspectLink(hostPathOf(path));
     } catch (const FileFailure& failure) {
       ++unread;
       return LeaveOut(path, failure.what());
@@ -268,8 +277,7 @@ class Collector {
   FileGroup group;
   std::unordered_set<std::string> seen;
 
-  std::string lastFolder;  // library path
-  fs::path lastHostFolder;
+  HostPaths hostPathOf;
   std::set<fs::path::string_type> unnameable;  // host paths
   std::size_t leftOut = 0;
   std::size_t upToDate = 0;  // of those
@@ -352,6 +360,17 @@ std::vector<FileGroup> Select(const SelectionRequest& request) {
   if (groups.empty() && upToDate == 0) throw Failure("there is nothing to store");
   RefuseCommonNames(groups);
   return groups;
+}
+
+void ReportChangedFiles(const FileGroup& group) {
+  const std::string prefix = WithBackslash(group.base);
+  HostPaths hostPathOf;
+  for (std::size_t i = 0; i < group.names.size(); ++i) {
+    const auto version = VersionOf(hostPathOf(prefix + group.names[i]));
+    if (!version || *version == group.versions[i]) continue;
+    Complain(VisibleLibraryName(group.names[i]) +
+             ": was written to during the run; what is stored may be half old, half new");
+  }
 }
 
 }  // namespace kozor::program

@@ -23,10 +23,11 @@ inline constexpr const char* kUnnameable = "the name contains a character that c
 
 // Files with names relative to one base directory.
 struct FileGroup {
-  std::string base;                 // library path without a trailing backslash, except "C:\"
-  std::vector<std::string> names;   // library names of the files, in the order found
-  std::vector<unsigned int> modes;  // permission bits of the files, in the same order
-  std::uint64_t bytes = 0;          // of all files
+  std::string base;                   // library path without a trailing backslash, except "C:\"
+  std::vector<std::string> names;     // library names of the files, in the order found
+  std::vector<unsigned int> modes;    // permission bits of the files, in the same order
+  std::vector<FileVersion> versions;  // of the files, in the same order
+  std::uint64_t bytes = 0;            // of all files
   // Directories, without a trailing separator; links, unless they are only followed.
   std::vector<std::string> folders;
   std::vector<std::string> links;
@@ -67,5 +68,9 @@ struct SelectionRequest {
 // would get the same name.  Reports every file that can't be stored.  With a `refusal`
 // it then throws that as Failure if some of them can't be read.
 std::vector<FileGroup> Select(const SelectionRequest& request);
+
+// Call after the files have been stored.  Complains about each one that has been written to since
+// it was selected: what is stored may be half the old contents and half the new.
+void ReportChangedFiles(const FileGroup& group);
 
 }  // namespace kozor::program

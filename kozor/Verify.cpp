@@ -54,7 +54,7 @@ class Verification {
       const FileState state = Inspect(path);
       if (!state.problem.empty() || state.isDirectory) {
         Complain(shown + ": missing below " + Visible(base.string()));
-      } else if (state.size != file.bytes || SumOf(path) != file.sha256) {
+      } else if (state.version.size != file.bytes || SumOf(path) != file.sha256) {
         Complain(shown + ": differs from the file below " + Visible(base.string()));
       }
     }

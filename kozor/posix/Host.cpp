@@ -79,6 +79,12 @@ bool HasContentsBeyondSize(const fs::path& path) {
   return hasContents && info.st_size == 0;  // else it has grown since
 }
 
+FileVersion VersionIn(const struct stat& info) {
+  constexpr std::int64_t kNanoseconds = 1'000'000'000;
+  return {static_cast<std::uint64_t>(info.st_size),
+          info.st_mtim.tv_sec * kNanoseconds + info.st_mtim.tv_nsec};
+}
+
 // `path` is absolute and contains no link.
 fs::path MountPointOf(fs::path path) {
   while (!fs::exists(path)) path = path.parent_path();
@@ -159,6 +165,12 @@ bool Exists(const fs::path& path) {
   return fs::symlink_status(path, ignored).type() != fs::file_type::not_found;
 }
 
+std::optional<FileVersion> VersionOf(const fs::path& path) {
+  struct stat info {};
+  if (stat(path.c_str(), &info) != 0) return std::nullopt;
+  return VersionIn(info);
+}
+
 FileState Inspect(const fs::path& path) {
   FileState state;
   struct stat info {};
@@ -175,7 +187,7 @@ FileState Inspect(const fs::path& path) {
   state.isDirectory = S_ISDIR(info.st_mode);
   state.time = info.st_mtim.tv_sec;
   state.mode = info.st_mode & 0777;
-  state.size = static_cast<std::uintmax_t>(info.st_size);
+  state.version = VersionIn(info);
   if (!state.isDirectory && !S_ISREG(info.st_mode)) {
     state.problem = "not a regular file or directory";
     return state;

@@ -73,6 +73,11 @@ std::string ToUtf8(std::wstring_view wide, DWORD flags) {
   return utf8;
 }
 
+FileVersion VersionIn(const BY_HANDLE_FILE_INFORMATION& facts) {
+  return {JoinHalves(facts.nFileSizeHigh, facts.nFileSizeLow),
+          static_cast<std::int64_t>(Ticks(facts.ftLastWriteTime))};
+}
+
 // Null if it can't be opened.
 using OwnedHandle = std::unique_ptr<void, BOOL(WINAPI*)(HANDLE)>;
 OwnedHandle OpenFor(const fs::path& path, DWORD access, DWORD flags = FILE_FLAG_BACKUP_SEMANTICS) {
@@ -193,6 +198,13 @@ bool IsLink(const fs::path& path) {
   return IsLinkTag(found.dwFileAttributes, found.dwReserved0);
 }
 
+std::optional<FileVersion> VersionOf(const fs::path& path) {
+  const OwnedHandle opened = OpenFor(path, FILE_READ_ATTRIBUTES);
+  BY_HANDLE_FILE_INFORMATION facts;
+  if (!opened || !GetFileInformationByHandle(opened.get(), &facts)) return std::nullopt;
+  return VersionIn(facts);
+}
+
 FileState Inspect(const fs::path& path) {
   FileState state;
   state.isLink = IsLink(path);
@@ -211,7 +223,7 @@ FileState Inspect(const fs::path& path) {
   const bool isReadOnly = (facts.dwFileAttributes & FILE_ATTRIBUTE_READONLY) != 0;
   state.time = SecondsOf(facts.ftLastWriteTime);
   state.mode = state.isDirectory ? 0755 : isReadOnly ? 0444 : 0644;
-  state.size = JoinHalves(facts.nFileSizeHigh, facts.nFileSizeLow);
+  state.version = VersionIn(facts);
   state.problem = ReadingProblem(path, state.isDirectory);
   state.isRefused = !state.problem.empty();
   return state;

@@ -232,7 +232,21 @@ TEST_F(KozorAdd, TakesStandardInput) {
       "$KOZOR add --stdin in/sub.bin a.lzh < tree/sub/a.txt && $KOZOR add --stdin - a.lzh < "
       "/dev/null && $KOZOR print a.lzh in/sub.bin | cmp - tree/sub/a.txt");
   EXPECT_EQ(result.status, 0) << result.output;
-  EXPECT_THAT(Members("a.lzh"), ElementsAre("in/sub.bin", "-"));
+  EXPECT_THAT(MustFail({"add", "--stdin", "-", "a.lzh"}),
+              HasSubstr("-: the archive already has a member of that name"));
+  MustRun({"add", "--overwrite", "--stdin", "in/sub.bin", "a.lzh"});
+  EXPECT_THAT(Members("a.lzh"), ElementsAre("-", "in/sub.bin"));
+}
+
+TEST_F(KozorAdd, NamesFilesThatAreWrittenToMeanwhile) {
+  for (const std::string run : {"add a.lzh -C tree .", "backup set -C tree ."}) {
+    const CommandResult result =
+        Shell("(until [ -e done ]; do echo >> tree/b.c; done) & $KOZOR " + run +
+              "; status=$?; touch done; wait; rm done; exit $status");
+    EXPECT_EQ(result.status, 1) << result.output;
+    EXPECT_THAT(result.output, HasSubstr("b.c: was written to during the run"));
+    EXPECT_THAT(result.output, Not(HasSubstr("a.txt")));
+  }
 }
 
 TEST_F(KozorAdd, AddsWhatIsNewOrListedOrOnlySaysSo) {
