@@ -6,13 +6,8 @@
 // contents; and leave nothing else, or what the next run removes.
 //
 // A spread of all that is run.  With KOZOR_FAULT_POINTS=all in the environment it is everything.
-#include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/stat.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
-#include <array>
 #include <cerrno>
 #include <cstdlib>
 #include <fstream>
@@ -21,6 +16,7 @@
 #include <sstream>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "tests/support/TestFolder.h"
@@ -33,39 +29,32 @@ namespace fs = std::filesystem;
 constexpr int kShort = 0;  // in place of an error: a transfer of half the bytes
 
 // Errors that a call can fail with, by its name.
-std::vector<int> ErrorsOf(std::string_view call) {
-  static const std::map<std::string_view, std::vector<int>> kErrors = {
-      {"open", {EACCES, EMFILE, EIO, EINTR, ENOMEM, ENOSPC}},
-      {"read", {EIO, EINTR, kShort}},
-      {"pread", {EIO, EINTR, kShort}},
-      {"write", {ENOSPC, EIO, EINTR, kShort}},
-      {"pwrite", {ENOSPC, EIO, EINTR, kShort}},
-      {"ftruncate", {EIO, EINTR}},
-      {"fallocate", {ENOSPC, EIO, EINTR, EOPNOTSUPP}},
-      {"posix_fallocate", {ENOSPC, EIO, EINTR}},
-      {"fsync", {EIO, ENOSPC}},
-      {"fdatasync", {EIO, ENOSPC}},
-      {"close", {EIO}},
-      {"mmap", {ENOMEM}},
-      {"mkdir", {EACCES, ENOSPC}},
-      {"mkdirat", {EACCES, ENOSPC}},
-      {"symlinkat", {EACCES, ENOSPC}},
-      {"link", {EACCES, EPERM}},
-      {"rename", {EACCES, EIO, ENOSPC}},
-      {"unlink", {EACCES, EIO}},
-      {"opendir", {EACCES, EMFILE, ENOMEM}},
-      {"fdopendir", {ENOMEM}},
-      {"flock", {EINTR, ENOLCK}},
-      {"fcntl", {EINTR, ENOLCK, EMFILE}},
-      {"lseek", {EIO}},
-      {"readlink", {EIO}},
-      {"pthread_create", {EAGAIN}},
+std::vector<int> ErrorsOf(const std::string& call) {
+  static const std::pair<std::string_view, std::vector<int>> kErrors[] = {
+      {" open ", {EACCES, EMFILE, EIO, EINTR, ENOMEM, ENOSPC}},
+      {" read pread ", {EIO, EINTR, kShort}},
+      {" write pwrite ", {ENOSPC, EIO, EINTR, kShort}},
+      {" ftruncate ", {EIO, EINTR}},
+      {" fallocate ", {ENOSPC, EIO, EINTR, EOPNOTSUPP}},
+      {" posix_fallocate ", {ENOSPC, EIO, EINTR}},
+      {" fsync fdatasync ", {EIO, ENOSPC}},
+      {" close lseek readlink ", {EIO}},
+      {" mmap fdopendir ", {ENOMEM}},
+      {" mkdir mkdirat symlinkat ", {EACCES, ENOSPC}},
+      {" rename ", {EACCES, EIO, ENOSPC}},
+      {" unlink ", {EACCES, EIO}},
+      {" opendir ", {EACCES, EMFILE, ENOMEM}},
+      {" flock ", {EINTR, ENOLCK}},
+      {" fcntl ", {EINTR, ENOLCK, EMFILE}},
+      {" pthread_create ", {EAGAIN}},
   };
-  const auto found = kErrors.find(call);
-  return found != kErrors.end() ? found->second : std::vector<int>{EACCES, EIO, ENOMEM};
+  for (const auto& [calls, errors] : kErrors) {
+    if (calls.find(' ' + call + ' ') != calls.npos) return errors;
+  }
+  return {EACCES, EIO, ENOMEM};
 }
 
-// What stands below a folder.
+// What stands below a folder, by name.
 struct Entry {
   std::string contents;  // kind, permission bits and bytes
   std::int64_t time = 0;
@@ -75,23 +64,6 @@ struct Entry {
   }
 };
 using Snapshot = std::map<std::string, Entry>;
-
-Snapshot Look(const fs::path& top) {
-  Snapshot found;
-  for (const fs::directory_entry& entry : fs::recursive_directory_iterator(top)) {
-    struct stat state {};
-    lstat(entry.path().c_str(), &state);
-    std::ostringstream text;
-    text << std::oct << state.st_mode << std::dec << ' ';
-    if (S_ISLNK(state.st_mode)) text << fs::read_symlink(entry.path()).string();
-    if (S_ISREG(state.st_mode) && state.st_size > 0) {
-      text << std::ifstream(entry.path(), std::ios::binary).rdbuf();
-    }
-    const std::int64_t time = S_ISREG(state.st_mode) ? state.st_mtim.tv_sec : 0;
-    found[entry.path().lexically_relative(top).string()] = {text.str(), time};
-  }
-  return found;
-}
 
 constexpr const char* kAddNew = "add --new a.lzh -C ../more .";
 
@@ -145,44 +117,15 @@ class Faults : public testing::TestWithParam<Row> {
 
   void MustRun(const std::string& words) {
     fs::create_directories(folder.Path("run"));
-    const Outcome outcome = Kozor(words, {});
+    const CommandResult outcome = Kozor(words, {});
     ASSERT_EQ(outcome.status, 0) << outcome.output;
   }
 
-  struct Outcome {
-    int status = 0;  // of the exit, or 128 + the signal
-    std::string output;
-  };
-
   // Runs the program in the folder "run" with the faulty calls set up by "NAME=VALUE".
-  Outcome Kozor(const std::string& words, const std::string& setting) {
-    std::vector<std::string> list = {KOZOR_PROGRAM};
-    std::istringstream split(words);
-    for (std::string word; split >> word;) list.push_back(word);
-    std::vector<char*> arguments;
-    for (std::string& word : list) arguments.push_back(word.data());
-    arguments.push_back(nullptr);
-    const std::string output = folder.Path("output").string();
-    const std::string here = folder.Path("run").string();
-    const pid_t child = fork();
-    if (child == 0) {
-      constexpr unsigned kTooLong = 60;  // seconds
-      alarm(kTooLong);
-      if (!setting.empty()) {
-        setenv("LD_PRELOAD", KOZOR_FAULTY_CALLS, 1);
-        putenv(const_cast<char*>(setting.c_str()));
-      }
-      dup2(open("/dev/null", O_RDONLY), STDIN_FILENO);
-      dup2(open(output.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600), STDOUT_FILENO);
-      dup2(STDOUT_FILENO, STDERR_FILENO);
-      if (chdir(here.c_str()) == 0) execv(KOZOR_PROGRAM, arguments.data());
-      _exit(127);
-    }
-    int status = 0;
-    waitpid(child, &status, 0);
-    const Bytes text = folder.ReadFile("output");
-    return {WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status),
-            {text.begin(), text.end()}};
+  CommandResult Kozor(const std::string& words, const std::string& setting) const {
+    const std::string preload = setting.empty() ? "" : "LD_PRELOAD='" KOZOR_FAULTY_CALLS "' ";
+    return RunCommand("cd '" + folder.Path("run").string() + "' && set -f && timeout 60 env " +
+                      preload + setting + " '" KOZOR_PROGRAM "' " + words + " < /dev/null");
   }
 
   void StartAnew() {
@@ -201,14 +144,30 @@ class Faults : public testing::TestWithParam<Row> {
     }
   }
 
-  Snapshot Now() const { return Look(folder.Path("run")); }
+  Snapshot Now() const {
+    Snapshot found;
+    for (const std::string& name : folder.List("run")) {
+      const std::string inRun = "run/" + name;
+      const fs::path path = folder.Path(inRun);
+      const fs::file_status status = fs::symlink_status(path);
+      const auto mode = static_cast<unsigned>(status.permissions());
+      Entry& entry = found[name];
+      entry.contents = std::to_string(mode) + ' ';
+      if (fs::is_symlink(status)) entry.contents += fs::read_symlink(path).string();
+      if (!fs::is_regular_file(status)) continue;
+      entry.contents += folder.ReadText(inRun);
+      entry.time = TimeOf(path);
+    }
+    return found;
+  }
 
   // What is wrong with a run that a fault was in; empty when nothing is.
-  std::string OffenceOf(const Outcome& outcome) {
+  std::string OffenceOf(const CommandResult& outcome) {
     const auto tells = [&](const char* text) {
       return outcome.output.find(text) != std::string::npos;
     };
-    if (outcome.status >= 126) return "crashes";
+    constexpr int kTooLong = 124;  // the exit code of timeout; signals are above it
+    if (outcome.status >= kTooLong) return "crashes";
     const bool withTimes = GetParam().withTimes && !tells("its time can't be set");
     const Snapshot now = Now();
     std::string litter;
@@ -263,7 +222,7 @@ class Faults : public testing::TestWithParam<Row> {
 
   void Try(const std::string& setting, const std::string& what) {
     StartAnew();
-    const Outcome outcome = Kozor(GetParam().words, setting);
+    const CommandResult outcome = Kozor(GetParam().words, setting);
     const std::string offence = OffenceOf(outcome);
     ++points;
     if (offence.empty()) return;
@@ -285,7 +244,8 @@ class Faults : public testing::TestWithParam<Row> {
 TEST_P(Faults, LeaveTheOldOrTheNewAndAreTold) {
   StartAnew();
   before = Now();
-  const Outcome whole = Kozor(GetParam().words, "KOZOR_CALLS=" + folder.Path("calls").string());
+  const CommandResult whole =
+      Kozor(GetParam().words, "KOZOR_CALLS=" + folder.Path("calls").string());
   ASSERT_EQ(whole.status, 0) << whole.output;
   said = whole.output;
   after = Now();

@@ -209,8 +209,6 @@ KOZOR_CALL(ssize_t, -1, getxattr, (const char* p, const char* n, void* v, std::s
 KOZOR_CALL(ssize_t, -1, fgetxattr, (int d, const char* n, void* v, std::size_t s), (d, n, v, s))
 KOZOR_CALL(int, -1, setxattr, (const char* p, const char* n, const void* v, std::size_t s, int f),
            (p, n, v, s, f))
-KOZOR_CALL(int, -1, fsetxattr, (int d, const char* n, const void* v, std::size_t s, int f),
-           (d, n, v, s, f))
 KOZOR_CALL(int, -1, removexattr, (const char* p, const char* n), (p, n))
 KOZOR_CALL(ssize_t, -1, readlink, (const char* p, char* b, std::size_t n), (p, b, n))
 KOZOR_CALL(ssize_t, -1, readlinkat, (int d, const char* p, char* b, std::size_t n), (d, p, b, n))
@@ -299,22 +297,8 @@ KOZOR_EXPORT int renameat2(int from, const char* oldPath, int to, const char* ne
   }
   return static_cast<int>(result);
 }
-KOZOR_EXPORT int renameat(int from, const char* oldPath, int to, const char* newPath) {
-  return renameat2(from, oldPath, to, newPath, 0);
-}
 KOZOR_EXPORT int rename(const char* oldPath, const char* newPath) {
   return renameat2(AT_FDCWD, oldPath, AT_FDCWD, newPath, 0);
-}
-KOZOR_EXPORT int linkat(int from, const char* oldPath, int to, const char* newPath, int flags) {
-  if (Fails("link")) return -1;
-  const long result = syscall(SYS_linkat, from, oldPath, to, newPath, flags);
-  if (result == 0 && diskLog >= 0) {
-    Record("link", 0, "", 0, PathOf(from, oldPath), PathOf(to, newPath));
-  }
-  return static_cast<int>(result);
-}
-KOZOR_EXPORT int link(const char* oldPath, const char* newPath) {
-  return linkat(AT_FDCWD, oldPath, AT_FDCWD, newPath, 0);
 }
 KOZOR_EXPORT int unlinkat(int directory, const char* path, int flags) {
   if (Fails("unlink")) return -1;

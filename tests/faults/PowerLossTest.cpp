@@ -39,15 +39,11 @@ std::vector<Change> ReadLog(const fs::path& path) {
   for (std::string line; std::getline(log, line);) {
     std::istringstream fields(line);
     Change change;
-    std::string number;
-    std::string count;
-    std::getline(fields, change.verb, '\t');
-    std::getline(fields, number, '\t');
-    std::getline(fields, count, '\t');
+    std::size_t count = 0;
+    fields >> change.verb >> change.number >> count >> std::ws;
     std::getline(fields, change.path, '\t');
     std::getline(fields, change.newPath, '\t');
-    change.number = std::stoull(number);
-    change.bytes.resize(std::stoull(count));
+    change.bytes.resize(count);
     log.read(change.bytes.data(), static_cast<std::streamsize>(change.bytes.size()));
     changes.push_back(change);
   }
@@ -61,10 +57,7 @@ struct File {
 };
 
 void Apply(std::string& bytes, const Change& change) {
-  if (change.verb == "truncate") {
-    bytes.resize(change.number);
-    return;
-  }
+  if (change.verb == "truncate") return bytes.resize(change.number);
   bytes.resize(std::max(bytes.size(), change.number + change.bytes.size()));
   bytes.replace(change.number, change.bytes.size(), change.bytes);
 }
@@ -105,23 +98,14 @@ class Disk {
   explicit Disk(const Names& names) : current(names), onDisk(names) {}
 
   void Do(const Change& change) {
-    if (change.verb == "create" || change.verb == "rename" || change.verb == "link" ||
-        change.verb == "remove") {
-      ChangeNames(current, change, change.verb == "create" ? std::make_shared<File>() : nullptr);
-      return;
+    if (change.verb == "create" || change.verb == "rename" || change.verb == "remove") {
+      ChangeNames(change);
+    } else if (const auto found = current.find(change.path); found != current.end()) {
+      ChangeData(*found->second, change);
+    } else if (change.verb == "flush") {  // a directory: nothing else is flushed
+      onDisk = current;
+      pendingNames.clear();
     }
-    const auto found = current.find(change.path);
-    if (found == current.end()) {  // a directory: nothing else is flushed
-      if (change.verb == "flush") FlushDirectory();
-      return;
-    }
-    File& file = *found->second;
-    if (change.verb != "flush") {
-      file.pending.push_back(change);
-      return;
-    }
-    for (const Change& pending : file.pending) Apply(file.flushed, pending);
-    file.pending.clear();
   }
 
   // All files that a path can lead to after a power loss now.  `missing` receives whether it can
@@ -142,19 +126,16 @@ class Disk {
   }
 
  private:
-  void ChangeNames(Names& names, const Change& change, const std::shared_ptr<File>& made) {
-    if (change.verb == "create") {
-      names[change.path] = made;
-    } else {
-      const std::shared_ptr<File> file = names.contains(change.path) ? names[change.path] : nullptr;
-      if (change.verb != "link") names.erase(change.path);
-      if (change.verb != "remove" && file != nullptr) names[change.newPath] = file;
-    }
-    pendingNames.push_back(names);
+  void ChangeNames(const Change& change) {
+    auto entry = current.extract(change.path);
+    if (change.verb == "create") current[change.path] = std::make_shared<File>();
+    if (change.verb == "rename" && entry) current[change.newPath] = entry.mapped();
+    pendingNames.push_back(current);
   }
-  void FlushDirectory() {
-    onDisk = current;
-    pendingNames.clear();
+  static void ChangeData(File& file, const Change& change) {
+    if (change.verb != "flush") return file.pending.push_back(change);
+    for (const Change& pending : file.pending) Apply(file.flushed, pending);
+    file.pending.clear();
   }
 
   Names current;                    // as running programs see them
@@ -187,11 +168,6 @@ class FaultsPowerLoss : public testing::TestWithParam<Row> {
     return known->second;
   }
 
-  std::string Slurp(const std::string& name) const {
-    const Bytes bytes = folder.ReadFile(name);
-    return {bytes.begin(), bytes.end()};
-  }
-
   TestFolder folder;
   std::map<std::string, std::string> readings;  // by the archive's bytes
 };
@@ -200,13 +176,13 @@ TEST_P(FaultsPowerLoss, LeavesTheOldArchiveOrTheNew) {
   MakeTree(folder, "now/src", {{"a.txt", 100}, {"b.bin", 150000}, {"c.txt", 3000}});
   MakeTree(folder, "now/more", {{"a.txt", 70000}, {"d.txt", 5000}});
   ASSERT_EQ(RunCommand(InFolder(Kozor("add a.lzh -C src ."))).status, 0);
-  const std::string before = Slurp("now/a.lzh");
+  const std::string before = folder.ReadText("now/a.lzh");
   const std::string log = folder.Path("log").string();
   const CommandResult run = RunCommand(InFolder(
       "KOZOR_DISK='" + log + "' LD_PRELOAD='" KOZOR_FAULTY_CALLS "' " + Kozor(GetParam().words)));
   ASSERT_EQ(run.status, 0) << run.output;
   const std::string oldReading = Reading(before);
-  const std::string newReading = Reading(Slurp("now/a.lzh"));
+  const std::string newReading = Reading(folder.ReadText("now/a.lzh"));
   ASSERT_NE(oldReading, newReading);
 
   const std::string path = folder.Path("now/a.lzh").string();

@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <array>
 #include <fstream>
-#include <iterator>
 #include <random>
 #include <set>
 #include <sstream>
@@ -56,7 +55,9 @@ void TestFolder::WriteFile(std::string_view name, std::string_view text) const {
 Bytes TestFolder::ReadFile(std::string_view name) const {
   std::ifstream in(Path(name), std::ios::binary);
   if (!in) throw std::runtime_error("can't read " + Path(name).string());
-  return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+  Bytes bytes(static_cast<std::size_t>(fs::file_size(Path(name))));
+  in.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+  return bytes;
 }
 
 std::string TestFolder::ReadText(std::string_view name) const {
