@@ -80,14 +80,6 @@ TEST_F(EngineAdd, ResponseFileHoldsNames) {
   EXPECT_EQ(Add("x.lzh", "src", {"@" + folder.Lib("work/none.rsp")}), 0x802A);
 }
 
-TEST_F(EngineAdd, FileThatBeginsWithAnAtIsAFile) {
-  folder.WriteFile("src/@a", "text");
-  ASSERT_EQ(Add("x.lzh", "src", {"@a", "-b"}), 0x800F);
-  folder.WriteFile("src/-b", "text");
-  ASSERT_EQ(Add("x.lzh", "src", {"@a", "-b"}), 0);
-  EXPECT_THAT(Names("x.lzh"), ElementsAre("@a", "-b"));
-}
-
 TEST_F(EngineAdd, WildCardsAreAMaskOutsideOfQuotesAndNoNameInThem) {
   folder.WriteFile("src/sub/d.bin", "d");
   const std::string line = "a" + Quoted("x.lzh") + Quoted("src/");
@@ -168,34 +160,6 @@ TEST_F(EngineAdd, NameGivenTwiceIsAddedOnceAndMeansOneFile) {
   EXPECT_EQ(Add("y.lzh", "src", {"sub\\a.txt", "sub\\..\\a.txt"}), 0x8028);
 }
 
-TEST_F(EngineAdd, NamesThatDifferInCaseAlone) {
-  if (!Can(Ability::TellingCaseApart)) GTEST_SKIP() << "such names are one file here";
-  folder.WriteFile("src/a.txt", "small");
-  folder.WriteFile("src/A.TXT", "LARGE");
-  ASSERT_EQ(Add("x.lzh", "src", {"a.txt", "A.TXT"}), 0);
-  ASSERT_EQ(Add("x.lzh", "src", {"a.txt"}), 0);
-  ASSERT_EQ(Add("x.lzh", "src", {"A.TXT"}), 0);
-  EXPECT_THAT(Names("x.lzh"), ElementsAre("a.txt", "A.TXT"));
-  ExpectMember("a.txt", "src/a.txt");
-  ExpectMember("A.TXT", "src/A.TXT");
-}
-
-TEST_F(EngineAdd, MethodIsTheOneOfTheSwitchOrNone) {
-  const std::pair<const char*, const char*> rows[] = {{"", "-lh5-"},    {"-o5", "-lh5-"},
-                                                      {"-o6", "-lh6-"}, {"-o7", "-lh7-"},
-                                                      {"-o1", "-lh1-"}, {"-z1", "-lh0-"}};
-  for (const auto& [switches, method] : rows) {
-    ASSERT_EQ(Add("x.lzh", "src", {"a.txt"}, switches), 0);
-    EXPECT_EQ(MethodOfFirstMember(), method);
-  }
-  folder.WriteFile("src/noise", RandomBytes(1300000));  // does not pack
-  std::filesystem::remove(folder.Path("x.lzh"));
-  ASSERT_EQ(Add("x.lzh", "src", {"noise", "a.txt"}), 0);
-  EXPECT_EQ(MethodOfFirstMember(), "-lh0-");
-  ExpectMember("noise", "src/noise");
-  ExpectMember("a.txt", "src/a.txt");
-}
-
 TEST_F(EngineAdd, AttributesComeBack) {
   if (!Can(Ability::KeepingAttributes)) GTEST_SKIP() << "Wine keeps few attributes";
   SetFileAttributesA(folder.Lib("src/a.txt").c_str(),
@@ -227,6 +191,7 @@ TEST_F(EngineAdd, FailuresLeaveTheArchiveAsItWas) {
 TEST_F(EngineAdd, ArchivesThatCannotBeChanged) {
   folder.WriteFile("text", "no archive at all, but long enough to hold a header");
   EXPECT_EQ(Add("text", "src", {"a.txt"}), 0x8019);
+  EXPECT_EQ(engine.CheckArchive(folder.Lib("text").c_str(), 1), 0);
   ASSERT_EQ(Add("x.lzh", "src", {"a.txt"}), 0);
   SetFileAttributesA(folder.Lib("x.lzh").c_str(), FILE_ATTRIBUTE_READONLY);
   EXPECT_EQ(Add("x.lzh", "src", {"empty"}), 0x8027);

@@ -109,17 +109,5 @@ TEST_F(EngineAtomicity, TemporariesOfOthersStay) {
   EXPECT_THAT(Temporaries(), ElementsAre("lhtmp001.lzh"));
 }
 
-TEST_F(EngineAtomicity, ArchiveInUseIsNotChanged) {
-  ASSERT_EQ(Compress("x.lzh", "old", {}), 0);
-  const HANDLE other =
-      CreateFileA(folder.Lib("x.lzh").c_str(), GENERIC_READ | GENERIC_WRITE,
-                  FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING, 0, nullptr);
-  ASSERT_NE(other, INVALID_HANDLE_VALUE);
-  EXPECT_EQ(Compress("x.lzh", "new", {}), 0x8018);
-  EXPECT_THAT(Names("x.lzh"), ElementsAre("old"));
-  CloseHandle(other);
-  EXPECT_EQ(Compress("x.lzh", "new", {}), 0);
-}
-
 }  // namespace
 }  // namespace kozor::test

@@ -73,14 +73,6 @@ TEST_F(EngineDelete, PrefixOfASelfExtractorStays) {
   EXPECT_TRUE(SameBytes(folder.ReadFile("y.ttp"), atari));
 }
 
-TEST_F(EngineDelete, EndMarkIsOneAgain) {
-  Bytes withoutMark = RawArchive({first, fourth});
-  withoutMark.pop_back();
-  folder.WriteFile("x.lzh", Join({withoutMark, Bytes(60, 0x1A)}));
-  ASSERT_EQ(Delete("x.lzh", {"first.txt"}), 0);
-  EXPECT_TRUE(SameBytes(folder.ReadFile("x.lzh"), RawArchive({fourth})));
-}
-
 TEST_F(EngineDelete, DirectoriesGoByNameOrMaskAndTheArchiveWithItsLastMember) {
   const RawMember directory{
       .level = 1, .name = "", .extensions = {{0x02, "sub\xFF"}}, .method = "-lhd-"};

@@ -39,12 +39,22 @@ class EnginePacking : public EngineTest {
   std::vector<std::string> names;
 };
 
-TEST_F(EnginePacking, NumberOfThreadsChangesNoByte) {
+TEST_F(EnginePacking, NumberOfThreadsChangesNoByteAndNoReport) {
   MakeManyFiles();
+  using Report = std::tuple<UINT, std::string, std::uint32_t>;
+  std::vector<Report> reports;
+  Listen([&](UINT state, const UnlhaProgressRecord& record) {
+    reports.emplace_back(state, record.name, record.done);
+    return 1;
+  });
   for (const std::string method : {"-o5", "-o7 -ol2", "-o6 -ol7", "-z1"}) {
+    reports.clear();
     const Bytes expected = Packed(method + " -j1");
+    const std::vector<Report> expectedReports = std::exchange(reports, {});
+    EXPECT_GT(expectedReports.size(), 3 * names.size());
     for (const char* threads : {" -j2", " -j7", ""}) {
       EXPECT_TRUE(SameBytes(Packed(method + threads), expected)) << method << threads;
+      EXPECT_EQ(std::exchange(reports, {}), expectedReports) << method << threads;
     }
     for (const std::string& name : names) {
       EXPECT_TRUE(SameBytes(Extract("x.lzh", name).bytes, folder.ReadFile("src/" + name))) << name;
@@ -53,21 +63,6 @@ TEST_F(EnginePacking, NumberOfThreadsChangesNoByte) {
   const Bytes data = folder.ReadFile("src/large");
   ASSERT_EQ(Compress("memory.lzh", "large", data), 0);
   EXPECT_TRUE(SameBytes(Extract("memory.lzh", "large").bytes, data));
-}
-
-TEST_F(EnginePacking, ProgressIsTheSameOnAnyNumberOfThreads) {
-  MakeManyFiles();
-  using Report = std::tuple<UINT, std::string, std::uint32_t>;
-  std::vector<Report> reports;
-  Listen([&](UINT state, const UnlhaProgressRecord& record) {
-    reports.emplace_back(state, record.name, record.done);
-    return 1;
-  });
-  Packed("-j1");
-  const std::vector<Report> expected = std::exchange(reports, {});
-  Packed("-j4");
-  EXPECT_EQ(reports, expected);
-  EXPECT_GT(expected.size(), 3 * names.size());
 }
 
 TEST_F(EnginePacking, CancelAndFailureComeInTheirTurn) {
@@ -101,8 +96,16 @@ TEST_F(EnginePacking, CancelAndFailureComeInTheirTurn) {
 }
 
 TEST_F(EnginePacking, SwitchesChooseMethodAndLevel) {
+  names = {"noise"};
+  folder.WriteFile("src/noise", RandomBytes(1300000));
+  Packed("-o5");
+  EXPECT_EQ(MethodOfFirstMember(), "-lh0-");  // it doesn't pack
   names = {"text"};
   folder.WriteFile("src/text", TextBytes(200000));
+  for (const std::string digit : {"1", "5", "6", "7"}) {
+    Packed("-o" + digit);
+    EXPECT_EQ(MethodOfFirstMember(), "-lh" + digit + "-");
+  }
   const std::size_t fastest = Packed("-ol1").size();
   const std::size_t byDefault = Packed("").size();
   const std::size_t smallest = Packed("-ol9").size();
