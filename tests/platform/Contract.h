@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "platform/win32/Win32.h"
@@ -96,9 +97,11 @@ inline Names SearchWithoutDots(const std::string& mask) {
   return names;
 }
 
-// A test's folder, used through the calls under test.
+// A folder, used through the calls under test.
 class WinFolder {
  public:
+  explicit WinFolder(std::string libraryPath) : root(std::move(libraryPath)) {}
+
   std::string Path(const std::string& name = "") const {
     return name.empty() ? root : root + '\\' + name;
   }
@@ -129,13 +132,13 @@ class WinFolder {
   bool Exists(const std::string& name) const { return Attributes(name) != INVALID_FILE_ATTRIBUTES; }
 
  private:
-  const TestFolder folder;
-  const std::string root = folder.Lib();
+  const std::string root;
 };
 
 class ContractTest : public ::testing::Test {
  protected:
-  WinFolder folder;
+  const TestFolder host;  // what the host shows; for tests of our implementations
+  const WinFolder folder{host.Lib()};
 };
 
 }  // namespace kozor::test

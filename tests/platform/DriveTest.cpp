@@ -7,17 +7,16 @@
 
 #include "platform/win32/PosixAdmin.h"
 #include "tests/platform/Contract.h"
-#include "tests/support/TestFolder.h"
 
 namespace kozor::test {
 namespace {
 
-class PlatformDrive : public ::testing::Test {
+class PlatformDrive : public ContractTest {
  protected:
   PlatformDrive() : before(std::filesystem::current_path()) {
-    folder.WriteFile("d/sub/f", "x");
-    folder.WriteFile("outside", "x");
-    EXPECT_TRUE(DefineDosDeviceA(0, "D:", folder.Path("d").c_str()));
+    host.WriteFile("d/sub/f", "x");
+    host.WriteFile("outside", "x");
+    EXPECT_TRUE(DefineDosDeviceA(0, "D:", host.Path("d").c_str()));
   }
   ~PlatformDrive() override {
     DefineDosDeviceA(DDD_REMOVE_DEFINITION, "D:", nullptr);
@@ -28,12 +27,11 @@ class PlatformDrive : public ::testing::Test {
     return GetFileAttributesA(path) != INVALID_FILE_ATTRIBUTES;
   }
 
-  TestFolder folder;
   std::filesystem::path before;
 };
 
 TEST_F(PlatformDrive, IsAHostDirectoryThatNobodyClimbsOutOf) {
-  std::filesystem::current_path(folder.Path("d/sub"));
+  std::filesystem::current_path(host.Path("d/sub"));
   for (const char* path : {"D:\\sub\\f", "d:\\SUB", "D:\\", "D:\\..\\..\\sub\\..\\..\\sub\\f", "f",
                            "D:f", "\\sub\\f", "..\\..\\..\\sub\\f"}) {
     EXPECT_TRUE(Exists(path)) << path;
@@ -59,22 +57,22 @@ TEST_F(PlatformDrive, GoesAndComesWithItsDefinition) {
 }
 
 TEST_F(PlatformDrive, CIsTheHostsRootUntilToldOtherwise) {
-  EXPECT_TRUE(DefineDosDeviceA(0, "C:", folder.Path("d/sub").c_str()));
+  EXPECT_TRUE(DefineDosDeviceA(0, "C:", host.Path("d/sub").c_str()));
   EXPECT_TRUE(Exists("C:\\f"));
   EXPECT_TRUE(DefineDosDeviceA(DDD_REMOVE_DEFINITION, "C:", nullptr));
-  EXPECT_TRUE(Exists(folder.Lib("outside").c_str()));
+  EXPECT_TRUE(Exists(folder.Path("outside").c_str()));
 }
 
 TEST_F(PlatformDrive, HoldsTheHostPathsBelowIt) {
   std::string path;
-  EXPECT_TRUE(KzHostToLibraryPath(folder.Path("d/sub/f").c_str(), path));
+  EXPECT_TRUE(KzHostToLibraryPath(host.Path("d/sub/f").c_str(), path));
   EXPECT_EQ(path, "D:\\sub\\f");
-  EXPECT_TRUE(KzHostToLibraryPath((folder.Path("d").string() + "x").c_str(), path));
-  EXPECT_EQ(path, folder.Lib("dx"));
+  EXPECT_TRUE(KzHostToLibraryPath((host.Path("d").string() + "x").c_str(), path));
+  EXPECT_EQ(path, folder.Path("dx"));
 }
 
 TEST_F(PlatformDrive, SharesAreKnownByServerAndName) {
-  ASSERT_TRUE(KzMapShare("\\\\Server\\Share", folder.Path("d").c_str()));
+  ASSERT_TRUE(KzMapShare("\\\\Server\\Share", host.Path("d").c_str()));
   EXPECT_TRUE(Exists("\\\\server\\SHARE\\sub\\f"));
   EXPECT_TRUE(Exists("\\\\server\\share"));
   EXPECT_FALSE(Exists("\\\\server\\share\\..\\outside"));

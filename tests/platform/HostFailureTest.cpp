@@ -10,7 +10,6 @@
 #include "platform/win32/PosixAdmin.h"
 #include "tests/platform/Contract.h"
 #include "tests/support/FailCall.h"
-#include "tests/support/TestFolder.h"
 #include "tests/support/posix/SmallDisk.h"
 
 namespace kozor::test {
@@ -19,17 +18,10 @@ namespace {
 namespace fs = std::filesystem;
 using posix::SystemCalls;
 
-class PlatformHostFailure : public ::testing::Test {
- protected:
-  bool Move(const char* from, const char* to, DWORD flags = 0) const {
-    return MoveFileExA(folder.Lib(from).c_str(), folder.Lib(to).c_str(), flags);
-  }
-
-  TestFolder folder;
-};
+using PlatformHostFailure = ContractTest;
 
 TEST_F(PlatformHostFailure, WritesThatStopShortTellHowFarTheyCame) {
-  const OpenFile file(folder.Lib("f"), kReadWrite, 0, CREATE_NEW);
+  const OpenFile file(folder.Path("f"), kReadWrite, 0, CREATE_NEW);
   DWORD written = 99;
   {
     const FailCall<&SystemCalls::write> failing(1, ENOSPC);
@@ -42,9 +34,9 @@ TEST_F(PlatformHostFailure, WritesThatStopShortTellHowFarTheyCame) {
 }
 
 TEST_F(PlatformHostFailure, ReadsFlushesAndMovesReportTheirErrors) {
-  folder.WriteFile("f", "x");
-  folder.WriteFile("g", "y");
-  const OpenFile file(folder.Lib("f"), kReadWrite, FILE_SHARE_READ, OPEN_EXISTING);
+  host.WriteFile("f", "x");
+  host.WriteFile("g", "y");
+  const OpenFile file(folder.Path("f"), kReadWrite, FILE_SHARE_READ, OPEN_EXISTING);
   char byte = 0;
   DWORD got = 0;
   const FailCall<&SystemCalls::read> read(1, EIO);
@@ -53,14 +45,14 @@ TEST_F(PlatformHostFailure, ReadsFlushesAndMovesReportTheirErrors) {
   const FailCall<&SystemCalls::fsync> sync(1, EIO);
   EXPECT_FAILS_WITH(ERROR_IO_DEVICE, !ReadFile(file.Get(), &byte, 1, &got, nullptr));
   EXPECT_FAILS_WITH(ERROR_IO_DEVICE, !FlushFileBuffers(file.Get()));
-  EXPECT_FAILS_WITH(ERROR_NOT_SAME_DEVICE, !Move("g", "h"));
-  EXPECT_FAILS_WITH(ERROR_IO_DEVICE, !Move("g", "h", MOVEFILE_WRITE_THROUGH));
+  EXPECT_FAILS_WITH(ERROR_NOT_SAME_DEVICE, !folder.Move("g", "h"));
+  EXPECT_FAILS_WITH(ERROR_IO_DEVICE, !folder.Move("g", "h", MOVEFILE_WRITE_THROUGH));
 }
 
 TEST_F(PlatformHostFailure, SearchesTellThatADirectoryCouldNotBeRead) {
-  for (const char* name : {"a", "b"}) folder.WriteFile(name, "x");
+  for (const char* name : {"a", "b"}) host.WriteFile(name, "x");
   WIN32_FIND_DATAA data;
-  const auto first = [&] { return FindFirstFileA(folder.Lib("*").c_str(), &data); };
+  const auto first = [&] { return FindFirstFileA(folder.Path("*").c_str(), &data); };
   {
     const FailCall<&SystemCalls::opendir> failing(1, EACCES, Failing::Always);
     EXPECT_FAILS_WITH(ERROR_ACCESS_DENIED, first() == INVALID_HANDLE_VALUE);
@@ -79,9 +71,9 @@ TEST_F(PlatformHostFailure, SearchesTellThatADirectoryCouldNotBeRead) {
 
 TEST_F(PlatformHostFailure, FlushesCanWaitForTheFileToBeClosed) {
   EXPECT_EQ(KzSetFlushAtClose(1), 0);
-  const HANDLE file = CreateFileA(folder.Lib("f").c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
+  const HANDLE file = CreateFileA(folder.Path("f").c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
                                   FILE_ATTRIBUTE_NORMAL, nullptr);
-  const HANDLE other = CreateFileA(folder.Lib("g").c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
+  const HANDLE other = CreateFileA(folder.Path("g").c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
                                    FILE_ATTRIBUTE_NORMAL, nullptr);
   const FailCall<&SystemCalls::fdatasync> failing(1, EIO, Failing::Always);
   EXPECT_TRUE(FlushFileBuffers(file));
@@ -94,40 +86,40 @@ TEST_F(PlatformHostFailure, FlushesCanWaitForTheFileToBeClosed) {
 // Through a link to its directory a file has a second path, but only one directory entry, which
 // must not be lost.
 TEST_F(PlatformHostFailure, AMoveOntoItselfLosesNothing) {
-  folder.WriteFile("d/f", "x");
-  folder.WriteFile("d/g", "y");
-  ASSERT_EQ(::link(folder.Path("d/g").c_str(), folder.Path("d/h").c_str()), 0);
-  ASSERT_EQ(::symlink("d", folder.Path("way").c_str()), 0);
-  EXPECT_TRUE(Move("d\\f", "way\\f", MOVEFILE_REPLACE_EXISTING));
-  EXPECT_TRUE(Move("d\\g", "way\\g", MOVEFILE_REPLACE_EXISTING));
-  EXPECT_EQ(ReadText(folder.Lib("d\\f")) + ReadText(folder.Lib("d\\g")), "xy");
-  EXPECT_TRUE(Move("d\\g", "way\\h", MOVEFILE_REPLACE_EXISTING)) << "two names become one";
-  EXPECT_FALSE(folder.Exists("d/g"));
-  EXPECT_EQ(ReadText(folder.Lib("d\\h")), "y");
+  host.WriteFile("d/f", "x");
+  host.WriteFile("d/g", "y");
+  ASSERT_EQ(::link(host.Path("d/g").c_str(), host.Path("d/h").c_str()), 0);
+  ASSERT_EQ(::symlink("d", host.Path("way").c_str()), 0);
+  EXPECT_TRUE(folder.Move("d\\f", "way\\f", MOVEFILE_REPLACE_EXISTING));
+  EXPECT_TRUE(folder.Move("d\\g", "way\\g", MOVEFILE_REPLACE_EXISTING));
+  EXPECT_EQ(ReadText(folder.Path("d\\f")) + ReadText(folder.Path("d\\g")), "xy");
+  EXPECT_TRUE(folder.Move("d\\g", "way\\h", MOVEFILE_REPLACE_EXISTING)) << "two names become one";
+  EXPECT_FALSE(host.Exists("d/g"));
+  EXPECT_EQ(ReadText(folder.Path("d\\h")), "y");
 }
 
 TEST_F(PlatformHostFailure, AFileKeepsItsModeIfItCannotReplaceAnother) {
-  folder.WriteFile("f", "x");
-  folder.WriteFile("g", "y");
-  fs::permissions(folder.Path("g"), fs::perms{0600});
-  const auto mode = fs::status(folder.Path("f")).permissions();
+  host.WriteFile("f", "x");
+  host.WriteFile("g", "y");
+  fs::permissions(host.Path("g"), fs::perms{0600});
+  const auto mode = fs::status(host.Path("f")).permissions();
   const FailCall<&SystemCalls::renameat2> failing(1, EIO);
-  EXPECT_FAILS_WITH(ERROR_IO_DEVICE, !Move("f", "g", MOVEFILE_REPLACE_EXISTING));
-  EXPECT_EQ(fs::status(folder.Path("f")).permissions(), mode);
-  EXPECT_TRUE(Move("f", "g", MOVEFILE_REPLACE_EXISTING));
-  EXPECT_EQ(fs::status(folder.Path("g")).permissions(), fs::perms{0600});
+  EXPECT_FAILS_WITH(ERROR_IO_DEVICE, !folder.Move("f", "g", MOVEFILE_REPLACE_EXISTING));
+  EXPECT_EQ(fs::status(host.Path("f")).permissions(), mode);
+  EXPECT_TRUE(folder.Move("f", "g", MOVEFILE_REPLACE_EXISTING));
+  EXPECT_EQ(fs::status(host.Path("g")).permissions(), fs::perms{0600});
 }
 
 TEST_F(PlatformHostFailure, MovesWorkWhereTheHostCannotRefuseToReplace) {
-  folder.WriteFile("f", "x");
+  host.WriteFile("f", "x");
   const FailCall<&SystemCalls::renameat2> failing(1, EINVAL);
-  EXPECT_TRUE(Move("f", "g"));
-  EXPECT_EQ(folder.List(), Names{"g"});
+  EXPECT_TRUE(folder.Move("f", "g"));
+  EXPECT_EQ(host.List(), Names{"g"});
 }
 
 TEST_F(PlatformHostFailure, AMappingNeedsRoomAndAddressesButNoReservation) {
-  folder.WriteFile("f", "0123456789");
-  const OpenFile file(folder.Lib("f"), kReadWrite, FILE_SHARE_READ, OPEN_EXISTING);
+  host.WriteFile("f", "0123456789");
+  const OpenFile file(folder.Path("f"), kReadWrite, FILE_SHARE_READ, OPEN_EXISTING);
   const auto map = [&](DWORD bytes) {
     return CreateFileMappingA(file.Get(), nullptr, PAGE_READWRITE, 0, bytes, nullptr);
   };
@@ -143,16 +135,16 @@ TEST_F(PlatformHostFailure, AMappingNeedsRoomAndAddressesButNoReservation) {
                     MapViewOfFile(mapping, FILE_MAP_WRITE, 0, 0, 0) == nullptr);
   CloseHandle(mapping);
   struct stat facts {};
-  ASSERT_EQ(::stat(folder.Path("f").c_str(), &facts), 0);
+  ASSERT_EQ(::stat(host.Path("f").c_str(), &facts), 0);
   EXPECT_EQ(facts.st_size, 300'000);
   EXPECT_GE(facts.st_blocks * 512, 290'000) << "filled with zeros: no holes";
-  EXPECT_EQ(folder.ReadFile("f")[9], '9');
+  EXPECT_EQ(host.ReadFile("f")[9], '9');
 }
 
 TEST_F(PlatformHostFailure, AFullDiskIsAnErrorAndNeverAFault) {
-  const SmallDisk disk(folder.Path("disk"), 1 << 20);
+  const SmallDisk disk(host.Path("disk"), 1 << 20);
   if (!disk.IsThere()) GTEST_SKIP() << "mounting a small disk needs root";
-  const OpenFile file(folder.Lib("disk/f"), kReadWrite, 0, CREATE_NEW);
+  const OpenFile file(folder.Path("disk/f"), kReadWrite, 0, CREATE_NEW);
   for (const int error : {EINTR, EOPNOTSUPP}) {  // retried; zeros written until the disk is full
     const FailCall<&SystemCalls::fallocate> failing(1, error);
     EXPECT_FAILS_WITH(ERROR_DISK_FULL, CreateFileMappingA(file.Get(), nullptr, PAGE_READWRITE, 0,
@@ -197,22 +189,22 @@ class OtherProcess {
 };
 
 TEST_F(PlatformHostFailure, SharingHoldsBetweenProcesses) {
-  folder.WriteFile("f", "x");
-  folder.WriteFile("g", "y");
+  host.WriteFile("f", "x");
+  host.WriteFile("g", "y");
   {
-    const OtherProcess easy(folder.Lib("f"), GENERIC_READ, kShareAll);
-    const OtherProcess reader(folder.Lib("f"), GENERIC_READ, FILE_SHARE_READ);
-    const OtherProcess easier(folder.Lib("f"), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_DELETE);
+    const OtherProcess easy(folder.Path("f"), GENERIC_READ, kShareAll);
+    const OtherProcess reader(folder.Path("f"), GENERIC_READ, FILE_SHARE_READ);
+    const OtherProcess easier(folder.Path("f"), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_DELETE);
     ASSERT_TRUE(easy.HasOpened() && reader.HasOpened() && easier.HasOpened());
-    EXPECT_TRUE(Opens(folder.Lib("f")));
-    EXPECT_FAILS_WITH(ERROR_SHARING_VIOLATION, !Opens(folder.Lib("f"), GENERIC_WRITE));
-    EXPECT_FAILS_WITH(ERROR_SHARING_VIOLATION, !DeleteFileA(folder.Lib("f").c_str()));
-    EXPECT_FAILS_WITH(ERROR_ACCESS_DENIED, !Move("g", "f", MOVEFILE_REPLACE_EXISTING));
+    EXPECT_TRUE(Opens(folder.Path("f")));
+    EXPECT_FAILS_WITH(ERROR_SHARING_VIOLATION, !Opens(folder.Path("f"), GENERIC_WRITE));
+    EXPECT_FAILS_WITH(ERROR_SHARING_VIOLATION, !folder.Delete("f"));
+    EXPECT_FAILS_WITH(ERROR_ACCESS_DENIED, !folder.Move("g", "f", MOVEFILE_REPLACE_EXISTING));
   }
-  const OpenFile writer(folder.Lib("f"), kReadWrite, FILE_SHARE_READ, OPEN_EXISTING);
+  const OpenFile writer(folder.Path("f"), kReadWrite, FILE_SHARE_READ, OPEN_EXISTING);
   ASSERT_TRUE(writer.IsOpen()) << "a process that ends gives everything back";
-  EXPECT_FALSE(OtherProcess(folder.Lib("f"), GENERIC_READ, FILE_SHARE_READ).HasOpened());
-  EXPECT_TRUE(OtherProcess(folder.Lib("f"), GENERIC_READ, kShareAll).HasOpened());
+  EXPECT_FALSE(OtherProcess(folder.Path("f"), GENERIC_READ, FILE_SHARE_READ).HasOpened());
+  EXPECT_TRUE(OtherProcess(folder.Path("f"), GENERIC_READ, kShareAll).HasOpened());
 }
 
 }  // namespace

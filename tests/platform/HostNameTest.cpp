@@ -5,37 +5,30 @@
 #include "platform/win32/PosixAdmin.h"
 #include "tests/platform/Contract.h"
 #include "tests/support/CodePageScope.h"
-#include "tests/support/TestFolder.h"
 
 namespace kozor::test {
 namespace {
 
-class PlatformHostName : public ::testing::Test {
+class PlatformHostName : public ContractTest {
  protected:
-  Names List(const char* mask = "*") const { return SearchWithoutDots(folder.Lib(mask)); }
-  bool Opens(const std::string& name) const { return test::Opens(folder.Lib(name)); }
+  Names List(const char* mask = "*") const { return SearchWithoutDots(folder.Path(mask)); }
+  bool Opens(const std::string& name) const { return test::Opens(folder.Path(name)); }
   bool Make(const std::string& name) const {
-    return test::Opens(folder.Lib(name), GENERIC_WRITE, CREATE_NEW);
+    return test::Opens(folder.Path(name), GENERIC_WRITE, CREATE_NEW);
   }
-  bool MakeDirectory(const std::string& name) const {
-    return CreateDirectoryA(folder.Lib(name).c_str(), nullptr);
-  }
-  bool Delete(const std::string& name) const { return DeleteFileA(folder.Lib(name).c_str()); }
-
-  TestFolder folder;
 };
 
 TEST_F(PlatformHostName, ComesAndGoesInBothCodePages) {
-  folder.WriteFile("日本語.txt", "x");
+  host.WriteFile("日本語.txt", "x");
   EXPECT_EQ(List(), Names{"\x93\xFA\x96{\x8C\xEA.txt"});
   EXPECT_TRUE(Opens("\x93\xFA\x96{\x8C\xEA.txt"));
-  EXPECT_TRUE(MakeDirectory("\x95\x5C\x83\x5C")) << "a trail byte 0x5C is no separator";
-  EXPECT_TRUE(MakeDirectory("\x95\x5C\x83\x5C\\\x95\x5C"));
-  EXPECT_TRUE(folder.Exists("表ソ/表"));
+  EXPECT_TRUE(folder.MakeDirectory("\x95\x5C\x83\x5C")) << "a trail byte 0x5C is no separator";
+  EXPECT_TRUE(folder.MakeDirectory("\x95\x5C\x83\x5C\\\x95\x5C"));
+  EXPECT_TRUE(host.Exists("表ソ/表"));
 
   const CodePageScope utf8(CP_UTF8);
   for (const char* name : {"é", "😀", "ไทย"}) {
-    folder.WriteFile(name, "x");
+    host.WriteFile(name, "x");
     EXPECT_TRUE(Opens(name)) << name;
   }
   EXPECT_EQ(List(), (Names{"é", "ไทย", "日本語.txt", "表ソ", "😀"}));
@@ -54,10 +47,10 @@ TEST_F(PlatformHostName, WhatCannotBeSaidIsListedButNamesNothing) {
   for (const auto& row : rows) {
     SCOPED_TRACE(row.listed);
     const CodePageScope page(row.page);
-    folder.WriteFile(row.host, "x");
+    host.WriteFile(row.host, "x");
     EXPECT_EQ(List(), Names{row.listed});
     EXPECT_FAILS_WITH(ERROR_INVALID_NAME, !Opens(row.listed));
-    EXPECT_EQ(::unlink(folder.Path(row.host).c_str()), 0);
+    EXPECT_EQ(::unlink(host.Path(row.host).c_str()), 0);
   }
   for (const char* name : {"a\x81", "a\x85\x40", "a\xFC\xFC"}) EXPECT_FALSE(Make(name));
   const CodePageScope utf8(CP_UTF8);
@@ -66,53 +59,53 @@ TEST_F(PlatformHostName, WhatCannotBeSaidIsListedButNamesNothing) {
 
 TEST_F(PlatformHostName, OtherReadingsOfACharacterAreFoundAfterTheExactOne) {
   const char* const name = "a\x81\x60z";
-  folder.WriteFile("a〜z", "wave dash");
+  host.WriteFile("a〜z", "wave dash");
   EXPECT_EQ(List(), Names{name});
   EXPECT_TRUE(Opens(name));
   EXPECT_FALSE(Make(name)) << "spelt the same, as far as the code page can tell";
   EXPECT_EQ(KzSetCaseSensitive(1), 0);
   EXPECT_TRUE(Opens(name));
   EXPECT_EQ(KzSetCaseSensitive(0), 1);
-  folder.WriteFile("a～z", "full-width tilde");
+  host.WriteFile("a～z", "full-width tilde");
   EXPECT_EQ(List(), (Names{"a?z", name})) << "only one can have the name";
 }
 
 TEST_F(PlatformHostName, IsFoundWithoutRegardToCaseTheExactSpellingFirst) {
-  folder.WriteFile("Dir/ReadMe.TXT", "x");
+  host.WriteFile("Dir/ReadMe.TXT", "x");
   EXPECT_TRUE(Opens("dir\\readme.txt"));
   EXPECT_FALSE(Opens("dir\\readme.tx"));
-  EXPECT_TRUE(MakeDirectory("DIR\\New")) << "the directory above is looked up";
-  EXPECT_EQ(folder.List(), (Names{"Dir/", "Dir/New/", "Dir/ReadMe.TXT"}));
+  EXPECT_TRUE(folder.MakeDirectory("DIR\\New")) << "the directory above is looked up";
+  EXPECT_EQ(host.List(), (Names{"Dir/", "Dir/New/", "Dir/ReadMe.TXT"}));
 
-  folder.WriteFile("name", "lower");
-  folder.WriteFile("NAME", "upper");
-  EXPECT_EQ(Search(folder.Lib("name")), Names{"name"});
+  host.WriteFile("name", "lower");
+  host.WriteFile("NAME", "upper");
+  EXPECT_EQ(Search(folder.Path("name")), Names{"name"});
   EXPECT_EQ(List("n*"), (Names{"NAME", "name"}));
-  EXPECT_TRUE(Delete("name"));
-  EXPECT_FALSE(folder.Exists("name"));
+  EXPECT_TRUE(folder.Delete("name"));
+  EXPECT_FALSE(host.Exists("name"));
   EXPECT_TRUE(Opens("name")) << "NAME is left";
 
-  folder.WriteFile("ＡｂΣжÉ", "x");
+  host.WriteFile("ＡｂΣжÉ", "x");
   const CodePageScope utf8(CP_UTF8);
   EXPECT_TRUE(Opens("ａＢσЖé"));
 }
 
 TEST_F(PlatformHostName, IsCreatedExactlyUnlessToldOtherwise) {
   const auto make = [&](const char* name, DWORD disposition) {
-    return test::Opens(folder.Lib(name), GENERIC_WRITE, disposition);
+    return test::Opens(folder.Path(name), GENERIC_WRITE, disposition);
   };
-  folder.WriteFile("a", "lower");
-  folder.WriteFile("b", "b");
+  host.WriteFile("a", "lower");
+  host.WriteFile("b", "b");
   EXPECT_TRUE(make("A", CREATE_ALWAYS));
   EXPECT_FAILS_WITH(ERROR_FILE_EXISTS, !make("A", CREATE_NEW));
   EXPECT_TRUE(make("B", OPEN_ALWAYS));
-  EXPECT_TRUE(MakeDirectory("d"));
-  EXPECT_TRUE(MakeDirectory("D"));
-  EXPECT_FAILS_WITH(ERROR_ALREADY_EXISTS, !MakeDirectory("D"));
-  EXPECT_TRUE(MoveFileExA(folder.Lib("b").c_str(), folder.Lib("D\\x").c_str(), 0));
-  EXPECT_TRUE(MoveFileExA(folder.Lib("a").c_str(), folder.Lib("D\\X").c_str(), 0));
-  EXPECT_EQ(folder.List(), (Names{"A", "B", "D/", "D/X", "D/x", "d/"}));
-  EXPECT_EQ(ReadText(folder.Lib("D\\X")), "lower");
+  EXPECT_TRUE(folder.MakeDirectory("d"));
+  EXPECT_TRUE(folder.MakeDirectory("D"));
+  EXPECT_FAILS_WITH(ERROR_ALREADY_EXISTS, !folder.MakeDirectory("D"));
+  EXPECT_TRUE(folder.Move("b", "D\\x"));
+  EXPECT_TRUE(folder.Move("a", "D\\X"));
+  EXPECT_EQ(host.List(), (Names{"A", "B", "D/", "D/X", "D/x", "d/"}));
+  EXPECT_EQ(ReadText(folder.Path("D\\X")), "lower");
 
   KzSetCaseSensitive(1);
   EXPECT_FAILS_WITH(ERROR_FILE_NOT_FOUND, !Opens("D\\..\\b"));
@@ -121,11 +114,10 @@ TEST_F(PlatformHostName, IsCreatedExactlyUnlessToldOtherwise) {
 
   EXPECT_EQ(KzSetCaseBlindCreation(1), 0);
   EXPECT_FAILS_WITH(ERROR_FILE_EXISTS, !make("d\\..\\b", CREATE_NEW));
-  EXPECT_FAILS_WITH(ERROR_ALREADY_EXISTS,
-                    !MoveFileExA(folder.Lib("A").c_str(), folder.Lib("b").c_str(), 0));
-  EXPECT_TRUE(MoveFileExA(folder.Lib("A").c_str(), folder.Lib("a").c_str(), 0)) << "respelt";
+  EXPECT_FAILS_WITH(ERROR_ALREADY_EXISTS, !folder.Move("A", "b"));
+  EXPECT_TRUE(folder.Move("A", "a")) << "respelt";
   EXPECT_EQ(KzSetCaseBlindCreation(0), 1);
-  EXPECT_EQ(folder.List(), (Names{"B", "D/", "D/X", "D/x", "a", "d/"}));
+  EXPECT_EQ(host.List(), (Names{"B", "D/", "D/X", "D/x", "a", "d/"}));
 }
 
 // Large directories are cached; the cache must never be wrong.
@@ -135,23 +127,23 @@ TEST_F(PlatformHostName, LargeDirectoriesAreSearchedAsSmallOnesAre) {
     EXPECT_FALSE(Make("File" + std::to_string(i))) << i;
     EXPECT_TRUE(Opens("FILE" + std::to_string(i))) << i;
   }
-  EXPECT_TRUE(Delete("FILE599"));
+  EXPECT_TRUE(folder.Delete("FILE599"));
   EXPECT_FALSE(Opens("file599"));
-  EXPECT_TRUE(MoveFileExA(folder.Lib("file598").c_str(), folder.Lib("Moved").c_str(), 0));
+  EXPECT_TRUE(folder.Move("file598", "Moved"));
   EXPECT_FALSE(Opens("FILE598"));
   EXPECT_TRUE(Opens("MOVED"));
-  EXPECT_TRUE(MakeDirectory("Sub"));
-  EXPECT_FALSE(MakeDirectory("Sub"));
-  EXPECT_TRUE(RemoveDirectoryA(folder.Lib("SUB").c_str()));
-  EXPECT_TRUE(MakeDirectory("SUB"));
-  folder.WriteFile("Foreign", "made by another program");
+  EXPECT_TRUE(folder.MakeDirectory("Sub"));
+  EXPECT_FALSE(folder.MakeDirectory("Sub"));
+  EXPECT_TRUE(folder.DropDirectory("SUB"));
+  EXPECT_TRUE(folder.MakeDirectory("SUB"));
+  host.WriteFile("Foreign", "made by another program");
   ::usleep(20'000);  // the host's time stamps have a coarse resolution
   EXPECT_TRUE(Opens("FOREIGN"));
-  folder.WriteFile("double", "x");
-  folder.WriteFile("DOUBLE", "x");
+  host.WriteFile("double", "x");
+  host.WriteFile("DOUBLE", "x");
   ::usleep(20'000);
   EXPECT_TRUE(Opens("Double"));
-  EXPECT_TRUE(Delete("DOUBLE"));
+  EXPECT_TRUE(folder.Delete("DOUBLE"));
   EXPECT_TRUE(Opens("Double")) << "the other one is left";
 }
 
@@ -160,20 +152,20 @@ TEST_F(PlatformHostName, LongPathsAndNamesWork) {
   std::string path;
   for (int i = 0; i < 8; ++i) {
     path += (path.empty() ? "" : "\\") + name;
-    ASSERT_TRUE(MakeDirectory(path)) << GetLastError();
+    ASSERT_TRUE(folder.MakeDirectory(path)) << GetLastError();
   }
   EXPECT_TRUE(Make(path + "\\f"));
-  EXPECT_EQ(Search(folder.Lib(path.substr(0, path.size() - 1) + "*")), Names{name});
-  EXPECT_FAILS_WITH(ERROR_FILENAME_EXCED_RANGE, !MakeDirectory(name + 'n'));
+  EXPECT_EQ(Search(folder.Path(path.substr(0, path.size() - 1) + "*")), Names{name});
+  EXPECT_FAILS_WITH(ERROR_FILENAME_EXCED_RANGE, !folder.MakeDirectory(name + 'n'));
 }
 
 TEST_F(PlatformHostName, HostAndLibraryPathsCorrespond) {
   std::string library;
-  std::string host;
+  std::string back;
   EXPECT_TRUE(KzHostToLibraryPath("/日本/表.txt", library));
   EXPECT_EQ(library, "C:\\\x93\xFA\x96{\\\x95\x5C.txt");
-  EXPECT_TRUE(KzLibraryToHostPath(library.c_str(), host));
-  EXPECT_EQ(host, "/日本/表.txt");
+  EXPECT_TRUE(KzLibraryToHostPath(library.c_str(), back));
+  EXPECT_EQ(back, "/日本/表.txt");
   EXPECT_TRUE(KzHostToLibraryPath("/", library));
   EXPECT_EQ(library, "C:\\");
   EXPECT_TRUE(KzHostToLibraryPath("../a//b/", library));
@@ -181,11 +173,11 @@ TEST_F(PlatformHostName, HostAndLibraryPathsCorrespond) {
   EXPECT_FAILS_WITH(ERROR_INVALID_NAME, !KzHostToLibraryPath("/a/😀", library));
   EXPECT_FAILS_WITH(ERROR_INVALID_NAME, !KzHostToLibraryPath("a:b", library));
   EXPECT_EQ(library, "..\\a\\b\\") << "a failure leaves it alone";
-  EXPECT_TRUE(KzLibraryToHostPath("a\\.\\b", host));
-  EXPECT_EQ(host, "a/b");
-  folder.WriteFile("Spelt", "x");
-  EXPECT_TRUE(KzLibraryToHostPath(folder.Lib("sPELT").c_str(), host));
-  EXPECT_EQ(host, folder.Path("Spelt"));
+  EXPECT_TRUE(KzLibraryToHostPath("a\\.\\b", back));
+  EXPECT_EQ(back, "a/b");
+  host.WriteFile("Spelt", "x");
+  EXPECT_TRUE(KzLibraryToHostPath(folder.Path("sPELT").c_str(), back));
+  EXPECT_EQ(back, host.Path("Spelt"));
 }
 
 }  // namespace

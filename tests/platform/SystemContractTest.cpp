@@ -15,7 +15,8 @@ TEST(PlatformModuleContract, LoadsAreCountedAndFailuresToldApart) {
   EXPECT_FAILS_WITH(ERROR_PROC_NOT_FOUND, GetProcAddress(second, "NoSuchFunction") == nullptr);
   EXPECT_TRUE(FreeLibrary(second));
 
-  const WinFolder folder;
+  const TestFolder host;
+  const WinFolder folder(host.Lib());
   folder.Write("BAD.DLL", "no module at all");
   EXPECT_FAILS_WITH(ERROR_MOD_NOT_FOUND, LoadLibraryA("NOSUCH32.DLL") == nullptr);
   EXPECT_FAILS_WITH(ERROR_BAD_EXE_FORMAT, LoadLibraryA(folder.Path("bad").c_str()) == nullptr);
