@@ -58,28 +58,40 @@ std::int64_t InRange(std::int64_t seconds) {
   return std::clamp<std::int64_t>(seconds, -kSecondsFrom1601To1970, 910'670'515'199);
 }
 
-void Put(Json& json, const CatalogueVolume& volume) {
-  json = {{"number", volume.number},
-          {"file", volume.file},
-          {"bytes", volume.bytes},
-          {"sha256", volume.sha256}};
+// An object of the fields.  A list in braces would copy each field twice more.
+template <typename Value>
+struct Field {
+  const char* name;
+  Value value;
+};
+template <typename... Values>
+Json Object(Field<Values>... fields) {
+  Json::object_t object;
+  object.reserve(sizeof...(fields));
+  (object.emplace_back(fields.name, std::move(fields.value)), ...);
+  return object;
 }
 
-void Put(Json& json, const CatalogueFile& file) {
-  json = {{"name", HostStyle(file.name)}, {"bytes", file.bytes},
-          {"modified", file.time},        {"mode", file.mode},
-          {"attributes", file.attribute}, {"volume", file.volume},
-          {"offset", file.offset},        {"sha256", file.sha256}};
+Json Put(const CatalogueVolume& volume) {
+  return Object(Field{"number", volume.number}, Field{"file", volume.file},
+                Field{"bytes", volume.bytes}, Field{"sha256", volume.sha256});
 }
 
-void Put(Json& json, const CatalogueFolder& folder) {
-  json = {
-      {"name", HostStyle(folder.name)}, {"modified", InRange(folder.time)}, {"mode", folder.mode}};
+Json Put(const CatalogueFile& file) {
+  return Object(Field{"name", HostStyle(file.name)}, Field{"bytes", file.bytes},
+                Field{"modified", file.time}, Field{"mode", file.mode},
+                Field{"attributes", file.attribute}, Field{"volume", file.volume},
+                Field{"offset", file.offset}, Field{"sha256", file.sha256});
 }
 
-void Put(Json& json, const CatalogueLink& link) {
-  json = {
-      {"name", HostStyle(link.name)}, {"target", link.target}, {"modified", InRange(link.time)}};
+Json Put(const CatalogueFolder& folder) {
+  return Object(Field{"name", HostStyle(folder.name)}, Field{"modified", InRange(folder.time)},
+                Field{"mode", folder.mode});
+}
+
+Json Put(const CatalogueLink& link) {
+  return Object(Field{"name", HostStyle(link.name)}, Field{"target", link.target},
+                Field{"modified", InRange(link.time)});
 }
 
 // Throws std::out_of_range.
@@ -108,8 +120,9 @@ void Get(const Json& json, CatalogueLink& link) {
 
 template <typename Entry>
 Json PutAll(const std::vector<Entry>& entries) {
-  Json all = Json::array();
-  for (const Entry& entry : entries) Put(all.emplace_back(), entry);
+  Json::array_t all;
+  all.reserve(entries.size());
+  for (const Entry& entry : entries) all.push_back(Put(entry));
   return all;
 }
 
@@ -214,9 +227,10 @@ fs::path ChecksumPath(const fs::path& volume) {
 }
 
 void WriteCatalogue(const Catalogue& catalogue, const fs::path& path) {
-  const Json json = {{"kozor-catalogue", kFormat},           {"identity", catalogue.identity},
-                     {"volumes", PutAll(catalogue.volumes)}, {"files", PutAll(catalogue.files)},
-                     {"folders", PutAll(catalogue.folders)}, {"links", PutAll(catalogue.links)}};
+  const Json json =
+      Object(Field{"kozor-catalogue", kFormat}, Field{"identity", catalogue.identity},
+             Field{"volumes", PutAll(catalogue.volumes)}, Field{"files", PutAll(catalogue.files)},
+             Field{"folders", PutAll(catalogue.folders)}, Field{"links", PutAll(catalogue.links)});
   WriteWhole(path, json.dump(1, ' ', false, Json::error_handler_t::replace) + '\n');
 }
 
