@@ -2,6 +2,7 @@
 #include "platform/win32/posix/HostNames.h"
 
 #include <algorithm>
+#include <array>
 #include <atomic>
 
 #include "platform/text/Case.h"
@@ -38,11 +39,14 @@ constexpr bool IsForbidden(char32_t character) {
 }
 
 // Fast path: most names are ASCII and the same in every form.
+constexpr auto kIsPlain = [] {
+  std::array<bool, 256> plain{};
+  for (unsigned byte = 0; byte < 0x80; ++byte) plain[byte] = !IsForbidden(byte);
+  return plain;
+}();
 bool IsPlain(std::string_view name) {
-  return std::all_of(name.begin(), name.end(), [](char c) {
-    const auto byte = static_cast<unsigned char>(c);
-    return byte < 0x80 && !IsForbidden(byte);
-  });
+  return std::all_of(name.begin(), name.end(),
+                     [](char c) { return kIsPlain[static_cast<unsigned char>(c)]; });
 }
 
 // Truncates between characters of the code page, leaving room for the '?' that marks it.

@@ -99,6 +99,8 @@ std::optional<std::string> ClimbFromProcessDirectory(std::size_t levels) {
 bool AddComponents(const Start& start, PathUse use, LibraryPath& path, std::size_t& climbs) {
   std::string_view rest = start.rest;
   while (!rest.empty() && IsSeparator(rest.front())) rest.remove_prefix(1);
+  path.names.reserve(
+      static_cast<std::size_t>(std::count_if(rest.begin(), rest.end(), IsSeparator)) + 1);
   while (!rest.empty()) {
     const std::string_view component = text::TakeComponent(rest, kRules);
     path.trailingSeparator = component.data() + component.size() != rest.data();
