@@ -176,7 +176,7 @@ std::vector<FileGroup> SelectFiles(const Arguments& arguments, const std::string
       .base = FromUtf8(arguments.Value("--dir", arguments.Value("-C", "."))),
       .words = WhatToAdd(arguments),
       .excludes = arguments.Values("--exclude"),
-      .isOwnFile = [&](const fs::path& path) { return path == archive; },
+      .isOwnFile = [&](const fs::path& path) { return path.native() == archive.native(); },
       .links = keepsFacts ? LinkRule::Kept : LinkRule::Followed,
       .takesFolders = keepsFacts || arguments.Has("--dir")};
   if (arguments.Has("--new") && Exists(archive)) request.refusal = kOldStays;

@@ -28,7 +28,7 @@ int Archive::OnAbort(const ONABORTPARAM& param) {
   } else if (param.phase == PhaseFileEnd) {
     progress.Running(param.bytesTotal, currentName);
     progress.FileEnds(param.bytesTotal);
-    Mention(VisibleLibraryName(currentName));
+    Mention(currentName);
   }
   return StopSignal();
 }

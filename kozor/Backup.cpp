@@ -319,9 +319,9 @@ class LinkTree {
 };
 
 // Whether a file is one of the set's volumes, checksums or the catalogue.
-bool IsOwnFile(const VolumeName& name, fs::path path) {
-  if (name.Means(path) || path == CataloguePath(name)) return true;
-  return path.extension() == ".sha256" && name.Means(path.replace_extension());
+bool IsOwnFile(const VolumeName& name, const fs::path& catalogue, const fs::path& path) {
+  if (name.Means(path) || path.native() == catalogue.native()) return true;
+  return path.extension() == ".sha256" && name.Means(fs::path(path).replace_extension());
 }
 
 // A set can hold only one group of files.
@@ -356,18 +356,19 @@ void Backup(const Arguments& arguments) {
   const int format = ReadFormat(arguments.Value("--format", "101"));
   const Areas areas = ReadAreas(arguments, format);
   const unsigned long maxVolumeBytes = ReadSize(arguments.Value("--volume-size"));
-  const FileGroup group =
-      SelectForSet({.base = FromUtf8(arguments.Value("-C", ".")),
-                    .words = arguments.OperandsFrom(1),
-                    .excludes = arguments.Values("--exclude"),
-                    .isOwnFile = [&](const fs::path& path) { return IsOwnFile(name, path); },
-                    .links = LinksOf(arguments)});
+  const fs::path catalogue = CataloguePath(name);
+  const FileGroup group = SelectForSet(
+      {.base = FromUtf8(arguments.Value("-C", ".")),
+       .words = arguments.OperandsFrom(1),
+       .excludes = arguments.Values("--exclude"),
+       .isOwnFile = [&](const fs::path& path) { return IsOwnFile(name, catalogue, path); },
+       .links = LinksOf(arguments)});
   std::vector<std::string> others;
   ZorFind find = group.Find(others);
   std::optional<LinkTree> links;
   if (!others.empty()) find = links.emplace(group).Find();
   const bool hasCatalogue = !arguments.Has("--no-catalogue");
-  if (hasCatalogue && !arguments.Has("--force")) RequireCataloguePlace(CataloguePath(name));
+  if (hasCatalogue && !arguments.Has("--force")) RequireCataloguePlace(catalogue);
   BackupVolumes volumes(name, areas, maxVolumeBytes, format, group.bytes, arguments.Has("--force"),
                         hasCatalogue);
   if (!arguments.Has("--sync-each")) FlushFilesAtClose();

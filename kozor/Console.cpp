@@ -95,10 +95,10 @@ void Remark(const std::string& text) {
   if (verbosity != Verbosity::Quiet) PrintOnErrors(text);
 }
 
-void Mention(const std::string& text) {
+void Mention(std::string_view libraryName, std::string_view result) {
   if (verbosity != Verbosity::Verbose) return;
   HideProgress();
-  std::fprintf(stderr, "%s\n", text.c_str());
+  std::fprintf(stderr, "%s\n", VisibleLibraryName(libraryName).append(result).c_str());
 }
 
 void Progress::Running(std::uint64_t bytes, std::string_view libraryName) {

@@ -21,8 +21,8 @@ void Complain(const std::string& text);
 int Complaints();
 // Prints "kozor: text" unless quiet; doesn't affect the exit code.
 void Remark(const std::string& text);
-// Prints the name of a finished file if verbose.
-void Mention(const std::string& text);
+// Prints the library name of a finished file, and then `result`, if verbose.
+void Mention(std::string_view libraryName, std::string_view result = "");
 
 // The progress of a run in bytes over all files: a bar, the rate and the time left, redrawn a few
 // times per second at most.

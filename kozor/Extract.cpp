@@ -42,7 +42,7 @@ class Extraction {
         reader(source),
         permissions(arguments.Has("--keep-setid") ? 07777 : 0777),
         unwraps(arguments.Has("--unwrap")),
-        line(target, [](const Item& item) { Mention(VisibleLibraryName(item.name)); }) {}
+        line(target, [](const Item& item) { Mention(item.name); }) {}
 
   // Extracts the members chosen by position.  Complains about those that can't be extracted.
   void Run(const std::vector<bool>& chosen) {

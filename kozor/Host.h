@@ -12,6 +12,8 @@
 #include <string_view>
 #include <vector>
 
+#include "HostFiles.h"
+
 namespace kozor::program {
 
 // From now on the library flushes a file to the disk once, when it is closed, instead of after each
@@ -77,8 +79,6 @@ struct FileVersion {
   std::int64_t lastWrite = 0;  // in the host's finest unit
   bool operator==(const FileVersion&) const = default;
 };
-// Of the file at `path`, following links; empty if there is none.
-std::optional<FileVersion> VersionOf(const std::filesystem::path& path);
 // What exists at `path`, following links.
 struct FileState {
   std::string problem;     // why it can't be read, in words; empty when it can
@@ -90,7 +90,11 @@ struct FileState {
   std::int64_t time = 0;      // last write, seconds since 1970
   unsigned int mode = 0;      // permission bits
 };
-FileState Inspect(const std::filesystem::path& path);
+// `folder`, if it is open, is the directory of `path`, which then isn't looked up again.
+FileState Inspect(const std::filesystem::path& path, HostHandle folder = kNotOpen);
+// The version of the file at `path`, following links; empty if there is none.
+std::optional<FileVersion> VersionOf(const std::filesystem::path& path,
+                                     HostHandle folder = kNotOpen);
 // Whether a link itself stands at `path`.
 bool IsLink(const std::filesystem::path& path);
 // The link itself.  Throws FileFailure if it can't be read.

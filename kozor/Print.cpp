@@ -77,10 +77,9 @@ void Print(const Arguments& arguments) {
 
 void Test(const Arguments& arguments) {
   SourceArchive archive = OpenArchive(arguments);
-  const std::size_t good =
-      UnpackEach(archive, arguments, [](const Member& member, std::span<unsigned char>) {
-        Mention(VisibleLibraryName(member.name) + ": OK");
-      });
+  const std::size_t good = UnpackEach(
+      archive, arguments,
+      [](const Member& member, std::span<unsigned char>) { Mention(member.name, ": OK"); });
   const int bad = Complaints();
   HideProgress();
   PrintLine(std::to_string(good) + (good == 1 ? " file" : " files") + " OK" +

@@ -151,7 +151,7 @@ class CatalogueRestore {
         progress(known.TotalBytes()),
         line(target, [this](const Item& item) {
           progress.FileEnds(item.size);
-          Mention(VisibleLibraryName(item.name));
+          Mention(item.name);
         }) {}
 
   // `wanted` returns whether a name is selected.

@@ -13,6 +13,7 @@
 #include "Console.h"
 #include "Failure.h"
 #include "Host.h"
+#include "HostFiles.h"
 #include "platform/text/Path.h"
 
 namespace kozor::program {
@@ -94,22 +95,27 @@ bool IsUnnameable(const std::string& path) {
   return path.find('?') != std::string::npos;
 }
 
-// Converts library paths.  Files of one folder come in succession, so the folder is converted only
-// once.
-class HostPaths {
+// The place of a file on the host.  Files of one folder come in succession, so the folder is
+// converted and opened only once.
+class HostPlace {
  public:
-  fs::path operator()(const std::string& path) {
-    const text::Path pieces(path);
-    if (pieces.Folder() != lastFolder) {
-      lastFolder = pieces.Folder();
-      lastHostFolder = HostPath(lastFolder);
+  void GoTo(const std::string& libraryPath) {
+    const text::Path pieces(libraryPath);
+    if (pieces.Folder() != libraryFolder) {
+      libraryFolder = pieces.Folder();
+      path = HostPath(libraryFolder) / "";
+      folder = OpenDirectory(path);
     }
-    return lastHostFolder / HostName(std::string(pieces.FileName()));
+    path.replace_filename(HostName(std::string(pieces.FileName())));
   }
+  const fs::path& Path() const { return path; }
+  FileState Inspect() const { return program::Inspect(path, folder.Number()); }
+  std::optional<FileVersion> Version() const { return VersionOf(path, folder.Number()); }
 
  private:
-  std::string lastFolder;
-  fs::path lastHostFolder;
+  std::string libraryFolder;
+  fs::path path;
+  Descriptor folder;  // not open if it can't be
 };
 
 // Collects the files of one group, word by word.
@@ -128,6 +134,7 @@ class Collector {
   std::size_t Add(const Search& search) {
     constexpr unsigned int kAll = 0x37;
     bool isWhole = false;
+    remembers = request.words.size() > 1 || search.mask != "*.*";
     const int complaints = Complaints();
     const std::vector<std::string> paths = Find(search, kAll, isWhole);
     if (search.meansDirectory) TakeDirectoryItself(search.directory);
@@ -156,16 +163,19 @@ class Collector {
   }
 
  private:
+  // One search of everything finds each name once.
+  bool IsNew(const std::string& name) { return !remembers || seen.insert(name).second; }
+
   void Take(const std::string& path) {
     const std::string name = path.substr(prefix.size());
-    if (!seen.insert(name).second) return;
+    if (!IsNew(name)) return;
     if (excludes.Means(name)) {
       ++leftOut;
       return;
     }
     if (IsUnnameable(path)) return LeaveOutUnnameable(path);
-    const fs::path host = hostPathOf(path);
-    const FileState state = Inspect(host);
+    place.GoTo(path);
+    const FileState state = place.Inspect();
     const bool isLink = request.links != LinkRule::Followed && state.isLink;
     if (isLink && request.links == LinkRule::Kept) return TakeLink(path, name);
     if (isLink) group.links.push_back(name);
@@ -176,7 +186,7 @@ class Collector {
       LeaveOutBad(path, state);
     } else if (state.isDirectory) {
       if (!isLink) TakeFolder(name);
-    } else if (request.isOwnFile && request.isOwnFile(host)) {
+    } else if (request.isOwnFile && request.isOwnFile(place.Path())) {
       ++leftOut;
     } else if (state.version.size > kMaxFileBytes) {
       LeaveOut(path, "files of 4 GiB or more can't be stored");
@@ -193,13 +203,14 @@ class Collector {
     }
   }
 
-  // Counts the link as left out of the files, so that they aren't selected by the mask.
+  // Counts the link, which is at `place`, as left out of the files, so that they aren't selected by
+  // the mask.
   void TakeLink(const std::string& path, const std::string& name) {
     ++leftOut;
     if (name.size() > kMaxNameBytes) return LeaveOut(path, "the name is too long");
     LinkState link;
     try {
-      link = InspectLink(hostPathOf(path));
+      link = InspectLink(place.Path());
     } catch (const FileFailure& failure) {
       ++unread;
       return LeaveOut(path, failure.what());
@@ -219,7 +230,7 @@ class Collector {
   void TakeDirectoryItself(const std::string& directory) {
     if (directory.size() <= prefix.size()) return;
     const std::string name = directory.substr(prefix.size());
-    if (!excludes.Means(name) && seen.insert(name).second) TakeFolder(name);
+    if (!excludes.Means(name) && IsNew(name)) TakeFolder(name);
   }
 
   void TakeFolder(const std::string& name) {
@@ -275,9 +286,10 @@ class Collector {
   const MaskList& excludes;
   const std::string prefix;
   FileGroup group;
+  bool remembers = true;
   std::unordered_set<std::string> seen;
 
-  HostPaths hostPathOf;
+  HostPlace place;
   std::set<fs::path::string_type> unnameable;  // host paths
   std::size_t leftOut = 0;
   std::size_t upToDate = 0;  // of those
@@ -364,9 +376,10 @@ std::vector<FileGroup> Select(const SelectionRequest& request) {
 
 void ReportChangedFiles(const FileGroup& group) {
   const std::string prefix = WithBackslash(group.base);
-  HostPaths hostPathOf;
+  HostPlace place;
   for (std::size_t i = 0; i < group.names.size(); ++i) {
-    const auto version = VersionOf(hostPathOf(prefix + group.names[i]));
+    place.GoTo(prefix + group.names[i]);
+    const auto version = place.Version();
     if (!version || *version == group.versions[i]) continue;
     Complain(VisibleLibraryName(group.names[i]) +
              ": was written to during the run; what is stored may be half old, half new");

@@ -54,13 +54,12 @@ fs::path VolumeName::Path(int volumeNumber) const {
 
 bool VolumeName::Means(const fs::path& path) const {
   const std::string file = path.filename().string();
-  if (path.parent_path() != directory) return false;
-  if (!pattern) return file == before;
-  if (file.size() <= before.size() + behind.size()) return false;
   if (!file.starts_with(before) || !file.ends_with(behind)) return false;
+  if (pattern ? file.size() <= before.size() + behind.size() : file != before) return false;
   const std::string number =
       file.substr(before.size(), file.size() - before.size() - behind.size());
-  return number.find_first_not_of("0123456789") == std::string::npos;
+  return number.find_first_not_of("0123456789") == std::string::npos &&
+         path.parent_path() == directory;
 }
 
 int VolumeName::LastNumber() const {
@@ -104,7 +103,7 @@ int Volumes::OnAbort(const ONABORTPARAM& param) {
     progress.Running(param.bytesDone, currentName);
   } else if (param.phase == PhaseFileEnd) {
     progress.FileEnds(param.bytesTotal);
-    Mention(VisibleLibraryName(currentName));
+    Mention(currentName);
   }
   return 0;
 }

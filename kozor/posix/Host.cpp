@@ -7,6 +7,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
@@ -54,17 +55,26 @@ bool SameDevice(const fs::path& a, const fs::path& b) {
          first.st_dev == second.st_dev;
 }
 
-// Why the entries of a directory can't be read; empty if they can.
-std::string ReadingProblem(const fs::path& path) {
-  DIR* const directory = opendir(path.c_str());
-  errno = directory == nullptr ? errno : 0;
-  if (directory != nullptr) {
-    static_cast<void>(readdir(directory));  // only whether it fails
-    const int error = errno;
-    closedir(directory);
-    errno = error;
-  }
-  return errno == 0 ? "" : "can't read the directory: " + HostErrorText(errno);
+// Where the calls that take an open directory find a file.
+struct Place {
+  int folder;
+  const char* name;
+};
+Place PlaceOf(const fs::path& path, HostHandle folder) {
+  const std::string& whole = path.native();
+  if (folder == kNotOpen) return {AT_FDCWD, whole.c_str()};
+  return {static_cast<int>(folder), whole.c_str() + whole.rfind('/') + 1};
+}
+
+// Why the entries of a directory can't be read; empty if they can.  Asks for few of them: the
+// search reads them all.
+std::string ReadingProblem(const Place& place) {
+  alignas(dirent64) std::array<char, 1024> entries;
+  const int directory = openat(place.folder, place.name, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  const bool canRead = directory >= 0 && getdents64(directory, entries.data(), entries.size()) >= 0;
+  const int error = errno;
+  if (directory >= 0) close(directory);
+  return canRead ? "" : "can't read the directory: " + HostErrorText(error);
 }
 
 // Whether a file has contents beyond its size, as those of /proc, which all have the size 0.  The
@@ -165,18 +175,20 @@ bool Exists(const fs::path& path) {
   return fs::symlink_status(path, ignored).type() != fs::file_type::not_found;
 }
 
-std::optional<FileVersion> VersionOf(const fs::path& path) {
+std::optional<FileVersion> VersionOf(const fs::path& path, HostHandle folder) {
+  const Place place = PlaceOf(path, folder);
   struct stat info {};
-  if (stat(path.c_str(), &info) != 0) return std::nullopt;
+  if (fstatat(place.folder, place.name, &info, 0) != 0) return std::nullopt;
   return VersionIn(info);
 }
 
-FileState Inspect(const fs::path& path) {
+FileState Inspect(const fs::path& path, HostHandle folder) {
+  const Place place = PlaceOf(path, folder);
   FileState state;
   struct stat info {};
-  const bool isThere = lstat(path.c_str(), &info) == 0;
+  const bool isThere = fstatat(place.folder, place.name, &info, AT_SYMLINK_NOFOLLOW) == 0;
   state.isLink = isThere && S_ISLNK(info.st_mode);
-  if (!isThere || (state.isLink && stat(path.c_str(), &info) != 0)) {
+  if (!isThere || (state.isLink && fstatat(place.folder, place.name, &info, 0) != 0)) {
     state.leadsNowhere = isThere && (errno == ENOENT || errno == ENOTDIR || errno == ELOOP);
     state.isRefused = !state.leadsNowhere && errno != ENOENT;
     state.problem = state.leadsNowhere ? "a broken link"
@@ -192,10 +204,10 @@ FileState Inspect(const fs::path& path) {
     state.problem = "not a regular file or directory";
     return state;
   }
-  if (access(path.c_str(), state.isDirectory ? R_OK | X_OK : R_OK) != 0) {
+  if (faccessat(place.folder, place.name, state.isDirectory ? R_OK | X_OK : R_OK, 0) != 0) {
     state.problem = "permission denied";
   } else if (state.isDirectory) {
-    state.problem = ReadingProblem(path);
+    state.problem = ReadingProblem(place);
   } else if (info.st_size == 0 && HasContentsBeyondSize(path)) {
     state.problem = "its size is 0, but it has contents";
   }

@@ -198,14 +198,14 @@ bool IsLink(const fs::path& path) {
   return IsLinkTag(found.dwFileAttributes, found.dwReserved0);
 }
 
-std::optional<FileVersion> VersionOf(const fs::path& path) {
+std::optional<FileVersion> VersionOf(const fs::path& path, HostHandle /*folder*/) {
   const OwnedHandle opened = OpenFor(path, FILE_READ_ATTRIBUTES);
   BY_HANDLE_FILE_INFORMATION facts;
   if (!opened || !GetFileInformationByHandle(opened.get(), &facts)) return std::nullopt;
   return VersionIn(facts);
 }
 
-FileState Inspect(const fs::path& path) {
+FileState Inspect(const fs::path& path, HostHandle /*folder*/) {
   FileState state;
   state.isLink = IsLink(path);
   const OwnedHandle opened = OpenFor(path, FILE_READ_ATTRIBUTES);
