@@ -1,4 +1,6 @@
 // ArchiveIndexTest.cpp - where archives begin and end, and the contents of an index.
+#include <tuple>
+
 #include "engine/container/ArchiveIndex.h"
 
 #include <gmock/gmock.h>
@@ -78,12 +80,8 @@ TEST(EngineArchiveIndex, WhatIsNoArchiveOrAllDamageIsRefused) {
 }
 
 TEST(EngineArchiveIndex, DamageCostsOneMemberAndIsListed) {
-  struct Row {
-    const char* what;
-    std::size_t at;  // in the second member
-    ResultCode fault;
-  };
-  const Row rows[] = {
+  // What is changed, where in the member, and the fault.
+  const std::tuple<const char*, std::size_t, ResultCode> rows[] = {
       {"the time", 16, ResultCode::HeaderChecksum},
       {"the packed size", 8, ResultCode::HeaderChecksum},
       {"the method", 2, ResultCode::HeaderDamaged},
@@ -96,17 +94,17 @@ TEST(EngineArchiveIndex, DamageCostsOneMemberAndIsListed) {
     const RawMember third = {.name = "third"};
     const std::size_t begin = test::RawHeader({.name = "first"}).size();
     const std::size_t again = begin + RawArchive({second, third}).size() - 1;
-    for (const Row& row : rows) {
-      SCOPED_TRACE(row.what + std::to_string(level));
+    for (const auto& [what, at, fault] : rows) {
+      SCOPED_TRACE(what + std::to_string(level));
       Bytes bytes = Join({RawArchive({{.name = "first"}, second, third, second, {.name = "fifth"}}),
                           ToBytes("after the end mark")});
-      bytes[begin + row.at] ^= 0x40;
-      bytes[again + row.at] ^= 0x40;
+      bytes[begin + at] ^= 0x40;
+      bytes[again + at] ^= 0x40;
       const ArchiveIndex index = IndexOf(bytes);
       ASSERT_EQ(index.Members().size(), 5U);
       EXPECT_TRUE(index.Damage());
       for (std::size_t i = 0; i < 5; ++i) {
-        EXPECT_EQ(index.Members()[i].fault.has_value(), i == 1 || i == 3);
+        EXPECT_EQ(index.Members()[i].fault, i == 1 || i == 3 ? std::optional(fault) : std::nullopt);
       }
       EXPECT_TRUE(index.Find("fifth"));
     }

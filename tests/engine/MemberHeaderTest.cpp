@@ -87,13 +87,7 @@ TEST(EngineMemberHeader, AsksForMoreBytesWhereverItIsCut) {
 }
 
 TEST(EngineMemberHeader, RefusesSizesThatContradictEachOther) {
-  struct Row {
-    const char* what;
-    int level;
-    std::size_t offset;
-    std::uint8_t value;
-  };
-  const Row rows[] = {
+  const std::tuple<const char*, int, std::size_t, std::uint8_t> rows[] = {
       {"level 0 header shorter than its name", 0, 0, 20},
       {"level 1 header shorter than its name", 1, 0, 24},
       {"level 1 skip size smaller than the chain", 1, 7, 2},
@@ -106,12 +100,12 @@ TEST(EngineMemberHeader, RefusesSizesThatContradictEachOther) {
       {"level 4", 2, 20, 4},
       {"no method id", 2, 2, '+'},
   };
-  for (const Row& row : rows) {
-    Bytes bytes = FromHex(kExamples[row.level]);
-    bytes[row.offset] = row.value;
+  for (const auto& [what, level, offset, value] : rows) {
+    Bytes bytes = FromHex(kExamples[level]);
+    bytes[offset] = value;
     bytes.resize(bytes.size() + 300);
     EXPECT_THAT(Parse(bytes), testing::AnyOf(HeaderStatus::Broken, HeaderStatus::ChecksumWrong))
-        << row.what;
+        << what;
   }
 }
 

@@ -3,6 +3,7 @@
 
 #include <filesystem>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "ZorFileServices.h"
@@ -39,13 +40,9 @@ class FilesDirectory : public testing::Test {
 };
 
 TEST_F(FilesDirectory, MakesMissingLevelsAndNamesTheTopmost) {
-  const struct {
-    std::string path;
-    int hasFileName;
-    int result;
-    std::string first;  // below the folder
-    Names made;
-  } rows[] = {
+  // A path, whether it has a file name, the result, and what is made: the topmost directory, below
+  // the folder, and all of them, below "a".
+  const std::tuple<std::string, int, int, std::string, Names> rows[] = {
       {"a\\b\\c", 0, 1, "a\\b", {"b/", "b/c/"}},
       {"a\\b\\c.txt", 1, 1, "a\\b", {"b/"}},
       {"a\\b\\", 0, 1, "a\\b", {"b/"}},
@@ -59,14 +56,14 @@ TEST_F(FilesDirectory, MakesMissingLevelsAndNamesTheTopmost) {
       {"a\\x\\..\\b", 0, 1, "a\\x", {"b/", "x/"}},
       {"a\\x\\..\\x\\..", 0, 1, "a\\x", {"x/"}},
   };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.path);
-    EXPECT_EQ(Create(row.path, row.hasFileName), row.result);
-    EXPECT_EQ(first, row.first.empty() ? "" : folder.Lib(row.first).c_str());
+  for (const auto& [path, hasFileName, result, topmost, expected] : rows) {
+    SCOPED_TRACE(path);
+    EXPECT_EQ(Create(path, hasFileName), result);
+    EXPECT_EQ(first, topmost.empty() ? "" : folder.Lib(topmost).c_str());
     Names made = folder.List("a");
     std::erase(made, "file");
-    EXPECT_EQ(made, row.made);
-    for (const std::string& name : row.made) Remove("a/" + name);
+    EXPECT_EQ(made, expected);
+    for (const std::string& name : expected) Remove("a/" + name);
   }
 }
 

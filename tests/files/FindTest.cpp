@@ -3,6 +3,7 @@
 
 #include <filesystem>
 #include <string>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -93,9 +94,8 @@ TEST_F(FilesFind, LeavesTheReasonWhyADirectoryCouldNotBeRead) {
 TEST_F(FilesFind, CutsTheBaseOffUnlessFullPathsAreWanted) {
   MakeSmallTree();
   const std::string base = folder.Lib();
-  const struct {
-    std::string base, mask, cut, full;
-  } rows[] = {
+  // Base and mask; what is found without and with full paths.
+  const std::tuple<std::string, std::string, std::string, std::string> rows[] = {
       {base, "sub\\*.txt", "sub\\b.txt", base + "\\sub\\b.txt"},
       {base + "\\", "sub\\*.txt", "sub\\b.txt", base + "\\sub\\b.txt"},
       {base + "\\sub", "..\\z", "..\\z", base + "\\sub\\..\\z"},
@@ -104,10 +104,10 @@ TEST_F(FilesFind, CutsTheBaseOffUnlessFullPathsAreWanted) {
   };
   const auto before = std::filesystem::current_path();
   std::filesystem::current_path(folder.Path());
-  for (const auto& row : rows) {
-    find.SetCurrentDirectoryA(row.base.c_str());
-    EXPECT_EQ(Run({row.mask}), Names{row.cut}) << row.base;
-    EXPECT_EQ(Run({row.mask}, 1), Names{row.full}) << row.base;
+  for (const auto& [directory, mask, cut, full] : rows) {
+    find.SetCurrentDirectoryA(directory.c_str());
+    EXPECT_EQ(Run({mask}), Names{cut}) << directory;
+    EXPECT_EQ(Run({mask}, 1), Names{full}) << directory;
   }
   find.SetCurrentDirectoryA("");
   EXPECT_EQ(Run({"z"}), Names{});

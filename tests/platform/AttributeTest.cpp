@@ -46,17 +46,13 @@ TEST_F(PlatformAttribute, AreTextInAnExtendedAttribute) {
   EXPECT_EQ(Stored("f"), "0x0");
   EXPECT_TRUE(folder.SetAttributes("f", 0x20));
   EXPECT_EQ(Stored("f"), "") << "what a file has anyway isn't stored";
-  struct Row {
-    std::string text;
-    DWORD attributes;
-  };
-  for (const Row& row : {Row{"0x26", 0x26},
-                         {std::string("0x22\0more", 9), 0x22},
-                         {"0x30", 0x20},
-                         {"rubbish", 0x20},
-                         {"0x", 0x20}}) {
-    EXPECT_TRUE(Store("f", row.text));
-    EXPECT_EQ(folder.Attributes("f"), row.attributes) << row.text;
+  for (const auto& [text, attributes] : {std::pair<std::string, DWORD>{"0x26", 0x26},
+                                         {std::string("0x22\0more", 9), 0x22},
+                                         {"0x30", 0x20},
+                                         {"rubbish", 0x20},
+                                         {"0x", 0x20}}) {
+    EXPECT_TRUE(Store("f", text));
+    EXPECT_EQ(folder.Attributes("f"), attributes) << text;
   }
 }
 

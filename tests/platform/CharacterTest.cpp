@@ -1,4 +1,6 @@
 // CharacterTest.cpp - stepping through and comparing text of the active code page.
+#include <tuple>
+
 #include "tests/platform/Contract.h"
 #include "tests/support/CodePageScope.h"
 
@@ -10,24 +12,20 @@ int Sign(int value) {
 }
 
 TEST(PlatformCharacter, WalksByWholeCharacters) {
-  const struct {
-    UINT page;
-    const char* text;
+  const std::tuple<UINT, const char*, std::vector<int>> rows[] = {{932, "a\x95\x5Cz", {1, 2, 1}},
+                                                                  {932, "\xB1\x5C", {1, 1}},
+                                                                  {932, "\x81", {1}},
+                                                                  {932, "\x81\x81\x81", {2, 1}},
+                                                                  {CP_UTF8, "\x95\x5C", {1, 1}}};
+  for (const auto& [codePage, text, expected] : rows) {
+    const CodePageScope page(codePage);
     std::vector<int> steps;
-  } rows[] = {{932, "a\x95\x5Cz", {1, 2, 1}},
-              {932, "\xB1\x5C", {1, 1}},
-              {932, "\x81", {1}},
-              {932, "\x81\x81\x81", {2, 1}},
-              {CP_UTF8, "\x95\x5C", {1, 1}}};
-  for (const auto& row : rows) {
-    const CodePageScope page(row.page);
-    std::vector<int> steps;
-    LPCSTR p = row.text;
+    LPCSTR p = text;
     for (LPCSTR next = CharNextA(p); next != p; p = next, next = CharNextA(p)) {
-      EXPECT_EQ(CharPrevA(row.text, next), p);
+      EXPECT_EQ(CharPrevA(text, next), p);
       steps.push_back(static_cast<int>(next - p));
     }
-    EXPECT_EQ(steps, row.steps);
+    EXPECT_EQ(steps, expected);
   }
 }
 
@@ -41,12 +39,7 @@ TEST(PlatformCharacter, LeadBytesExistInCodePage932Only) {
 }
 
 TEST(PlatformCharacter, ComparisonsTakeCharactersWhole) {
-  const struct {
-    const char* a;
-    const char* b;
-    int exact;
-    int folded;
-  } rows[] = {
+  const std::tuple<const char*, const char*, int, int> rows[] = {
       {"abc", "abc", 0, 0},
       {"abc", "ABC", 1, 0},
       {"ab", "abc", -1, -1},
@@ -57,11 +50,11 @@ TEST(PlatformCharacter, ComparisonsTakeCharactersWhole) {
       {"\xB1", "\x82\x60", -1, -1},      // a single byte sorts before every pair
       {"\x81", "", 1, 1},
   };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(testing::Message() << "row " << &row - rows);
-    EXPECT_EQ(Sign(_mbscmp(Mbs(row.a), Mbs(row.b))), row.exact);
-    EXPECT_EQ(Sign(_mbsicmp(Mbs(row.a), Mbs(row.b))), row.folded);
-    EXPECT_EQ(Sign(_mbsicmp(Mbs(row.b), Mbs(row.a))), -row.folded);
+  for (const auto& [a, b, exact, folded] : rows) {
+    SCOPED_TRACE(testing::Message() << a << ' ' << b);
+    EXPECT_EQ(Sign(_mbscmp(Mbs(a), Mbs(b))), exact);
+    EXPECT_EQ(Sign(_mbsicmp(Mbs(a), Mbs(b))), folded);
+    EXPECT_EQ(Sign(_mbsicmp(Mbs(b), Mbs(a))), -folded);
   }
   EXPECT_EQ(_mbsnbcmp(Mbs("abX"), Mbs("abY"), 2), 0);
   EXPECT_EQ(Sign(_mbsnbcmp(Mbs("abX"), Mbs("abY"), 3)), -1);

@@ -1,5 +1,6 @@
 // ConversionContractTest.cpp - text between code pages and UTF-16.
 #include <string_view>
+#include <tuple>
 
 #include "tests/platform/Contract.h"
 
@@ -28,11 +29,7 @@ std::string FromWide(UINT page, const Wide& wide) {
 }
 
 TEST(PlatformConversionContract, PagesAgreeInBothDirections) {
-  const struct {
-    UINT page;
-    const char* bytes;
-    std::u16string_view wide;
-  } rows[] = {
+  const std::tuple<UINT, const char*, std::u16string_view> rows[] = {
       {932, "\x93\xFA\x96{\x8C\xEA", u"日本語"},
       {932, "\xB1\xB2\xDF", u"ｱｲﾟ"},
       {932, "\x95\x5C\x83\x5C", u"表ソ"},
@@ -43,10 +40,10 @@ TEST(PlatformConversionContract, PagesAgreeInBothDirections) {
       {1252, "\x80\xE9\xFF", u"€éÿ"},
       {437, "\x81\xE1\xDB", u"üß█"},
   };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(testing::Message() << row.page << ' ' << row.bytes);
-    EXPECT_EQ(ToWide(row.page, row.bytes), FromUnits(row.wide));
-    EXPECT_EQ(FromWide(row.page, FromUnits(row.wide)), row.bytes);
+  for (const auto& [page, bytes, wide] : rows) {
+    SCOPED_TRACE(testing::Message() << page << ' ' << bytes);
+    EXPECT_EQ(ToWide(page, bytes), FromUnits(wide));
+    EXPECT_EQ(FromWide(page, FromUnits(wide)), bytes);
   }
 }
 

@@ -1,5 +1,6 @@
 // FileContractTest.cpp - opening files, and operations on open files.
 #include <cstring>
+#include <tuple>
 
 #include "tests/platform/Contract.h"
 
@@ -9,12 +10,8 @@ namespace {
 using PlatformFileContract = ContractTest;
 
 TEST_F(PlatformFileContract, DispositionsDecideByWhetherTheFileExists) {
-  const struct {
-    DWORD disposition;
-    bool exists;
-    DWORD error;
-    const char* contents;  // afterwards
-  } rows[] = {
+  // A disposition, whether the file exists, the error, and the contents afterwards.
+  const std::tuple<DWORD, bool, DWORD, const char*> rows[] = {
       {CREATE_NEW, false, ERROR_SUCCESS, ""},
       {CREATE_NEW, true, ERROR_FILE_EXISTS, "old"},
       {CREATE_ALWAYS, false, ERROR_SUCCESS, ""},
@@ -25,19 +22,19 @@ TEST_F(PlatformFileContract, DispositionsDecideByWhetherTheFileExists) {
       {OPEN_ALWAYS, true, ERROR_ALREADY_EXISTS, "old"},
       {TRUNCATE_EXISTING, true, ERROR_SUCCESS, ""},
   };
-  for (const auto& row : rows) {
+  for (const auto& [disposition, exists, error, contents] : rows) {
     for (const DWORD access : {DWORD{0}, DWORD{GENERIC_READ}, DWORD{GENERIC_WRITE}, kReadWrite}) {
-      SCOPED_TRACE(testing::Message() << "access " << access << ", disposition " << row.disposition
-                                      << ", exists " << row.exists);
+      SCOPED_TRACE(testing::Message() << "access " << access << ", disposition " << disposition
+                                      << ", exists " << exists);
       // Emptying takes the right to write; but CREATE_ALWAYS doesn't ask for it.
-      if (row.disposition == TRUNCATE_EXISTING && (access & GENERIC_WRITE) == 0) continue;
+      if (disposition == TRUNCATE_EXISTING && (access & GENERIC_WRITE) == 0) continue;
       folder.Delete("f");
-      if (row.exists) folder.Write("f", "old");
+      if (exists) folder.Write("f", "old");
       SetLastError(kNonsense);
-      const bool opens = Opens(folder.Path("f"), access, row.disposition);
-      EXPECT_EQ(GetLastError(), row.error);
-      EXPECT_EQ(opens, row.error == ERROR_SUCCESS || row.error == ERROR_ALREADY_EXISTS);
-      EXPECT_EQ(folder.Exists("f") ? folder.Read("f") : "none", row.contents);
+      const bool opens = Opens(folder.Path("f"), access, disposition);
+      EXPECT_EQ(GetLastError(), error);
+      EXPECT_EQ(opens, error == ERROR_SUCCESS || error == ERROR_ALREADY_EXISTS);
+      EXPECT_EQ(folder.Exists("f") ? folder.Read("f") : "none", contents);
     }
   }
 }
@@ -45,12 +42,7 @@ TEST_F(PlatformFileContract, DispositionsDecideByWhetherTheFileExists) {
 TEST_F(PlatformFileContract, OpeningRefusesWhatIsNoFileInReach) {
   folder.Write("f", "x");
   folder.MakeDirectory("d");
-  const struct {
-    std::string path;
-    DWORD access;
-    DWORD disposition;
-    DWORD error;
-  } rows[] = {
+  const std::tuple<std::string, DWORD, DWORD, DWORD> rows[] = {
       {folder.Path("none\\f"), GENERIC_WRITE, CREATE_ALWAYS, ERROR_PATH_NOT_FOUND},
       {folder.Path("d"), GENERIC_READ, OPEN_EXISTING, ERROR_ACCESS_DENIED},
       {folder.Path("d"), GENERIC_WRITE, CREATE_ALWAYS, ERROR_ACCESS_DENIED},
@@ -59,9 +51,9 @@ TEST_F(PlatformFileContract, OpeningRefusesWhatIsNoFileInReach) {
       {folder.Path("a<b"), GENERIC_WRITE, CREATE_ALWAYS, ERROR_INVALID_NAME},
       {folder.Path("f"), GENERIC_READ, 6, ERROR_INVALID_PARAMETER},
   };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.path);
-    EXPECT_FAILS_WITH(row.error, !Opens(row.path, row.access, row.disposition));
+  for (const auto& [path, access, disposition, error] : rows) {
+    SCOPED_TRACE(path);
+    EXPECT_FAILS_WITH(error, !Opens(path, access, disposition));
   }
 }
 
@@ -137,18 +129,11 @@ TEST_F(PlatformFileContract, HiddenAndSystemFilesAreReplacedOnlyByWhoNamesTheAtt
 
 TEST_F(PlatformFileContract, SharingHoldsInBothDirections) {
   folder.Write("f", "x");
-  struct Row {
-    DWORD firstAccess;
-    DWORD firstShare;
-    DWORD secondAccess;
-    DWORD secondShare;
-    bool agree;
-  };
   constexpr DWORD kRead = GENERIC_READ;
   constexpr DWORD kWrite = GENERIC_WRITE;
   constexpr DWORD kShareRead = FILE_SHARE_READ;
   constexpr DWORD kShareWrite = FILE_SHARE_WRITE;
-  const Row rows[] = {
+  const std::tuple<DWORD, DWORD, DWORD, DWORD, bool> rows[] = {
       {kRead, kShareRead, kRead, kShareRead, true},
       {kRead, 0, kRead, kShareAll, false},
       {kRead, kShareAll, kRead, 0, false},
@@ -161,14 +146,15 @@ TEST_F(PlatformFileContract, SharingHoldsInBothDirections) {
       {kWrite, kShareRead, kWrite, kShareAll, false},
       {kReadWrite, 0, 0, 0, true},
   };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(testing::Message() << "row " << &row - rows);
-    const OpenFile first(folder.Path("f"), row.firstAccess, row.firstShare, OPEN_EXISTING);
+  for (const auto& [firstAccess, firstShare, secondAccess, secondShare, agree] : rows) {
+    SCOPED_TRACE(testing::Message()
+                 << firstAccess << ' ' << firstShare << ' ' << secondAccess << ' ' << secondShare);
+    const OpenFile first(folder.Path("f"), firstAccess, firstShare, OPEN_EXISTING);
     ASSERT_TRUE(first.IsOpen());
     SetLastError(kNonsense);
-    const OpenFile second(folder.Path("f"), row.secondAccess, row.secondShare, OPEN_EXISTING);
-    EXPECT_EQ(second.IsOpen(), row.agree);
-    EXPECT_EQ(GetLastError(), row.agree ? ERROR_SUCCESS : ERROR_SHARING_VIOLATION);
+    const OpenFile second(folder.Path("f"), secondAccess, secondShare, OPEN_EXISTING);
+    EXPECT_EQ(second.IsOpen(), agree);
+    EXPECT_EQ(GetLastError(), agree ? ERROR_SUCCESS : ERROR_SHARING_VIOLATION);
   }
   const OpenFile after(folder.Path("f"), kReadWrite, 0, OPEN_EXISTING);
   EXPECT_TRUE(after.IsOpen()) << "closing gives everything back";

@@ -2,6 +2,8 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <tuple>
+
 #include "platform/win32/PosixAdmin.h"
 #include "tests/platform/Contract.h"
 #include "tests/support/CodePageScope.h"
@@ -35,22 +37,18 @@ TEST_F(PlatformHostName, ComesAndGoesInBothCodePages) {
 }
 
 TEST_F(PlatformHostName, WhatCannotBeSaidIsListedButNamesNothing) {
-  const struct {
-    UINT page;
-    const char* host;
-    const char* listed;
-  } rows[] = {
+  const std::tuple<UINT, const char*, const char*> rows[] = {
       {932, "a😀b", "a?b"},      {932, "ไทย.txt", "???.txt"},        {932, "a\xFF\xFE", "a??"},
       {932, "a\\b", "a?b"},     {932, "tab\there", "tab?here"},     {932, "<a>|\"*:", "?a?????"},
       {CP_UTF8, "a\xFF", "a?"}, {CP_UTF8, "new\nline", "new?line"},
   };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.listed);
-    const CodePageScope page(row.page);
-    host.WriteFile(row.host, "x");
-    EXPECT_EQ(List(), Names{row.listed});
-    EXPECT_FAILS_WITH(ERROR_INVALID_NAME, !Opens(row.listed));
-    EXPECT_EQ(::unlink(host.Path(row.host).c_str()), 0);
+  for (const auto& [codePage, name, listed] : rows) {
+    SCOPED_TRACE(listed);
+    const CodePageScope page(codePage);
+    host.WriteFile(name, "x");
+    EXPECT_EQ(List(), Names{listed});
+    EXPECT_FAILS_WITH(ERROR_INVALID_NAME, !Opens(listed));
+    EXPECT_EQ(::unlink(host.Path(name).c_str()), 0);
   }
   for (const char* name : {"a\x81", "a\x85\x40", "a\xFC\xFC"}) EXPECT_FALSE(Make(name));
   const CodePageScope utf8(CP_UTF8);

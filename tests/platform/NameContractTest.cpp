@@ -1,4 +1,6 @@
 // NameContractTest.cpp - creating, moving, removing and describing files and directories by name.
+#include <utility>
+
 #include "tests/platform/Contract.h"
 
 namespace kozor::test {
@@ -8,25 +10,22 @@ using PlatformNameContract = ContractTest;
 
 TEST_F(PlatformNameContract, EveryCallTellsWhatIsMissing) {
   folder.Write("f", "x");
-  const struct {
-    const char* name;
-    DWORD error;
-  } rows[] = {{"none", ERROR_FILE_NOT_FOUND},
-              {"none\\x", ERROR_PATH_NOT_FOUND},
-              {"f\\x", ERROR_PATH_NOT_FOUND},
-              {"f?", ERROR_INVALID_NAME},
-              {"*.txt", ERROR_INVALID_NAME}};
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.name);
+  const std::pair<const char*, DWORD> rows[] = {{"none", ERROR_FILE_NOT_FOUND},
+                                                {"none\\x", ERROR_PATH_NOT_FOUND},
+                                                {"f\\x", ERROR_PATH_NOT_FOUND},
+                                                {"f?", ERROR_INVALID_NAME},
+                                                {"*.txt", ERROR_INVALID_NAME}};
+  for (const auto& [name, error] : rows) {
+    SCOPED_TRACE(name);
     WIN32_FILE_ATTRIBUTE_DATA data;
-    EXPECT_FAILS_WITH(row.error, !Opens(folder.Path(row.name)));
-    EXPECT_FAILS_WITH(row.error, !folder.Exists(row.name));
-    EXPECT_FAILS_WITH(row.error, !GetFileAttributesExA(folder.Path(row.name).c_str(),
-                                                       GetFileExInfoStandard, &data));
-    EXPECT_FAILS_WITH(row.error, !folder.SetAttributes(row.name, FILE_ATTRIBUTE_ARCHIVE));
-    EXPECT_FAILS_WITH(row.error, !folder.Delete(row.name));
-    EXPECT_FAILS_WITH(row.error, !folder.DropDirectory(row.name));
-    EXPECT_FAILS_WITH(row.error, !folder.Move(row.name, "g"));
+    EXPECT_FAILS_WITH(error, !Opens(folder.Path(name)));
+    EXPECT_FAILS_WITH(error, !folder.Exists(name));
+    EXPECT_FAILS_WITH(
+        error, !GetFileAttributesExA(folder.Path(name).c_str(), GetFileExInfoStandard, &data));
+    EXPECT_FAILS_WITH(error, !folder.SetAttributes(name, FILE_ATTRIBUTE_ARCHIVE));
+    EXPECT_FAILS_WITH(error, !folder.Delete(name));
+    EXPECT_FAILS_WITH(error, !folder.DropDirectory(name));
+    EXPECT_FAILS_WITH(error, !folder.Move(name, "g"));
   }
   EXPECT_FAILS_WITH(ERROR_PATH_NOT_FOUND, !Opens(""));
   EXPECT_FAILS_WITH(ERROR_PATH_NOT_FOUND, !CreateDirectoryA("", nullptr));
@@ -36,16 +35,13 @@ TEST_F(PlatformNameContract, DirectoriesAreMadeOneLevelAtATimeAndRemovedEmpty) {
   folder.Write("f", "x");
   EXPECT_TRUE(folder.MakeDirectory("d"));
   EXPECT_TRUE(folder.MakeDirectory("d\\e\\"));
-  const struct {
-    const char* name;
-    DWORD error;
-  } rows[] = {
+  const std::pair<const char*, DWORD> rows[] = {
       {"D\\e", ERROR_ALREADY_EXISTS}, {"f", ERROR_ALREADY_EXISTS}, {"a\\b", ERROR_PATH_NOT_FOUND},
       {"f\\b", ERROR_PATH_NOT_FOUND}, {"a|b", ERROR_INVALID_NAME},
   };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.name);
-    EXPECT_FAILS_WITH(row.error, !folder.MakeDirectory(row.name));
+  for (const auto& [name, error] : rows) {
+    SCOPED_TRACE(name);
+    EXPECT_FAILS_WITH(error, !folder.MakeDirectory(name));
   }
   EXPECT_FAILS_WITH(ERROR_DIR_NOT_EMPTY, !folder.DropDirectory("d"));
   EXPECT_FAILS_WITH(ERROR_DIRECTORY, !folder.DropDirectory("f"));

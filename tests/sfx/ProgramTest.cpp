@@ -1,5 +1,6 @@
 // ProgramTest.cpp - what a self-extracting program does and refuses to do.
 #include <tuple>
+#include <utility>
 
 #include "tests/sfx/SfxFixture.h"
 #include "tests/support/CodePageScope.h"
@@ -71,22 +72,21 @@ TEST_F(SfxProgram, OverwritesOnlyWhenToldTo) {
 }
 
 TEST_F(SfxProgram, RefusesNamesThatLeadOut) {
-  const struct {
-    const char* name;
-    const char* withRooted;  // its place with -r; empty if that is refused too
-  } rows[] = {{"..\\x", ""},      {"sub\\..\\..\\x", ""}, {"C:x", ""},
-              {"C:\\tmp\\x", ""}, {"\\x", "x"},           {"/tmp/x", "tmp/x"}};
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.name);
-    MakeProgram("a.run", RawArchive({{.level = 0, .name = row.name}, {.name = "good"}}));
+  // Names, and their places with -r; empty if that is refused too.
+  const std::pair<const char*, const char*> rows[] = {{"..\\x", ""}, {"sub\\..\\..\\x", ""},
+                                                      {"C:x", ""},   {"C:\\tmp\\x", ""},
+                                                      {"\\x", "x"},  {"/tmp/x", "tmp/x"}};
+  for (const auto& [name, withRooted] : rows) {
+    SCOPED_TRACE(name);
+    MakeProgram("a.run", RawArchive({{.level = 0, .name = name}, {.name = "good"}}));
     const std::vector<std::string> before = folder.List();
     const CommandResult result = Run("a.run");
     EXPECT_EQ(result.status, 1);
     EXPECT_THAT(result.output, HasSubstr("not extracted: the name "));
     EXPECT_THAT(folder.List("out"), ElementsAre("good"));
     EXPECT_EQ(folder.List().size(), before.size() + 1);
-    EXPECT_EQ(Run("a.run", "$RUN -o -r").status, *row.withRooted != '\0' ? 0 : 1);
-    EXPECT_TRUE(folder.Exists(std::string("out/") + row.withRooted));
+    EXPECT_EQ(Run("a.run", "$RUN -o -r").status, *withRooted != '\0' ? 0 : 1);
+    EXPECT_TRUE(folder.Exists(std::string("out/") + withRooted));
     fs::remove_all(folder.Path("out"));
     fs::create_directories(folder.Path("out"));
   }
