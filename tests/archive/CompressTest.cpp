@@ -137,7 +137,11 @@ TEST_F(ArchiveCompress, ConvertsSilentlyIntoTheArchivesFolder) {
 TEST_F(ArchiveCompress, HandsADirectoryOverWithoutLookingAtIt) {
   for (const char* directory : {"C:\\none", "C:\\none\\"}) {
     EXPECT_EQ(ErrorOf(archive.CompressDir(directory, path.c_str(), 0)), ZorErrorNone);
-    EXPECT_THAT(TakeLines(), ElementsAre(" -w0 -d1 \"#\\a.lzh\" \"C:\\none\\\""));
+    EXPECT_THAT(TakeCalls(),
+                ElementsAre("GetRunning", "SetOwnerWindowEx", "SetCursorMode 0",
+                            "OnAbort 0 0 0/0 0/0 '#\\a.lzh' -",
+                            "Unlha: a" + kOptions + " -w0 -d1 \"#\\a.lzh\" \"C:\\none\\\"",
+                            "OnAbort 0 4 0/0 0/0 '#\\a.lzh' -", "KillOwnerWindowEx"));
     EXPECT_FALSE(folder.Exists("a.lzh"));
   }
   archive.SetBackgroundMode(0);

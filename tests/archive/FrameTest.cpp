@@ -10,8 +10,6 @@
 namespace kozor::test {
 namespace {
 
-using testing::ElementsAreArray;
-
 // An archive of one member, a source of one file, and the operations on them by name.
 class OperationTest : public ArchiveRecorded {
  protected:
@@ -60,17 +58,6 @@ INSTANTIATE_TEST_SUITE_P(, ArchiveFrame,
                          testing::Values("Compress", "CompressMem", "CompressDir", "Extract",
                                          "ExtractMem", "Delete"),
                          [](const auto& instance) { return std::string(instance.param); });
-
-TEST_P(ArchiveFrame, OpensAndClosesInTheOrderOfItsFamily) {
-  EXPECT_EQ(Run(), ZorErrorNone);
-  const std::vector<std::string> calls = TakeCalls();
-  const std::vector<std::string> opening =
-      Compresses() ? std::vector<std::string>{"GetRunning", "SetOwnerWindowEx", "SetCursorMode 0"}
-                   : std::vector<std::string>{"GetRunning", "SetCursorMode 0", "SetOwnerWindowEx"};
-  EXPECT_THAT(std::vector(calls.begin(), calls.begin() + 3), ElementsAreArray(opening));
-  EXPECT_EQ(calls.back(), "KillOwnerWindowEx");
-  EXPECT_EQ(calls[calls.size() - 2].substr(0, 11), Compresses() ? "OnAbort 0 4" : "OnAbort 1 4");
-}
 
 TEST_P(ArchiveFrame, EndsWithBusyAndWithoutAnyReportWhenTheArchiverIsAtWork) {
   recording.busy = true;

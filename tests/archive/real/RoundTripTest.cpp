@@ -1,5 +1,5 @@
-// RoundTripTest.cpp - packs and extracts trees, in both code pages, and stops the operation at
-// every report.
+// RoundTripTest.cpp - packs and extracts trees and single members, in both code pages, and stops
+// the operation at every report.
 #include "real/RealArchive.h"
 #include "tests/support/CodePageScope.h"
 
@@ -68,6 +68,32 @@ TEST_F(ArchiveReal, DirectoriesThatDifferInCaseAloneStayApart) {
   EXPECT_EQ(archive.Extract(path.c_str(), Lib("out").c_str(), nullptr), 1) << archive.GetError();
   EXPECT_EQ(CompareTrees(folder.Path("src"), folder.Path("OUT")), "");
   EXPECT_FALSE(std::filesystem::exists(folder.Path("out")));
+}
+
+TEST_F(ArchiveReal, MembersAreStoredFoundAndDeletedByOddNames) {
+  const char* const names[] = {"-x", "@y", "a b.txt", "dir\\\x83\x5C.txt", "\x95\x5C\\z", "keep"};
+  constexpr unsigned long kBytes = 100'000;
+  const Bytes text = TextBytes(kBytes);
+  for (const char* name : names) {
+    ASSERT_EQ(archive.CompressMem(path.c_str(), name, text.data(), kBytes, 1), 1) << name;
+  }
+  EXPECT_THAT(Members(), testing::ElementsAreArray(names));
+  for (const char* name : names) {
+    Bytes loaded(kBytes);
+    unsigned long size = 0;
+    EXPECT_EQ(archive.GetFileInfo(path.c_str(), name, &size, nullptr, nullptr), 1) << name;
+    EXPECT_EQ(size, kBytes);
+    EXPECT_EQ(archive.ExtractMem(path.c_str(), name, loaded.data(), size), 1) << name;
+    EXPECT_TRUE(loaded == text);
+    EXPECT_EQ(archive.ExtractMem(path.c_str(), name, loaded.data(), size - 1), 0);
+    EXPECT_EQ(archive.GetError(), ZorErrorOutOfMemory);
+  }
+  EXPECT_EQ(archive.Delete(Selection("", {"-x", "@y"}), path.c_str()), 1) << archive.GetError();
+  EXPECT_EQ(archive.Delete(Selection("", {"a b.txt"}), path.c_str()), 1) << archive.GetError();
+  EXPECT_EQ(archive.Delete(Selection("", {"dir\\\x83\x5C.txt", "\x95\x5C\\"}), path.c_str()), 1)
+      << archive.GetError();
+  EXPECT_THAT(Members(), ElementsAre("keep"));
+  ExpectNoLeftovers();
 }
 
 // An archive in the base directory receives everything but itself.
