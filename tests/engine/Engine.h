@@ -1,6 +1,9 @@
 // Engine.h - the archiver module as other programs load it.
 #pragma once
 
+#include <stdexcept>
+#include <string>
+
 #include "engine/api/Unlha32.h"
 
 namespace kozor::test {
@@ -14,13 +17,17 @@ class Engine {
       return reinterpret_cast<Function*>(reinterpret_cast<void (*)()>(address));
     }
   };
-  Entry Find(const char* name) const;
+  Entry Find(const char* name) const {
+    const FARPROC address = module != nullptr ? GetProcAddress(module, name) : nullptr;
+    if (address == nullptr) throw std::runtime_error(std::string("no UNLHA32.DLL with ") + name);
+    return {address};
+  }
 
-  const HMODULE module;
+  const HMODULE module = LoadLibraryA("UNLHA32.DLL");
 
  public:
-  Engine();
-  ~Engine();
+  Engine() = default;
+  ~Engine() { FreeLibrary(module); }
   Engine(const Engine&) = delete;
   Engine& operator=(const Engine&) = delete;
 

@@ -15,93 +15,12 @@ class InMemory : public ::testing::Environment {
 [[maybe_unused]] const auto* const kInMemory =
     ::testing::AddGlobalTestEnvironment(new InMemory);  // owned by the framework
 
-const unsigned char* Data(const std::string& text) {
-  return reinterpret_cast<const unsigned char*>(text.data());
-}
-
-std::string BareName(const char* path) {
-  if (path == nullptr) return "-";
-  const std::string text(path);
-  return text.substr(text.rfind('\\') + 1);
-}
-
 }  // namespace
 
 std::ostream& operator<<(std::ostream& out, const Report& r) {
   return out << "{" << r.phase << ", " << r.volumeResult << ", " << r.filesDone << ", "
              << r.bytesDone << ", " << r.bytesTotal << ", " << r.volume << ", \"" << r.fileName
              << "\"}";
-}
-
-void ScriptedVolumes::SetIdentity(const std::string& id, const std::string& label,
-                                  const std::string& text) {
-  SetAppricationID(Data(id), static_cast<int>(id.size()));
-  SetVolume(Data(label), static_cast<int>(label.size()));
-  SetMemo(Data(text), static_cast<int>(text.size()));
-}
-
-int ScriptedVolumes::OnAbort(const ONABORTPARAM& p) {
-  reports.push_back({p.phase, p.volumeResult, p.filesDone, p.bytesDone, p.bytesTotal, p.volume,
-                     BareName(p.fileName)});
-  if (abort) return abort(p);
-  return p.phase == PhaseVolume && p.volumeResult != VolumeFirstAsk ? 1 : 0;
-}
-
-int ScriptedVolumes::OnCheckVolume(int kind, const unsigned char* data, int length) {
-  identity.push_back(data == nullptr ? "null"
-                                     : std::string(reinterpret_cast<const char*>(data),
-                                                   static_cast<std::size_t>(length)));
-  return checkVolume ? checkVolume(kind, data, length) : 1;
-}
-
-VolumeTest::VolumeTest() {
-  volumes.nameVolume = [this](int number) {
-    return CString(folder.Lib(VolumeName(number)).c_str());
-  };
-}
-
-ZorError VolumeTest::Backup(unsigned long volumeBytes, const std::string& mask) {
-  volumes.space = [volumeBytes](const char*) { return volumeBytes; };
-  return BackupToMedia(mask);
-}
-
-ZorError VolumeTest::BackupToMedia(const std::string& mask) {
-  volumes.reports.clear();
-  ZorFind find;
-  find.SetCurrentDirectoryA(folder.Lib("source").c_str());
-  find.AddTail(mask.c_str());
-  return ErrorOf(volumes.Backup(find, nullptr));
-}
-
-ZorError VolumeTest::Restore(const char* destination) {
-  volumes.reports.clear();
-  volumes.identity.clear();
-  return ErrorOf(volumes.Restore(nullptr, destination));
-}
-
-ZorError VolumeTest::ErrorOf(int result) const {
-  EXPECT_EQ(result, volumes.GetError() == ZorErrorNone ? 1 : 0);
-  if (!volumes.reports.empty()) {
-    EXPECT_EQ(volumes.reports.back().phase, ZorMultiVolume::PhaseEnd);
-  }
-  return volumes.GetError();
-}
-
-void VolumeTest::StartAnew() {
-  std::filesystem::remove_all(folder.Path("set"));
-  std::filesystem::remove_all(folder.Path("target"));
-}
-
-std::vector<Bytes> VolumeTest::ReadVolumes() const {
-  std::vector<Bytes> set;
-  for (int number = 1; folder.Exists(VolumeName(number)); ++number) {
-    set.push_back(folder.ReadFile(VolumeName(number)));
-  }
-  return set;
-}
-
-std::string VolumeTest::Differences() const {
-  return CompareTrees(folder.Path("source"), folder.Path("target"));
 }
 
 void AppendNumber(Bytes& bytes, std::uint32_t value, int width) {
