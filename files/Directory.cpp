@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <cstring>
 #include <limits>
+#include <utility>
 #include <vector>
 
 #include "ZorFileServices.h"
@@ -72,19 +73,30 @@ bool RemoveContents(const char* path) {
   return true;
 }
 
-// As ZorCreateDirectory.  Levels longer than `exactFrom` are made even if one that differs in case
-// is there, where the host can have both.
-bool MakeDirectories(const char* path, bool hasFileName, CString* firstCreated, int exactFrom) {
+struct Making {
+  // Levels longer than this are made even if one that differs in case is there, where the host can
+  // have both.
+  int exactFrom = std::numeric_limits<int>::max();
+  // Levels that lead to this directory, which has a trailing backslash, are known to exist.
+  const char* known = "";
+};
+
+// As ZorCreateDirectory.
+bool MakeDirectories(const char* path, bool hasFileName, CString* firstCreated,
+                     const Making& making = {}) {
   const char* fileName;
   const char* directory = RootedDirectory(path, &fileName);
   if (directory == nullptr) return false;
   if (firstCreated != nullptr) firstCreated->Empty();
   const std::vector<int> levels =
       ZorDirectoryLevels(path, directory, hasFileName ? fileName : nullptr);
-  const auto exact = std::upper_bound(levels.begin(), levels.end(), exactFrom);
-  const bool exist = exact == levels.begin() || AllLevelsExist(path, *(exact - 1));
+  const auto unknown = std::find_if(levels.begin(), levels.end(), [&](int length) {
+    return std::strncmp(path, making.known, static_cast<std::size_t>(length) + 1) != 0;
+  });
+  const auto exact = std::upper_bound(unknown, levels.end(), making.exactFrom);
+  const bool exist = exact == unknown || AllLevelsExist(path, *(exact - 1));
 
-  for (auto length = exist ? exact : levels.begin(); length != levels.end(); ++length) {
+  for (auto length = exist ? exact : unknown; length != levels.end(); ++length) {
     const CString level(path, *length);
     if (length < exact && IsDirectory(level)) continue;
     if (CreateDirectoryA(level, nullptr)) {
@@ -99,7 +111,7 @@ bool MakeDirectories(const char* path, bool hasFileName, CString* firstCreated, 
 }  // namespace
 
 int ZorCreateDirectory(const char* path, int hasFileName, CString* firstCreated) {
-  return MakeDirectories(path, hasFileName != 0, firstCreated, std::numeric_limits<int>::max());
+  return MakeDirectories(path, hasFileName != 0, firstCreated);
 }
 
 // If `path` itself is a link, the link is removed and its target left alone.  With `contentsOnly`
@@ -116,15 +128,20 @@ bool ZorParentDirectory::Make(const char* path) {
   const char* fileName = ZorGetFileName(path);
   const bool isLast = fileName != nullptr && !last.IsEmpty() &&
                       last == CString(path, static_cast<int>(fileName - path));
-  return isLast || MakeAnew(path);
+  return isLast || MakeBelow(path, std::exchange(last, CString())) || MakeAnew(path);
 }
 
 bool ZorParentDirectory::MakeAnew(const char* path) {
   last.Empty();
+  return MakeBelow(path, "");
+}
+
+bool ZorParentDirectory::MakeBelow(const char* path, const char* known) {
+  Making making{.known = known};
   const bool isBelow =
       !base.IsEmpty() && std::strncmp(path, base, static_cast<std::size_t>(base.GetLength())) == 0;
-  const int exactFrom = isBelow ? base.GetLength() : std::numeric_limits<int>::max();
-  if (!MakeDirectories(path, true, nullptr, exactFrom)) return false;
+  if (isBelow) making.exactFrom = base.GetLength();
+  if (!MakeDirectories(path, true, nullptr, making)) return false;
   const char* fileName = ZorGetFileName(path);
   if (fileName != nullptr) last = CString(path, static_cast<int>(fileName - path));
   return true;

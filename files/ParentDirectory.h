@@ -3,9 +3,9 @@
 
 #include "platform/classlib/CString.h"
 
-// Consecutive files mostly share a directory, so the last one is remembered and another file in it
-// costs no look-up.  Another process may have removed it meanwhile: a caller that can't open its
-// file calls MakeAnew and tries once more.
+// Consecutive files mostly share a directory or those above it, so the last one is remembered:
+// another file in it costs no look-up, and its levels aren't looked up again.  Another process may
+// have removed it meanwhile: a caller that can't open its file calls MakeAnew and tries once more.
 //
 // Where the host can have two directories that differ in case alone, those below the base are made
 // exactly as they are spelt: files of two such directories must not come to one.
@@ -20,6 +20,9 @@ class ZorParentDirectory {
   bool MakeAnew(const char* path);
 
  private:
+  // The levels of the directory `known` aren't looked up.
+  bool MakeBelow(const char* path, const char* known);
+
   const CString& base;
   CString last;  // with its trailing backslash; empty before the first
 };
