@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <utility>
 
 #include "engine/codec/Codec.h"
 #include "tests/codec/BitComposer.h"
@@ -45,18 +46,14 @@ void ExpectLikeSlowDecoder(Method method, const Bytes& packed, std::size_t size)
   ASSERT_TRUE(outcome.bytes == slow.bytes);
 }
 
-struct BrokenBlock {
-  const char* name;
-  const char* bits;  // of lh5, up to the fault
-};
-
 // A valid beginning for later faults: one item, and a tree code with 2 as 0 and 3 as 1.
 #define ONE_ITEM "0000000000000001 "
 #define TREE_CODE "00100 000 000 001 00 001 "
 #define ONLY_A "00000 00000 000000000 001000001 "
 #define ONLY_MATCH "00000 00000 000000000 100000000 "
 
-constexpr BrokenBlock kBrokenBlocks[] = {
+// What is wrong, and the bits of lh5 up to that.
+constexpr std::pair<const char*, const char*> kBrokenBlocks[] = {
     {"no items", "0000000000000000 " ONLY_A "0000 0000"},
     {"tree code: too many lengths", ONE_ITEM "10100"},
     {"tree code: single symbol out of range", ONE_ITEM "00000 10011"},
@@ -79,10 +76,10 @@ constexpr BrokenBlock kBrokenBlocks[] = {
 };
 
 TEST(CodecDamagedData, IsRefusedForEachBrokenRule) {
-  for (const BrokenBlock& block : kBrokenBlocks) {
-    SCOPED_TRACE(block.name);
+  for (const auto& [name, bits] : kBrokenBlocks) {
+    SCOPED_TRACE(name);
     BitComposer stream;
-    stream.Picture(block.bits).Number(0, 64);
+    stream.Picture(bits).Number(0, 64);
     EXPECT_EQ(DecodeGuarded(Method::Lh5, stream.Bytes(), 1).status, Status::Damaged);
     EXPECT_EQ(SlowDecode(Method::Lh5, stream.Bytes(), 1).status, Status::Damaged);
   }

@@ -1,9 +1,11 @@
-// DecodeTest.cpp - decoding valid packed data.
+// DecodeTest.cpp - decoding valid packed data; and the checksum.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <string>
+#include <string_view>
+#include <tuple>
 
 #include "engine/codec/Codec.h"
 #include "tests/codec/BitComposer.h"
@@ -29,13 +31,8 @@ TEST(CodecDecode, UnpacksTheWorkedExampleAlsoWithoutItsLastZeroByte) {
   EXPECT_EQ(DecodeText(Method::Lh5, packed, 15), "abcabcabcabcabc");
 }
 
-struct HandMadeBlock {
-  const char* name;
-  const char* bits;  // of lh5: number of items, tree code, item code, distance code, items
-  std::string text;
-};
-
-const HandMadeBlock kHandMadeBlocks[] = {
+// A name, and of lh5: number of items, tree code, item code, distance code, items; and the text.
+const std::tuple<const char*, const char*, std::string> kHandMadeBlocks[] = {
     {"a single literal takes no bits",
      "0000000000000101  00000 00000  000000000 001000001  0000 0000", "AAAAA"},
     {"a match may begin before the data, where spaces are",
@@ -51,10 +48,10 @@ const HandMadeBlock kHandMadeBlocks[] = {
 };
 
 TEST(CodecDecode, UnpacksBlocksOfUnusualShape) {
-  for (const HandMadeBlock& block : kHandMadeBlocks) {
-    SCOPED_TRACE(block.name);
-    const Bytes packed = BitComposer().Picture(block.bits).Bytes();
-    EXPECT_EQ(DecodeText(Method::Lh5, packed, block.text.size()), block.text);
+  for (const auto& [name, bits, text] : kHandMadeBlocks) {
+    SCOPED_TRACE(name);
+    const Bytes packed = BitComposer().Picture(bits).Bytes();
+    EXPECT_EQ(DecodeText(Method::Lh5, packed, text.size()), text);
   }
 }
 
@@ -100,6 +97,19 @@ TEST(CodecDecode, YieldsNoMoreThanIsPossible) {
   EXPECT_GE(MostUnpackedBytes(Method::Lh5, blocks.Bytes().size()), 20 * kBlockYield);
   EXPECT_LE(MostUnpackedBytes(Method::Lh0, 1000), 1005U);
   EXPECT_LT(MostUnpackedBytes(Method::Lh1, 1000), 60000U);
+}
+
+TEST(CodecCrc16, IsTheSameAtOnceAndInPieces) {
+  const std::string_view digits = "123456789";
+  EXPECT_EQ(Crc16(Bytes(digits.begin(), digits.end())), 0xBB3D);
+  const Bytes data = RandomData(400);
+  std::uint16_t expected = 0;
+  for (std::size_t size = 0; size < data.size(); ++size) {
+    const auto part = std::span(data).first(size);
+    EXPECT_EQ(Crc16(part), expected) << size;
+    EXPECT_EQ(Crc16(part.subspan(size / 3), Crc16(part.first(size / 3))), expected) << size;
+    expected = Crc16(std::span(data).subspan(size, 1), expected);
+  }
 }
 
 TEST(CodecDecode, CopiesStoredData) {

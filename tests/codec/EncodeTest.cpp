@@ -6,7 +6,6 @@
 #include <stdexcept>
 #include <string>
 
-#include "engine/codec/BitWriter.h"
 #include "engine/codec/Codec.h"
 #include "tests/codec/SampleData.h"
 #include "tests/codec/SlowDecoder.h"
@@ -64,25 +63,6 @@ TEST_P(CodecEncoding, EndsWithABlockThatTakesBits) {
   }
 }
 
-TEST_P(CodecEncoding, DependsOnNeitherPiecesNorMembersBefore) {
-  const Bytes data = MixedData(kSegmentBytes + 50000);
-  const Bytes expected = Encode(method, data, level);
-  Encoder encoder(method, level);
-  Bytes packed;
-  encoder.Append(RandomData(kSegmentBytes + 70000), packed);
-  encoder.Finish(packed);  // the encoder then serves the next member
-  for (const std::size_t pieceSize : {std::size_t{777}, kSegmentBytes, data.size()}) {
-    packed.clear();
-    for (std::span<const std::uint8_t> left = data; !left.empty();) {
-      const auto piece = left.first(std::min(pieceSize, left.size()));
-      encoder.Append(piece, packed);
-      left = left.subspan(piece.size());
-    }
-    encoder.Finish(packed);
-    EXPECT_TRUE(packed == expected) << pieceSize;
-  }
-}
-
 std::string NameOf(const testing::TestParamInfo<MethodAndLevel>& info) {
   constexpr const char* kMethods[] = {"lh1", "", "", "lh4", "lh5", "lh6", "lh7"};
   const auto method = static_cast<int>(std::get<0>(info.param)) - static_cast<int>(Method::Lh1);
@@ -109,30 +89,6 @@ TEST(CodecEncode, PacksAsWellAsTheMethodsCan) {
     const std::size_t packed = Encode(Method::Lh5, text, level).size();
     EXPECT_LT(packed, before) << level;
     before = packed;
-  }
-}
-
-// Segments packed by separate encoders and joined at bit level equal the output of one encoder.
-TEST(CodecEncode, JoinsSegmentsToOneStream) {
-  const Bytes data = MixedData(2 * kSegmentBytes + 12345);
-  for (const Method method : {Method::Lh5, Method::Lh7}) {
-    for (const int level : {kDefaultLevel, 7}) {
-      BitWriter joined;
-      for (std::size_t begin = 0; begin < data.size(); begin += kSegmentBytes) {
-        const std::size_t end = std::min(data.size(), begin + kSegmentBytes);
-        const std::size_t history = std::min(begin, HistoryBytes(method));
-        const auto place = end == data.size() ? SegmentPlace::Last : SegmentPlace::Inside;
-        BitWriter bits;
-        SegmentEncoder(method, level)
-            .Encode(std::span(data).subspan(begin - history, history + end - begin), history, place,
-                    bits);
-        joined.Append(bits);
-      }
-      Bytes packed;
-      joined.Pad();
-      joined.MoveTo(packed);
-      EXPECT_TRUE(packed == Encode(method, data, level)) << level;
-    }
   }
 }
 

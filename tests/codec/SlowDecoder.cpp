@@ -8,10 +8,6 @@
 
 namespace kozor::codec {
 
-void Require(bool good) {
-  if (!good) throw SlowFailure{Status::Damaged};
-}
-
 unsigned SlowStream::Number(unsigned bits) {
   if (isComposing) return Number(bits, Below(std::size_t{1} << bits));
   unsigned value = 0;
@@ -107,26 +103,11 @@ SlowResult SlowTwin::Run() {
   return result;
 }
 
-void SlowTwin::Put(std::size_t byte) {
-  if (!IsFull()) bytes.push_back(static_cast<std::uint8_t>(byte));
-}
-
-void SlowTwin::Copy(std::size_t distance, std::size_t length) {
-  Rule(distance <= bytes.size(), "matches begin within the data");
-  Rule(length <= limit - bytes.size(), "matches end within the data");
-  while (length-- != 0) Put(distance > bytes.size() ? 0x20U : bytes[bytes.size() - distance]);
-}
-
-void SlowTwin::Rule(bool isKept, const char* text) {
-  if (!isKept) brokenRules.emplace_back(text);
-}
-
 namespace {
 
 SlowResult Run(Method method, SlowStream& stream, std::size_t size) {
-  auto make = MakeSlowBlocks;
-  if (method >= Method::Lh1 && method <= Method::Lh3) make = MakeSlowClassic;
-  if (method == Method::Lzs || method == Method::Lz5) make = MakeSlowRing;
+  auto make = MakeSlowClassic;
+  if (method >= Method::Lh4 && method <= Method::Lk7) make = MakeSlowBlocks;
   if (method == Method::Pm1 || method == Method::Pm2) make = MakeSlowPm;
   return make(method, stream, size)->Run();
 }

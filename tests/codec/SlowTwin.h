@@ -23,7 +23,10 @@ struct SlowFailure {
   Status status;
 };
 
-void Require(bool good);  // if not good, the data is damaged
+// If not good, the data is damaged.
+inline void Require(bool good) {
+  if (!good) throw SlowFailure{Status::Damaged};
+}
 
 class SlowStream {
  public:
@@ -86,9 +89,17 @@ class SlowTwin {
   virtual void End() {}     // checks the rules for writers
 
   bool IsFull() const { return bytes.size() == limit; }
-  void Put(std::size_t byte);
-  void Copy(std::size_t distance, std::size_t length);
-  void Rule(bool isKept, const char* text);
+  void Put(std::size_t byte) {
+    if (!IsFull()) bytes.push_back(static_cast<std::uint8_t>(byte));
+  }
+  void Copy(std::size_t distance, std::size_t length) {
+    Rule(distance <= bytes.size(), "matches begin within the data");
+    Rule(length <= limit - bytes.size(), "matches end within the data");
+    while (length-- != 0) Put(distance > bytes.size() ? 0x20U : bytes[bytes.size() - distance]);
+  }
+  void Rule(bool isKept, const char* text) {
+    if (!isKept) brokenRules.emplace_back(text);
+  }
 
   SlowStream& in;
   const std::size_t limit;
@@ -98,11 +109,10 @@ class SlowTwin {
   std::vector<std::string> brokenRules;
 };
 
-// Of Lh4 to Lh7, Lhx and Lk7; of Lh1 to Lh3; of Lzs and Lz5; of Pm1 and Pm2.
+// Of Lh4 to Lh7, Lhx and Lk7; of Pm1 and Pm2; of the others.
 using SlowTwinPointer = std::unique_ptr<SlowTwin>;
 SlowTwinPointer MakeSlowBlocks(Method method, SlowStream& stream, std::size_t size);
 SlowTwinPointer MakeSlowClassic(Method method, SlowStream& stream, std::size_t size);
-SlowTwinPointer MakeSlowRing(Method method, SlowStream& stream, std::size_t size);
 SlowTwinPointer MakeSlowPm(Method method, SlowStream& stream, std::size_t size);
 
 }  // namespace kozor::codec
