@@ -13,17 +13,11 @@ namespace kozor::test {
 
 namespace fs = std::filesystem;
 
-Bytes ToBytes(std::string_view text) {
-  return {text.begin(), text.end()};
-}
-
 Bytes Join(std::initializer_list<Bytes> pieces) {
   Bytes all;
   for (const Bytes& piece : pieces) all.insert(all.end(), piece.begin(), piece.end());
   return all;
 }
-
-TestFolder::TestFolder() : root(MakeTestDirectory()) {}
 
 TestFolder::~TestFolder() {
   std::error_code ignored;
@@ -35,10 +29,6 @@ fs::path TestFolder::Path(std::string_view name) const {
   return name.empty() ? root : root / fs::path(std::u8string(name.begin(), name.end()));
 }
 
-std::string TestFolder::Lib(std::string_view name) const {
-  return LibraryPathOf(Path(name));
-}
-
 void TestFolder::WriteFile(std::string_view name, std::span<const std::uint8_t> bytes) const {
   const fs::path path = Path(name);
   fs::create_directories(path.parent_path());
@@ -48,33 +38,12 @@ void TestFolder::WriteFile(std::string_view name, std::span<const std::uint8_t> 
   if (!out.flush()) throw std::runtime_error("can't write " + path.string());
 }
 
-void TestFolder::WriteFile(std::string_view name, std::string_view text) const {
-  WriteFile(name, ToBytes(text));
-}
-
 Bytes TestFolder::ReadFile(std::string_view name) const {
   std::ifstream in(Path(name), std::ios::binary);
   if (!in) throw std::runtime_error("can't read " + Path(name).string());
   Bytes bytes(static_cast<std::size_t>(fs::file_size(Path(name))));
   in.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
   return bytes;
-}
-
-std::string TestFolder::ReadText(std::string_view name) const {
-  const Bytes bytes = ReadFile(name);
-  return {bytes.begin(), bytes.end()};
-}
-
-bool TestFolder::Exists(std::string_view name) const {
-  return fs::symlink_status(Path(name)).type() != fs::file_type::not_found;
-}
-
-void TestFolder::SetTime(std::string_view name, std::int64_t seconds) const {
-  SetTimeOf(Path(name), seconds);
-}
-
-std::int64_t TestFolder::GetTime(std::string_view name) const {
-  return TimeOf(Path(name));
 }
 
 std::vector<std::string> TestFolder::List(std::string_view name) const {
@@ -94,10 +63,6 @@ void TestFolder::Damage(std::string_view name, std::size_t offset, std::uint8_t 
   file.seekp(static_cast<std::streamoff>(offset));
   file.put(static_cast<char>(byte));
   if (!file.flush()) throw std::runtime_error("can't damage " + Path(name).string());
-}
-
-void TestFolder::Truncate(std::string_view name, std::uintmax_t size) const {
-  fs::resize_file(Path(name), size);
 }
 
 void MakeTree(const TestFolder& folder, std::string_view below,

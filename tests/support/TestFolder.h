@@ -17,14 +17,16 @@ namespace kozor::test {
 
 using Bytes = std::vector<std::uint8_t>;
 
-Bytes ToBytes(std::string_view text);
+inline Bytes ToBytes(std::string_view text) {
+  return {text.begin(), text.end()};
+}
 // One run of bytes after the other.
 Bytes Join(std::initializer_list<Bytes> pieces);
 
 // A new empty folder; the destructor removes it, including read-only files.
 class TestFolder {
  public:
-  TestFolder();
+  TestFolder() = default;
   ~TestFolder();
   TestFolder(const TestFolder&) = delete;
   TestFolder& operator=(const TestFolder&) = delete;
@@ -32,26 +34,38 @@ class TestFolder {
   // The host path of `name` in the folder; '/' separates.  An empty name gives the folder itself.
   std::filesystem::path Path(std::string_view name = "") const;
   // The same as a library path with a drive.
-  std::string Lib(std::string_view name = "") const;
+  std::string Lib(std::string_view name = "") const { return LibraryPathOf(Path(name)); }
 
   void WriteFile(std::string_view name, std::span<const std::uint8_t> bytes) const;
-  void WriteFile(std::string_view name, std::string_view text) const;
+  void WriteFile(std::string_view name, std::string_view text) const {
+    WriteFile(name, ToBytes(text));
+  }
   Bytes ReadFile(std::string_view name) const;
-  std::string ReadText(std::string_view name) const;
-  bool Exists(std::string_view name) const;
+  std::string ReadText(std::string_view name) const {
+    const Bytes bytes = ReadFile(name);
+    return {bytes.begin(), bytes.end()};
+  }
+  bool Exists(std::string_view name) const {
+    return std::filesystem::symlink_status(Path(name)).type() !=
+           std::filesystem::file_type::not_found;
+  }
   // Sets the last-write time in seconds since 1970.
-  void SetTime(std::string_view name, std::int64_t seconds) const;
-  std::int64_t GetTime(std::string_view name) const;
+  void SetTime(std::string_view name, std::int64_t seconds) const {
+    SetTimeOf(Path(name), seconds);
+  }
+  std::int64_t GetTime(std::string_view name) const { return TimeOf(Path(name)); }
   // The sorted names of everything below `name`, relative to it, with '/' as separator and after
   // directories.
   std::vector<std::string> List(std::string_view name = "") const;
 
   // Overwrites one byte; truncates a file.
   void Damage(std::string_view name, std::size_t offset, std::uint8_t byte) const;
-  void Truncate(std::string_view name, std::uintmax_t size) const;
+  void Truncate(std::string_view name, std::uintmax_t size) const {
+    std::filesystem::resize_file(Path(name), size);
+  }
 
  private:
-  std::filesystem::path root;
+  const std::filesystem::path root = MakeTestDirectory();
 };
 
 // A file of a tree: text-like contents of the given size, made from the name.  A name that ends in
