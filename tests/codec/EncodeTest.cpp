@@ -6,6 +6,7 @@
 #include <stdexcept>
 #include <string>
 
+#include "engine/codec/BitWriter.h"
 #include "engine/codec/Codec.h"
 #include "tests/codec/SampleData.h"
 #include "tests/codec/SlowDecoder.h"
@@ -89,6 +90,30 @@ TEST(CodecEncode, PacksAsWellAsTheMethodsCan) {
     const std::size_t packed = Encode(Method::Lh5, text, level).size();
     EXPECT_LT(packed, before) << level;
     before = packed;
+  }
+}
+
+// Segments packed by separate encoders and joined at bit level equal the output of one encoder.
+TEST(CodecEncode, JoinsSegmentsToOneStream) {
+  const Bytes data = MixedData(2 * kSegmentBytes + 12345);
+  for (const Method method : {Method::Lh5, Method::Lh7}) {
+    for (const int level : {kDefaultLevel, 7}) {
+      BitWriter joined;
+      for (std::size_t begin = 0; begin < data.size(); begin += kSegmentBytes) {
+        const std::size_t end = std::min(data.size(), begin + kSegmentBytes);
+        const std::size_t history = std::min(begin, HistoryBytes(method));
+        const auto place = end == data.size() ? SegmentPlace::Last : SegmentPlace::Inside;
+        BitWriter bits;
+        SegmentEncoder(method, level)
+            .Encode(std::span(data).subspan(begin - history, history + end - begin), history, place,
+                    bits);
+        joined.Append(bits);
+      }
+      Bytes packed;
+      joined.Pad();
+      joined.MoveTo(packed);
+      EXPECT_TRUE(packed == Encode(method, data, level)) << level;
+    }
   }
 }
 

@@ -28,25 +28,19 @@ class EngineInterop : public EngineTest {
   }
 
   // Extracts x.lzh with another program into "out" and compares trees.
-  void ExpectExtractedBy(const std::string& program, const std::string& arguments) {
-    if (!HaveProgram(program)) GTEST_SKIP() << program << " is not installed";
+  void ExpectExtractedBy(const std::string& command) {
     const CommandResult result =
-        RunCommand("cd " + ShellPath("out") + " && TZ=UTC " + program + " " + arguments);
+        RunCommand("cd " + ShellPath("out") + " && TZ=UTC " + command + " ../x.lzh");
     EXPECT_EQ(result.status, 0) << result.output;
     EXPECT_EQ(CompareTrees(folder.Path("src"), folder.Path("out")), "") << result.output;
   }
 };
 
-struct Reader {
-  const char* program;
-  const char* arguments;
-};
-const Reader kReaders[] = {
-    {"lhasa", "xq ../x.lzh"}, {"7zz", "x -y ../x.lzh"}, {"bsdtar", "-xf ../x.lzh"}};
-
-class EngineReaders : public EngineInterop, public testing::WithParamInterface<Reader> {};
+class EngineReaders : public EngineInterop, public testing::WithParamInterface<std::string> {};
 
 TEST_P(EngineReaders, ExtractTreesWithMembersAppendedReplacedAndDeleted) {
+  const std::string program = GetParam().substr(0, GetParam().find(' '));
+  if (!HaveProgram(program)) GTEST_SKIP() << program << " is not installed";
   std::filesystem::create_directories(folder.Path("src/hollow"));
   for (const char* method : {"-o5", "-o5 -ol1", "-o6 -ol7", "-o7 -ol9", "-z1"}) {
     std::filesystem::remove(folder.Path("x.lzh"));
@@ -57,14 +51,15 @@ TEST_P(EngineReaders, ExtractTreesWithMembersAppendedReplacedAndDeleted) {
     folder.WriteFile("src/one", method);
     ASSERT_EQ(Add("x.lzh", "src", {"one"}, method), 0);
     ASSERT_EQ(Delete("x.lzh", {"extra"}), 0);
-    ExpectExtractedBy(GetParam().program, GetParam().arguments);
-    EXPECT_TRUE(IsSkipped() || folder.Exists("out/hollow"));
+    ExpectExtractedBy(GetParam());
+    EXPECT_TRUE(folder.Exists("out/hollow"));
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(, EngineReaders, testing::ValuesIn(kReaders), [](const auto& reader) {
-  return std::string("By") + reader.param.program;
-});
+INSTANTIATE_TEST_SUITE_P(, EngineReaders, testing::Values("lhasa xq", "7zz x -y", "bsdtar -xf"),
+                         [](const auto& reader) {
+                           return "By" + reader.param.substr(0, reader.param.find(' '));
+                         });
 
 TEST_F(EngineInterop, ModesLinksFoldersAndJapaneseNamesAreRestoredByOthers) {
   if (!Can(Ability::MakingLinks)) GTEST_SKIP() << "no symbolic links can be made here";

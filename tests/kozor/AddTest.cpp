@@ -1,5 +1,6 @@
 // AddTest.cpp - kozor add: which files are added, under which names, and the messages about the
 // others.
+#include <utility>
 
 #include "tests/kozor/KozorProgram.h"
 
@@ -31,11 +32,7 @@ TEST_F(KozorAdd, StoresATreeWithNamesOfAnyScriptThatComesBackIdentical) {
 }
 
 TEST_F(KozorAdd, TakesTheFilesThatTheWordsMean) {
-  struct Row {
-    Words words;
-    Words members;
-  };
-  const Row rows[] = {
+  const std::pair<Words, Words> rows[] = {
       {{"tree/a.txt"}, {"tree/a.txt"}},
       {{"-C", "tree", "*.txt"}, {"a.txt", "sub/a.txt", "sub/deep/c.txt"}},
       {{"-C", "tree", "sub/*.txt"}, {"sub/a.txt", "sub/deep/c.txt"}},
@@ -47,11 +44,9 @@ TEST_F(KozorAdd, TakesTheFilesThatTheWordsMean) {
       {{"-C", "tree", ".", "--exclude=deep", "--exclude", "sub/a.txt"}, {"a.txt", "b.c", "sub/"}},
       {{"--dir", "tree", "--no-unix", "--exclude", "*.txt"}, {"b.c", "sub/deep/", "sub/"}},
   };
-  for (const Row& row : rows) {
-    Words words = {"add", "--new", "a.lzh"};
-    words.insert(words.end(), row.words.begin(), row.words.end());
-    MustRun(words);
-    EXPECT_THAT(Members("a.lzh"), UnorderedElementsAreArray(row.members));
+  for (const auto& [words, members] : rows) {
+    MustRun(Words{"add", "--new", "a.lzh"} + words);
+    EXPECT_THAT(Members("a.lzh"), UnorderedElementsAreArray(members));
     EXPECT_THAT(TopNames(), ElementsAre("a.lzh", "tree"));
   }
 }

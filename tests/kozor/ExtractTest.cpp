@@ -1,5 +1,8 @@
 // ExtractTest.cpp - kozor extract, list, print and delete: selection, destinations, and hostile or
 // damaged archives.
+#include <tuple>
+#include <utility>
+
 #include "tests/engine/RawArchive.h"
 #include "tests/kozor/KozorProgram.h"
 
@@ -30,11 +33,7 @@ class KozorExtract : public KozorProgram {
 };
 
 TEST_F(KozorExtract, BringsOutTheMembersThatTheWordsMean) {
-  struct Row {
-    Words words;
-    Words files;
-  };
-  const Row rows[] = {
+  const std::pair<Words, Words> rows[] = {
       {{}, {"a.txt", "b.c", "sub/a.txt", "sub/deep/c.c"}},
       {{"*.c"}, {"b.c", "sub/deep/c.c"}},
       {{"sub/*.c"}, {"sub/deep/c.c"}},
@@ -47,12 +46,10 @@ TEST_F(KozorExtract, BringsOutTheMembersThatTheWordsMean) {
       {{"--exclude", "a.txt"}, {"b.c", "sub/deep/c.c"}},
   };
   MakeArchive();
-  for (const Row& row : rows) {
+  for (const auto& [words, files] : rows) {
     fs::remove_all(folder.Path("out"));
-    Words words = {"extract", "a.lzh", "-d", "out"};
-    words.insert(words.end(), row.words.begin(), row.words.end());
-    MustRun(words);
-    EXPECT_EQ(FilesIn("out"), row.files);
+    MustRun(Words{"extract", "a.lzh", "-d", "out"} + words);
+    EXPECT_EQ(FilesIn("out"), files);
   }
 }
 
@@ -142,12 +139,8 @@ TEST_F(KozorExtract, SaysWhatIsWrongWithAnArchive) {
 }
 
 TEST_F(KozorExtract, DoesWithExistingFilesWhatItIsTold) {
-  struct Row {
-    Words options;
-    int status;
-    std::string older, newer, readOnly;  // the contents afterwards
-  };
-  const Row rows[] = {
+  // Options, the exit code, and the contents of older, newer and readOnly afterwards.
+  const std::tuple<Words, int, std::string, std::string, std::string> rows[] = {
       {{}, 1, "was", "was", "was"},
       {{"--force"}, 0, "new", "new", "new"},
       {{"--keep-existing"}, 0, "was", "was", "was"},
@@ -155,8 +148,8 @@ TEST_F(KozorExtract, DoesWithExistingFilesWhatItIsTold) {
   };
   folder.WriteFile("a.lzh", RawArchive({Member("older", "new"), Member("newer", "new"),
                                         Member("readOnly", "new"), Member("same", "same")}));
-  for (const Row& row : rows) {
-    SCOPED_TRACE(testing::PrintToString(row.options));
+  for (const auto& [options, status, older, newer, readOnly] : rows) {
+    SCOPED_TRACE(testing::PrintToString(options));
     fs::remove_all(folder.Path("out"));
     for (const std::string name : {"older", "newer", "readOnly"}) {
       folder.WriteFile("out/" + name, "was");
@@ -164,13 +157,11 @@ TEST_F(KozorExtract, DoesWithExistingFilesWhatItIsTold) {
     }
     fs::permissions(folder.Path("out/readOnly"), fs::perms::owner_read);
     folder.WriteFile("out/same", "same");
-    Words words = {"extract", "a.lzh", "-d", "out"};
-    words.insert(words.end(), row.options.begin(), row.options.end());
-    const CommandResult result = Kozor(words);
-    EXPECT_EQ(result.status, row.status) << result.output;
-    EXPECT_EQ(folder.ReadFile("out/older"), ToBytes(row.older));
-    EXPECT_EQ(folder.ReadFile("out/newer"), ToBytes(row.newer));
-    EXPECT_EQ(folder.ReadFile("out/readOnly"), ToBytes(row.readOnly));
+    const CommandResult result = Kozor(Words{"extract", "a.lzh", "-d", "out"} + options);
+    EXPECT_EQ(result.status, status) << result.output;
+    EXPECT_EQ(folder.ReadFile("out/older"), ToBytes(older));
+    EXPECT_EQ(folder.ReadFile("out/newer"), ToBytes(newer));
+    EXPECT_EQ(folder.ReadFile("out/readOnly"), ToBytes(readOnly));
     EXPECT_THAT(result.output, Not(HasSubstr("same")));
   }
 }

@@ -21,6 +21,10 @@ using testing::IsEmpty;
 using testing::Not;
 
 using Words = std::vector<std::string>;
+inline Words operator+(Words first, const Words& second) {
+  first.insert(first.end(), second.begin(), second.end());
+  return first;
+}
 
 // Quotes any text as one word of a shell command.
 std::string Quoted(std::string_view word);

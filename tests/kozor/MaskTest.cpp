@@ -1,4 +1,6 @@
 // MaskTest.cpp - which names a mask of --exclude or of kozor restore means.
+#include <tuple>
+
 #include "kozor/Mask.h"
 
 #include <gtest/gtest.h>
@@ -7,12 +9,7 @@ namespace kozor::program {
 namespace {
 
 TEST(KozorMask, MeansNamesAndWhatLiesBelowThem) {
-  struct Row {
-    const char* mask;
-    std::vector<const char*> meant;
-    std::vector<const char*> others;
-  };
-  const Row rows[] = {
+  const std::tuple<const char*, std::vector<const char*>, std::vector<const char*>> rows[] = {
       {"*.*", {"a"}, {}},
       {"*.txt", {"a.TXT", "deep\\er\\a.txt", "folder.txt\\a"}, {"a.txt.gz"}},
       {"a?c", {"abc", "a\343\201\202c"}, {"ac"}},
@@ -21,9 +18,9 @@ TEST(KozorMask, MeansNamesAndWhatLiesBelowThem) {
       {"sub\\x", {"sub\\x\\y\\z"}, {}},
       {"", {}, {"a"}},
   };
-  for (const Row& row : rows) {
-    for (const char* name : row.meant) EXPECT_TRUE(Mask(row.mask).Means(name)) << name;
-    for (const char* name : row.others) EXPECT_FALSE(Mask(row.mask).Means(name)) << name;
+  for (const auto& [mask, meant, others] : rows) {
+    for (const char* name : meant) EXPECT_TRUE(Mask(mask).Means(name)) << name;
+    for (const char* name : others) EXPECT_FALSE(Mask(mask).Means(name)) << name;
   }
 }
 

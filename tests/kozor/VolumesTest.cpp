@@ -12,10 +12,7 @@ class KozorVolumes : public KozorProgram {
   }
 
   void BackUp(const Words& options, const std::string& volume) const {
-    Words words = {"backup", "--force"};
-    words.insert(words.end(), options.begin(), options.end());
-    words.insert(words.end(), {volume, "-C", "tree", "."});
-    MustRun(words);
+    MustRun(Words{"backup", "--force"} + options + Words{volume, "-C", "tree", "."});
   }
 
   std::string Restored(const std::string& volume) const {
