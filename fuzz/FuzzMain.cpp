@@ -71,7 +71,7 @@ rusage Usage() {
 void RunWithinBounds(const Bytes& input) {
   constexpr long kMostSeconds = 10;
   [[maybe_unused]] constexpr long kMostKilobytes = 64 << 10;
-  static const rusage atFirst = Usage();
+  [[maybe_unused]] static const rusage atFirst = Usage();
   const rusage before = Usage();
   kozor::fuzz::TestInput(kozor::fuzz::Input(input));
   const rusage after = Usage();
