@@ -140,7 +140,7 @@ std::vector<std::string> WhatToAdd(const Arguments& arguments) {
     const std::vector<unsigned char> input = ReadStandardInput();
     text.assign(input.begin(), input.end());
   } else {
-    std::ifstream file(FromUtf8(list), std::ios::binary);
+    std::ifstream file(CallPath(FromUtf8(list)), std::ios::binary);
     text.assign(std::istreambuf_iterator<char>(file), {});
     if (!file) throw Failure(Visible(list) + ": can't read the list of paths");
   }
@@ -176,7 +176,8 @@ std::vector<FileGroup> SelectFiles(const Arguments& arguments, const std::string
       .base = FromUtf8(arguments.Value("--dir", arguments.Value("-C", "."))),
       .words = WhatToAdd(arguments),
       .excludes = arguments.Values("--exclude"),
-      .isOwnFile = [&](const fs::path& path) { return path.native() == archive.native(); },
+      .isOwnFile = [own = Inspect(archive).identity](
+                       const fs::path&, const FileState& state) { return state.identity == own; },
       .links = keepsFacts ? LinkRule::Kept : LinkRule::Followed,
       .takesFolders = keepsFacts || arguments.Has("--dir")};
   if (arguments.Has("--new") && Exists(archive)) request.refusal = kOldStays;
@@ -222,7 +223,7 @@ struct Line {
 };
 
 void AddFiles(const Arguments& arguments, const std::string& name) {
-  const fs::path own = fs::weakly_canonical(AbsolutePath(name));
+  const fs::path own = WeaklyCanonical(FromUtf8(name));
   const bool replaces = arguments.Has("--new") && Exists(own);
   const std::vector<FileGroup> groups = SelectFiles(arguments, name, own);
   if (arguments.Has("--dry-run")) return PrintNames(groups);

@@ -75,6 +75,7 @@ Arguments::Arguments(std::vector<std::string> words, std::span<const Option> own
   CLI::App parser;
   parser.set_help_flag();
   parser.allow_extras();
+  parser.allow_windows_style_options(false);  // "/x" is a path
   CLI::Option* const operandOption = parser.add_option("operands")->expected(-1)->take_all();
   std::vector<CLI::Option*> known;
   for (const Option& option : options) {

@@ -302,7 +302,7 @@ class LinkTree {
     const fs::path base = HostPath(group.base);
     for (const std::string& name : group.names) {
       const fs::path relative = HostName(name);
-      fs::create_directories((root / relative).parent_path());
+      MakeDirectories((root / relative).parent_path());
       fs::create_symlink(base / relative, root / relative);
     }
   }
@@ -357,12 +357,13 @@ void Backup(const Arguments& arguments) {
   const Areas areas = ReadAreas(arguments, format);
   const unsigned long maxVolumeBytes = ReadSize(arguments.Value("--volume-size"));
   const fs::path catalogue = CataloguePath(name);
-  const FileGroup group = SelectForSet(
-      {.base = FromUtf8(arguments.Value("-C", ".")),
-       .words = arguments.OperandsFrom(1),
-       .excludes = arguments.Values("--exclude"),
-       .isOwnFile = [&](const fs::path& path) { return IsOwnFile(name, catalogue, path); },
-       .links = LinksOf(arguments)});
+  const FileGroup group =
+      SelectForSet({.base = FromUtf8(arguments.Value("-C", ".")),
+                    .words = arguments.OperandsFrom(1),
+                    .excludes = arguments.Values("--exclude"),
+                    .isOwnFile = [&](const fs::path& path,
+                                     const FileState&) { return IsOwnFile(name, catalogue, path); },
+                    .links = LinksOf(arguments)});
   std::vector<std::string> others;
   ZorFind find = group.Find(others);
   std::optional<LinkTree> links;

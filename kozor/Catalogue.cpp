@@ -239,7 +239,7 @@ void WriteChecksum(const CatalogueVolume& volume, const fs::path& volumePath) {
 }
 
 std::optional<Catalogue> ReadCatalogue(const fs::path& path) {
-  std::ifstream file(path, std::ios::binary);
+  std::ifstream file(CallPath(path), std::ios::binary);
   if (!file && !Exists(path)) return std::nullopt;
   if (!file) throw Failure(Visible(path.string()) + ": can't read");
   const Failure damage(Visible(path.string()) +
@@ -264,7 +264,7 @@ std::optional<Catalogue> ReadCatalogue(const fs::path& path) {
 }
 
 std::optional<std::string> ReadChecksum(const fs::path& volume) {
-  std::ifstream file(ChecksumPath(volume));
+  std::ifstream file(CallPath(ChecksumPath(volume)));
   std::string sum;
   if (!(file >> sum)) return std::nullopt;
   return sum;

@@ -210,7 +210,7 @@ void FinishStandardOutput() {
 }
 
 void CopyToStandardOutput(const std::filesystem::path& path) {
-  std::ifstream file(path, std::ios::binary);
+  std::ifstream file(CallPath(path), std::ios::binary);
   std::array<char, 1 << 16> block{};
   while (file.read(block.data(), block.size()) || file.gcount() > 0) {
     WriteStandardOutput(reinterpret_cast<const unsigned char*>(block.data()),
@@ -220,7 +220,7 @@ void CopyToStandardOutput(const std::filesystem::path& path) {
 }
 
 void SaveStandardInput(const std::filesystem::path& path) {
-  std::ofstream file(path, std::ios::binary);
+  std::ofstream file(CallPath(path), std::ios::binary);
   ReadInputInBlocks([&](std::span<const unsigned char> block) {
     file.write(reinterpret_cast<const char*>(block.data()),
                static_cast<std::streamsize>(block.size()));

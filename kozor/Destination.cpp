@@ -38,12 +38,11 @@ Destination::Destination(fs::path directory, Links linksRule)
 
 const OpenFolderHandle& Destination::Root() {
   if (!rootDirectory) {
-    std::error_code error;
-    fs::create_directories(root, error);
+    MakeDirectories(root);
     auto opened = std::make_shared<Descriptor>(OpenDirectory(root));
     if (!opened->IsOpen()) throw Failure(Visible(root.string()) + ": " + LastSystemError());
     rootDirectory = std::move(opened);
-    root = fs::canonical(root, error);
+    root = Canonical(root).value_or(root);
   }
   return rootDirectory;
 }
@@ -60,19 +59,16 @@ std::optional<fs::path> Destination::Inside(const fs::path& real) const {
 // it leads out and may.  A dangling link counts as leading out, because a file created through it
 // would be at its target.
 fs::path Destination::Resolve(const fs::path& link) {
-  std::error_code error;
   const fs::path whole = root / link;
-  fs::path real = fs::canonical(whole, error);
-  if (!error) {
-    if (const auto inside = Inside(real)) return *inside;
+  const std::optional<fs::path> real = Canonical(whole);
+  if (real) {
+    if (const auto inside = Inside(*real)) return *inside;
   }
   if (links == Links::StayInside) {
     throw FileFailure("refused: the link " + Visible(whole.string()) +
                       " leads out of the destination");
   }
-  if (error) real = fs::weakly_canonical(whole, error);
-  if (error) throw FileFailure(error.message());
-  return real;
+  return real ? *real : WeaklyCanonical(whole);
 }
 
 // Opens a directory below the destination; `reached` receives its real path.
@@ -80,9 +76,8 @@ OpenFolderHandle Destination::Open(const fs::path& path, fs::path& reached, int 
   constexpr std::size_t kMostLevels = 32;
   lastDirectory = nullptr;
   lastIsNew = false;
-  if (path.is_absolute()) {
-    std::error_code error;
-    fs::create_directories(path, error);
+  if (path.has_root_directory()) {
+    MakeDirectories(path);
     reached = path;
     auto opened = std::make_shared<Descriptor>(OpenDirectory(path));
     if (!opened->IsOpen()) FailBySystem();
@@ -145,10 +140,8 @@ WorkFolder& Destination::Work() {
 }
 
 std::uint64_t Destination::FreeBytes() {
-  std::error_code error;
   Root();
-  const fs::space_info space = fs::space(root, error);
-  return error ? 0 : space.available;
+  return FreeBytesAt(root);
 }
 
 bool Destination::MoveIn(const std::string& workName, const Place& place, Existing existing) {

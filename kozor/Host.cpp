@@ -40,18 +40,14 @@ fs::path HostName(const std::string& libraryName) {
   return FromUtf8(name);
 }
 
-fs::path AbsolutePath(const fs::path& path) {
-  fs::path result;
-  for (const fs::path& part : fs::absolute(path)) {
-    if (part == "..") {
-      std::error_code unresolved;
-      const fs::path real = fs::canonical(result, unresolved);
-      result = (unresolved ? result : real).parent_path();
-    } else if (!part.empty() && part != ".") {
-      result /= part;
-    }
+fs::path WeaklyCanonical(const fs::path& path) {
+  const fs::path whole = AbsolutePath(path);
+  fs::path rest;
+  for (fs::path head = whole; head.has_relative_path(); head = head.parent_path()) {
+    if (const auto real = Canonical(head)) return rest.empty() ? *real : *real / rest;
+    rest = rest.empty() ? head.filename() : head.filename() / rest;
   }
-  return result;
+  return whole;
 }
 
 }  // namespace kozor::program

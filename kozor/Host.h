@@ -63,13 +63,24 @@ std::string Shown(const std::filesystem::path& path);
 // 932, which older programs wrote.
 std::filesystem::path HostName(const std::string& libraryName);
 
-// `path` as an absolute path without "." and "..".  The file system resolves ".."; links elsewhere
-// in the path aren't resolved.
+// `path` as an absolute path without "." and "..".  On POSIX the file system resolves "..", on
+// Windows it is taken out of the text.  Links elsewhere in the path aren't resolved.
 std::filesystem::path AbsolutePath(const std::filesystem::path& path);
 // The same for an argument of the command line.
 inline std::filesystem::path AbsolutePath(const std::string& word) {
   return AbsolutePath(FromUtf8(word));
 }
+// The same for one that is relative to a directory.
+std::filesystem::path AbsolutePathIn(const std::filesystem::path& directory,
+                                     const std::string& word);
+
+// An absolute path with all links resolved; null if nothing exists there.
+std::optional<std::filesystem::path> Canonical(const std::filesystem::path& path);
+// The same as far as the path exists.
+std::filesystem::path WeaklyCanonical(const std::filesystem::path& path);
+
+// The form of a path that file streams take with any length.
+std::filesystem::path CallPath(const std::filesystem::path& path);
 
 // Whether anything exists at `path`, including a dangling link.
 bool Exists(const std::filesystem::path& path);
@@ -78,6 +89,18 @@ struct FileVersion {
   std::uint64_t size = 0;      // in bytes
   std::int64_t lastWrite = 0;  // in the host's finest unit
   bool operator==(const FileVersion&) const = default;
+};
+// Whether a directory or a link to one does.
+bool IsDirectory(const std::filesystem::path& path);
+// Creates a directory and those above it that are missing; best effort.
+void MakeDirectories(const std::filesystem::path& path);
+// The free bytes on the disk with an existing `path`; 0 if they are unknown.
+std::uint64_t FreeBytesAt(const std::filesystem::path& path);
+// What is the same for all names of an existing file or directory, and for no other.
+struct FileIdentity {
+  std::uint64_t volume = 0;
+  std::uint64_t number = 0;
+  bool operator==(const FileIdentity&) const = default;
 };
 // What exists at `path`, following links.
 struct FileState {
@@ -89,6 +112,7 @@ struct FileState {
   FileVersion version;        // of a file
   std::int64_t time = 0;      // last write, seconds since 1970
   unsigned int mode = 0;      // permission bits
+  FileIdentity identity;
 };
 // `folder`, if it is open, is the directory of `path`, which then isn't looked up again.
 FileState Inspect(const std::filesystem::path& path, HostHandle folder = kNotOpen);

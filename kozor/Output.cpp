@@ -13,42 +13,49 @@ namespace fs = std::filesystem;
 
 namespace {
 
-void RequireReplaceable(const fs::path& archive, const std::string& name) {
+// The folder for a new archive, in the run's own.
+constexpr const char* kStaging = "new";
+
+void RequireReplaceable(const fs::path& archive, const FileState& state, const std::string& name) {
   unsigned int attribute = 0;
   const std::string libraryPath = LibraryPath(archive);
   if (ZorGetFileAttribute(libraryPath.c_str(), attribute) &&
       (attribute & FILE_ATTRIBUTE_READONLY) != 0) {
     throw Failure(Visible(name) + ": the archive is read-only");
   }
-  if (fs::is_regular_file(archive) && fs::is_empty(archive)) return;
-  RequireArchive(libraryPath, name);
+  if (state.version.size > 0) RequireArchive(libraryPath, name);
+}
+
+void RequireDirectory(const fs::path& path) {
+  if (!IsDirectory(path)) throw Failure(Visible(Shown(path)) + ": no such directory");
 }
 
 }  // namespace
 
 Output::Output(const std::string& name, bool fresh, const std::string& givenWorkDirectory)
-    : archive(fs::weakly_canonical(AbsolutePath(name))), append(fresh ? 0 : 1) {
-  if (!fs::is_directory(archive.parent_path())) {
-    throw Failure(Visible(archive.parent_path().string()) + ": no such directory");
+    : archive(WeaklyCanonical(FromUtf8(name))), append(fresh ? 0 : 1) {
+  RequireDirectory(archive.parent_path());
+  if (!CanBeMade(Shown(archive.filename()))) {
+    throw Failure(Visible(name) + ": no file can have this name here");
   }
-  if (fs::is_directory(archive)) throw Failure(Visible(name) + ": a directory, not an archive");
-  if (Exists(archive) && !fs::is_regular_file(archive)) {
-    throw Failure(Visible(name) + ": not a regular file");
-  }
+  const bool exists = Exists(archive);
+  const FileState state = exists ? Inspect(archive) : FileState();
+  if (state.isDirectory) throw Failure(Visible(name) + ": a directory, not an archive");
+  if (!state.problem.empty()) throw Failure(Visible(name) + ": " + state.problem);
   path = LibraryPath(archive);
-  const bool replace = fresh && Exists(archive);
-  if (replace) RequireReplaceable(archive, name);
+  const bool replace = fresh && exists;
+  if (replace) RequireReplaceable(archive, state, name);
   if (givenWorkDirectory.empty() || replace) MakeOwnDirectory();
   if (!givenWorkDirectory.empty()) {
     workDirectory = LibraryPath(FromUtf8(givenWorkDirectory));
-    if (!fs::is_directory(FromUtf8(givenWorkDirectory))) {
-      throw Failure(Visible(givenWorkDirectory) + ": no such directory");
-    }
+    RequireDirectory(FromUtf8(givenWorkDirectory));
   }
   if (replace) {
-    staging = archive.parent_path() / FromUtf8(ownDirectory->Name()) / "new";
-    fs::create_directory(staging);
-    path = LibraryPath(staging / archive.filename());
+    bool isNew = false;
+    staging = OpenOrMakeFolder(ownDirectory->Directory(), kStaging, isNew);
+    if (!staging.IsOpen()) throw Failure(Visible(name) + ": " + LastSystemError());
+    path = LibraryPath(archive.parent_path() / FromUtf8(ownDirectory->Name()) / kStaging /
+                       archive.filename());
   }
 }
 
@@ -64,12 +71,19 @@ void Output::MakeOwnDirectory() {
 }
 
 void Output::Commit(const std::string& programSuffix) {
-  if (staging.empty()) return;
-  const fs::path made = staging / archive.filename();
-  if (!programSuffix.empty()) {
-    fs::rename(ProgramOf(made, programSuffix), ProgramOf(archive, programSuffix));
-  }
-  fs::rename(made, archive);
+  if (!staging.IsOpen()) return;
+  const Descriptor folder = OpenDirectory(archive.parent_path());
+  const auto place = [&](const fs::path& file) {
+    const std::string name = Shown(file.filename());
+    try {
+      if (!folder.IsOpen()) FailBySystem();
+      MoveTo(staging.Number(), name, folder.Number(), name, true);
+    } catch (const FileFailure& failure) {
+      throw Failure(Visible(Shown(file)) + ": " + failure.what());
+    }
+  };
+  if (!programSuffix.empty()) place(ProgramOf(archive, programSuffix));
+  place(archive);
 }
 
 fs::path ProgramOf(fs::path archive, const std::string& suffix) {

@@ -36,7 +36,7 @@ class Output {
 
   std::filesystem::path archive;
   std::optional<WorkFolder> ownDirectory;
-  std::filesystem::path staging;  // empty if the archive is written in place
+  Descriptor staging;  // not open if the archive is written in place
   std::string path;
   std::string workDirectory;
   int append;

@@ -48,7 +48,7 @@ std::string WithBackslash(std::string path) {
 }
 
 Search ReadWord(const fs::path& base, const std::string& word, LinkRule links) {
-  const fs::path path = AbsolutePath(base / FromUtf8(word));
+  const fs::path path = AbsolutePathIn(base, word);
   if (!word.empty() && Exists(path)) {
     const bool isKeptLink = links == LinkRule::Kept && !word.ends_with('/') && IsLink(path);
     const FileState state = isKeptLink ? FileState() : Inspect(path);
@@ -59,11 +59,11 @@ Search ReadWord(const fs::path& base, const std::string& word, LinkRule links) {
     return {std::string(pieces.Folder()), std::string(pieces.FileName()), false};
   }
   if (!HasWildcards(word)) throw Failure(Visible(word) + ": no such file or directory");
-  const fs::path directory = AbsolutePath(base / FromUtf8(word).parent_path());
+  const fs::path directory = AbsolutePathIn(base, Shown(FromUtf8(word).parent_path()));
   if (HasWildcards(directory.string())) {
     throw Failure(Visible(word) + ": * and ? are allowed in the last component of a path only");
   }
-  if (!fs::is_directory(directory)) {
+  if (!IsDirectory(directory)) {
     throw Failure(Visible(directory.string()) + ": no such directory");
   }
   // Both forms match every name; with this one the library reads each directory only once.
@@ -91,8 +91,8 @@ std::vector<std::string> Find(const Search& search, unsigned int attributes, boo
 }
 
 // The library shows "?" in a name that it can't express.
-bool IsUnnameable(const std::string& path) {
-  return path.find('?') != std::string::npos;
+bool IsUnnameable(const std::string& name) {
+  return name.find('?') != std::string::npos;
 }
 
 // The place of a file on the host.  Files of one folder come in succession, so the folder is
@@ -173,7 +173,7 @@ class Collector {
       ++leftOut;
       return;
     }
-    if (IsUnnameable(path)) return LeaveOutUnnameable(path);
+    if (IsUnnameable(name)) return LeaveOutUnnameable(path);
     place.GoTo(path);
     const FileState state = place.Inspect();
     const bool isLink = request.links != LinkRule::Followed && state.isLink;
@@ -186,7 +186,7 @@ class Collector {
       LeaveOutBad(path, state);
     } else if (state.isDirectory) {
       if (!isLink) TakeFolder(name);
-    } else if (request.isOwnFile && request.isOwnFile(place.Path())) {
+    } else if (request.isOwnFile && request.isOwnFile(place.Path(), state)) {
       ++leftOut;
     } else if (state.version.size > kMaxFileBytes) {
       LeaveOut(path, "files of 4 GiB or more can't be stored");
@@ -248,7 +248,7 @@ class Collector {
     for (const std::string& path : Find({search.directory, "*.*", true}, 0x10, ignored)) {
       const std::string name = path.substr(prefix.size());
       if (seen.contains(name) || excludes.Means(name)) continue;
-      if (IsUnnameable(path)) {
+      if (IsUnnameable(name)) {
         LeaveOutUnnameable(path);
         continue;
       }
@@ -263,12 +263,15 @@ class Collector {
     const text::Path pieces(path);
     const Mask shown(std::string(pieces.FileName()));
     const fs::path folder = HostPath(std::string(pieces.Folder()));
-    for (const fs::directory_entry& entry : fs::directory_iterator(folder)) {
-      const std::string own = Shown(entry.path().filename());
-      if (CanBeExpressed(entry.path()) || !shown.MeansItself(own)) continue;
-      if (!unnameable.insert(entry.path().native()).second) continue;
+    const Descriptor opened = OpenDirectory(folder);
+    if (!opened.IsOpen()) return LeaveOut(path, kUnnameable);
+    for (const std::string& name : NamesIn(opened.Number())) {
+      // A file that can't be found by its name as text has one that isn't text.
+      const fs::path real = folder / FromUtf8(name);
+      if (!shown.MeansItself(name) || (CanBeExpressed(real) && Exists(real))) continue;
+      if (!unnameable.insert(real.native()).second) continue;
       ++leftOut;
-      Complain(Visible(Shown(entry.path())) + ": left out: " + kUnnameable);
+      Complain(Visible(Shown(real)) + ": left out: " + kUnnameable);
     }
   }
 
@@ -339,7 +342,7 @@ ZorFind FileGroup::Find(std::vector<std::string>& others) const {
 }
 
 std::vector<FileGroup> Select(const SelectionRequest& request) {
-  if (!fs::is_directory(request.base)) {
+  if (!IsDirectory(request.base)) {
     throw Failure(Visible(Shown(request.base)) + ": no such directory");
   }
   const LinkManner manner(request.links);

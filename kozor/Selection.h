@@ -50,8 +50,8 @@ struct SelectionRequest {
   std::filesystem::path base;      // the base of relative words
   std::vector<std::string> words;  // masks and paths
   std::vector<std::string> excludes;
-  // The run's own files, which are left out silently; host paths.
-  std::function<bool(const std::filesystem::path&)> isOwnFile;
+  // The run's own files, given their host paths and states, which are left out silently.
+  std::function<bool(const std::filesystem::path&, const FileState&)> isOwnFile;
   LinkRule links = LinkRule::Followed;
   // Whether a group of only folders and links is returned, too.
   bool takesFolders = false;

@@ -124,7 +124,7 @@ class Verification {
 
   static std::string SumOf(const fs::path& path) {
     Sha256 sum;
-    std::ifstream file(path, std::ios::binary);
+    std::ifstream file(CallPath(path), std::ios::binary);
     std::vector<unsigned char> block(1 << 16);
     while (file.read(reinterpret_cast<char*>(block.data()),
                      static_cast<std::streamsize>(block.size())) ||

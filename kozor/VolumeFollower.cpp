@@ -10,6 +10,7 @@
 
 #include "Console.h"
 #include "Failure.h"
+#include "Host.h"
 
 namespace kozor::program {
 
@@ -29,7 +30,7 @@ class VolumeFollower::GrowingVolume final : public VolumeBytes {
   GrowingVolume(fs::path volumePath, std::shared_ptr<Growth> growing)
       : path(std::move(volumePath)), growth(std::move(growing)) {
     file.rdbuf()->pubsetbuf(nullptr, 0);  // the reader has a buffer
-    file.open(path, std::ios::binary);
+    file.open(CallPath(path), std::ios::binary);
   }
 
   bool IsOpen() const { return file.is_open(); }
@@ -45,7 +46,7 @@ class VolumeFollower::GrowingVolume final : public VolumeBytes {
       if (growth->isGivenUp) throw Interrupted();
       // The last size is read after the end is known.
       const bool isComplete = growth->isComplete;
-      size = fs::file_size(path);
+      size = Inspect(path).version.size;
       return isComplete || size >= enough;
     });
     return size;

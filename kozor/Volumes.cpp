@@ -7,6 +7,7 @@
 #include "Console.h"
 #include "Failure.h"
 #include "Host.h"
+#include "HostFiles.h"
 
 namespace kozor::program {
 
@@ -52,24 +53,37 @@ fs::path VolumeName::Path(int volumeNumber) const {
   return directory / FromUtf8(before + (pattern ? std::to_string(volumeNumber) : "") + behind);
 }
 
+std::string VolumeName::NumberIn(const std::string& file) const {
+  if (!pattern || file.size() <= before.size() + behind.size()) return "";
+  const std::size_t digits = file.size() - before.size() - behind.size();
+  const std::string number = file.substr(before.size(), digits);
+  const bool isNumber = number.find_first_not_of("0123456789") == std::string::npos;
+  return isNumber ? number : "";
+}
+
 bool VolumeName::Means(const fs::path& path) const {
-  const std::string file = path.filename().string();
-  if (!file.starts_with(before) || !file.ends_with(behind)) return false;
-  if (pattern ? file.size() <= before.size() + behind.size() : file != before) return false;
-  const std::string number =
-      file.substr(before.size(), file.size() - before.size() - behind.size());
-  return number.find_first_not_of("0123456789") == std::string::npos &&
-         path.parent_path() == directory;
+  const std::string file = Shown(path.filename());
+  const std::string number = NumberIn(file);
+  if (pattern && number.empty()) return false;
+  const std::string own = before + number + behind;
+  if (file.size() != own.size() || CString(file.c_str()).CompareNoCase(own.c_str()) != 0) {
+    return false;
+  }
+  if (file == own && path.parent_path() == directory) return true;
+  // The same file by another name: through a link, or in another case where that is one file.
+  const fs::path there = directory / FromUtf8(own);
+  return Exists(there) && Inspect(path).identity == Inspect(there).identity;
 }
 
 int VolumeName::LastNumber() const {
   int last = 0;
-  std::error_code ignored;
-  for (const fs::directory_entry& entry : fs::directory_iterator(directory, ignored)) {
-    if (!Means(entry.path())) continue;
-    const std::string file = entry.path().filename().string();
+  const Descriptor opened = OpenDirectory(directory);
+  if (!opened.IsOpen()) return last;
+  for (const std::string& file : NamesIn(opened.Number())) {
+    const std::string text = NumberIn(file);
+    if (text.empty() || !Means(directory / FromUtf8(file))) continue;
     int number = 0;
-    std::from_chars(file.data() + before.size(), file.data() + file.size() - behind.size(), number);
+    std::from_chars(text.data(), text.data() + text.size(), number);
     last = std::max(last, std::min(number, kMostVolumes));
   }
   return last;

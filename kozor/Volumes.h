@@ -26,6 +26,9 @@ class VolumeName {
   const std::string& Word() const { return word; }
 
  private:
+  // The digits in the place of the '#'; empty if there are none.
+  std::string NumberIn(const std::string& file) const;
+
   std::string word;
   std::filesystem::path directory;
   std::string before;  // parts of the file name before and after '#'

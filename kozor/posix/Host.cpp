@@ -170,6 +170,48 @@ fs::path HostPath(const std::string& libraryPath) {
   return path;
 }
 
+fs::path AbsolutePath(const fs::path& path) {
+  fs::path result;
+  for (const fs::path& part : fs::absolute(path)) {
+    if (part == "..") {
+      result = Canonical(result).value_or(result).parent_path();
+    } else if (!part.empty() && part != ".") {
+      result /= part;
+    }
+  }
+  return result;
+}
+
+fs::path AbsolutePathIn(const fs::path& directory, const std::string& word) {
+  return AbsolutePath(directory / word);
+}
+
+std::optional<fs::path> Canonical(const fs::path& path) {
+  std::error_code error;
+  fs::path real = fs::canonical(path, error);
+  return error ? std::nullopt : std::optional(std::move(real));
+}
+
+fs::path CallPath(const fs::path& path) {
+  return path;
+}
+
+bool IsDirectory(const fs::path& path) {
+  std::error_code ignored;
+  return fs::is_directory(path, ignored);
+}
+
+void MakeDirectories(const fs::path& path) {
+  std::error_code ignored;
+  fs::create_directories(path, ignored);
+}
+
+std::uint64_t FreeBytesAt(const fs::path& path) {
+  std::error_code error;
+  const fs::space_info space = fs::space(path, error);
+  return error ? 0 : space.available;
+}
+
 bool Exists(const fs::path& path) {
   std::error_code ignored;
   return fs::symlink_status(path, ignored).type() != fs::file_type::not_found;
@@ -200,6 +242,7 @@ FileState Inspect(const fs::path& path, HostHandle folder) {
   state.time = info.st_mtim.tv_sec;
   state.mode = info.st_mode & 0777;
   state.version = VersionIn(info);
+  state.identity = {info.st_dev, info.st_ino};
   if (!state.isDirectory && !S_ISREG(info.st_mode)) {
     state.problem = "not a regular file or directory";
     return state;
@@ -244,7 +287,7 @@ void UseOwnDrive(const fs::path& path, const std::function<void(const std::strin
     OwnDrive(const OwnDrive&) = delete;
     OwnDrive& operator=(const OwnDrive&) = delete;
   };
-  const fs::path real = fs::weakly_canonical(path);
+  const fs::path real = WeaklyCanonical(path);
   const OwnDrive drive(MountPointOf(real));
   use(LibraryPath(real));
 }

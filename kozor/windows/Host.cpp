@@ -21,8 +21,10 @@
 #include "kozor/windows/Wide.h"
 #include "platform/base/ByteOrder.h"
 #include "platform/text/CodePage.h"
+#include "platform/text/Path.h"
 #include "platform/text/WindowsName.h"
 #include "platform/win32/CodePages.h"
+#include "platform/win32/windows/Paths.h"
 
 namespace kozor::program {
 
@@ -30,11 +32,16 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr std::wstring_view kPrefix = L"\\\\?\\";
-constexpr std::wstring_view kSharePrefix = L"\\\\?\\UNC\\";
 constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
 
 std::atomic<int> stopSignal{0};
+
+// The root of an absolute path: "C:\", "\\server\share".
+std::wstring_view RootOf(const std::wstring& path) {
+  const std::wstring_view root = text::BasicPath<wchar_t>(path).Root();
+  const bool isShare = root.starts_with(L"\\\\") && !root.starts_with(L"\\\\?");
+  return std::wstring_view(path).substr(0, root.size() + (isShare ? 0 : 1));
+}
 
 BOOL WINAPI NoteEvent(DWORD event) {
   const bool ask = event == CTRL_C_EVENT || event == CTRL_BREAK_EVENT;
@@ -95,7 +102,7 @@ std::string ReadingProblem(const fs::path& path, bool isDirectory) {
                                         : HostErrorText(static_cast<int>(error));
   }
   WIN32_FIND_DATAW found;
-  const HANDLE find = FindFirstFileW(SystemPath(path / "*").c_str(), &found);
+  const HANDLE find = FindFirstFileW(SystemPath(path / L"*").c_str(), &found);
   if (find == INVALID_HANDLE_VALUE && GetLastError() != ERROR_FILE_NOT_FOUND) {
     return "can't read the directory: " + HostErrorText(static_cast<int>(GetLastError()));
   }
@@ -111,18 +118,42 @@ bool IsConsole(DWORD standardHandle) {
 }  // namespace
 
 std::wstring SystemPath(const fs::path& path) {
-  fs::path complete = path.is_absolute() ? path : AbsolutePath(path);
-  complete.make_preferred();
-  const std::wstring& native = complete.native();
-  if (native.starts_with(kPrefix)) return native;
-  if (native.starts_with(L"\\\\")) return std::wstring(kSharePrefix) + native.substr(2);
-  return std::wstring(kPrefix) + native;
+  std::wstring result;
+  windows::ToSystemPath(std::wstring_view(path.native()), result);
+  return result;
 }
 
-fs::path WithoutPrefix(const fs::path& path) {
+// std::filesystem doesn't know shares with every compiler, and shortens names that end in dots.
+fs::path AbsolutePath(const fs::path& path) {
+  std::wstring plain = windows::WithoutPrefix(SystemPath(path));
+  const std::size_t rootBytes = RootOf(plain).size();
+  while (plain.size() > rootBytes && plain.ends_with(L'\\')) plain.pop_back();
+  return plain;
+}
+
+fs::path AbsolutePathIn(const fs::path& directory, const std::string& word) {
+  fs::path path = FromUtf8(word);
+  path.make_preferred();
   const std::wstring& native = path.native();
-  if (native.starts_with(kSharePrefix)) return L"\\\\" + native.substr(kSharePrefix.size());
-  return native.starts_with(kPrefix) ? fs::path(native.substr(kPrefix.size())) : path;
+  if (native.starts_with(L"\\\\")) return AbsolutePath(path);
+  if (native.starts_with(L"\\")) {
+    return AbsolutePath(fs::path(std::wstring(RootOf(AbsolutePath(directory).native())) + native));
+  }
+  return AbsolutePath(directory / path);
+}
+
+std::optional<fs::path> Canonical(const fs::path& path) {
+  const OwnedHandle opened = OpenFor(path, FILE_READ_ATTRIBUTES);
+  if (!opened) return std::nullopt;
+  std::wstring real(GetFinalPathNameByHandleW(opened.get(), nullptr, 0, 0), L'\0');
+  const auto room = static_cast<DWORD>(real.size());
+  real.resize(GetFinalPathNameByHandleW(opened.get(), real.data(), room, 0));
+  // Some disks have no such name for their files.
+  return real.empty() ? AbsolutePath(path) : AbsolutePath(fs::path(real));
+}
+
+fs::path CallPath(const fs::path& path) {
+  return SystemPath(path);
 }
 
 void SetUpHost() {
@@ -174,12 +205,11 @@ bool CanBeExpressed(const fs::path& path) {
 }
 
 std::string LibraryPath(const fs::path& path) {
-  fs::path complete = AbsolutePath(WithoutPrefix(path));
-  complete.make_preferred();
+  const fs::path complete = AbsolutePath(path);
   if (!CanBeExpressed(complete)) {
     throw Failure(Shown(path) + ": unsupported path");
   }
-  return complete.string();
+  return Shown(complete);
 }
 
 fs::path HostPath(const std::string& libraryPath) {
@@ -188,6 +218,25 @@ fs::path HostPath(const std::string& libraryPath) {
 
 bool Exists(const fs::path& path) {
   return GetFileAttributesW(SystemPath(path).c_str()) != INVALID_FILE_ATTRIBUTES;
+}
+
+bool IsDirectory(const fs::path& path) {
+  const DWORD attributes = GetFileAttributesW(SystemPath(path).c_str());
+  return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+}
+
+void MakeDirectories(const fs::path& path) {
+  if (IsDirectory(path) || !path.has_relative_path()) return;
+  MakeDirectories(path.parent_path());
+  std::wstring name;
+  if (windows::ToSystemPath(std::wstring_view(path.native()), name, windows::Use::Make)) {
+    CreateDirectoryW(name.c_str(), nullptr);
+  }
+}
+
+std::uint64_t FreeBytesAt(const fs::path& path) {
+  ULARGE_INTEGER free;
+  return GetDiskFreeSpaceExW(SystemPath(path).c_str(), &free, nullptr, nullptr) ? free.QuadPart : 0;
 }
 
 bool IsLink(const fs::path& path) {
@@ -224,6 +273,8 @@ FileState Inspect(const fs::path& path, HostHandle /*folder*/) {
   state.time = SecondsOf(facts.ftLastWriteTime);
   state.mode = state.isDirectory ? 0755 : isReadOnly ? 0444 : 0644;
   state.version = VersionIn(facts);
+  state.identity = {facts.dwVolumeSerialNumber,
+                    JoinHalves(facts.nFileIndexHigh, facts.nFileIndexLow)};
   state.problem = ReadingProblem(path, state.isDirectory);
   state.isRefused = !state.problem.empty();
   return state;

@@ -153,7 +153,7 @@ std::vector<std::string> NamesIn(HostHandle directory) {
          at += entry->NextEntryOffset) {
       entry = reinterpret_cast<const FILE_ID_BOTH_DIR_INFO*>(block.data() + at);
       const fs::path name(std::wstring(entry->FileName, entry->FileNameLength / sizeof(wchar_t)));
-      if (name != L"." && name != L"..") names.push_back(name.string());
+      if (name != L"." && name != L"..") names.push_back(Shown(name));
     }
   }
   return names;

@@ -11,12 +11,9 @@
 
 namespace kozor::program {
 
-// A complete path in the \\?\ form, which the wide calls take with any length and without altering
+// An absolute path in the \\?\ form, which the wide calls take with any length and without altering
 // names.
 std::wstring SystemPath(const std::filesystem::path& path);
-// A path from the system, without the prefix \\?\.
-std::filesystem::path WithoutPrefix(const std::filesystem::path& path);
-
 // Symbolic links and junctions.  Other reparse points count as ordinary files.
 inline bool IsLinkTag(DWORD attributes, DWORD tag) {
   return (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 &&

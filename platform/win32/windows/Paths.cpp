@@ -30,9 +30,13 @@ std::wstring Complete(const std::wstring& path) {
   return complete;
 }
 
+bool BeginsWithDrive(std::wstring_view path) {
+  return path.size() >= 2 && path[1] == L':';
+}
+
 // Completes a path with the process's current drive and directory.
 std::wstring Rooted(const std::wstring& path) {
-  const bool hasDrive = path.size() >= 2 && path[1] == L':';
+  const bool hasDrive = BeginsWithDrive(path);
   if (hasDrive && path.size() > 2 && path[2] == L'\\') return path;
   if (path.starts_with(L"\\\\")) return path;
   if (path.starts_with(L"\\")) return Complete(L"\\") + path.substr(1);
@@ -105,8 +109,16 @@ bool FromWide(std::wstring_view wide, std::string& text) {
 bool ToSystemPath(const char* path, std::wstring& systemPath, Use use) {
   std::wstring wide;
   if (path == nullptr) return Fail(ERROR_PATH_NOT_FOUND);
-  if (!ToWide(path, wide)) return false;
+  return ToWide(path, wide) && ToSystemPath(std::wstring_view(wide), systemPath, use);
+}
+
+bool ToSystemPath(std::wstring_view path, std::wstring& systemPath, Use use) {
+  std::wstring wide(path);
   std::replace(wide.begin(), wide.end(), L'/', L'\\');
+  // To files, the two prefixes are the same.
+  if (wide.starts_with(kDevicePrefix) && BeginsWithDrive(path.substr(kDevicePrefix.size()))) {
+    wide.erase(0, kDevicePrefix.size());
+  }
   systemPath = wide;
   if (wide.empty() || wide.starts_with(kPrefix) || wide.starts_with(kDevicePrefix)) return true;
   const std::wstring rooted = Rooted(wide);
@@ -129,8 +141,9 @@ std::wstring WithoutPrefix(std::wstring_view systemPath) {
   if (systemPath.starts_with(kSharePrefix)) {
     return L"\\\\" + std::wstring(systemPath.substr(kSharePrefix.size()));
   }
-  if (systemPath.starts_with(kPrefix)) systemPath.remove_prefix(kPrefix.size());
-  return std::wstring(systemPath);
+  const bool isOnDrive =
+      systemPath.starts_with(kPrefix) && BeginsWithDrive(systemPath.substr(kPrefix.size()));
+  return std::wstring(systemPath.substr(isOnDrive ? kPrefix.size() : 0));
 }
 
 }  // namespace kozor::windows

@@ -19,6 +19,7 @@ enum class Use {
 // empty.  Returns false, with the last error ERROR_INVALID_NAME, for bytes that aren't valid in the
 // code page and for a name that can't be created.
 bool ToSystemPath(const char* path, std::wstring& systemPath, Use use = Use::Find);
+bool ToSystemPath(std::wstring_view path, std::wstring& systemPath, Use use = Use::Find);
 
 // Converts text to UTF-16.  Returns false, with ERROR_INVALID_NAME, for bytes that aren't valid in
 // the code page.
@@ -28,7 +29,8 @@ bool ToWide(std::string_view text, std::wstring& wide);
 // so that the name means no file.  Returns whether there was none.
 bool FromWide(std::wstring_view wide, std::string& text);
 
-// A path from the system, without the prefix \\?\.
+// A path from the system, without the prefix \\?\ if the rest is an ordinary path: one on a drive
+// or a share.
 std::wstring WithoutPrefix(std::wstring_view systemPath);
 
 }  // namespace kozor::windows
