@@ -157,4 +157,20 @@ Bytes Mutate(std::span<const std::uint8_t> input, Dice& dice) {
   return test::Join({mutated, archive});
 }
 
+// Members of both, in their order.
+Bytes CrossOver(std::span<const std::uint8_t> one, std::span<const std::uint8_t> other,
+                Dice& dice) {
+  const std::size_t begin = PreambleBytes(one);
+  ArchiveModel model = TakeApart(one.subspan(begin));
+  const ArchiveModel added = TakeApart(other.subspan(PreambleBytes(other)));
+  for (const RawMember& member : added.members) {
+    if (!dice.OneIn(2) || model.members.size() >= kMostMembers) continue;
+    const auto at = static_cast<std::ptrdiff_t>(dice.Below(model.members.size() + 1));
+    model.members.insert(model.members.begin() + at, member);
+  }
+  if (dice.OneIn(4)) model.tail = added.tail;
+  const auto preamble = one.first(begin);
+  return test::Join({Bytes(preamble.begin(), preamble.end()), PutTogether(model)});
+}
+
 }  // namespace kozor::fuzz

@@ -1,7 +1,5 @@
 // FuzzMain.cpp - a fuzz target as a program: for libFuzzer where the build asks for it, else over
 // the files, or folders of files, that its command line names.
-#include <sys/resource.h>
-
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -9,6 +7,7 @@
 #include <iterator>
 #include <vector>
 
+#include "fuzz/Bounds.h"
 #include "fuzz/Fuzz.h"
 #include "fuzz/Mutation.h"
 
@@ -27,11 +26,21 @@ void Require(bool condition, const char* file, int line) {
 #ifdef KOZOR_LIBFUZZER
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  kozor::fuzz::TestInput(kozor::fuzz::Input({data, size}));
+  kozor::fuzz::RunWithinBounds({data, size});
   return 0;
 }
 
 #ifdef KOZOR_MUTATOR
+
+namespace {
+
+std::size_t Give(const kozor::fuzz::Bytes& mutated, std::uint8_t* target, std::size_t room) {
+  const std::size_t bytes = std::min(mutated.size(), room);
+  std::copy_n(mutated.begin(), bytes, target);
+  return bytes;
+}
+
+}  // namespace
 
 extern "C" std::size_t LLVMFuzzerMutate(std::uint8_t* data, std::size_t size, std::size_t room);
 
@@ -40,10 +49,15 @@ extern "C" std::size_t LLVMFuzzerCustomMutator(std::uint8_t* data, std::size_t s
                                                std::size_t room, unsigned seed) {
   kozor::fuzz::Dice dice(seed);
   if (dice.OneIn(8)) return LLVMFuzzerMutate(data, size, room);
-  const kozor::fuzz::Bytes mutated = kozor::fuzz::Mutate({data, size}, dice);
-  const std::size_t bytes = std::min(mutated.size(), room);
-  std::copy_n(mutated.begin(), bytes, data);
-  return bytes;
+  return Give(kozor::fuzz::Mutate({data, size}, dice), data, room);
+}
+
+extern "C" std::size_t LLVMFuzzerCustomCrossOver(const std::uint8_t* one, std::size_t oneSize,
+                                                 const std::uint8_t* other, std::size_t otherSize,
+                                                 std::uint8_t* target, std::size_t room,
+                                                 unsigned seed) {
+  kozor::fuzz::Dice dice(seed);
+  return Give(kozor::fuzz::CrossOver({one, oneSize}, {other, otherSize}, dice), target, room);
 }
 
 #endif
@@ -58,27 +72,6 @@ Bytes ReadInput(const fs::path& path) {
   std::ifstream file(path, std::ios::binary);
   const std::vector<char> chars{std::istreambuf_iterator<char>(file), {}};
   return {chars.begin(), chars.end()};
-}
-
-rusage Usage() {
-  rusage usage{};
-  getrusage(RUSAGE_SELF, &usage);
-  return usage;
-}
-
-// Also reports an input that takes more than 10 s of processor time, or makes the program grow by
-// more than 64 MiB.  The address sanitizer keeps freed memory, so there only the time counts.
-void RunWithinBounds(const Bytes& input) {
-  constexpr long kMostSeconds = 10;
-  [[maybe_unused]] constexpr long kMostKilobytes = 64 << 10;
-  [[maybe_unused]] static const rusage atFirst = Usage();
-  const rusage before = Usage();
-  kozor::fuzz::TestInput(kozor::fuzz::Input(input));
-  const rusage after = Usage();
-  kozor::fuzz::Require(after.ru_utime.tv_sec - before.ru_utime.tv_sec <= kMostSeconds);
-#ifndef __SANITIZE_ADDRESS__
-  kozor::fuzz::Require(after.ru_maxrss - atFirst.ru_maxrss <= kMostKilobytes);
-#endif
 }
 
 std::vector<fs::path> InputsIn(const fs::path& path) {
@@ -98,19 +91,19 @@ void WriteInput(const fs::path& path, const Bytes& input) {
              static_cast<std::streamsize>(input.size()));
 }
 
-// Runs this many inputs, each changed several times.  The current one is kept in the file
-// "mutated-input", in case it ends the program.  With a folder they are only written there, by
-// their numbers.
+// Runs this many inputs, each changed several times and sometimes crossed.  The current one is kept
+// in the file "mutated-input", in case it ends the program.  With a folder they are only written
+// there, by their numbers.
 void RunMutations(const std::vector<Bytes>& seeds, unsigned long count, unsigned seed,
                   const fs::path& folder) {
   kozor::fuzz::Dice dice(seed);
   for (unsigned long i = 0; i < count;) {
     Bytes input = dice.OneOf(seeds);
     for (std::size_t left = dice.Below(8) + 1; left != 0 && i < count; --left, ++i) {
-      input = Mutate(input, dice);
+      input = dice.OneIn(6) ? CrossOver(input, dice.OneOf(seeds), dice) : Mutate(input, dice);
       input.resize(std::min<std::size_t>(input.size(), 8192));
       WriteInput(folder.empty() ? "mutated-input" : folder / std::to_string(i), input);
-      if (folder.empty()) RunWithinBounds(input);
+      if (folder.empty()) kozor::fuzz::RunWithinBounds(input);
       if (i % 10000 == 9999) std::printf("%lu mutations\n", i + 1), std::fflush(stdout);
     }
   }
@@ -146,7 +139,7 @@ int main(int argc, char** argv) {
         std::printf("%s\n", path.string().c_str());
         std::fflush(stdout);
         inputs.push_back(ReadInput(path));
-        RunWithinBounds(inputs.back());
+        kozor::fuzz::RunWithinBounds(inputs.back());
       }
     }
   }

@@ -13,9 +13,10 @@ namespace kozor::fuzz {
 
 using Bytes = std::vector<std::uint8_t>;
 
-// A target with a mutator of its own defines this; the rest is FuzzMain.cpp's.
+// A target with a mutator of its own defines these two; the rest is FuzzMain.cpp's.
 class Dice;
 Bytes Mutate(std::span<const std::uint8_t> input, Dice& dice);
+Bytes CrossOver(std::span<const std::uint8_t> one, std::span<const std::uint8_t> other, Dice& dice);
 
 class Dice {
  public:

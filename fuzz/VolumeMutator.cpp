@@ -179,4 +179,15 @@ Bytes Mutate(std::span<const std::uint8_t> input, Dice& dice) {
   return mutated;
 }
 
+Bytes CrossOver(std::span<const std::uint8_t> one, std::span<const std::uint8_t> other,
+                Dice& dice) {
+  Set set = TakeApart(one);
+  const Set added = TakeApart(other);
+  set.stream.pop_back();
+  set.stream.insert(set.stream.end(), added.stream.begin(), added.stream.end());
+  set.first[kFileCount].SetValue(static_cast<std::uint32_t>(set.stream.size() / kRecordFields));
+  if (dice.OneIn(2)) set.second = added.second;
+  return PutTogether(set);
+}
+
 }  // namespace kozor::fuzz
