@@ -8,9 +8,7 @@
 #include <algorithm>
 #include <compare>
 #include <cstring>
-#include <filesystem>
 #include <map>
-#include <vector>
 
 #include "ZorArchive.h"
 #include "fuzz/Fuzz.h"

@@ -2,7 +2,6 @@
 // piece and for small pieces, and stay below the bound on the original size.
 //
 // Input: method (1 byte), size of the original (3), size of the pieces (1), packed data.
-#include <vector>
 
 #include "engine/codec/Codec.h"
 #include "fuzz/Fuzz.h"

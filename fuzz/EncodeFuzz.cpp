@@ -4,7 +4,6 @@
 // Input: method and level (1 byte), size of the pieces (1), data.
 #include <map>
 #include <utility>
-#include <vector>
 
 #include "engine/codec/Codec.h"
 #include "fuzz/Fuzz.h"

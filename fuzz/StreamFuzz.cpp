@@ -3,7 +3,6 @@
 //
 // Input: how many values (1 byte), the kind of each (1 byte), the stream.
 #include <variant>
-#include <vector>
 
 #include "fuzz/Fuzz.h"
 #include "platform/classlib/ClassLib.h"

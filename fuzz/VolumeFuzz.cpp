@@ -2,9 +2,7 @@
 // destination, and delivers what a slow and simple reader delivers.
 //
 // Input: where the first volume ends (2 bytes), both volumes.
-#include <filesystem>
 #include <utility>
-#include <vector>
 
 #include "ZorMultiVolume.h"
 #include "fuzz/Fuzz.h"

@@ -1,9 +1,6 @@
 // MissingArchiverTest.cpp - a machine without the archiver, or with one that lacks an entry point.
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <string>
-
 #include "Selection.h"
 #include "ZorArchive.h"
 #include "tests/support/TestFolder.h"

@@ -2,9 +2,7 @@
 // lines and a buffer; and the protocol of CFileFind.
 #include <gtest/gtest.h>
 
-#include <string>
 #include <tuple>
-#include <vector>
 
 #include "platform/classlib/ClassLib.h"
 #include "tests/support/Ability.h"

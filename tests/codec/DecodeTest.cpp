@@ -1,9 +1,7 @@
 // DecodeTest.cpp - decoding valid packed data; and the checksum.
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <algorithm>
-#include <string>
 #include <string_view>
 #include <tuple>
 

@@ -1,10 +1,8 @@
 // EncodeTest.cpp - the encoder's output: the data survives a round trip, and all rules for writers
 // are obeyed.
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <stdexcept>
-#include <string>
 
 #include "engine/codec/BitWriter.h"
 #include "engine/codec/Codec.h"

@@ -2,7 +2,6 @@
 #include <algorithm>
 #include <map>
 #include <sstream>
-#include <string>
 
 #include "tests/codec/SlowTwin.h"
 

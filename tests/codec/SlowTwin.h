@@ -5,14 +5,11 @@
 // random member.
 #pragma once
 
-#include <cstddef>
 #include <map>
 #include <memory>
 #include <optional>
 #include <random>
-#include <span>
 #include <utility>
-#include <vector>
 
 #include "tests/codec/BitComposer.h"
 #include "tests/codec/SlowDecoder.h"

@@ -4,7 +4,6 @@
 #include "engine/container/ArchiveIndex.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "engine/container/Failure.h"
 #include "engine/container/MemberName.h"

@@ -2,12 +2,9 @@
 #pragma once
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <functional>
-#include <string>
-#include <vector>
 
 #include "tests/engine/Engine.h"
 #include "tests/support/TestFolder.h"

@@ -2,7 +2,6 @@
 #include "engine/container/MemberHeader.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <numeric>
 #include <tuple>

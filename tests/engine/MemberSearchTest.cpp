@@ -2,7 +2,6 @@
 #include "engine/container/MemberSearch.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "engine/container/ArchiveIndex.h"
 #include "tests/engine/RawArchive.h"

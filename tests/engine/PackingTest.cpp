@@ -1,9 +1,7 @@
 // PackingTest.cpp - how members are packed: on several threads, by switches and by default switches
 // of the environment.
 #include <cstdlib>
-#include <string>
 #include <tuple>
-#include <vector>
 
 #include "tests/engine/EngineFixture.h"
 

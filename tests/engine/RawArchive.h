@@ -1,10 +1,7 @@
 // RawArchive.h - archives composed for tests: any level, any extension, any wrong value.
 #pragma once
 
-#include <cstdint>
 #include <optional>
-#include <string>
-#include <vector>
 
 #include "tests/support/TestFolder.h"
 

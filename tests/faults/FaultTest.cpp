@@ -14,10 +14,7 @@
 #include <map>
 #include <set>
 #include <sstream>
-#include <string>
-#include <string_view>
 #include <utility>
-#include <vector>
 
 #include "tests/support/TestFolder.h"
 

@@ -14,8 +14,6 @@
 #include <memory>
 #include <set>
 #include <sstream>
-#include <string>
-#include <vector>
 
 #include "tests/support/TestFolder.h"
 

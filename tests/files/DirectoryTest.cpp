@@ -1,10 +1,7 @@
 // DirectoryTest.cpp - making and removing directory trees, by call and by the life of an object.
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <string>
 #include <tuple>
-#include <vector>
 
 #include "ZorFileServices.h"
 #include "platform/win32/Win32.h"

@@ -1,9 +1,6 @@
 // DiskTest.cpp - space and type of the volume that holds a path, compared with the host's values.
 #include <gtest/gtest.h>
 
-#include <cstdint>
-#include <filesystem>
-
 #include "ZorFileServices.h"
 #include "platform/win32/PosixAdmin.h"
 #include "tests/support/TestFolder.h"

@@ -2,9 +2,6 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
-#include <cstdint>
-#include <filesystem>
-#include <string>
 #include <utility>
 
 #include "ZorFileServices.h"

@@ -1,11 +1,8 @@
 // FindTest.cpp - selections: which masks find what, in which order and form.
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <string>
 #include <tuple>
 #include <utility>
-#include <vector>
 
 #include "ZorFileServices.h"
 #include "ZorFind.h"

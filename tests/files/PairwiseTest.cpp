@@ -5,8 +5,6 @@
 #include <algorithm>
 #include <cctype>
 #include <random>
-#include <string>
-#include <vector>
 
 #include "ZorFind.h"
 #include "files/NameSet.h"

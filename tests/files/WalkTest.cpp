@@ -3,10 +3,6 @@
 #include <pthread.h>
 #include <sys/resource.h>
 
-#include <filesystem>
-#include <string>
-#include <vector>
-
 #include "ZorFileServices.h"
 #include "ZorFind.h"
 #include "tests/support/TestFolder.h"

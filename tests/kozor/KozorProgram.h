@@ -2,11 +2,6 @@
 #pragma once
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <string>
-#include <string_view>
-#include <vector>
 
 #include "tests/support/TestFolder.h"
 

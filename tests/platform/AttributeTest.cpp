@@ -1,9 +1,6 @@
 // AttributeTest.cpp - how attributes are kept on the host, and how links and special files appear.
-#include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <sys/xattr.h>
-
-#include <filesystem>
 
 #include "tests/platform/Contract.h"
 #include "tests/support/FailCall.h"

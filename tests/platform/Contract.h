@@ -4,9 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include <string>
 #include <utility>
-#include <vector>
 
 #include "platform/win32/Win32.h"
 #include "tests/support/TestFolder.h"

@@ -1,5 +1,4 @@
 // ConversionContractTest.cpp - text between code pages and UTF-16.
-#include <string_view>
 #include <tuple>
 
 #include "tests/platform/Contract.h"

@@ -1,9 +1,6 @@
 // DriveTest.cpp - drives, shares and the process's directory.
-#include <gtest/gtest.h>
 #include <sys/vfs.h>
 #include <unistd.h>
-
-#include <filesystem>
 
 #include "platform/win32/PosixAdmin.h"
 #include "tests/platform/Contract.h"

@@ -1,11 +1,9 @@
 // HostFailureTest.cpp - failures of the host: full disks, failing calls, other processes.
-#include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <csignal>
-#include <filesystem>
 
 #include "platform/win32/PosixAdmin.h"
 #include "tests/platform/Contract.h"

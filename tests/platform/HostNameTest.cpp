@@ -1,5 +1,4 @@
 // HostNameTest.cpp - host names in the library: code pages, forbidden characters, case.
-#include <gtest/gtest.h>
 #include <unistd.h>
 
 #include <tuple>

@@ -1,6 +1,5 @@
 // SearchContractTest.cpp - FindFirstFileA: what it finds, in which order, by which wild-cards.
 #include <algorithm>
-#include <filesystem>
 
 #include "tests/platform/Contract.h"
 #include "tests/platform/WildCardRows.h"

@@ -3,7 +3,6 @@
 #include <windows.h>
 
 #include <algorithm>
-#include <string>
 
 #include "platform/win32/CodePages.h"
 #include "platform/win32/HostRules.h"

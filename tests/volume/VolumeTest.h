@@ -4,13 +4,9 @@
 #pragma once
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
-#include <cstdint>
 #include <functional>
 #include <ostream>
-#include <string>
-#include <vector>
 
 #include "ZorMultiVolume.h"
 #include "tests/support/TestFolder.h"

@@ -2,11 +2,8 @@
 #pragma once
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <functional>
-#include <string>
-#include <vector>
 
 #include "Selection.h"
 #include "ZorArchive.h"
