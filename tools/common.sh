@@ -52,7 +52,7 @@ need_test_tools() {
   need_build_tools
   # Compilers for the stubs of self-extracting programs, and an emulator to run one.
   need_packages g++-mingw-w64-x86-64-posix g++-aarch64-linux-gnu qemu-user-static
-  need_packages libgtest-dev libgmock-dev pkg-config attr lhasa 7zip libarchive-tools jlha-utils
+  need_packages libgtest-dev libgmock-dev pkg-config python3 attr lhasa 7zip libarchive-tools jlha-utils
   # Headers that define names of ours, too.
   need_packages libncurses-dev libjpeg-dev libglib2.0-dev unixodbc-dev x11proto-dev
 }
