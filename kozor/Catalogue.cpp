@@ -64,6 +64,8 @@ struct Field {
   const char* name;
   Value value;
 };
+template <typename Value>
+Field(const char*, Value) -> Field<Value>;  // clang before 17 doesn't deduce it itself
 template <typename... Values>
 Json Object(Field<Values>... fields) {
   Json::object_t object;

@@ -26,7 +26,7 @@ Bytes Join(std::initializer_list<Bytes> pieces);
 // A new empty folder; the destructor removes it, including read-only files.
 class TestFolder {
  public:
-  TestFolder() = default;
+  TestFolder() : root(MakeTestDirectory()) {}
   ~TestFolder();
   TestFolder(const TestFolder&) = delete;
   TestFolder& operator=(const TestFolder&) = delete;
@@ -65,7 +65,7 @@ class TestFolder {
   }
 
  private:
-  const std::filesystem::path root = MakeTestDirectory();
+  const std::filesystem::path root;
 };
 
 // A file of a tree: text-like contents of the given size, made from the name.  A name that ends in
