@@ -7,6 +7,8 @@
 #include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <limits>
+#include <numeric>
 #include <span>
 #include <string_view>
 
@@ -18,41 +20,39 @@
 namespace kozor::codec {
 namespace {
 
-// The byte values by recency, eight in each word, the most recent in the lowest byte.
+// The byte values by recency.  Each has a rank: 0 if it is the most recent, else the number of more
+// recent ones.  Moving a byte to the front adds 1 to all ranks below its own.  That is the same
+// work for any rank, without a branch, and compilers make vectors of it.
 class RecencyList {
  public:
   RecencyList() {
     struct Range {
       unsigned first, last;
     };
-    unsigned index = 0;
+    unsigned rank = 0;
     for (const Range range : {Range{0x20, 0x7F}, Range{0x00, 0x1F}, Range{0xA0, 0xDF},
                               Range{0x80, 0x9F}, Range{0xE0, 0xFF}}) {
-      for (unsigned byte = range.first; byte <= range.last; ++byte, ++index) {
-        words[index / 8] |= std::uint64_t{byte} << index % 8 * 8;
-      }
+      for (unsigned byte = range.first; byte <= range.last; ++byte) ranks[byte] = AsRank(rank++);
     }
   }
 
   // Moves the byte with this index, below 256, to the front and returns it.
   std::uint8_t Take(unsigned index) {
-    const auto byte = static_cast<std::uint8_t>(words[index / 8] >> index % 8 * 8);
-    std::uint64_t carry = byte;
-    std::uint64_t* word = words.data();
-    for (unsigned left = index / 8; left != 0; --left) carry = Push(*word++, carry);
-    PushUpTo(*word, index % 8, carry);
-    return byte;
+    const Rank taken = AsRank(index);
+    const auto toFront = static_cast<Rank>(taken ^ kFront);
+    std::uint8_t found = 0;
+    for (std::size_t i = 0; i < ranks.size(); ++i) {
+      const Rank isTaken = Mask(ranks[i] == taken);
+      const auto passed = static_cast<Rank>(ranks[i] - Mask(ranks[i] < taken));
+      found = static_cast<std::uint8_t>(found | (isTaken & kBytes[i]));
+      ranks[i] = static_cast<Rank>(passed ^ (isTaken & toFront));
+    }
+    return found;
   }
 
   // The same for each of these bytes in turn.  Only the last place of each byte counts.
   void MoveToFront(std::span<const std::uint8_t> bytes) {
-    constexpr std::size_t kFew = 8;
-    if (bytes.size() <= kFew) {
-      for (const std::uint8_t byte : bytes) MoveToFront(byte);
-      return;
-    }
     std::array<std::uint8_t, 257> moved;  // the last first; one more for the byte after them
-    std::array<bool, 256> isMoved{};
     std::size_t count = 0;
     for (std::size_t i = bytes.size(); i != 0; --i) {
       const std::uint8_t byte = bytes[i - 1];
@@ -60,37 +60,48 @@ class RecencyList {
       count += isMoved[byte] ? 0U : 1U;
       isMoved[byte] = true;
     }
-    while (count != 0) MoveToFront(moved[--count]);
-  }
-
- private:
-  void MoveToFront(std::uint8_t byte) {
-    constexpr std::uint64_t kOnes = 0x0101010101010101;
-    std::uint64_t carry = byte;
-    for (std::uint64_t* word = words.data();; ++word) {
-      // A zero byte is where the byte is; the lowest one is found exactly.
-      const std::uint64_t difference = *word ^ byte * kOnes;
-      const std::uint64_t zeros = (difference - kOnes) & ~difference & kOnes << 7;
-      if (zeros != 0) {
-        return PushUpTo(*word, static_cast<unsigned>(std::countr_zero(zeros)) / 8, carry);
-      }
-      carry = Push(*word, carry);
+    for (std::size_t i = 0; i < count; ++i) isMoved[moved[i]] = false;
+    while (count != 0) {
+      const std::size_t few = (count - 1) % kFew + 1;
+      count -= few;
+      MoveFew(std::span(moved).subspan(count, few));
     }
   }
 
-  // Makes room at the front of a word; returns the byte that falls out at its end.
-  static std::uint64_t Push(std::uint64_t& word, std::uint64_t front) {
-    const std::uint64_t last = word >> 56;
-    word = word << 8 | front;
-    return last;
-  }
-  // The same, over the byte at a position in the word.
-  static void PushUpTo(std::uint64_t& word, unsigned position, std::uint64_t front) {
-    const std::uint64_t changed = ~std::uint64_t{0} >> (56 - 8 * position);
-    word = (word & ~changed) | ((word << 8 | front) & changed);
+ private:
+  // Less 128, because processors compare vectors of signed numbers.
+  using Rank = std::int8_t;
+  static constexpr Rank kFront = -128;
+  static constexpr Rank AsRank(std::size_t rank) {
+    return static_cast<Rank>(kFront + static_cast<int>(rank));
   }
 
-  std::array<std::uint64_t, 32> words{};
+  // All bits set or none: what a comparison of vectors yields.
+  static constexpr Rank Mask(bool is) { return static_cast<Rank>(is ? -1 : 0); }
+
+  // Moves up to kFew different bytes, the first of them to the very front.
+  static constexpr std::size_t kFew = 8;
+  void MoveFew(std::span<const std::uint8_t> moved) {
+    std::array<Rank, kFew> old;
+    old.fill(kFront);  // no rank is below that
+    for (std::size_t i = 0; i < moved.size(); ++i) old[i] = ranks[moved[i]];
+    for (Rank& rank : ranks) {
+      Rank passed = rank;
+      for (const Rank limit : old) passed = static_cast<Rank>(passed - Mask(rank < limit));
+      rank = passed;
+    }
+    for (std::size_t i = 0; i < moved.size(); ++i) ranks[moved[i]] = AsRank(i);
+  }
+
+  // The index of a vector's lane, as a table.
+  static constexpr std::array<std::uint8_t, 256> kBytes = [] {
+    std::array<std::uint8_t, 256> bytes{};
+    std::iota(bytes.begin(), bytes.end(), std::uint8_t{0});
+    return bytes;
+  }();
+
+  alignas(64) std::array<Rank, 256> ranks;
+  std::array<bool, 256> isMoved{};  // used by MoveToFront
 };
 
 // The output of both methods.
@@ -229,117 +240,159 @@ class Pm1LiteralTable {
   std::array<Entry, 1U << kBits> entries{};
 };
 
+// Decodes the beginnings of copies by a table: the code of a range of offsets, then a length or the
+// prefix of one.
+//
+// A range that lies entirely before the data has no code yet, and the two farthest ones take as
+// many bits as the data so far requires.  So the table changes during the first 6,720 bytes.
+class Pm1CopyTable {
+ public:
+  struct Beginning {
+    std::uint8_t codeBits;
+    std::uint8_t range;
+    std::uint8_t length;  // the least
+    std::uint8_t lengthBits;
+  };
+
+  // Prepares for a copy after so many bytes.
+  void Prepare(std::size_t done) {
+    if (done < validUpTo) return;
+    constexpr std::size_t kChanges[] = {64,   320,  576,  832,  1088, 1600,    2624,
+                                        2880, 3136, 3648, 4672, 6720, kForever};
+    validUpTo = *std::ranges::upper_bound(kChanges, done);
+    for (unsigned bits = 0; bits < beginnings.size(); ++bits) beginnings[bits] = Read(bits, done);
+    offsets = {Span{0, 6},
+               {64, 8},
+               {0, 6},
+               {64, done < 320 ? 8U : 9U},
+               GrowingSpan(576, 11, done),
+               GrowingSpan(2624, 13, done)};
+  }
+
+  template <typename Bits>
+  Beginning Take(Bits& in) const {
+    const Beginning beginning = beginnings[in.Peek(kBits)];
+    in.Consume(beginning.codeBits);
+    return beginning;
+  }
+
+  const Span& Offsets(unsigned range) const { return offsets[range]; }
+
+ private:
+  static constexpr unsigned kBits = 3 + 5;  // of the longest code
+  static constexpr std::size_t kForever = std::numeric_limits<std::size_t>::max();
+
+  static Beginning Read(unsigned bits, std::size_t done) {
+    unsigned codeBits = 0;
+    const auto take = [&](unsigned count) {
+      codeBits += count;
+      return bits >> (kBits - codeBits) & ((1U << count) - 1);
+    };
+    const unsigned range = TakeRange(take, done);
+    const Span length = range < 2 ? Span{2, 0} : TakeLengths(take);
+    return {static_cast<std::uint8_t>(codeBits), static_cast<std::uint8_t>(range),
+            static_cast<std::uint8_t>(length.base), static_cast<std::uint8_t>(length.bits)};
+  }
+
+  template <typename Take>
+  static unsigned TakeRange(Take take, std::size_t done) {
+    if (take(1) == 0) {
+      if (done >= 576 && take(1) != 0) return 4;
+      return done >= 64 ? take(1) : 0;
+    }
+    if (done >= 64 && take(1) == 0) return 3;
+    if (done < 2624) return 2;
+    return take(1) != 0 ? 2 : 5;
+  }
+
+  template <typename Take>
+  static Span TakeLengths(Take take) {
+    if (const unsigned x = take(2); x < 3) return {x + 3, 0};
+    const unsigned x = take(3);
+    if (x < 5) return {x + 6, 0};
+    return x == 5 ? Span{11, 2} : x == 6 ? Span{15, 3} : Span{23, 6};
+  }
+
+  static Span GrowingSpan(unsigned base, unsigned mostBits, std::size_t done) {
+    unsigned bits = 8;
+    while (bits < mostBits && done >= base + (std::size_t{1} << bits)) ++bits;
+    return {base, bits};
+  }
+
+  std::size_t validUpTo = 0;
+  std::array<Beginning, 1U << kBits> beginnings;
+  std::array<Span, 6> offsets;
+};
+
 class Pm1Decoder {
  public:
   explicit Pm1Decoder(DecodeJob& decodeJob)
       : job(decodeJob), in(decodeJob.packed), literals(kPm1Codes[in.ReadBits(5)]), out(decodeJob) {}
 
-  // Commands are copies (0 bit) and runs of literals (1 bit).  A run is followed by a copy without
-  // a command bit, except for the longest run, after which another one may follow.
   Status DecodeUpTo(std::size_t limit) {
-    while (job.done < limit) {
-      if (in.ReadBits(1) != 0) {
-        const std::size_t run = TakeRun();
-        if (!PutLiterals(run)) return Status::Truncated;
-        if (run != kLongestRun && !job.IsFull() && !Copy()) return Fault(Status::Damaged);
-      } else if (!Copy()) {
-        return Fault(Status::Damaged);
-      }
+    bool isGood = true;
+    while (isGood && job.done < limit) {
+      DecodeInside(
+          in, [&] { return isGood && job.done < limit; },
+          [&](auto& bits) { isGood = DecodeItem(bits); });
+      if (isGood && job.done < limit) isGood = DecodeItem(in);
       if (in.IsFarPastEnd()) return Status::Truncated;
     }
-    return Status::Ok;
+    if (isGood) return Status::Ok;
+    return in.IsPastEnd() ? Status::Truncated : Status::Damaged;
   }
 
  private:
   static constexpr std::size_t kLongestRun = 216;
 
-  Status Fault(Status status) const { return in.IsPastEnd() ? Status::Truncated : status; }
-
-  std::size_t TakeRun() {
-    in.Refill();
-    if (const unsigned x = in.Take(2); x < 3) return x + 1;
-    if (const unsigned x = in.Take(3); x < 7) return x + 4;
-    const unsigned x = in.Take(4);
-    if (x < 14) return x + 11;
-    return x == 14 ? in.Take(6) + 25 : in.Take(7) + 89;
-  }
-
-  bool PutLiterals(std::size_t run) {
-    run = std::min(run, job.target.size() - job.done);
-    const auto putLiteral = [&](auto& bits) {
-      bits.Refill();
+  // Commands are copies (0 bit) and runs of literals (1 bit).  A run is followed by a copy without
+  // a command bit, except for the longest run, after which another one may follow.
+  template <typename Bits>
+  bool DecodeItem(Bits& bits) {
+    bits.Refill();
+    if (literalsLeft != 0) {
+      --literalsLeft;
       out.PutLiteral(literals.Take(bits));
-      --run;
-    };
-    DecodeInside(
-        in, [&] { return run != 0; }, putLiteral);
-    while (run != 0 && !in.IsFarPastEnd()) putLiteral(in);
-    return !in.IsFarPastEnd();
+    } else if (isCopyNext || bits.Take(1) == 0) {
+      isCopyNext = false;
+      return Copy(bits);
+    } else {
+      literalsLeft = TakeRun(bits);
+      isCopyNext = literalsLeft != kLongestRun;
+    }
+    return true;
   }
 
-  bool Copy() {
-    in.Refill();
-    const unsigned range = TakeRange();
-    const std::size_t length = range < 2 ? 2 : TakeLength();
-    in.Refill();
-    const std::size_t offset = OffsetSpan(range).Take(in);
+  template <typename Bits>
+  static std::size_t TakeRun(Bits& bits) {
+    if (const unsigned x = bits.Take(2); x < 3) return x + 1;
+    if (const unsigned x = bits.Take(3); x < 7) return x + 4;
+    const unsigned x = bits.Take(4);
+    if (x < 14) return x + 11;
+    return x == 14 ? bits.Take(6) + 25 : bits.Take(7) + 89;
+  }
+
+  template <typename Bits>
+  bool Copy(Bits& bits) {
+    copies.Prepare(job.done);
+    const Pm1CopyTable::Beginning beginning = copies.Take(bits);
+    std::size_t length = beginning.length;
+    if (beginning.lengthBits != 0) length += bits.Take(beginning.lengthBits);
+    if (length >= 85) [[unlikely]]
+      length = length == 85 ? bits.Take(5) + 85 : bits.Take(7) + 117;
+    const std::size_t offset = copies.Offsets(beginning.range).Take(bits);
     if (offset >= job.done) return false;
     out.Copy(offset, length);
     return true;
   }
 
-  // Offset ranges that lie entirely before the data have no code yet.
-  unsigned TakeRange() {
-    const std::size_t done = job.done;
-    if (in.Take(1) == 0) {
-      if (done >= 576 && in.Take(1) != 0) return 4;
-      return done >= 64 ? in.Take(1) : 0;
-    }
-    if (done >= 64 && in.Take(1) == 0) return 3;
-    if (done < 2624) return 2;
-    return in.Take(1) != 0 ? 2 : 5;
-  }
-
-  std::size_t TakeLength() {
-    if (const unsigned x = in.Take(2); x < 3) return x + 3;
-    const unsigned x = in.Take(3);
-    if (x < 5) return x + 6;
-    if (x == 5) return in.Take(2) + 11;
-    if (x == 6) return in.Take(3) + 15;
-    const unsigned y = in.Take(6);
-    if (y < 62) return y + 23;
-    return y == 62 ? in.Take(5) + 85 : in.Take(7) + 117;
-  }
-
-  // The two farthest ranges take as many bits as the data unpacked so far requires.
-  Span OffsetSpan(unsigned range) const {
-    const std::size_t done = job.done;
-    const auto bitsBeyond = [&](unsigned base, unsigned most) {
-      unsigned bits = 8;
-      for (std::size_t reach = base + 256; bits < most && done >= reach;
-           reach = base + (1U << bits)) {
-        ++bits;
-      }
-      return Span{base, bits};
-    };
-    switch (range) {
-      case 1:
-        return {64, 8};
-      case 3:
-        return {64, done < 320 ? 8U : 9U};
-      case 4:
-        return bitsBeyond(576, 11);
-      case 5:
-        return bitsBeyond(2624, 13);
-      default:
-        return {0, 6};
-    }
-  }
-
   DecodeJob& job;
   BitReader in;
   const Pm1LiteralTable literals;
+  Pm1CopyTable copies;
   RecencyOutput out;
+  std::size_t literalsLeft = 0;  // of the current run
+  bool isCopyNext = false;       // after it
 };
 
 // ----------------------------------------------------------------------------------------------
