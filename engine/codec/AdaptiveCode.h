@@ -19,8 +19,10 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <span>
 #include <utility>
 
@@ -90,7 +92,7 @@ class AdaptiveCode {
 
   // Where the first bits of a code lead to.
   static constexpr unsigned kTableBits = 5;
-  struct Beginning {
+  struct alignas(16) Beginning {
     std::array<std::uint16_t, kTableBits> path;
     std::uint16_t count;  // of the slots in `path`, fewer if a leaf ends it
     std::uint16_t node;   // in the last of them
@@ -126,14 +128,29 @@ class AdaptiveCode {
   void CountFrom(unsigned slot) {
     for (; slot != 0; slot = Parent(slot)) {
       if (weights[slot - 1] == weights[slot]) {
-        unsigned first = slot - 1;
-        while (weights[first - 1] == weights[slot]) --first;
+        const unsigned first = FirstOfWeight(slot);
         Swap(first, slot);
         isTableValid = isTableValid && first > lastInTable;
         slot = first;
       }
       ++weights[slot];
     }
+  }
+
+  // The first slot with the weight of this one: four slots are compared at a time.
+  unsigned FirstOfWeight(unsigned slot) const {
+    const std::uint16_t weight = weights[slot];
+    for (; slot >= 4; slot -= 4) {
+      std::uint64_t four;
+      std::memcpy(&four, &weights[slot - 4], sizeof four);
+      four ^= weight * std::uint64_t{0x0001000100010001};
+      if (four == 0) continue;
+      const int sameBits = std::endian::native == std::endian::little ? std::countl_zero(four)
+                                                                      : std::countr_zero(four);
+      return slot - static_cast<unsigned>(sameBits) / 16;
+    }
+    while (weights[slot - 1] == weight) --slot;
+    return slot;
   }
 
   void Rebuild();
@@ -233,18 +250,21 @@ template <unsigned kSymbols>
 void AdaptiveCode<kSymbols>::FillTable() {
   isTableValid = true;
   lastInTable = 0;
-  for (unsigned bits = 0; bits < beginnings.size(); ++bits) {
-    Beginning& beginning = beginnings[bits];
-    unsigned node = nodes[0];
-    unsigned count = 0;
-    while (node < kSymbols && count < kTableBits) {
-      const unsigned slot = 2 * node - (bits >> (kTableBits - 1 - count) & 1U);
-      beginning.path[count++] = static_cast<std::uint16_t>(slot);
-      lastInTable = std::max(lastInTable, slot);
-      node = nodes[slot];
+  beginnings[0] = {{}, 0, nodes[0]};
+  for (unsigned depth = 0; depth < kTableBits; ++depth) {
+    for (unsigned i = 1U << depth; i-- != 0;) {  // the last first, as each makes room for two
+      const Beginning stem = beginnings[i];
+      for (const unsigned bit : {0U, 1U}) {
+        Beginning& longer = beginnings[2 * i + bit];
+        longer = stem;
+        if (stem.node >= kSymbols) continue;
+        const unsigned slot = 2U * stem.node - bit;
+        lastInTable = std::max(lastInTable, slot);
+        longer.path[depth] = static_cast<std::uint16_t>(slot);
+        longer.count = static_cast<std::uint16_t>(depth + 1);
+        longer.node = nodes[slot];
+      }
     }
-    beginning.count = static_cast<std::uint16_t>(count);
-    beginning.node = static_cast<std::uint16_t>(node);
   }
 }
 
