@@ -29,7 +29,7 @@ constexpr std::array<std::string_view, 45> kTexts = {
     "too many files",
     "can't create the directory",
     "can't write",
-    "the member is damaged: its compressed data is invalid",
+    "damaged: the packed data is invalid or cut short",
     "the comment in the archive is damaged",
     "the archive is damaged: the checksum of a header doesn't match",
     "the archive is damaged: a header is invalid",

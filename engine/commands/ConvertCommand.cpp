@@ -59,6 +59,7 @@ void Archiver::Convert(const CommandLine& line, const ProgressListener& listener
   const std::string& path = line.archive;
   const auto [archive, index] = indexes.Open(path);
   if (index->PrefixBytes() != 0) throw Failure(ResultCode::UnknownKind);
+  if (const auto damage = index->Damage()) throw Failure(*damage);
   if (index->Members().empty()) throw Failure(ResultCode::NotFound);
   const std::string target = TargetOf(line, found->suffix);
   CheckTarget(target, *archive);

@@ -52,6 +52,17 @@ Member Describe(const MemberHeader& header, std::uint64_t offset) {
   return member;
 }
 
+// Why a walk ended at damage.
+ResultCode FaultOf(const MemberWalker& walker) {
+  if (walker.IsCutInData()) return ResultCode::PackedDataDamaged;
+  return walker.Status() == HeaderStatus::ChecksumWrong ? ResultCode::HeaderChecksum
+                                                        : ResultCode::HeaderDamaged;
+}
+
+bool HasWholeHeader(const Member& member) {
+  return member.fault != ResultCode::HeaderChecksum && member.fault != ResultCode::HeaderDamaged;
+}
+
 // Distinguishes names that look the same when shown.  It depends on nothing else in the archive, so
 // that a member keeps its mark when others are added or deleted.
 std::uint32_t SumOf(const NameFields& fields) {
@@ -90,9 +101,8 @@ ArchiveIndex::ArchiveIndex(ByteSource& source, unsigned int codePage, unsigned i
       prefixBytes(FindFirstHeader(source)),
       endOffset(prefixBytes) {
   ReadOn(source);
-  const bool isAnyWhole = std::any_of(members.begin(), members.end(),
-                                      [](const Member& member) { return !member.fault; });
-  if (damage && !isAnyWhole) throw Failure(*damage);
+  const bool hasAnyHeader = std::any_of(members.begin(), members.end(), HasWholeHeader);
+  if (damage && !hasAnyHeader) throw Failure(*damage);
 }
 
 void ArchiveIndex::ReadOn(ByteSource& source) {
@@ -146,8 +156,7 @@ void ArchiveIndex::Walk(ByteSource& source, unsigned int page, PageGuess& guess)
     const bool isDamaged = walker.Status() != HeaderStatus::Complete || isFalseEnd;
     if (!isDamaged) return;
 
-    const bool isSumWrong = walker.Status() == HeaderStatus::ChecksumWrong;
-    damage = isSumWrong ? ResultCode::HeaderChecksum : ResultCode::HeaderDamaged;
+    damage = FaultOf(walker);
     Member member = Describe(header, endOffset);
     endOffset = walker.IsCutInData() ? source.Size()
                                      : FindAfterDamage(source, endOffset, header, walker.Status());
@@ -155,8 +164,7 @@ void ArchiveIndex::Walk(ByteSource& source, unsigned int page, PageGuess& guess)
     member.headerBytes = static_cast<std::uint32_t>(
         std::min<std::uint64_t>(member.headerBytes, endOffset - member.offset));
     member.packedBytes = endOffset - member.DataOffset();
-    AddDamagedMember(header, std::move(member),
-                     walker.IsCutInData() ? ResultCode::PackedDataDamaged : *damage);
+    AddDamagedMember(header, std::move(member), *damage);
   }
 }
 
