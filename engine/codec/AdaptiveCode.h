@@ -153,6 +153,12 @@ class AdaptiveCode {
     return slot;
   }
 
+  void Lengthen(Beginning& beginning, unsigned depth, unsigned slot) {
+    beginning.path[depth] = static_cast<std::uint16_t>(slot);
+    beginning.count = static_cast<std::uint16_t>(depth + 1);
+    beginning.node = nodes[slot];
+  }
+
   void Rebuild();
   void FinishTree();
   void FillTable();
@@ -253,17 +259,14 @@ void AdaptiveCode<kSymbols>::FillTable() {
   beginnings[0] = {{}, 0, nodes[0]};
   for (unsigned depth = 0; depth < kTableBits; ++depth) {
     for (unsigned i = 1U << depth; i-- != 0;) {  // the last first, as each makes room for two
-      const Beginning stem = beginnings[i];
-      for (const unsigned bit : {0U, 1U}) {
-        Beginning& longer = beginnings[2 * i + bit];
-        longer = stem;
-        if (stem.node >= kSymbols) continue;
-        const unsigned slot = 2U * stem.node - bit;
-        lastInTable = std::max(lastInTable, slot);
-        longer.path[depth] = static_cast<std::uint16_t>(slot);
-        longer.count = static_cast<std::uint16_t>(depth + 1);
-        longer.node = nodes[slot];
-      }
+      Beginning& shorter = beginnings[i];
+      Beginning& longer = beginnings[2 * i + 1];
+      longer = shorter;
+      beginnings[2 * i] = shorter;
+      if (longer.node >= kSymbols) continue;
+      lastInTable = std::max(lastInTable, 2U * longer.node);
+      Lengthen(beginnings[2 * i], depth, 2U * longer.node);
+      Lengthen(longer, depth, 2U * longer.node - 1);
     }
   }
 }
