@@ -145,6 +145,9 @@ struct Row {
   const char* name;
   const char* words;
 };
+void PrintTo(const Row& row, std::ostream* out) {
+  *out << row.words;
+}
 
 class FaultsPowerLoss : public testing::TestWithParam<Row> {
  protected:
