@@ -260,7 +260,7 @@ void AddFiles(const Arguments& arguments, const std::string& name) {
 void AddStandardInput(const Arguments& arguments, const std::string& name) {
   arguments.AllowOperands(1);
   const std::string memberName = arguments.Value("--stdin");
-  if (!CanBeExpressed(AbsolutePath(memberName))) {
+  if (!CanBeExpressed(FromUtf8('/' + memberName))) {
     throw UsageError("--stdin: " + Visible(memberName) + ": " + kUnnameable);
   }
   const std::vector<unsigned char> data = ReadStandardInput();

@@ -29,7 +29,8 @@ find_wine32() {
     need_packages debootstrap
     say "Making $root"
     rm -rf "$root"
-    debootstrap --arch=i386 --variant=minbase --include=wine32,wine,locales,diffutils,findutils \
+    local packages=wine32,wine,locales,diffutils,findutils,lhasa,7zip,libarchive-tools,jlha-utils
+    debootstrap --arch=i386 --variant=minbase --include="$packages" \
       "$(sed -n 's/^VERSION_CODENAME=//p' /etc/os-release)" "$root" > "$root.log" 2>&1 || return 1
   fi
   make_locale "$root"

@@ -200,8 +200,13 @@ int StopSignal() {
 
 bool CanBeExpressed(const fs::path& path) {
   const std::size_t name = ToUtf8(path.filename().native(), WC_ERR_INVALID_CHARS).size();
-  const bool whole = !ToUtf8(path.native(), WC_ERR_INVALID_CHARS).empty();
-  return whole && name < MAX_PATH;
+  const bool isText = !ToUtf8(path.native(), WC_ERR_INVALID_CHARS).empty();
+  const std::wstring_view names =
+      std::wstring_view(path.native()).substr(RootOf(path.native()).size());
+  const bool isForbidden = std::any_of(names.begin(), names.end(), [](wchar_t c) {
+    return c < L' ' || std::wstring_view(L":*?\"<>|").find(c) != std::wstring_view::npos;
+  });
+  return isText && !isForbidden && name < MAX_PATH;
 }
 
 std::string LibraryPath(const fs::path& path) {

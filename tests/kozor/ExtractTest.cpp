@@ -5,6 +5,7 @@
 
 #include "tests/engine/RawArchive.h"
 #include "tests/kozor/KozorProgram.h"
+#include "tests/support/Ability.h"
 
 namespace kozor::test {
 namespace {
@@ -98,10 +99,12 @@ TEST_F(KozorExtract, StaysInsideWhateverNamesAreHostile) {
   fs::create_directory(folder.Path("deep"));
   EXPECT_THAT(MustFail({"extract", "hostile.lzh", "-d", "deep/out"}), HasSubstr("nnn: "));
   EXPECT_THAT(TopNames(), ElementsAre("deep", "hostile.lzh"));
-  EXPECT_THAT(FilesIn("deep"),
-              testing::UnorderedElementsAre(
-                  "out/up.txt", "out/sub/up2.txt", "out/drive.txt", "out/server/share/x", "out/NUL",
-                  "out/dir/con.txt", "out/a_[2Jb", "out/file_stream", "out/Case", "out/case"));
+  Words expected = {"out/up.txt", "out/sub/up2.txt", "out/drive.txt", "out/server/share/x",
+                    "out/a_[2Jb", "out/file_stream", "out/Case"};
+  if (Can(Ability::TellingCaseApart)) {
+    expected = expected + Words{"out/NUL", "out/dir/con.txt", "out/case"};
+  }
+  EXPECT_THAT(FilesIn("deep"), testing::UnorderedElementsAreArray(expected));
   EXPECT_EQ(folder.ReadFile("deep/out/Case"), ToBytes("Case"));
 }
 
@@ -150,12 +153,13 @@ TEST_F(KozorExtract, DoesWithExistingFilesWhatItIsTold) {
                                         Member("readOnly", "new"), Member("same", "same")}));
   for (const auto& [options, status, older, newer, readOnly] : rows) {
     SCOPED_TRACE(testing::PrintToString(options));
+    MakeRemovable(folder.Path("out"));
     fs::remove_all(folder.Path("out"));
     for (const std::string name : {"older", "newer", "readOnly"}) {
       folder.WriteFile("out/" + name, "was");
       folder.SetTime("out/" + name, name == "newer" ? 2'000'000'000 : 1'000'000'000);
     }
-    fs::permissions(folder.Path("out/readOnly"), fs::perms::owner_read);
+    SetReadOnly(folder.Path("out/readOnly"));
     folder.WriteFile("out/same", "same");
     const CommandResult result = Kozor(Words{"extract", "a.lzh", "-d", "out"} + options);
     EXPECT_EQ(result.status, status) << result.output;
@@ -235,14 +239,15 @@ TEST_F(KozorExtract, BringsOutModesFoldersAndLinks) {
             HasSubstr("without a usable name"), HasSubstr("folder: extracted as folder~1")));
   EXPECT_THAT(folder.List("out"),
               testing::IsSupersetOf({"empty/", "folder/file", "folder~1", "tool"}));
-  EXPECT_EQ(fs::read_symlink(folder.Path("out/link")), "tool");
-  EXPECT_EQ(fs::read_symlink(folder.Path("out/deep/up")), "..");
-  EXPECT_EQ(fs::status(folder.Path("out/tool")).permissions(), fs::perms(0755));
-  EXPECT_EQ(fs::status(folder.Path("out/empty")).permissions(), fs::perms(0700));
   EXPECT_THAT(
       Kozor({"list", "a.lzh"}).output,
       AllOf(HasSubstr("  empty/\n"), HasSubstr("  link -> tool\n"), HasSubstr("  (no name)\n"),
             HasSubstr("in 3 files, 1 folder, 4 links, 2 without a name\n")));
+  if (!Can(Ability::MakingLinks)) return;
+  EXPECT_EQ(fs::read_symlink(folder.Path("out/link")), "tool");
+  EXPECT_EQ(fs::read_symlink(folder.Path("out/deep/up")), "..");
+  EXPECT_EQ(fs::status(folder.Path("out/tool")).permissions(), fs::perms(0755));
+  EXPECT_EQ(fs::status(folder.Path("out/empty")).permissions(), fs::perms(0700));
 }
 
 TEST_F(KozorExtract, TakesFilesOutOfTheirWrappersWhenToldTo) {
@@ -293,9 +298,10 @@ TEST_F(KozorExtract, DeletesWhatIsNamedAndNothingElse) {
   EXPECT_THAT(MustFail({"delete", "a.lzh", "b.c", "none.txt"}),
               HasSubstr("none.txt: no such member in a.lzh; nothing was deleted"));
   EXPECT_EQ(folder.ReadFile("a.lzh"), before);
-  fs::create_symlink("a.lzh", folder.Path("link.lzh"));
-  MustRun({"delete", "link.lzh", "a.txt", "*.c"});
-  EXPECT_TRUE(fs::is_symlink(folder.Path("link.lzh")));
+  const bool byLink = Can(Ability::MakingLinks);
+  if (byLink) fs::create_symlink("a.lzh", folder.Path("link.lzh"));
+  MustRun({"delete", byLink ? "link.lzh" : "a.lzh", "a.txt", "*.c"});
+  EXPECT_EQ(fs::is_symlink(folder.Path("link.lzh")), byLink);
   EXPECT_THAT(Members("a.lzh"), ElementsAre("sub/a.txt", "sub/deep/", "sub/"));
   MustRun({"delete", "a.lzh", "sub/"});
   EXPECT_FALSE(folder.Exists("a.lzh"));

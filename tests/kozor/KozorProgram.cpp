@@ -29,23 +29,15 @@ struct Demand {
 
 // What makes no sense on Windows.
 constexpr Demand kDemands[] = {
-    {"needs links and modes",
-     " BringBackWithTheirCatalogueWhatTheFormatCantHold StayInsideTheDestination"
-     " RefusesTargetsOutsideTheDestinationUnlessToldTo BringsOutModesFoldersAndLinks"
-     " DeletesWhatIsNamedAndNothingElse NamesEveryFileThatHasToBeLeftOut "
-     "NamesFilesWithoutPermission"
-     " KeepsModesLinksAndEmptyFoldersSoThatATreeComesBackIdentical"
-     " BringsSetIdBitsBackOnlyWhenAskedTo "},
-    {"needs signals, named pipes or a terminal of POSIX",
-     " CantTellTheTerminalWhatToDo AskTheUserForTheNextMedium EndAWaitForStandardInput"
-     " KeepTheOldArchiveAndLeaveNothingElse ReplaceNothingUnaskedButWhatAKilledRunLeft "},
-    {"expects the names of POSIX: paths without a drive, case, nul, x.run",
-     " StoresFilesOutsideTheBaseFromTheRootOn KeepsFilesWhoseNamesDifferInCaseAlone"
-     " StaysInsideWhateverNamesAreHostile MakesASelfExtractingProgram NeverPutsTheArchiveIntoItself"
-     " RefusesCommandLinesThatMakeNoSense LinesOfTheProgramWorkInTheirOrder"
-     " FirstProgramBringsAFolderBack "},
-    {"std::filesystem neither removes read-only files nor replaces by a copy here",
-     " DoesWithExistingFilesWhatItIsTold OfAnotherSetAreRefused "},
+    {"needs links, which ordinary users can't make on Windows and Wine hides",
+     " StayInsideTheDestination RefusesTargetsOutsideTheDestinationUnlessToldTo "},
+    {"needs permission bits, links and names that Windows doesn't have",
+     " NamesEveryFileThatHasToBeLeftOut BringsSetIdBitsBackOnlyWhenAskedTo"
+     " KeepsModesLinksAndEmptyFoldersSoThatATreeComesBackIdentical "},
+    {"needs a terminal or a named pipe of POSIX",
+     " AskTheUserForTheNextMedium EndAWaitForStandardInput "},
+    {"names that differ in case alone are one file here",
+     " KeepsFilesWhoseNamesDifferInCaseAlone "},
 };
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include <sstream>
 
 #include "tests/kozor/KozorProgram.h"
+#include "tests/support/Ability.h"
 
 namespace kozor::test {
 namespace {
@@ -38,9 +39,7 @@ class KozorReadme : public KozorProgram {
   }
 
   CommandResult RunHere(const std::string& line) const {
-    return Shell(
-        "export HOME=$PWD/home PATH=" + Quoted(fs::path(KOZOR_PROGRAM).parent_path().string()) +
-        ":$PATH; cd here; " + line);
+    return Shell("export HOME=$PWD/home; kozor() { $KOZOR \"$@\"; }; cd here; " + line);
   }
 
   Words lines;
@@ -51,11 +50,11 @@ TEST_F(KozorReadme, LinesOfTheProgramWorkInTheirOrder) {
   ASSERT_GE(commands.size(), 12U);
   for (std::string line : commands) {
     line = line.substr(0, line.find(" #"));
-    line = Replaced(Replaced(line, "/mnt/usb", folder.Path("usb").string()), "| less", "| cat");
+    line = Replaced(Replaced(line, "/mnt/usb", ShellPathOf(folder.Path("usb"))), "| less", "| cat");
     const CommandResult result = RunHere(line);
     EXPECT_EQ(result.status, 0) << line << "\n" << result.output;
   }
-  EXPECT_TRUE(folder.Exists("here/notes.run"));
+  EXPECT_TRUE(folder.Exists(std::string("here/notes") + kProgramEnd));
   EXPECT_EQ(CompareTrees(folder.Path("home/photos"), folder.Path("here/restored/photos")), "");
 }
 
@@ -64,7 +63,7 @@ TEST_F(KozorReadme, FirstProgramBringsAFolderBack) {
   const Words commands = LinesWith("`build/release/bin/quickstart ");
   ASSERT_EQ(commands.size(), 1U);
   std::string line = commands[0].substr(1, commands[0].find('`', 1) - 1);
-  line = Replaced(line, "build/release/bin/quickstart", Quoted(QUICKSTART_PROGRAM));
+  line = Replaced(line, "build/release/bin/quickstart", ShellProgram(QUICKSTART_PROGRAM));
   line = Replaced(line, "C:\\tmp\\", folder.Lib("here") + "\\");
   line = Replaced(line, "C:\\usr\\include", source);
   const CommandResult result = RunHere(line);

@@ -16,5 +16,7 @@ enum class Ability {
 bool Can(Ability ability);
 // The line end that text files have.
 extern const char* const kTextLineEnd;
+// The extension of self-extracting programs.
+extern const char* const kProgramEnd;
 
 }  // namespace kozor::test

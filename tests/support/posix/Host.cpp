@@ -25,6 +25,7 @@ bool Can(Ability /*ability*/) {
 }
 
 const char* const kTextLineEnd = "\n";
+const char* const kProgramEnd = ".run";
 
 fs::path MakeTestDirectory() {
   std::string pattern = (fs::temp_directory_path() / "kozor-test-XXXXXX").string();

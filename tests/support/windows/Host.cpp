@@ -75,6 +75,7 @@ bool Can(Ability ability) {
 }
 
 const char* const kTextLineEnd = "\r\n";
+const char* const kProgramEnd = ".exe";
 
 fs::path MakeTestDirectory() {
   const char* const given = std::getenv("KOZOR_TEST_DIRECTORY");
