@@ -145,15 +145,16 @@ void SetTimeOf(const fs::path& path, std::int64_t seconds) {
 }
 
 // The shell writes its output and then the status into files, because under Wine neither the pipes
-// nor the status of the host's programs get here.
+// nor the status of the host's programs get here.  What is read is a copy: Wine may hold the file
+// that a program of ours wrote for a moment longer than that runs, and then it can't be opened.
 CommandResult RunCommand(const std::string& command) {
   const fs::path folder = MakeTestDirectory();
   const std::string there = ShellPathOf(folder);
   {
     std::ofstream script(folder / "command.sh", std::ios::binary);
-    script << "{ " << command << "\n} > '" << there << "/output' 2>&1 < /dev/null\n"
-           << "echo $? > '" << there << "/new' && mv '" << there << "/new' '" << there
-           << "/status'\n";
+    script << "cd '" << there << "' && (cd / && { " << command
+           << "\n}) > written 2>&1 < /dev/null\n"
+           << "echo $? > new && cp written output && mv new status\n";
   }
   const std::wstring shell = UnderWine() ? L"Z:\\bin\\sh " : L"sh ";
   CommandResult result{-1, {}};
