@@ -27,7 +27,6 @@ namespace {
 constexpr DWORD kNoDeleting = FILE_SHARE_READ | FILE_SHARE_WRITE;
 constexpr DWORD kShareAll = kNoDeleting | FILE_SHARE_DELETE;
 constexpr DWORD kDirectoryItself = FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT;
-constexpr std::size_t kMostPath = 1 << 15;  // UTF-16 units
 
 // The object that a HostHandle points to.
 struct Opened {
