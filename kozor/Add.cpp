@@ -176,8 +176,10 @@ std::vector<FileGroup> SelectFiles(const Arguments& arguments, const std::string
       .base = FromUtf8(arguments.Value("--dir", arguments.Value("-C", "."))),
       .words = WhatToAdd(arguments),
       .excludes = arguments.Values("--exclude"),
-      .isOwnFile = [own = Inspect(archive).identity](
-                       const fs::path&, const FileState& state) { return state.identity == own; },
+      .isOwnFile =
+          [&, own = Inspect(archive).identity](const fs::path& path, const FileState& state) {
+            return path.native() == archive.native() || state.identity.IsSame(own);
+          },
       .links = keepsFacts ? LinkRule::Kept : LinkRule::Followed,
       .takesFolders = keepsFacts || arguments.Has("--dir")};
   if (arguments.Has("--new") && Exists(archive)) request.refusal = kOldStays;

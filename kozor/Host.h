@@ -84,23 +84,25 @@ std::filesystem::path CallPath(const std::filesystem::path& path);
 
 // Whether anything exists at `path`, including a dangling link.
 bool Exists(const std::filesystem::path& path);
-// What distinguishes a file's contents from those before a write.
-struct FileVersion {
-  std::uint64_t size = 0;      // in bytes
-  std::int64_t lastWrite = 0;  // in the host's finest unit
-  bool operator==(const FileVersion&) const = default;
-};
 // Whether a directory or a link to one does.
 bool IsDirectory(const std::filesystem::path& path);
 // Creates a directory and those above it that are missing; best effort.
 void MakeDirectories(const std::filesystem::path& path);
 // The free bytes on the disk with an existing `path`; 0 if they are unknown.
 std::uint64_t FreeBytesAt(const std::filesystem::path& path);
+// What distinguishes a file's contents from those before a write.
+struct FileVersion {
+  std::uint64_t size = 0;      // in bytes
+  std::int64_t lastWrite = 0;  // in the host's finest unit
+  bool operator==(const FileVersion&) const = default;
+};
 // What is the same for all names of an existing file or directory, and for no other.
 struct FileIdentity {
   std::uint64_t volume = 0;
-  std::uint64_t number = 0;
-  bool operator==(const FileIdentity&) const = default;
+  std::uint64_t number = 0;  // 0 if the file system has none
+  bool IsSame(const FileIdentity& other) const {
+    return number != 0 && number == other.number && volume == other.volume;
+  }
 };
 // What exists at `path`, following links.
 struct FileState {

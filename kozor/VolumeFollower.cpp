@@ -46,7 +46,9 @@ class VolumeFollower::GrowingVolume final : public VolumeBytes {
       if (growth->isGivenUp) throw Interrupted();
       // The last size is read after the end is known.
       const bool isComplete = growth->isComplete;
-      size = Inspect(path).version.size;
+      const auto version = VersionOf(path);
+      if (!version) throw Failure(Visible(Shown(path)) + ": can't read");
+      size = version->size;
       return isComplete || size >= enough;
     });
     return size;

@@ -72,7 +72,7 @@ bool VolumeName::Means(const fs::path& path) const {
   if (file == own && path.parent_path() == directory) return true;
   // The same file by another name: through a link, or in another case where that is one file.
   const fs::path there = directory / FromUtf8(own);
-  return Exists(there) && Inspect(path).identity == Inspect(there).identity;
+  return Exists(there) && Inspect(path).identity.IsSame(Inspect(there).identity);
 }
 
 int VolumeName::LastNumber() const {
