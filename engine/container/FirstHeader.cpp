@@ -1,9 +1,9 @@
 // FirstHeader.cpp - see FirstHeader.h.
 //
-// The search order is: a header at the start of the file; the end of the program image, if its
-// format states it (MZ, PE, ELF); then every byte after that.  A position counts only if its header
-// passes every test and its packed data ends inside the file, because stubs contain texts like
-// "-lhd-" and even fake headers.
+// The search order is: a header at the start of the file (one with a method of no known family only
+// if a member follows it); the end of the program image, if its format states it (MZ, PE, ELF);
+// then every byte after that.  A position counts only if its header passes every test and its
+// packed data ends inside the file, because stubs contain texts like "-lhd-" and even fake headers.
 #include "engine/container/FirstHeader.h"
 
 #include <algorithm>
@@ -27,6 +27,15 @@ bool IsWholeMember(ByteSource& source, std::uint64_t offset, MemberHeader& heade
   return ParseHeaderAt(source, offset, header) == HeaderStatus::Complete &&
          IsArchiveMethod(header.method) &&
          header.packedBytes <= source.Size() - offset - header.headerBytes;
+}
+
+// Whether a header at the start leads to a member.  Then it is a member, too, whatever its method.
+bool IsFollowed(ByteSource& source, const MemberHeader& first) {
+  const std::uint64_t room =
+      source.Size() - std::min<std::uint64_t>(source.Size(), first.headerBytes);
+  MemberHeader next;
+  return first.packedBytes < room &&
+         IsWholeMember(source, first.headerBytes + first.packedBytes, next);
 }
 
 bool IsEmptyArchive(ByteSource& source) {
@@ -131,7 +140,10 @@ std::uint64_t PassStubArchives(ByteSource& source, std::uint64_t offset) {
 std::uint64_t FindFirstHeader(ByteSource& source) {
   MemberHeader header;
   const HeaderStatus atStart = ParseHeaderAt(source, 0, header);
-  if (atStart == HeaderStatus::Complete && IsArchiveMethod(header.method)) return 0;
+  if (atStart == HeaderStatus::Complete &&
+      (IsArchiveMethod(header.method) || IsFollowed(source, header))) {
+    return 0;
+  }
   if (IsEmptyArchive(source)) return 0;
 
   const std::uint64_t programEnd = EndOfProgram(source);

@@ -167,8 +167,10 @@ TEST(EngineArchiveIndex, ClaimsBeyondWhatTheDataCanHoldAreFaults) {
   EXPECT_FALSE(fault());
   liar.originalBytes = 0xFFFFFFFF;
   EXPECT_EQ(fault(), ResultCode::PackedDataDamaged);
-  liar.method = "-lh9-";  // nobody knows it
-  EXPECT_EQ(fault(), ResultCode::MethodNotSupported);
+  for (const char* const unknown : {"-lh9-", "-zzz-"}) {
+    liar.method = unknown;
+    EXPECT_EQ(fault(), ResultCode::MethodNotSupported);
+  }
 }
 
 TEST(EngineArchiveIndex, FindsTheArchiveBehindAPrefix) {
