@@ -41,7 +41,7 @@ fs::path HostName(const std::string& libraryName) {
 }
 
 fs::path WeaklyCanonical(const fs::path& path) {
-  const fs::path whole = AbsolutePath(path);
+  fs::path whole = AbsolutePath(path);
   fs::path rest;
   for (fs::path head = whole; head.has_relative_path(); head = head.parent_path()) {
     if (const auto real = Canonical(head)) return rest.empty() ? *real : *real / rest;
